@@ -1,0 +1,29 @@
+# One interface target that every target of the project links: language level, warnings, sanitizers.
+add_library(zotavpci_settings INTERFACE)
+target_compile_features(zotavpci_settings INTERFACE cxx_std_20 c_std_11)
+target_include_directories(zotavpci_settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(zotavpci_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+    # One section a function, so that each shared library keeps only what its exports reach.
+    -ffunction-sections -fdata-sections)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+# Everything that is loaded or run together stands in one folder, as it does when installed.
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
+if(ZOTAVPCI_SANITIZE)
+    target_compile_options(zotavpci_settings INTERFACE
+        -fsanitize=${ZOTAVPCI_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_definitions(zotavpci_settings INTERFACE _GLIBCXX_ASSERTIONS)
+    target_link_options(zotavpci_settings INTERFACE -fsanitize=${ZOTAVPCI_SANITIZE})
+endif()

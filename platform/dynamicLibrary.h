@@ -1,0 +1,44 @@
+// A library loaded at run time.
+#pragma once
+
+#include <string>
+
+#include "platform/systemCode.h"
+
+namespace platform {
+
+// The file name that a library of this base name has on this system ("zopcibrd" and so on). A
+// literal's lifetime is not needed: the text is the caller's.
+std::string libraryFileName(const char* baseName);
+
+// Owns one loaded library; unloads it when destroyed.
+class DynamicLibrary {
+public:
+    DynamicLibrary() = default;
+    ~DynamicLibrary();
+    DynamicLibrary(const DynamicLibrary&) = delete;
+    DynamicLibrary& operator=(const DynamicLibrary&) = delete;
+
+    // Loads the library of this UTF-8 name. A name without a folder is searched for as the system
+    // does for the calling module; a name with one is taken as it is. False on failure, with
+    // failure() and failureText() set. Raises std::bad_alloc.
+    bool load(const char* utf8Name);
+
+    // The address of an exported symbol; null on failure, with failure() and failureText() set.
+    void* symbol(const char* name);
+
+    void unload() noexcept;
+
+    [[nodiscard]] bool loaded() const noexcept { return handle_ != nullptr; }
+    [[nodiscard]] SystemCode failure() const noexcept { return failure_; }
+
+    // The loader's own words for the last failure; empty when it has none.
+    [[nodiscard]] const std::string& failureText() const noexcept { return failureText_; }
+
+private:
+    void* handle_ = nullptr;
+    SystemCode failure_ = kNoSystemError;
+    std::string failureText_;
+};
+
+} // namespace platform

@@ -1,0 +1,58 @@
+// What the product does with files beyond the C library: opening by UTF-8 path, exclusive creation,
+// forcing to disk, renaming over a file, and the last-write time.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/systemCode.h"
+
+namespace platform {
+
+struct StreamCloser {
+    void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
+};
+// Owns an open stream. To learn the result of closing it, release() it and call std::fclose.
+using Stream = std::unique_ptr<std::FILE, StreamCloser>;
+
+// Opens `utf8Path` with a mode of fopen. Null on failure; lastSystemCode() says why.
+Stream openStream(const char* utf8Path, const char* mode) noexcept;
+
+// A last-write time, in the system's own units since its own epoch: to be compared for equality
+// and order only.
+using FileTime = std::uint64_t;
+
+// The last-write time by a look into the folder; nothing when there is no such file.
+std::optional<FileTime> lastWriteTime(const char* utf8Path) noexcept;
+
+// Makes the file readable and writable by its owner only, as far as the system knows owners.
+// 0, or -1 with lastSystemCode() set.
+int restrictToOwner(const char* utf8Path) noexcept;
+
+// Creates an empty file that must not exist yet, and closes it.
+SystemCode createExclusively(const char* utf8Path) noexcept;
+
+// True for the code with which createExclusively() says that the name is taken.
+bool isNameTaken(SystemCode code) noexcept;
+
+// Forces what has been written to the stream onto the disk. The stream must be flushed before.
+SystemCode forceToDisk(std::FILE* stream) noexcept;
+
+// Renames a file, replacing the target when there is one; readers see the old or the new content.
+SystemCode renameReplacing(const char* utf8From, const char* utf8To) noexcept;
+
+SystemCode removeFile(const char* utf8Path) noexcept;
+
+// The parts of a path; joined in this order they are the path again.
+struct PathParts {
+    std::string drive;     // "C:"; empty on systems without drives
+    std::string directory; // with its last separator
+    std::string name;
+    std::string extension; // with its dot
+};
+PathParts splitPath(const std::string& path);
+
+} // namespace platform

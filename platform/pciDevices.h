@@ -1,0 +1,45 @@
+// The devices that the system lists as present, each with the values that its PCI bus driver
+// publishes for it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "platform/systemCode.h"
+
+namespace platform {
+
+// What reading one published value came to.
+struct PropertyRead {
+    // How far the read got; the code belongs to the step that failed.
+    enum class Step { hardwareKey, busProperties, value, done };
+    Step step = Step::done;
+    SystemCode code = kNoSystemError;
+    bool tooLong = false; // with Step::value: the value is longer than four bytes
+    std::uint32_t value = 0;
+};
+
+// One enumeration of devices. Tests put their own behind it.
+class PciDevices {
+public:
+    virtual ~PciDevices() = default;
+
+    // Builds the list of all present devices; what was listed before is given up.
+    virtual SystemCode open() = 0;
+
+    // True while there is a device at this position, counted from 0 in enumeration order.
+    virtual bool has(std::size_t index) = 0;
+
+    // Reads the four-byte value `name` published for a device ("busType", "pciVendorID" and so on),
+    // opening and closing whatever holds it.
+    virtual PropertyRead readProperty(std::size_t index, const char* name) = 0;
+
+    // Gives the list up.
+    virtual void close() noexcept = 0;
+};
+
+// The devices of this system. Raises std::bad_alloc.
+std::unique_ptr<PciDevices> makePciDevices();
+
+} // namespace platform

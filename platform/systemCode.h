@@ -1,0 +1,31 @@
+// The operating system's own error codes, as they travel through the product: Win32 codes on
+// Windows, errno values on Linux, always unsigned and 32 bits wide; 0 is success. Only
+// quil/systemStatus.h turns one into a status.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace platform {
+
+using SystemCode = std::uint32_t;
+
+inline constexpr SystemCode kNoSystemError = 0;
+
+// The error of the calling thread's last failed system or C library call.
+SystemCode lastSystemCode() noexcept;
+
+// True for the codes by which the system reports that memory ran out.
+bool isOutOfMemory(SystemCode code) noexcept;
+
+// True for the code by which the system reports that another process holds a file open without
+// sharing it. Never true on systems that do not know such a refusal.
+bool isSharingViolation(SystemCode code) noexcept;
+
+// The name under which error records report where a system code comes from.
+const char* systemCodeOrigin() noexcept;
+
+// The system's own words for a code, for people to read. Raises std::bad_alloc only.
+std::string systemMessage(SystemCode code);
+
+} // namespace platform

@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the named groups need, and nothing when all are there already.
+# Where apt is not the package manager it names them and leaves the rest to the reader.
+#
+#   scripts/install-packages.sh GROUP...
+set -euo pipefail
+
+declare -A packages=(
+    [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev"
+    [test]="libgtest-dev pciutils binutils"
+    [lint]="clang clang-format clang-tidy"
+    [bench]="libbenchmark-dev"
+    [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils"
+)
+
+if [ $# -eq 0 ]; then
+    echo "usage: $0 GROUP...   (groups: ${!packages[*]})" >&2
+    exit 2
+fi
+
+wanted=()
+for group in "$@"; do
+    if [ -z "${packages[$group]+set}" ]; then
+        echo "$0: no package group \"$group\" (groups: ${!packages[*]})" >&2
+        exit 2
+    fi
+    read -r -a names <<<"${packages[$group]}"
+    wanted+=("${names[@]}")
+done
+
+if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    echo "$0: apt is not the package manager here; make sure that these are installed" \
+         "(Debian's names): ${wanted[*]}" >&2
+    exit 0
+fi
+
+missing=()
+for name in "${wanted[@]}"; do
+    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null)" != installed ]; then
+        missing+=("$name")
+    fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+run=()
+if [ "$(id -u)" -ne 0 ]; then
+    if ! command -v sudo >/dev/null; then
+        echo "$0: not root and no sudo; install these as root: ${missing[*]}" >&2
+        exit 1
+    fi
+    run=(sudo)
+fi
+echo "installing: ${missing[*]}" >&2
+"${run[@]}" apt-get update -qq
+"${run[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+    "${missing[@]}" >/dev/null
