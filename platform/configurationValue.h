@@ -2,10 +2,10 @@
 // from a text file on systems without a registry.
 #pragma once
 
+#include "platform/systemCode.h"
+
 #include <cstdio>
 #include <string>
-
-#include "platform/systemCode.h"
 
 namespace platform {
 

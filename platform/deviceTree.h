@@ -1,12 +1,12 @@
 // The system's tree of devices, as far as slot paths are derived from it.
 #pragma once
 
+#include "platform/systemCode.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
-
-#include "platform/systemCode.h"
 
 namespace platform {
 

@@ -2,20 +2,20 @@
 // order of the names (Linux, where the kernel's order means nothing).
 #pragma once
 
+#include "platform/systemCode.h"
+
 #include <memory>
 #include <string>
-
-#include "platform/systemCode.h"
 
 namespace platform {
 
 enum class SearchOutcome {
-    entry,              // a matching entry: its name without its folder, in UTF-8
-    end,                // no further entries
-    nothingMatches,     // from open(): no file matches, or the folder does not exist
-    invalidText,        // the pattern or an entry's name is not valid UTF-8 / UTF-16
-    conversionFailed,   // the text could not be converted for another reason
-    failed,             // the listing failed otherwise
+    entry,            // a matching entry: its name without its folder, in UTF-8
+    end,              // no further entries
+    nothingMatches,   // from open(): no file matches, or the folder does not exist
+    invalidText,      // the pattern or an entry's name is not valid UTF-8 / UTF-16
+    conversionFailed, // the text could not be converted for another reason
+    failed,           // the listing failed otherwise
 };
 
 class DirectorySearch {

@@ -1,9 +1,9 @@
 // A library loaded at run time.
 #pragma once
 
-#include <string>
-
 #include "platform/systemCode.h"
+
+#include <string>
 
 namespace platform {
 

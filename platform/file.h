@@ -2,13 +2,13 @@
 // forcing to disk, renaming over a file, and the last-write time.
 #pragma once
 
+#include "platform/systemCode.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "platform/systemCode.h"
 
 namespace platform {
 

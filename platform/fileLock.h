@@ -1,9 +1,9 @@
 // An exclusive lock on a file, by which processes take turns.
 #pragma once
 
-#include <cstdint>
-
 #include "platform/systemCode.h"
+
+#include <cstdint>
 
 namespace platform {
 

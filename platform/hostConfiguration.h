@@ -2,12 +2,12 @@
 // place of the machine's. Nothing outside the process changes and nothing is left behind.
 #pragma once
 
+#include "platform/systemCode.h"
+
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "platform/systemCode.h"
 
 namespace platform {
 

@@ -2,11 +2,11 @@
 // publishes for it.
 #pragma once
 
+#include "platform/systemCode.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-
-#include "platform/systemCode.h"
 
 namespace platform {
 

@@ -1,0 +1,26 @@
+#include "quil/systemStatus.h"
+
+namespace nZOQUIL000 {
+
+namespace {
+
+// The platform's own convention for carrying a system error in a signed status.
+constexpr std::uint32_t kSystemErrorBase = 0x80070000U;
+constexpr std::uint32_t kSystemErrorMask = 0xFFFFU;
+
+} // namespace
+
+std::int32_t statusFromSystemCode(platform::SystemCode code) noexcept {
+    if (code == platform::kNoSystemError)
+        return 0;
+    if (platform::isOutOfMemory(code))
+        return zoquilerr_memoryFull;
+    return static_cast<std::int32_t>(kSystemErrorBase | (code & kSystemErrorMask));
+}
+
+bool setSystemError(tErrorStatus& status, platform::SystemCode code,
+                    const tErrorSite& site) noexcept {
+    return setError(status, statusFromSystemCode(code), site);
+}
+
+} // namespace nZOQUIL000

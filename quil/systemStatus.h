@@ -1,0 +1,19 @@
+// The one place where an error code of the operating system becomes a status.
+#pragma once
+
+#include "platform/systemCode.h"
+#include "quil/setError.h"
+
+#include <cstdint>
+
+namespace nZOQUIL000 {
+
+// 0 stays 0; out of memory becomes zoquilerr_memoryFull; every other code becomes the negative
+// number that carries it in its low 16 bits, below 0x8007.
+[[nodiscard]] std::int32_t statusFromSystemCode(platform::SystemCode code) noexcept;
+
+// Sets the status of `code` with the record of `site`. True when it was taken.
+bool setSystemError(tErrorStatus& status, platform::SystemCode code,
+                    const tErrorSite& site) noexcept;
+
+} // namespace nZOQUIL000

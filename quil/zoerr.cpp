@@ -1,0 +1,31 @@
+#include "quil/zoerr.h"
+
+#include "quil/memberWriter.h"
+#include "quil/setError.h"
+
+namespace zoerr {
+
+using nZOQUIL000::tErrorStatus;
+using nZOQUIL000::tFixedStatus;
+
+void raise(std::int32_t code, const nZOQUIL000::tErrorSite& site, const char* message) {
+    const Exception exception;
+    if (nZOQUIL000::setError(exception.status(), code, site) && message)
+        nZOQUIL000::MemberWriter(exception.status()).append({"Message", message});
+    throw Exception(exception);
+}
+
+void raiseIfFailed(tErrorStatus& status) {
+    if (status.failed() && std::uncaught_exceptions() == 0)
+        throw Exception(status);
+}
+
+void raiseIfFailed(const tFixedStatus& status) {
+    if (!status.failed())
+        return;
+    tErrorStatus converted;
+    nZOQUIL000::convertFixedStatus(status, converted);
+    raiseIfFailed(converted);
+}
+
+} // namespace zoerr
