@@ -7,8 +7,7 @@
 
 namespace platform {
 
-// The file name that a library of this base name has on this system ("zopcibrd" and so on). A
-// literal's lifetime is not needed: the text is the caller's.
+// The file name that a library of this base name ("zopcibrd") has on this system.
 std::string libraryFileName(const char* baseName);
 
 // Owns one loaded library; unloads it when destroyed.
