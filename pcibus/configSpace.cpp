@@ -1,0 +1,100 @@
+#include "pcibus/configSpace.h"
+
+#include <bitset>
+
+namespace pcibus {
+namespace {
+
+// Offsets in the header.
+constexpr std::size_t kVendorId = 0x00;
+constexpr std::size_t kDeviceId = 0x02;
+constexpr std::size_t kStatus = 0x06;
+constexpr std::size_t kHeaderType = 0x0E;
+constexpr std::size_t kSecondaryBus = 0x19;      // header type 1
+constexpr std::size_t kSubsystemVendorId = 0x2C; // header type 0
+constexpr std::size_t kSubsystemId = 0x2E;       // header type 0
+constexpr std::size_t kFirstCapability = 0x34;
+
+constexpr unsigned kStatusHasCapabilities = 1U << 4;
+constexpr unsigned kMultiFunction = 0x80;
+
+// Capabilities lie behind the header, in the first 256 bytes, on multiples of four.
+constexpr std::size_t kCapabilityAlignment = 4;
+constexpr std::size_t kCapabilityPositions = 256 / kCapabilityAlignment;
+
+constexpr std::uint8_t kSubsystemCapability = 0x0D;
+constexpr std::size_t kSubsystemCapabilityVendorId = 4;
+constexpr std::size_t kSubsystemCapabilityId = 6;
+
+constexpr std::uint8_t kExpressCapability = 0x10;
+constexpr std::size_t kExpressLinkCapabilities = 0x0C;
+
+using Bytes = std::span<const std::uint8_t>;
+
+// 0 beyond the bytes at hand.
+std::uint16_t read16(Bytes bytes, std::size_t offset) {
+    if (offset + 2 > bytes.size())
+        return 0;
+    return static_cast<std::uint16_t>(bytes[offset] | bytes[offset + 1] << 8);
+}
+
+// Where the capabilities of interest lie; 0 for one that is not there.
+struct Capabilities {
+    std::size_t subsystem = 0;
+    std::size_t express = 0;
+};
+
+bool findCapabilities(Bytes bytes, Capabilities& found) {
+    if ((read16(bytes, kStatus) & kStatusHasCapabilities) == 0)
+        return true;
+    std::bitset<kCapabilityPositions> visited;
+    std::size_t next = kFirstCapability;
+    for (;;) {
+        const std::size_t at = bytes[next] & ~(kCapabilityAlignment - 1);
+        if (at < kHeaderSize || at + 2 > bytes.size())
+            return true;
+        if (visited[at / kCapabilityAlignment])
+            return false;
+        visited.set(at / kCapabilityAlignment);
+        if (bytes[at] == kSubsystemCapability && found.subsystem == 0)
+            found.subsystem = at;
+        else if (bytes[at] == kExpressCapability && found.express == 0)
+            found.express = at;
+        next = at + 1;
+    }
+}
+
+} // namespace
+
+bool decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result) {
+    Capabilities capabilities;
+    if (!findCapabilities(bytes, capabilities))
+        return false;
+    result.vendorId = read16(bytes, kVendorId);
+    result.deviceId = read16(bytes, kDeviceId);
+    result.headerType = static_cast<std::uint8_t>(bytes[kHeaderType] & ~kMultiFunction);
+    result.subsystemVendorId = 0;
+    result.subsystemId = 0;
+    result.secondaryBus = 0;
+    result.linkWidth = 0;
+    result.linkSpeed = 0;
+    if (result.headerType == 0) {
+        result.subsystemVendorId = read16(bytes, kSubsystemVendorId);
+        result.subsystemId = read16(bytes, kSubsystemId);
+    }
+    if (!result.isBridge())
+        return true;
+    result.secondaryBus = bytes[kSecondaryBus];
+    if (const std::size_t at = capabilities.subsystem) {
+        result.subsystemVendorId = read16(bytes, at + kSubsystemCapabilityVendorId);
+        result.subsystemId = read16(bytes, at + kSubsystemCapabilityId);
+    }
+    if (const std::size_t at = capabilities.express) {
+        const unsigned link = read16(bytes, at + kExpressLinkCapabilities);
+        result.linkSpeed = static_cast<std::uint8_t>(link & 0x0F);
+        result.linkWidth = static_cast<std::uint8_t>(link >> 4 & 0x3F);
+    }
+    return true;
+}
+
+} // namespace pcibus

@@ -1,0 +1,23 @@
+// Reads what a function is out of the bytes of its configuration space. Dumps and sysfs share it.
+#pragma once
+
+#include "pcibus/pciFunction.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace pcibus {
+
+// The standard header, which every function has; ordinary users may read no more of a live bus.
+inline constexpr std::size_t kHeaderSize = 64;
+
+// The most that a PCI Express function has.
+inline constexpr std::size_t kMaxConfigSize = 4096;
+
+// Fills everything but the address and the line. `bytes` are the first ones of the configuration
+// space, at least kHeaderSize of them; what lies beyond them counts as not there. False when the
+// capabilities form a loop; `result` is then unspecified.
+bool decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result);
+
+} // namespace pcibus

@@ -1,0 +1,182 @@
+#include "pcibus/dump.h"
+
+#include "pcibus/address.h"
+#include "pcibus/configSpace.h"
+#include "pcibus/fileBytes.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <optional>
+#include <unordered_set>
+#include <vector>
+
+namespace pcibus {
+namespace {
+
+constexpr bool isBlank(char c) {
+    return c == ' ' || c == '\t';
+}
+
+// A row's line begins with two or three digits of offset and a colon.
+constexpr std::size_t kMinOffsetDigits = 2;
+constexpr std::size_t kMaxOffsetDigits = 3;
+
+// The text up to the next blank, cut where it goes on for too long.
+std::string quoted(std::string_view text) {
+    constexpr std::size_t kMost = 40;
+    const auto end = std::find_if(text.begin(), text.end(), isBlank);
+    const auto length = std::min(kMost, static_cast<std::size_t>(end - text.begin()));
+    return '"' + std::string(text.substr(0, length)) + '"';
+}
+
+std::string hexText(std::size_t value) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (; value != 0 || text.size() < kMinOffsetDigits; value >>= 4)
+        text.insert(text.begin(), kDigits[value & 15]);
+    return text;
+}
+
+// One pass over the lines, with the function whose rows are being read.
+class DumpReader {
+public:
+    explicit DumpReader(const std::string& name) : name_(name) {}
+
+    Bus read(std::string_view text) {
+        while (!text.empty()) {
+            const std::size_t end = std::min(text.find('\n'), text.size());
+            ++line_;
+            takeLine(text.substr(0, end));
+            text.remove_prefix(std::min(end + 1, text.size()));
+        }
+        finishFunction();
+        return Bus(std::move(functions_),
+                   [this](const PciFunction& function) { return place(function.line); });
+    }
+
+private:
+    void takeLine(std::string_view line) {
+        while (!line.empty() && (isBlank(line.back()) || line.back() == '\r'))
+            line.remove_suffix(1);
+        if (line.empty() || isBlank(line.front()))
+            return;
+        if (const std::size_t digits = offsetDigits(line); digits != 0)
+            return takeRow(line, digits);
+        const auto address = readAddress(line);
+        if (address && (line.size() == address->length || isBlank(line[address->length])))
+            beginFunction(line, *address);
+    }
+
+    // How many digits of offset a row's line begins with; 0 for a line that is no row.
+    static std::size_t offsetDigits(std::string_view line) {
+        std::size_t digits = 0;
+        while (digits < line.size() && digits <= kMaxOffsetDigits && hexValue(line[digits]) >= 0)
+            ++digits;
+        if (digits < kMinOffsetDigits || digits > kMaxOffsetDigits || digits == line.size() ||
+            line[digits] != ':')
+            return 0;
+        return digits + 1 == line.size() || isBlank(line[digits + 1]) ? digits : 0;
+    }
+
+    void takeRow(std::string_view line, std::size_t digits) {
+        std::size_t offset = 0;
+        for (std::size_t i = 0; i < digits; ++i)
+            offset = offset << 4 | static_cast<std::size_t>(hexValue(line[i]));
+        if (!address_)
+            refuse("expected a function before the first row, got " + quoted(line));
+        if (offset != size_)
+            refuse("expected the row of offset " + hexText(size_) + ", got " + quoted(line));
+        const char* at = line.data() + digits + 1;
+        const char* const end = line.data() + line.size();
+        if (at == end)
+            refuse("expected bytes behind the offset, got nothing");
+        do {
+            while (isBlank(*at)) // the line does not end with a blank
+                ++at;
+            takeByte(at, end);
+            at += 2;
+        } while (at != end);
+    }
+
+    void takeByte(const char* at, const char* end) {
+        const int high = hexValue(at[0]);
+        const int low = end - at >= 2 ? hexValue(at[1]) : -1;
+        if (high < 0 || low < 0 || (end - at > 2 && !isBlank(at[2])))
+            refuse("expected a byte as two hexadecimal digits, got " +
+                   quoted(std::string_view(at, static_cast<std::size_t>(end - at))));
+        if (size_ == bytes_.size())
+            refuse("expected at most 4096 bytes for " + addressText(current_));
+        bytes_[size_++] = static_cast<std::uint8_t>(high << 4 | low);
+    }
+
+    void beginFunction(std::string_view line, const Address& address) {
+        finishFunction();
+        if (address.device > kMaxDevice || address.function > kMaxFunction)
+            refuse("expected a device up to 1f and a function up to 7, got " + quoted(line));
+        current_ = {};
+        current_.bus = address.bus;
+        current_.device = address.device;
+        current_.function = address.function;
+        current_.line = line_;
+        address_ = address;
+        size_ = 0;
+        if (!remember(address))
+            refuse("a second function at " + std::string(line.substr(0, address.length)));
+    }
+
+    // False when there was a function at this address before.
+    bool remember(const Address& address) {
+        if (address.domain != 0)
+            return others_.insert(std::uint64_t{address.domain} << 16 | current_.handle()).second;
+        if (seen_[current_.handle()])
+            return false;
+        seen_.set(current_.handle());
+        return true;
+    }
+
+    void finishFunction() {
+        if (!address_)
+            return;
+        if (size_ < kHeaderSize)
+            refuse(current_.line, "expected at least 64 bytes for " + addressText(current_) +
+                                      ", got " + std::to_string(size_));
+        if (!decodeConfigSpace(std::span(bytes_).first(size_), current_))
+            refuse(current_.line, "capabilities of " + addressText(current_) + " form a loop");
+        if (address_->domain == 0)
+            functions_.push_back(current_);
+        address_.reset();
+    }
+
+    [[nodiscard]] std::string place(std::uint32_t line) const {
+        return name_ + ':' + std::to_string(line);
+    }
+    [[noreturn]] void refuse(std::uint32_t line, const std::string& reason) const {
+        throw BusError(place(line) + ": " + reason);
+    }
+    [[noreturn]] void refuse(const std::string& reason) const { refuse(line_, reason); }
+
+    const std::string& name_;
+    std::uint32_t line_ = 0;
+    std::vector<PciFunction> functions_;
+    std::bitset<0x10000> seen_;                // handles of domain 0
+    std::unordered_set<std::uint64_t> others_; // domains and handles
+
+    // The function whose rows are being read, while there is an address.
+    std::optional<Address> address_;
+    PciFunction current_;
+    std::array<std::uint8_t, kMaxConfigSize> bytes_{};
+    std::size_t size_ = 0;
+};
+
+} // namespace
+
+Bus parseDump(std::string_view text, const std::string& name) {
+    return DumpReader(name).read(text);
+}
+
+Bus readDump(const std::filesystem::path& file) {
+    return parseDump(readWholeFile(file), file.string());
+}
+
+} // namespace pcibus

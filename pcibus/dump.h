@@ -1,0 +1,25 @@
+// Reads a recorded bus: the text that lspci -x, -xxx or -xxxx prints, with or without domains in
+// the addresses and the text of -v between.
+//
+// A function begins with a line "[DDDD:]BB:DD.F ..." and has rows "OO: hh hh ..." of bytes from
+// offset 0 on, without gaps, at least 64 bytes. Blank and indented lines, and any other line that
+// is neither, mean nothing. Lines end with LF or CR LF.
+#pragma once
+
+#include "pcibus/bus.h"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace pcibus {
+
+// The functions of domain 0; those of other domains are checked and passed over. A text without
+// functions is an empty bus. `name` stands for the dump in messages. Raises BusError
+// ("name:line: reason") for a text that is malformed, and std::bad_alloc.
+Bus parseDump(std::string_view text, const std::string& name);
+
+// The same for a file. A file that cannot be read raises BusError ("file: reason").
+Bus readDump(const std::filesystem::path& file);
+
+} // namespace pcibus

@@ -1,0 +1,14 @@
+// The one way in for whoever has a path and wants its bus.
+#pragma once
+
+#include "pcibus/bus.h"
+
+#include <filesystem>
+
+namespace pcibus {
+
+// A folder stands for /sys, live or copied (see sysfs.h); anything else is a dump (see dump.h).
+// Raises BusError and std::bad_alloc.
+Bus readBus(const std::filesystem::path& path);
+
+} // namespace pcibus

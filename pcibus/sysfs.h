@@ -1,0 +1,22 @@
+// Reads the bus that sysfs publishes, live or from a copied tree of its files. It needs only what
+// an ordinary user may read.
+#pragma once
+
+#include "pcibus/bus.h"
+
+#include <filesystem>
+
+namespace pcibus {
+
+// `root` stands for /sys: the functions are the entries "DDDD:BB:DD.F" of bus/pci/devices below
+// it. Domain 0 only; other entries are passed over. Of each function the first 64 bytes of
+// "config" are read, of a bridge also "subsystem_vendor", "subsystem_device", "max_link_width" and
+// "max_link_speed", which count as 0 where they are missing or say that nothing is known.
+//
+// Raises BusError ("file or folder: reason") when there is no such folder, when a configuration
+// cannot be read or has fewer than 64 bytes, when a subsystem file holds no identifier, and for
+// what no bus can be (see Bus). A function that is unplugged meanwhile is left out. Raises
+// std::bad_alloc.
+Bus readSysfs(const std::filesystem::path& root);
+
+} // namespace pcibus
