@@ -1,0 +1,279 @@
+// Recorded buses: what lspci prints is understood, and what no lspci prints is refused with its
+// line.
+#include "pcibus/dump.h"
+
+#include "tests/pcibus/machines.h"
+#include "tests/support/busBuilder.h"
+#include "tests/support/describe.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using pcibus::Bus;
+using pcibus::BusError;
+using pcibus::parseDump;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testsupport::BusBuilder;
+using testsupport::describe;
+using testsupport::DumpOptions;
+
+// What refusing the text says; a text that is taken says "accepted".
+std::string refusal(const std::string& text) {
+    try {
+        parseDump(text, "bus.txt");
+    } catch (const BusError& error) {
+        return error.what();
+    }
+    return "accepted";
+}
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    const std::size_t at = text.find(from);
+    if (at == std::string::npos)
+        throw std::logic_error("nothing to replace: " + from);
+    return text.replace(at, from.size(), to);
+}
+
+// One function with a header of 64 bytes; each row is a line of its own, lines 2 to 5.
+std::string small(const std::string& address = "00:01.0") {
+    return address + " Some device\n"
+                     "00: 86 80 10 a1 06 00 00 00 01 00 80 07 00 00 00 00\n"
+                     "10: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"
+                     "20: 00 00 00 00 00 00 00 00 00 00 00 00 34 12 02 01\n"
+                     "30: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n";
+}
+
+std::vector<std::string> parsed(const std::string& text) {
+    return describe(parseDump(text, "bus.txt").functions());
+}
+
+TEST(Dump, ReadsEveryFunctionOfAMachine) {
+    const machines::Switch machine;
+    EXPECT_EQ(parsed(machine.bus.dump()), describe(machine.bus.functions()));
+}
+
+TEST(Dump, ReadsTheFieldsWhereTheyStand) {
+    EXPECT_THAT(parsed(small()), ElementsAre("00:01.0 type 0 8086:a110 subsystem 1234:0102 "
+                                             "secondary 00 link x0 speed 0"));
+}
+
+TEST(Dump, ReadsExtendedConfigurationSpace) {
+    const machines::Switch machine;
+    const std::string text = machine.bus.dump({.bytes = testsupport::kExtendedBytes});
+    ASSERT_THAT(text, testing::HasSubstr("\nff0: 00"));
+    EXPECT_EQ(parsed(text), describe(machine.bus.functions()));
+}
+
+TEST(Dump, HeaderAloneHasNoSubsystemAndLinkOfBridges) {
+    const machines::Switch machine;
+    auto expected = machine.bus.functions();
+    for (auto& function : expected) {
+        if (function.isBridge())
+            function.subsystemVendorId = function.subsystemId = function.linkWidth =
+                function.linkSpeed = 0;
+    }
+    EXPECT_EQ(parsed(machine.bus.dump({.bytes = testsupport::kHeaderBytes})), describe(expected));
+}
+
+TEST(Dump, ReadsAddressesWithADomain) {
+    const machines::Switch machine;
+    const auto expected = describe(machine.bus.functions());
+    EXPECT_EQ(parsed(machine.bus.dump({.domain = 0})), expected);
+    EXPECT_THAT(parsed(small("00000000:00:01.0")), SizeIs(1));
+}
+
+TEST(Dump, SkipsTheTextOfVerboseOutput) {
+    const machines::Switch machine;
+    EXPECT_EQ(parsed(machine.bus.dump({.verbose = true})), describe(machine.bus.functions()));
+}
+
+TEST(Dump, AcceptsCarriageReturnsAndBlanksAtLineEnds) {
+    const machines::Switch machine;
+    EXPECT_EQ(parsed(machine.bus.dump({.verbose = true, .crLf = true})),
+              describe(machine.bus.functions()));
+    EXPECT_THAT(parsed(replaced(small(), "02 01\n", "02 01 \t \r\n")), SizeIs(1));
+}
+
+TEST(Dump, AcceptsALastLineWithoutEnd) {
+    std::string text = small();
+    text.pop_back();
+    EXPECT_EQ(parsed(text), parsed(small()));
+}
+
+TEST(Dump, AcceptsUpperCaseDigitsAndAnAddressAlone) {
+    const std::string text = replaced(small("00:1C.0"), " Some device", "");
+    EXPECT_THAT(parsed(replaced(text, "10 a1", "10 A1")),
+                ElementsAre("00:1c.0 type 0 8086:a110 subsystem 1234:0102 secondary 00 link x0 "
+                            "speed 0"));
+}
+
+TEST(Dump, AcceptsRowsOfAnyLengthWithoutGaps) {
+    const std::string text = replaced(small(), "01 00 80 07", "01 00\n0a: 80 07");
+    EXPECT_EQ(parsed(text), parsed(small()));
+}
+
+TEST(Dump, PassesOverLinesThatAreNothing) {
+    const std::string text = replaced(
+        "recorded by hand\n\n" + small(), "\n10:",
+        "\n\n  99: zz\n\tindented\nKernel driver in use: none\n0g: no row\n100000000:00:00.0 "
+        "too many digits\n000:00:01.0 too few\n00:01.0x glued\n1234: no row either\n10:");
+    EXPECT_EQ(parsed(text), parsed(small()));
+}
+
+TEST(Dump, WithoutFunctionsIsAnEmptyBus) {
+    for (const char* text : {"", "\n", "nothing here\n", "\t00:01.0 indented\n"}) {
+        const Bus bus = parseDump(text, "bus.txt");
+        EXPECT_THAT(bus.functions(), IsEmpty()) << text;
+        EXPECT_THAT(bus.rootBuses(), IsEmpty()) << text;
+    }
+}
+
+TEST(Dump, SortsByBusDeviceAndFunction) {
+    const std::string text = small("02:00.0") + small("00:1f.1") + small("00:1f.0") +
+                             small("01:00.0") + small("00:02.7");
+    const Bus bus = parseDump(text, "bus.txt");
+    std::vector<std::string> addresses;
+    for (const auto& function : bus.functions())
+        addresses.push_back(addressText(function));
+    EXPECT_THAT(addresses, ElementsAre("00:02.7", "00:1f.0", "00:1f.1", "01:00.0", "02:00.0"));
+}
+
+TEST(Dump, RemembersTheLineOfEachFunction) {
+    const Bus bus = parseDump("a note\n" + small("00:02.0") + "\n" + small("00:01.0"), "bus.txt");
+    EXPECT_EQ(bus.find(0x10)->line, 2U);
+    EXPECT_EQ(bus.find(0x08)->line, 8U);
+}
+
+TEST(Dump, PassesOverOtherDomains) {
+    const std::string text = small("0001:00:01.0") + small("0000:00:02.0") +
+                             small("10000:00:02.0") + small("ffffffff:00:02.0");
+    EXPECT_THAT(parsed(text), ElementsAre(testing::StartsWith("00:02.0")));
+}
+
+TEST(Dump, RefusesBytesThatAreNoneNamingTheLine) {
+    EXPECT_EQ(refusal(replaced(small(), "\n10: 00 00", "\n10: 00 0g")),
+              "bus.txt:3: expected a byte as two hexadecimal digits, got \"0g\"");
+    EXPECT_EQ(refusal(replaced(small(), "02 01\n", "02 1\n")),
+              "bus.txt:4: expected a byte as two hexadecimal digits, got \"1\"");
+    EXPECT_EQ(refusal(replaced(small(), "02 01\n", "0201\n")),
+              "bus.txt:4: expected a byte as two hexadecimal digits, got \"0201\"");
+    EXPECT_EQ(refusal(replaced(small(), "02 01\n", "02 01 rest of the line\n")),
+              "bus.txt:4: expected a byte as two hexadecimal digits, got \"rest\"");
+    EXPECT_EQ(refusal(replaced(small(), "02 01\n", "02 " + std::string(99, 'x') + "\n")),
+              "bus.txt:4: expected a byte as two hexadecimal digits, got \"" +
+                  std::string(40, 'x') + "\"");
+    EXPECT_EQ(refusal(small() + "40:\n"),
+              "bus.txt:6: expected bytes behind the offset, got nothing");
+}
+
+TEST(Dump, RefusesBadBytesOfOtherDomains) {
+    EXPECT_EQ(refusal(small() + replaced(small("0001:00:01.0"), "34 12", "34 1x")),
+              "bus.txt:9: expected a byte as two hexadecimal digits, got \"1x\"");
+}
+
+TEST(Dump, RefusesGapsNamingTheRow) {
+    EXPECT_EQ(refusal(replaced(small(), "\n10:", "\n20:")),
+              "bus.txt:3: expected the row of offset 10, got \"20:\"");
+    EXPECT_EQ(refusal(replaced(small(), " 07 00 00 00 00\n", " 07 00 00 00\n")),
+              "bus.txt:3: expected the row of offset 0f, got \"10:\"");
+    EXPECT_EQ(refusal(small() + "30: 00\n"),
+              "bus.txt:6: expected the row of offset 40, got \"30:\"");
+    EXPECT_EQ(refusal(small() + "100: 00\n"),
+              "bus.txt:6: expected the row of offset 40, got \"100:\"");
+    EXPECT_EQ(refusal(small("0001:00:01.0") + "50: 00\n"),
+              "bus.txt:6: expected the row of offset 40, got \"50:\"");
+}
+
+TEST(Dump, RefusesARowWithoutAFunction) {
+    EXPECT_EQ(refusal("\n00: 86 80\n"),
+              "bus.txt:2: expected a function before the first row, got \"00:\"");
+}
+
+TEST(Dump, RefusesFewerThan64BytesNamingTheFunction) {
+    EXPECT_EQ(refusal(replaced(small(), "02 01\n30:", "02 01\nno row:")),
+              "bus.txt:1: expected at least 64 bytes for 00:01.0, got 48");
+    EXPECT_EQ(refusal(small("00:02.0") + "00:03.0 no rows at all\n" + small("00:04.0")),
+              "bus.txt:6: expected at least 64 bytes for 00:03.0, got 0");
+    EXPECT_EQ(refusal(small("00:02.0") + "0001:00:03.0 no rows at all\n"),
+              "bus.txt:6: expected at least 64 bytes for 00:03.0, got 0");
+    const std::string last = small();
+    EXPECT_EQ(refusal(last.substr(0, last.size() - 4)),
+              "bus.txt:1: expected at least 64 bytes for 00:01.0, got 63");
+}
+
+TEST(Dump, RefusesMoreThan4096Bytes) {
+    BusBuilder machine;
+    machine.rootEndpoint(0, 1, 0, {0x8086, 0x1234});
+    std::string text = machine.dump({.bytes = testsupport::kExtendedBytes});
+    ASSERT_EQ(refusal(text), "accepted");
+    text = replaced(text, "\n\n", " 00\n");
+    EXPECT_EQ(refusal(text), "bus.txt:257: expected at most 4096 bytes for 00:01.0");
+}
+
+TEST(Dump, RefusesTwoFunctionsAtOneAddress) {
+    EXPECT_EQ(refusal(small("00:01.0") + small("00:02.0") + small("00:01.0")),
+              "bus.txt:11: a second function at 00:01.0");
+    EXPECT_EQ(refusal(small("00:01.0") + small("0000:00:01.0")),
+              "bus.txt:6: a second function at 0000:00:01.0");
+    EXPECT_EQ(refusal(small("0002:00:01.0") + small("0002:00:01.0")),
+              "bus.txt:6: a second function at 0002:00:01.0");
+}
+
+TEST(Dump, RefusesAddressesOutOfRange) {
+    EXPECT_EQ(refusal(small("00:20.0")),
+              "bus.txt:1: expected a device up to 1f and a function up to 7, got \"00:20.0\"");
+    EXPECT_EQ(refusal(small("00:1f.8")),
+              "bus.txt:1: expected a device up to 1f and a function up to 7, got \"00:1f.8\"");
+    EXPECT_EQ(refusal(small("00:1f.7")), "accepted");
+}
+
+TEST(Dump, RefusesCapabilityLoopsOfAnyFunction) {
+    machines::Switch machine;
+    machine.bus.poke(machine.second, 0x41, {0x40});
+    const std::string text = machine.bus.dump({.bytes = 256});
+    // The seventh function, 18 lines each.
+    EXPECT_EQ(refusal(text), "bus.txt:127: capabilities of 03:00.1 form a loop");
+    EXPECT_EQ(refusal(machine.bus.dump({.bytes = 256, .domain = 5})),
+              "bus.txt:127: capabilities of 03:00.1 form a loop");
+}
+
+TEST(Dump, RefusesBridgesThatFormACycleNamingOneOfThem) {
+    machines::Switch machine;
+    machine.bus.setSecondaryBus(machine.downB, 1);
+    EXPECT_THAT(refusal(machine.bus.dump()),
+                testing::AnyOf("bus.txt:91: bridges form a cycle through 02:02.0",
+                               "bus.txt:55: bridges form a cycle through 01:00.0"));
+}
+
+TEST(Dump, ReadsFiles) {
+    const machines::Switch machine;
+    const testsupport::TemporaryFolder folder;
+    const auto file = folder.file("bus.txt", machine.bus.dump());
+    EXPECT_EQ(describe(pcibus::readDump(file).functions()), describe(machine.bus.functions()));
+}
+
+TEST(Dump, NamesTheFileInItsMessages) {
+    const testsupport::TemporaryFolder folder;
+    const auto file = folder.file("bus.txt", "00:01.0\n");
+    try {
+        pcibus::readDump(file);
+        FAIL() << "accepted";
+    } catch (const BusError& error) {
+        EXPECT_EQ(error.what(),
+                  file.string() + ":1: expected at least 64 bytes for 00:01.0, got 0");
+    }
+}
+
+TEST(Dump, BigBusIsReadWhole) {
+    const BusBuilder machine = testsupport::bigBus();
+    EXPECT_EQ(parsed(machine.dump()), describe(machine.functions()));
+}
+
+} // namespace

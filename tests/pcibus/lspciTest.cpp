@@ -1,0 +1,146 @@
+// The same dumps read by lspci and by this system: both must see the same machine.
+#include "pcibus/dump.h"
+#include "tests/pcibus/machines.h"
+#include "tests/support/command.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <map>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using pcibus::PciFunction;
+using testsupport::BusBuilder;
+
+// What lspci prints of one function.
+struct Seen {
+    std::string ids;                // "8086:a110"
+    std::string secondary = "none"; // "01"
+    std::string subsystem = "none"; // "1043:836b"
+    std::string link = "none";      // "8GT/s x16"
+    bool operator==(const Seen&) const = default;
+};
+
+void PrintTo(const Seen& seen, std::ostream* out) {
+    *out << seen.ids << " secondary " << seen.secondary << " subsystem " << seen.subsystem
+         << " link " << seen.link;
+}
+
+std::string lspci(const std::string& options, const std::filesystem::path& file) {
+    const auto result = testsupport::runCommand("lspci -F '" + file.string() + "' " + options);
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    return result.output;
+}
+
+std::map<std::string, Seen> seenByLspci(const std::string& text) {
+    static const std::regex kFunction(
+        "0000:([0-9a-f:.]+) [0-9a-f]{4}: ([0-9a-f]{4}:[0-9a-f]{4}).*");
+    static const std::regex kBus("\\s+Bus: primary=[0-9a-f]+, secondary=([0-9a-f]+),.*");
+    static const std::regex kSubsystem("\\s+.*Subsystem: ([0-9a-f]{4}:[0-9a-f]{4}).*");
+    static const std::regex kLink("\\s+LnkCap:.* Speed ([0-9.]+GT/s), Width (x[0-9]+).*");
+    std::map<std::string, Seen> result;
+    Seen* current = nullptr;
+    std::istringstream lines(text);
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);) {
+        if (std::regex_match(line, match, kFunction)) {
+            current = &result[match[1]];
+            current->ids = match[2];
+        } else if (current != nullptr && std::regex_match(line, match, kBus)) {
+            current->secondary = match[1];
+        } else if (current != nullptr && std::regex_match(line, match, kSubsystem)) {
+            current->subsystem = match[1];
+        } else if (current != nullptr && std::regex_match(line, match, kLink)) {
+            current->link = match[1].str() + ' ' + match[2].str();
+        }
+    }
+    return result;
+}
+
+std::string hex(unsigned value, int digits) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%0*x", digits, value);
+    return text;
+}
+
+std::map<std::string, Seen> seenHere(const pcibus::Bus& bus) {
+    static constexpr const char* kSpeeds[] = {"", "2.5GT/s", "5GT/s", "8GT/s", "16GT/s"};
+    std::map<std::string, Seen> result;
+    for (const PciFunction& function : bus.functions()) {
+        Seen seen;
+        seen.ids = hex(function.vendorId, 4) + ':' + hex(function.deviceId, 4);
+        if (function.subsystemVendorId != 0 || function.subsystemId != 0)
+            seen.subsystem =
+                hex(function.subsystemVendorId, 4) + ':' + hex(function.subsystemId, 4);
+        if (function.isBridge())
+            seen.secondary = hex(function.secondaryBus, 2);
+        if (function.linkWidth != 0)
+            seen.link = std::string(kSpeeds[function.linkSpeed]) + " x" +
+                        std::to_string(function.linkWidth);
+        result[addressText(function)] = seen;
+    }
+    return result;
+}
+
+void compare(const std::string& dump) {
+    const testsupport::TemporaryFolder folder;
+    const auto file = folder.file("bus.txt", dump);
+    auto theirs = seenByLspci(lspci("-n -D -vv", file));
+    const pcibus::Bus bus = pcibus::readDump(file);
+    ASSERT_EQ(theirs.size(), bus.functions().size());
+    // lspci shows links of endpoints too, which this system does not ask for.
+    for (const PciFunction& function : bus.functions()) {
+        if (!function.isBridge())
+            theirs[addressText(function)].link = "none";
+    }
+    EXPECT_EQ(theirs, seenHere(bus));
+}
+
+TEST(Lspci, SeesTheSameMachine) {
+    compare(machines::Switch().bus.dump());
+}
+
+TEST(Lspci, SeesTheSameMachineWithADomainBeforeEachAddress) {
+    compare(machines::Switch().bus.dump({.domain = 0}));
+}
+
+TEST(Lspci, SeesTheSameMachineInExtendedDumps) {
+    compare(machines::Switch().bus.dump({.bytes = testsupport::kExtendedBytes}));
+}
+
+TEST(Lspci, SeesTheSameBigMachine) {
+    compare(testsupport::bigBus().dump());
+}
+
+TEST(Lspci, ListsTheSameAddressesAndIdentifiers) {
+    const machines::Switch machine;
+    const testsupport::TemporaryFolder folder;
+    const auto file = folder.file("bus.txt", machine.bus.dump({.bytes = 64}));
+    std::string expected;
+    const pcibus::Bus bus = pcibus::readDump(file);
+    for (const PciFunction& function : bus.functions())
+        expected += "0000:" + addressText(function) +
+                    (function.isBridge() ? " 0604: " : " 0780: ") + hex(function.vendorId, 4) +
+                    ':' + hex(function.deviceId, 4) + " (rev 01)\n";
+    EXPECT_EQ(lspci("-n -D", file), expected);
+}
+
+// What lspci prints of a dump is a dump again.
+TEST(Lspci, ItsOwnOutputIsReadBack) {
+    const machines::Switch machine;
+    const testsupport::TemporaryFolder folder;
+    const auto file = folder.file("bus.txt", machine.bus.dump());
+    for (const char* options : {"-xxx", "-xxx -vv", "-xxx -D", "-xxx -n -D -vvv"}) {
+        const pcibus::Bus again = pcibus::parseDump(lspci(options, file), options);
+        EXPECT_EQ(seenHere(again), seenHere(pcibus::readDump(file))) << options;
+    }
+}
+
+} // namespace

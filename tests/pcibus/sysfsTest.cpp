@@ -1,0 +1,210 @@
+// Copied trees of sysfs files, read as an ordinary user reads the live ones.
+#include "pcibus/sysfs.h"
+
+#include "tests/pcibus/machines.h"
+#include "tests/support/describe.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using pcibus::Bus;
+using pcibus::BusError;
+using pcibus::PciFunction;
+using pcibus::readSysfs;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testsupport::describe;
+
+class Sysfs : public testing::Test {
+protected:
+    [[nodiscard]] fs::path root() const { return folder_.path() / "sys"; }
+    [[nodiscard]] fs::path devices() const { return root() / "bus/pci/devices"; }
+
+    // Writes a file of the function at an address; the function's folder is made where needed.
+    void put(const std::string& address, const std::string& name, const std::string& content) {
+        (void)folder_.file("sys/bus/pci/devices/" + address + "/" + name, content);
+    }
+
+    // A bridge with nothing but its configuration.
+    void putBridge(const std::string& address) {
+        std::string config(64, '\0');
+        config[0x0E] = 1;
+        config[0x19] = 1;
+        put(address, "config", config);
+    }
+
+    // A bridge with a link file of this content, as read back.
+    PciFunction withFile(const std::string& name, const std::string& content) {
+        putBridge("0000:00:01.0");
+        put("0000:00:01.0", name, content);
+        return readSysfs(root()).functions().front();
+    }
+
+    [[nodiscard]] std::string refusal() const {
+        try {
+            readSysfs(root());
+        } catch (const BusError& error) {
+            return error.what();
+        }
+        return "accepted";
+    }
+
+private:
+    testsupport::TemporaryFolder folder_;
+};
+
+TEST_F(Sysfs, ReadsEveryFunctionOfAMachine) {
+    const machines::Switch machine;
+    machine.bus.writeSysfs(root());
+    EXPECT_EQ(describe(readSysfs(root()).functions()), describe(machine.bus.functions()));
+}
+
+TEST_F(Sysfs, TakesCapabilitiesFromFilesAlsoWhereTheConfigurationIsLonger) {
+    machines::Switch machine;
+    machine.bus.poke(machine.up, 0x41, {0x40}); // a loop behind the first 64 bytes
+    machine.bus.writeSysfs(root(), testsupport::kExtendedBytes);
+    EXPECT_EQ(describe(readSysfs(root()).functions()), describe(machine.bus.functions()));
+}
+
+TEST_F(Sysfs, BigBusIsReadWhole) {
+    const testsupport::BusBuilder machine = testsupport::bigBus();
+    machine.writeSysfs(root());
+    EXPECT_EQ(describe(readSysfs(root()).functions()), describe(machine.functions()));
+}
+
+TEST_F(Sysfs, EmptyFolderIsAnEmptyBus) {
+    fs::create_directories(devices());
+    EXPECT_THAT(readSysfs(root()).functions(), IsEmpty());
+}
+
+TEST_F(Sysfs, PassesOverOtherDomainsAndOtherNames) {
+    for (const char* name : {"0000:00:01.0", "0001:00:02.0", "10000:00:02.0", "00:03.0x",
+                             "0000:00:04.0 ", "0000:00:20.0", "0000:00:05.8", "readme"})
+        putBridge(name);
+    const Bus bus = readSysfs(root());
+    ASSERT_THAT(bus.functions(), SizeIs(1));
+    EXPECT_EQ(bus.functions().front().handle(), 0x08U);
+}
+
+TEST_F(Sysfs, FilesThatAreMissingCountAs0) {
+    putBridge("0000:00:01.0");
+    EXPECT_EQ(describe(readSysfs(root()).functions().front()),
+              "00:01.0 type 1 0000:0000 subsystem 0000:0000 secondary 01 link x0 speed 0");
+}
+
+TEST_F(Sysfs, ReadsLinkWidths) {
+    const auto width = [this](const std::string& text) {
+        return unsigned{withFile("max_link_width", text).linkWidth};
+    };
+    EXPECT_EQ(width("16\n"), 16U);
+    EXPECT_EQ(width("1"), 1U);
+    EXPECT_EQ(width("32\n"), 32U);
+    EXPECT_EQ(width("254\n"), 254U);
+    for (const char* unknown : {"255\n", "0\n", "256\n", "99999999999\n", "x16\n", "-1\n", ""})
+        EXPECT_EQ(width(unknown), 0U) << unknown;
+}
+
+TEST_F(Sysfs, ReadsLinkSpeeds) {
+    const auto speed = [this](const std::string& text) {
+        return unsigned{withFile("max_link_speed", text).linkSpeed};
+    };
+    EXPECT_EQ(speed("2.5 GT/s PCIe\n"), 1U);
+    EXPECT_EQ(speed("5.0 GT/s PCIe\n"), 2U);
+    EXPECT_EQ(speed("8.0 GT/s PCIe\n"), 3U);
+    EXPECT_EQ(speed("16.0 GT/s PCIe\n"), 4U);
+    EXPECT_EQ(speed("32.0 GT/s PCIe\n"), 5U);
+    EXPECT_EQ(speed("64.0 GT/s PCIe\n"), 6U);
+    EXPECT_EQ(speed("5 GT/s\n"), 2U);
+    EXPECT_EQ(speed("2.5 GT/s\n"), 1U);
+    EXPECT_EQ(speed("8 GT/s\n"), 3U);
+    for (const char* unknown : {"Unknown\n", "Unknown speed\n", "2.50 GT/s\n", "25 GT/s\n", "5.0\n",
+                                "5.0 MB/s\n", "", "2.6 GT/s PCIe\n"})
+        EXPECT_EQ(speed(unknown), 0U) << unknown;
+}
+
+TEST_F(Sysfs, LinkFilesThatCannotBeReadCountAs0) {
+    putBridge("0000:00:01.0");
+    fs::create_directories(devices() / "0000:00:01.0/max_link_width");
+    fs::create_directories(devices() / "0000:00:01.0/max_link_speed");
+    const Bus bus = readSysfs(root());
+    EXPECT_EQ(bus.functions().front().linkWidth, 0);
+    EXPECT_EQ(bus.functions().front().linkSpeed, 0);
+}
+
+TEST_F(Sysfs, ReadsSubsystemIdentifiersOfBridges) {
+    EXPECT_EQ(withFile("subsystem_vendor", "0x1234\n").subsystemVendorId, 0x1234);
+    EXPECT_EQ(withFile("subsystem_device", "0xFfFe\n").subsystemId, 0xFFFE);
+}
+
+TEST_F(Sysfs, RefusesSubsystemFilesWithoutAnIdentifier) {
+    putBridge("0000:00:01.0");
+    for (const char* text : {"0x12345", "many", "0x1234 5"}) {
+        put("0000:00:01.0", "subsystem_device", text);
+        EXPECT_EQ(refusal(), (devices() / "0000:00:01.0/subsystem_device").string() +
+                                 ": expected an identifier such as 0x10b5, got \"" + text + '"');
+    }
+}
+
+TEST_F(Sysfs, AsksForNoFilesOfOtherFunctions) {
+    std::string config(64, '\0');
+    config[0x2C] = 0x34;
+    config[0x2D] = 0x12;
+    put("0000:00:01.0", "config", config);
+    put("0000:00:01.0", "subsystem_vendor", "nonsense");
+    put("0000:00:01.0", "max_link_width", "4\n");
+    const Bus bus = readSysfs(root());
+    EXPECT_EQ(bus.functions().front().subsystemVendorId, 0x1234);
+    EXPECT_EQ(bus.functions().front().linkWidth, 0);
+}
+
+TEST_F(Sysfs, RefusesAMissingFolderNamingIt) {
+    fs::create_directories(root());
+    EXPECT_EQ(refusal(), devices().string() + ": No such file or directory");
+    fs::create_directories(devices().parent_path());
+    EXPECT_EQ(refusal(), devices().string() + ": No such file or directory");
+}
+
+TEST_F(Sysfs, RefusesAShortConfigurationNamingTheFile) {
+    put("0000:00:01.0", "config", std::string(63, '\0'));
+    EXPECT_EQ(refusal(), (devices() / "0000:00:01.0/config").string() +
+                             ": expected at least 64 bytes, got 63");
+}
+
+TEST_F(Sysfs, RefusesAMissingConfigurationNamingTheFile) {
+    fs::create_directories(devices() / "0000:00:01.0");
+    EXPECT_EQ(refusal(),
+              (devices() / "0000:00:01.0/config").string() + ": No such file or directory");
+}
+
+TEST_F(Sysfs, RefusesACopyOfLinksThatLeadNowhere) {
+    fs::create_directories(devices());
+    fs::create_symlink("../../../devices/pci0000:00/0000:00:01.0", devices() / "0000:00:01.0");
+    EXPECT_EQ(refusal(),
+              (devices() / "0000:00:01.0/config").string() + ": No such file or directory");
+}
+
+TEST_F(Sysfs, RefusesBridgesThatFormACycleNamingOneOfThem) {
+    machines::Switch machine;
+    machine.bus.setSecondaryBus(machine.up, 1);
+    machine.bus.writeSysfs(root());
+    EXPECT_EQ(refusal(),
+              (devices() / "0000:01:00.0").string() + ": bridges form a cycle through 01:00.0");
+}
+
+TEST_F(Sysfs, RefusesTwoEntriesOfOneAddress) {
+    putBridge("0000:00:1c.0");
+    putBridge("0000:00:1C.0");
+    EXPECT_THAT(refusal(), HasSubstr("a second function at 00:1c.0"));
+}
+
+} // namespace
