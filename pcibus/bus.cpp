@@ -17,8 +17,9 @@ constexpr PciIds idsOf(const PciFunction& function) {
     return {function.vendorId, function.deviceId, function.subsystemVendorId, function.subsystemId};
 }
 
+// Of two functions at one address the one that is named later comes later, to be the one at fault.
 bool comesBefore(const PciFunction& a, const PciFunction& b) {
-    return a.handle() < b.handle();
+    return a.handle() != b.handle() ? a.handle() < b.handle() : a.line < b.line;
 }
 
 } // namespace
@@ -30,9 +31,7 @@ Bus::Bus(std::vector<PciFunction> functions, const Place& place)
 
 void Bus::build(const Place& place) {
     parents_.fill(kNone);
-    // Stable, so that of two functions at one address the later one is the one at fault.
-    if (!std::is_sorted(functions_.begin(), functions_.end(), comesBefore))
-        std::stable_sort(functions_.begin(), functions_.end(), comesBefore);
+    std::sort(functions_.begin(), functions_.end(), comesBefore);
     refuseSharedAddresses(place);
 
     std::vector<std::pair<std::uint64_t, std::uint32_t>> byIds;

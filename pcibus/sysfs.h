@@ -16,7 +16,8 @@ namespace pcibus {
 // Raises BusError ("file or folder: reason") when there is no such folder, when a configuration
 // cannot be read or has fewer than 64 bytes, when a subsystem file holds no identifier, and for
 // what no bus can be (see Bus). A function that is unplugged meanwhile is left out. Raises
-// std::bad_alloc.
+// std::bad_alloc; but some C++ libraries end the program when memory runs out while they list a
+// folder.
 Bus readSysfs(const std::filesystem::path& root);
 
 } // namespace pcibus

@@ -1,5 +1,5 @@
 // The builder of test machines keeps its own promises.
-#include "tests/pcibus/machines.h"
+#include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -83,7 +83,7 @@ TEST(BusBuilder, BigBusHas250BridgesAnd1500OtherFunctions) {
 }
 
 TEST(BusBuilder, SysfsNestsDevicesBelowTheirBridges) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const testsupport::TemporaryFolder folder;
     machine.bus.writeSysfs(folder.path());
     namespace fs = std::filesystem;

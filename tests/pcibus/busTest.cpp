@@ -1,7 +1,7 @@
 // The tree that bridges form, and the look-ups in it.
 #include "pcibus/bus.h"
 
-#include "tests/pcibus/machines.h"
+#include "tests/support/machines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -69,7 +69,7 @@ TEST(Bus, WithoutFunctionsKnowsNothing) {
 }
 
 TEST(Bus, FindsFunctionsByHandle) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     std::set<std::uint32_t> handles;
     for (const auto node : machine.bus.nodes()) {
@@ -85,7 +85,7 @@ TEST(Bus, FindsFunctionsByHandle) {
 }
 
 TEST(Bus, FindsOnlyBridgesAsBridges) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     EXPECT_NE(bus.findBridge(machine.bus.handle(machine.up)), nullptr);
     EXPECT_EQ(bus.findBridge(machine.bus.handle(machine.card)), nullptr);
@@ -93,7 +93,7 @@ TEST(Bus, FindsOnlyBridgesAsBridges) {
 }
 
 TEST(Bus, ParentOfABusIsTheBridgeAboveIt) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     for (const auto node : {machine.port, machine.up, machine.downA, machine.downB,
                             machine.conventional, machine.otherPort}) {
@@ -107,7 +107,7 @@ TEST(Bus, ParentOfABusIsTheBridgeAboveIt) {
 }
 
 TEST(Bus, ListsBridgesInAscendingOrder) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     EXPECT_THAT(bus.bridges(), ElementsAre(0x00E0, 0x00F0, 0x0100, 0x0208, 0x0210, 0x4019));
     EXPECT_THAT(bus.bridgesOn(0), ElementsAre(0x00E0, 0x00F0));
@@ -119,7 +119,7 @@ TEST(Bus, ListsBridgesInAscendingOrder) {
 }
 
 TEST(Bus, ListsChildrenOfABridge) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     EXPECT_THAT(bus.childrenOf(*bus.find(0x00E0)), ElementsAre(0x0100));
     EXPECT_THAT(bus.childrenOf(*bus.find(0x0100)), ElementsAre(0x0208, 0x0210));
@@ -127,7 +127,7 @@ TEST(Bus, ListsChildrenOfABridge) {
 }
 
 TEST(Bus, ListsFunctionsOfABus) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     EXPECT_EQ(bus.functionsOn(0).size(), 3U);
     EXPECT_EQ(bus.functionsOn(3).size(), 2U);
@@ -137,7 +137,7 @@ TEST(Bus, ListsFunctionsOfABus) {
 }
 
 TEST(Bus, FindsBridgesByAllFourIdentifiers) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     EXPECT_THAT(bus.bridgesWithIds({0x10B5, 0x8609, 0x1234, 0x0002}), ElementsAre(0x0208, 0x0210));
     EXPECT_THAT(bus.bridgesWithIds({0x10B5, 0x8609, 0x1234, 0x0001}), ElementsAre(0x0100));
@@ -151,7 +151,7 @@ TEST(Bus, FindsBridgesByAllFourIdentifiers) {
 }
 
 TEST(Bus, RootBusesHaveFunctionsAndNoParent) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     EXPECT_THAT(made(machine.bus).rootBuses(), ElementsAre(0, 0x40));
     const Bus orphans({endpoint(9, 0), bridge(3, 0, 4), endpoint(4, 0), bridge(3, 1, 200)},
                       placeOf);
@@ -206,7 +206,7 @@ TEST(Bus, ManyWaysDownAreNoCycle) {
 }
 
 TEST(Bus, KeepsWhatItHandedOutWhenMoved) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     Bus first = made(machine.bus);
     const PciFunction* const port = first.find(0x00E0);
     const Bus second = std::move(first);

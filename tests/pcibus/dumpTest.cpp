@@ -2,9 +2,9 @@
 // line.
 #include "pcibus/dump.h"
 
-#include "tests/pcibus/machines.h"
 #include "tests/support/busBuilder.h"
 #include "tests/support/describe.h"
+#include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -55,7 +55,7 @@ std::vector<std::string> parsed(const std::string& text) {
 }
 
 TEST(Dump, ReadsEveryFunctionOfAMachine) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     EXPECT_EQ(parsed(machine.bus.dump()), describe(machine.bus.functions()));
 }
 
@@ -65,14 +65,14 @@ TEST(Dump, ReadsTheFieldsWhereTheyStand) {
 }
 
 TEST(Dump, ReadsExtendedConfigurationSpace) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const std::string text = machine.bus.dump({.bytes = testsupport::kExtendedBytes});
     ASSERT_THAT(text, testing::HasSubstr("\nff0: 00"));
     EXPECT_EQ(parsed(text), describe(machine.bus.functions()));
 }
 
 TEST(Dump, HeaderAloneHasNoSubsystemAndLinkOfBridges) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     auto expected = machine.bus.functions();
     for (auto& function : expected) {
         if (function.isBridge())
@@ -83,19 +83,19 @@ TEST(Dump, HeaderAloneHasNoSubsystemAndLinkOfBridges) {
 }
 
 TEST(Dump, ReadsAddressesWithADomain) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const auto expected = describe(machine.bus.functions());
     EXPECT_EQ(parsed(machine.bus.dump({.domain = 0})), expected);
     EXPECT_THAT(parsed(small("00000000:00:01.0")), SizeIs(1));
 }
 
 TEST(Dump, SkipsTheTextOfVerboseOutput) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     EXPECT_EQ(parsed(machine.bus.dump({.verbose = true})), describe(machine.bus.functions()));
 }
 
 TEST(Dump, AcceptsCarriageReturnsAndBlanksAtLineEnds) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     EXPECT_EQ(parsed(machine.bus.dump({.verbose = true, .crLf = true})),
               describe(machine.bus.functions()));
     EXPECT_THAT(parsed(replaced(small(), "02 01\n", "02 01 \t \r\n")), SizeIs(1));
@@ -235,7 +235,7 @@ TEST(Dump, RefusesAddressesOutOfRange) {
 }
 
 TEST(Dump, RefusesCapabilityLoopsOfAnyFunction) {
-    machines::Switch machine;
+    testsupport::machines::Switch machine;
     machine.bus.poke(machine.second, 0x41, {0x40});
     const std::string text = machine.bus.dump({.bytes = 256});
     // The seventh function, 18 lines each.
@@ -245,7 +245,7 @@ TEST(Dump, RefusesCapabilityLoopsOfAnyFunction) {
 }
 
 TEST(Dump, RefusesBridgesThatFormACycleNamingOneOfThem) {
-    machines::Switch machine;
+    testsupport::machines::Switch machine;
     machine.bus.setSecondaryBus(machine.downB, 1);
     EXPECT_THAT(refusal(machine.bus.dump()),
                 testing::AnyOf("bus.txt:91: bridges form a cycle through 02:02.0",
@@ -253,7 +253,7 @@ TEST(Dump, RefusesBridgesThatFormACycleNamingOneOfThem) {
 }
 
 TEST(Dump, ReadsFiles) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const testsupport::TemporaryFolder folder;
     const auto file = folder.file("bus.txt", machine.bus.dump());
     EXPECT_EQ(describe(pcibus::readDump(file).functions()), describe(machine.bus.functions()));

@@ -1,7 +1,7 @@
 // The same dumps read by lspci and by this system: both must see the same machine.
 #include "pcibus/dump.h"
-#include "tests/pcibus/machines.h"
 #include "tests/support/command.h"
+#include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -104,15 +104,15 @@ void compare(const std::string& dump) {
 }
 
 TEST(Lspci, SeesTheSameMachine) {
-    compare(machines::Switch().bus.dump());
+    compare(testsupport::machines::Switch().bus.dump());
 }
 
 TEST(Lspci, SeesTheSameMachineWithADomainBeforeEachAddress) {
-    compare(machines::Switch().bus.dump({.domain = 0}));
+    compare(testsupport::machines::Switch().bus.dump({.domain = 0}));
 }
 
 TEST(Lspci, SeesTheSameMachineInExtendedDumps) {
-    compare(machines::Switch().bus.dump({.bytes = testsupport::kExtendedBytes}));
+    compare(testsupport::machines::Switch().bus.dump({.bytes = testsupport::kExtendedBytes}));
 }
 
 TEST(Lspci, SeesTheSameBigMachine) {
@@ -120,7 +120,7 @@ TEST(Lspci, SeesTheSameBigMachine) {
 }
 
 TEST(Lspci, ListsTheSameAddressesAndIdentifiers) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const testsupport::TemporaryFolder folder;
     const auto file = folder.file("bus.txt", machine.bus.dump({.bytes = 64}));
     std::string expected;
@@ -134,7 +134,7 @@ TEST(Lspci, ListsTheSameAddressesAndIdentifiers) {
 
 // What lspci prints of a dump is a dump again.
 TEST(Lspci, ItsOwnOutputIsReadBack) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const testsupport::TemporaryFolder folder;
     const auto file = folder.file("bus.txt", machine.bus.dump());
     for (const char* options : {"-xxx", "-xxx -vv", "-xxx -D", "-xxx -n -D -vvv"}) {

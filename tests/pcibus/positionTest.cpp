@@ -1,7 +1,7 @@
 // Each function has exactly one position, and is found again by it.
 #include "pcibus/position.h"
 
-#include "tests/pcibus/machines.h"
+#include "tests/support/machines.h"
 
 #include <gtest/gtest.h>
 
@@ -38,7 +38,7 @@ const PciFunction* at(const Bus& bus, std::uint8_t root, std::vector<std::uint8_
 }
 
 TEST(Position, HopsGoFromTheFunctionUpToTheRoot) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     EXPECT_EQ(text(positionOf(bus, *bus.find(machine.bus.handle(machine.second)))),
               "MR00:01,08,00,E0");
@@ -60,7 +60,7 @@ TEST(Position, EveryFunctionIsFoundAgain) {
 }
 
 TEST(Position, NothingIsFoundWhereNothingIs) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const Bus bus = made(machine.bus);
     EXPECT_EQ(at(bus, 0, {}), nullptr);
     EXPECT_EQ(at(bus, 0, {0xE1}), nullptr) << "no such function";
@@ -72,7 +72,7 @@ TEST(Position, NothingIsFoundWhereNothingIs) {
 }
 
 TEST(Position, GoesOnlyThroughTheParentOfABus) {
-    machines::Switch machine;
+    testsupport::machines::Switch machine;
     machine.bus.setSecondaryBus(machine.conventional, 1);
     const Bus bus = made(machine.bus);
     EXPECT_NE(at(bus, 0, {0x00, 0xE0}), nullptr);
@@ -81,7 +81,7 @@ TEST(Position, GoesOnlyThroughTheParentOfABus) {
 }
 
 TEST(Position, DoesNotGoThroughABridgeWithoutABusBelow) {
-    machines::Switch machine;
+    testsupport::machines::Switch machine;
     machine.bus.setSecondaryBus(machine.conventional, 0);
     const Bus bus = made(machine.bus);
     EXPECT_EQ(at(bus, 0, {0xE0, 0xF0}), nullptr);

@@ -1,8 +1,8 @@
 // A path is a dump or stands for /sys, by what it is.
 #include "pcibus/readBus.h"
 
-#include "tests/pcibus/machines.h"
 #include "tests/support/describe.h"
+#include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -22,14 +22,14 @@ using testsupport::describe;
 using testsupport::TemporaryFolder;
 
 TEST(ReadBus, AFileIsADump) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const TemporaryFolder folder;
     const auto file = folder.file("recorded", machine.bus.dump({.domain = 0, .verbose = true}));
     EXPECT_EQ(describe(readBus(file).functions()), describe(machine.bus.functions()));
 }
 
 TEST(ReadBus, AFolderStandsForSys) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     const TemporaryFolder folder;
     machine.bus.writeSysfs(folder.path());
     EXPECT_EQ(describe(readBus(folder.path()).functions()), describe(machine.bus.functions()));

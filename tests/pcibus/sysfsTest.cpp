@@ -1,8 +1,8 @@
 // Copied trees of sysfs files, read as an ordinary user reads the live ones.
 #include "pcibus/sysfs.h"
 
-#include "tests/pcibus/machines.h"
 #include "tests/support/describe.h"
+#include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -64,13 +64,13 @@ private:
 };
 
 TEST_F(Sysfs, ReadsEveryFunctionOfAMachine) {
-    const machines::Switch machine;
+    const testsupport::machines::Switch machine;
     machine.bus.writeSysfs(root());
     EXPECT_EQ(describe(readSysfs(root()).functions()), describe(machine.bus.functions()));
 }
 
 TEST_F(Sysfs, TakesCapabilitiesFromFilesAlsoWhereTheConfigurationIsLonger) {
-    machines::Switch machine;
+    testsupport::machines::Switch machine;
     machine.bus.poke(machine.up, 0x41, {0x40}); // a loop behind the first 64 bytes
     machine.bus.writeSysfs(root(), testsupport::kExtendedBytes);
     EXPECT_EQ(describe(readSysfs(root()).functions()), describe(machine.bus.functions()));
@@ -194,7 +194,7 @@ TEST_F(Sysfs, RefusesACopyOfLinksThatLeadNowhere) {
 }
 
 TEST_F(Sysfs, RefusesBridgesThatFormACycleNamingOneOfThem) {
-    machines::Switch machine;
+    testsupport::machines::Switch machine;
     machine.bus.setSecondaryBus(machine.up, 1);
     machine.bus.writeSysfs(root());
     EXPECT_EQ(refusal(),
