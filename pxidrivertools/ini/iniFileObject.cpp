@@ -1,0 +1,75 @@
+#include "pxidrivertools/ini/iniFileObject.h"
+
+#include "pxidrivertools/ini/iniIndex.h"
+#include "pxidrivertools/ini/iniList.h"
+
+#include <new>
+
+namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
+
+namespace {
+
+// Everything a section owns but its records' places in the pools.
+void releaseContent(const IniMemory& memory, IniSection& section) noexcept {
+    for (IniNamed* element : elementsOf(section.keys)) {
+        IniKey* const key = static_cast<IniKey*>(element);
+        releaseText(memory, key->name);
+        releaseText(memory, key->value);
+    }
+    releaseText(memory, section.name);
+    releaseIndex(memory, section.index);
+}
+
+} // namespace
+
+IniFileObject* createIniFile(const IniMemory& memory) noexcept {
+    void* const block = memory.allocate(sizeof(IniFileObject));
+    if (block == nullptr)
+        return nullptr;
+    IniFileObject* const file = ::new (block) IniFileObject{};
+    file->memory = memory;
+    return file;
+}
+
+void destroyIniFile(IniFileObject* file) noexcept {
+    if (file == nullptr)
+        return;
+    discardSections(*file);
+    const IniMemory memory = file->memory;
+    releaseText(memory, file->path);
+    file->~IniFileObject();
+    memory.release(file);
+}
+
+void discardSections(IniFileObject& file) noexcept {
+    for (IniNamed* element : elementsOf(file.sections)) {
+        IniSection* const section = static_cast<IniSection*>(element);
+        releaseContent(file.memory, *section);
+        releaseList(file.memory, section->keys);
+    }
+    releaseList(file.memory, file.sections);
+    releaseIndex(file.memory, file.sectionIndex);
+    file.sectionPool.release(file.memory);
+    file.keyPool.release(file.memory);
+    file.memory.release(file.block);
+    file.block = nullptr;
+    file.current = nullptr;
+}
+
+void discardSection(IniFileObject& file, IniSection* section) noexcept {
+    releaseContent(file.memory, *section);
+    for (IniNamed* element : elementsOf(section->keys))
+        file.keyPool.giveBack(static_cast<IniKey*>(element));
+    releaseList(file.memory, section->keys);
+    if (file.current == section)
+        file.current = nullptr;
+    file.sectionPool.giveBack(section);
+}
+
+void discardKey(IniFileObject& file, IniKey* key) noexcept {
+    releaseText(file.memory, key->name);
+    releaseText(file.memory, key->value);
+    file.keyPool.giveBack(key);
+}
+
+} // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -1,0 +1,67 @@
+// An INI file in memory: its sections and keys, and how it is read and written. One file object
+// belongs to one thread at a time; different ones share nothing.
+#pragma once
+
+#include "platform/file.h"
+#include "pxidrivertools/ini/iniMemory.h"
+#include "pxidrivertools/ini/iniOptions.h"
+#include "pxidrivertools/ini/iniPool.h"
+#include "pxidrivertools/ini/iniRecords.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
+
+// What a caller may change directly is what stands before `memory`; the rest changes through the
+// functions of iniLoad.h, iniUpdate.h and iniSafeWrite.h.
+struct IniFileObject {
+    IniParseOptions parse;
+    IniWriteOptions write;
+    // Of section names, and of the key names in sections made from now on.
+    bool caseSensitive = false;
+    // A section or key that occurs again continues or replaces the first one.
+    bool mergeDuplicates = true;
+
+    IniMemory memory;
+    // In file order; null while there is none.
+    IniList* sections = nullptr;
+    IniIndex* sectionIndex = nullptr;
+    // The section that findSection() found last.
+    IniSection* current = nullptr;
+    // Of the first line that is no header, key line or comment; a blank line is one. Or
+    // kNotFromFile.
+    std::int32_t firstOddLine = kNotFromFile;
+
+    // The file last loaded or written as rememberFile() was told, with its last-write time. Empty
+    // when there is none.
+    IniText path;
+    platform::FileTime lastWriteTime = 0;
+
+    // The loaded text, which names and values look into.
+    char* block = nullptr;
+    IniPool<IniSection> sectionPool;
+    IniPool<IniKey> keyPool;
+};
+
+// Null when there is no memory.
+IniFileObject* createIniFile(const IniMemory& memory = systemIniMemory()) noexcept;
+
+// With everything in it; null is ignored.
+void destroyIniFile(IniFileObject* file) noexcept;
+
+struct IniFileDestroyer {
+    void operator()(IniFileObject* file) const noexcept { destroyIniFile(file); }
+};
+using IniFileOwner = std::unique_ptr<IniFileObject, IniFileDestroyer>;
+
+// Drops every section; options, path and time stay.
+void discardSections(IniFileObject& file) noexcept;
+
+// Drops what a section holds, and the section; it is no longer in the list.
+void discardSection(IniFileObject& file, IniSection* section) noexcept;
+
+// The same for a key.
+void discardKey(IniFileObject& file, IniKey* key) noexcept;
+
+} // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -1,0 +1,36 @@
+// A hash index over the names of a list, which gives the answers of a walk from the front of the
+// list. It is made by the first look-up that finds the list long, follows the elements appended
+// since at each further look-up, and must be told of any other change.
+#pragma once
+
+#include "pxidrivertools/ini/iniList.h"
+
+#include <cstdint>
+
+namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
+
+// Header; the slots follow in the same memory.
+struct IniIndex {
+    std::uint32_t mask;    // number of slots (a power of two) less one
+    std::uint32_t used;    // slots in use
+    std::uint32_t covered; // elements at the front of the list that the index knows
+    std::uint32_t walked;  // elements looked at one by one since the index was invalidated
+};
+
+// Up to this many elements are walked.
+inline constexpr std::uint32_t kLongestWalk = 8;
+
+// The 1-based index of the first element whose name is equal to `name`, or 0. `index` belongs to
+// `list`; without memory for it the list is walked.
+std::uint32_t findByName(const IniMemory& memory, IniIndex*& index, const IniList* list,
+                         bool caseSensitive, std::string_view name) noexcept;
+
+// After an element was removed, moved or renamed.
+void invalidateIndex(IniIndex* index) noexcept;
+
+void releaseIndex(const IniMemory& memory, IniIndex*& index) noexcept;
+
+// The same by walking, whatever the length.
+std::uint32_t walkByName(const IniList* list, bool caseSensitive, std::string_view name) noexcept;
+
+} // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

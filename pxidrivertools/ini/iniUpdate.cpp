@@ -1,0 +1,118 @@
+#include "pxidrivertools/ini/iniUpdate.h"
+
+#include "pxidrivertools/ini/iniIndex.h"
+#include "pxidrivertools/ini/iniList.h"
+#include "pxidrivertools/ini/iniLookup.h"
+
+#include <algorithm>
+#include <span>
+
+namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
+
+namespace {
+
+IniStatus replaceValue(IniFileObject& file, IniKey& key, std::string_view value,
+                       char quote) noexcept {
+    IniText copy;
+    if (!copyText(file.memory, value, copy))
+        return kIniOutOfMemory;
+    releaseText(file.memory, key.value);
+    key.value = copy;
+    key.quote = quote;
+    return kIniStored;
+}
+
+// A key that is in no list yet, or null.
+IniKey* makeKey(IniFileObject& file, std::string_view name, std::string_view value,
+                char quote) noexcept {
+    IniKey* const key = file.keyPool.take(file.memory);
+    if (key == nullptr)
+        return nullptr;
+    if (!copyText(file.memory, name, key->name) || !copyText(file.memory, value, key->value)) {
+        discardKey(file, key);
+        return nullptr;
+    }
+    key->quote = quote;
+    return key;
+}
+
+IniSection* makeSection(IniFileObject& file, std::string_view name) noexcept {
+    IniSection* const section = file.sectionPool.take(file.memory);
+    if (section == nullptr)
+        return nullptr;
+    if (!copyText(file.memory, name, section->name)) {
+        discardSection(file, section);
+        return nullptr;
+    }
+    section->caseSensitive = file.caseSensitive;
+    return section;
+}
+
+IniStatus appendKey(IniFileObject& file, IniSection& section, std::string_view name,
+                    std::string_view value, char quote) noexcept {
+    IniKey* const key = makeKey(file, name, value, quote);
+    if (key == nullptr)
+        return kIniOutOfMemory;
+    if (!reserveElement(file.memory, section.keys, IniGrowth::oneSlot)) {
+        discardKey(file, key);
+        return kIniNotStored;
+    }
+    appendElement(*section.keys, key);
+    return kIniStored;
+}
+
+std::uint32_t indexOf(const IniList* list, const IniNamed& record) noexcept {
+    const std::span<IniNamed* const> elements = elementsOf(list);
+    const auto found = std::find(elements.begin(), elements.end(), &record);
+    return static_cast<std::uint32_t>(found - elements.begin()) + 1;
+}
+
+} // namespace
+
+IniStatus setValue(IniFileObject& file, std::string_view section, std::string_view key,
+                   std::string_view value, char quote) noexcept {
+    if (section.empty() || key.empty())
+        return kIniEmptyName;
+    if (IniSection* const existing = findSection(file, section)) {
+        IniKey* const same = file.mergeDuplicates ? findKey(file, *existing, key) : nullptr;
+        return same != nullptr ? replaceValue(file, *same, value, quote)
+                               : appendKey(file, *existing, key, value, quote);
+    }
+    IniSection* const created = makeSection(file, section);
+    if (created == nullptr)
+        return kIniOutOfMemory;
+    IniStatus status = appendKey(file, *created, key, value, quote);
+    if (status == kIniStored && !reserveElement(file.memory, file.sections, IniGrowth::oneSlot))
+        status = kIniOutOfMemory;
+    if (status == kIniStored)
+        appendElement(*file.sections, created);
+    else
+        discardSection(file, created);
+    return status;
+}
+
+void removeSection(IniFileObject& file, IniSection& section) noexcept {
+    removeElement(*file.sections, indexOf(file.sections, section));
+    invalidateIndex(file.sectionIndex);
+    discardSection(file, &section);
+}
+
+void removeKey(IniFileObject& file, IniSection& section, IniKey& key) noexcept {
+    removeElement(*section.keys, indexOf(section.keys, key));
+    invalidateIndex(section.index);
+    discardKey(file, &key);
+}
+
+IniStatus renameSection(IniFileObject& file, IniSection& section, std::string_view name) noexcept {
+    if (name.empty())
+        return kIniEmptyName;
+    IniText copy;
+    if (!copyText(file.memory, name, copy))
+        return kIniOutOfMemory;
+    releaseText(file.memory, section.name);
+    section.name = copy;
+    invalidateIndex(file.sectionIndex);
+    return kIniDone;
+}
+
+} // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0
