@@ -10,7 +10,7 @@ constexpr bool isSpace(char c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-constexpr bool isDigit(char c) noexcept {
+constexpr bool isDecimalDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
 

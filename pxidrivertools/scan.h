@@ -4,6 +4,8 @@
 // cursor; on failure the cursor is left where it was.
 #pragma once
 
+#include "pxidrivertools/asciiText.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -13,15 +15,6 @@
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 inline constexpr std::size_t kAnyWidth = std::numeric_limits<std::size_t>::max();
-
-// White space as the "C" locale knows it.
-constexpr bool isSpace(char c) noexcept {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-constexpr bool isDecimalDigit(char c) noexcept {
-    return c >= '0' && c <= '9';
-}
 
 // "%d"
 std::optional<std::int32_t> scanSigned(std::string_view& cursor) noexcept;

@@ -73,7 +73,7 @@ bool joinRun(IniFileObject& file, std::span<IniNamed* const> run) noexcept {
 
 std::optional<IniContinuationName> readContinuationName(std::string_view name) noexcept {
     std::size_t digits = name.size();
-    while (digits != 0 && isDigit(name[digits - 1]))
+    while (digits != 0 && isDecimalDigit(name[digits - 1]))
         --digits;
     const std::string_view before = name.substr(0, digits);
     if (digits == name.size() || !before.ends_with(kContinuationWord))
