@@ -2,6 +2,7 @@
 // publishes for it.
 #pragma once
 
+#include "platform/deviceTree.h"
 #include "platform/systemCode.h"
 
 #include <cstddef>
@@ -34,6 +35,10 @@ public:
     // Reads the four-byte value `name` published for a device ("busType", "pciVendorID" and so on),
     // opening and closing whatever holds it.
     virtual PropertyRead readProperty(std::size_t index, const char* name) = 0;
+
+    // The tree of devices, and the place in it of a listed device; null, with `node` untouched,
+    // when it has none. Both are good until the list is given up. Raises std::bad_alloc.
+    virtual DeviceTree* locate(std::size_t index, DeviceNode& node) = 0;
 
     // Gives the list up.
     virtual void close() noexcept = 0;

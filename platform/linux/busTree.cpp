@@ -1,0 +1,183 @@
+#include "platform/linux/busTree.h"
+
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+// A function's node is its handle; the others follow behind the last possible one.
+constexpr DeviceNode kFirstRoot = 0x10000;
+constexpr DeviceNode kMachine = kFirstRoot + pcibus::Bus::kBusCount;
+
+constexpr DeviceNode rootNode(std::size_t bus) {
+    return kFirstRoot + bus;
+}
+
+std::string busText(std::size_t bus) {
+    std::array<char, 8> text{};
+    std::snprintf(text.data(), text.size(), "%02zx", bus);
+    return text.data();
+}
+
+// Empty when the firmware does not describe the root bridge.
+std::string hardwareId(const std::filesystem::path& rootFolder) {
+    std::ifstream file(rootFolder / "firmware_node" / "hid");
+    std::string id;
+    std::getline(file, id);
+    return id;
+}
+
+bool copyText(std::string_view text, char* buffer, std::size_t capacity) {
+    if (text.empty() || text.size() >= capacity)
+        return false;
+    std::memcpy(buffer, text.data(), text.size());
+    buffer[text.size()] = '\0';
+    return true;
+}
+
+} // namespace
+
+// A root bridge is there with or without functions below it.
+BusTree::BusTree(std::shared_ptr<const MachineBus> machine) : machine_(std::move(machine)) {
+    if (!machine_)
+        return;
+    others_[kMachine] = "MACHINE\\0";
+    for (std::size_t bus = 0; bus < pcibus::Bus::kBusCount; ++bus) {
+        const auto number = static_cast<std::uint8_t>(bus);
+        if (machine_->bus.parentOfBus(number) != nullptr)
+            continue;
+        const std::filesystem::path folder =
+            machine_->location / "devices" / ("pci0000:" + busText(bus));
+        std::error_code ignored;
+        if (machine_->bus.functionsOn(number).empty() &&
+            !std::filesystem::is_directory(folder, ignored))
+            continue;
+        const std::string id = hardwareId(folder);
+        others_[rootNode(bus)] = (id.empty() ? "BUS\\PCI" : "ACPI\\" + id) + "\\" + busText(bus);
+    }
+}
+
+DeviceNode BusTree::nodeOf(const pcibus::PciFunction& function) {
+    return function.handle();
+}
+
+std::string BusTree::identifierOf(const pcibus::PciFunction& function) {
+    return "PCI\\0000:" + pcibus::addressText(function);
+}
+
+const pcibus::PciFunction* BusTree::functionOf(DeviceNode node) const {
+    if (!machine_ || node >= kFirstRoot)
+        return nullptr;
+    return machine_->bus.find(static_cast<std::uint32_t>(node));
+}
+
+std::string BusTree::identifierOf(DeviceNode node) const {
+    if (const pcibus::PciFunction* const function = functionOf(node))
+        return identifierOf(*function);
+    const auto other = others_.find(node);
+    return other == others_.end() ? std::string() : other->second;
+}
+
+bool BusTree::enumeratorName(DeviceNode node, char* buffer, std::size_t capacity) {
+    const std::string id = identifierOf(node);
+    return copyText(std::string_view(id).substr(0, id.find('\\')), buffer, capacity);
+}
+
+bool BusTree::address(DeviceNode node, std::uint32_t& value) {
+    const pcibus::PciFunction* const function = functionOf(node);
+    if (function == nullptr)
+        return false;
+    value = std::uint32_t{function->device} << 16 | function->function;
+    return true;
+}
+
+bool BusTree::parent(DeviceNode node, DeviceNode& result) {
+    if (const pcibus::PciFunction* const function = functionOf(node)) {
+        const pcibus::PciFunction* const bridge = machine_->bus.parentOfBus(function->bus);
+        result = bridge != nullptr ? nodeOf(*bridge) : rootNode(function->bus);
+        return true;
+    }
+    if (node == kMachine || !others_.contains(node))
+        return false;
+    result = kMachine;
+    return true;
+}
+
+bool BusTree::firstChild(DeviceNode node, DeviceNode& result) {
+    if (!machine_)
+        return false;
+    if (node == kMachine) {
+        if (others_.begin()->first == kMachine)
+            return false;
+        result = others_.begin()->first;
+        return true;
+    }
+    const pcibus::PciFunction* const bridge = functionOf(node);
+    std::uint8_t bus = 0;
+    if (bridge != nullptr) {
+        // Where two bridges claim one bus, it is below the one that counts as its parent.
+        bus = bridge->secondaryBus;
+        if (machine_->bus.parentOfBus(bus) != bridge)
+            return false;
+    } else if (others_.contains(node)) {
+        bus = static_cast<std::uint8_t>(node - kFirstRoot);
+    } else {
+        return false;
+    }
+    const std::span<const pcibus::PciFunction> below = machine_->bus.functionsOn(bus);
+    if (below.empty())
+        return false;
+    result = nodeOf(below.front());
+    return true;
+}
+
+bool BusTree::nextSibling(DeviceNode node, DeviceNode& result) {
+    if (const pcibus::PciFunction* const function = functionOf(node)) {
+        const std::span<const pcibus::PciFunction> all = machine_->bus.functionsOn(function->bus);
+        const auto next = static_cast<std::size_t>(function - all.data()) + 1;
+        if (next == all.size())
+            return false;
+        result = nodeOf(all[next]);
+        return true;
+    }
+    const auto next = others_.upper_bound(node);
+    if (!others_.contains(node) || next == others_.end() || next->first == kMachine)
+        return false;
+    result = next->first;
+    return true;
+}
+
+bool BusTree::identifier(DeviceNode node, char* buffer, std::size_t capacity) {
+    return copyText(identifierOf(node), buffer, capacity);
+}
+
+bool BusTree::open(const char* identifier, DeviceNode& result) {
+    for (const auto& [node, id] : others_) {
+        if (id == identifier) {
+            result = node;
+            return true;
+        }
+    }
+    unsigned bus = 0;
+    unsigned device = 0;
+    unsigned function = 0;
+    if (std::sscanf(identifier, "PCI\\0000:%2x:%2x.%1x", &bus, &device, &function) != 3)
+        return false;
+    // Only a text that is written just so names the function.
+    const DeviceNode node = bus << 8 | (device & 31U) << 3 | (function & 7U);
+    if (functionOf(node) == nullptr || identifierOf(node) != identifier)
+        return false;
+    result = node;
+    return true;
+}
+
+} // namespace platform

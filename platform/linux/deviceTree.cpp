@@ -1,0 +1,28 @@
+#include "platform/deviceTree.h"
+
+#include "pcibus/pciFunction.h"
+#include "platform/linux/busTree.h"
+
+#include <new>
+
+namespace platform {
+
+// A bus that cannot be read makes a tree in which nothing is found.
+std::unique_ptr<DeviceTree> makeDeviceTree() {
+    std::shared_ptr<const MachineBus> machine;
+    const SystemCode code = readMachineBus(machine);
+    if (isOutOfMemory(code))
+        throw std::bad_alloc();
+    return std::make_unique<BusTree>(machine);
+}
+
+bool findPciFunction(DeviceTree& tree, std::uint8_t bus, std::uint8_t device, std::uint8_t function,
+                     DeviceNode& result) {
+    pcibus::PciFunction sought;
+    sought.bus = bus;
+    sought.device = device;
+    sought.function = function;
+    return tree.open(BusTree::identifierOf(sought).c_str(), result);
+}
+
+} // namespace platform

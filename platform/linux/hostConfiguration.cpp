@@ -1,0 +1,101 @@
+// The host's own configuration is a configuration file that exists only in memory, named to this
+// process alone.
+#include "platform/hostConfiguration.h"
+
+#include "platform/linux/environmentVariable.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
+
+namespace platform {
+
+namespace {
+
+constexpr const char* kConfigurationVariable = "TAV_MANAGER_CONF";
+constexpr const char* kBusVariable = "TAV_PCI_DUMP";
+
+using namespace std::string_view_literals;
+// What would make another line, or another thing, of the line that a text is put into.
+constexpr std::string_view kNotInValues = "\r\n\0"sv;
+constexpr std::string_view kNotInKeys = "\r\n\0[]"sv;
+constexpr std::string_view kNotInNames = "\r\n\0[;=:"sv;
+
+bool fits(std::string_view text, std::string_view excluded) {
+    return text.find_first_of(excluded) == std::string_view::npos;
+}
+
+// False when the values cannot be written so that they are read back as they are.
+bool writeText(std::string_view key, const HostConfiguration::Values& values, std::string& text) {
+    if (key.empty() || !fits(key, kNotInKeys))
+        return false;
+    text.append("[").append(key).append("]\n");
+    for (const auto& [name, value] : values) {
+        if (name.empty() || !fits(name, kNotInNames) || !fits(value, kNotInValues))
+            return false;
+        text.append(name).append("=\"").append(value).append("\"\n");
+    }
+    return true;
+}
+
+SystemCode writeWhole(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = write(descriptor, text.data(), text.size());
+        if (written < 0 && errno != EINTR)
+            return lastSystemCode();
+        if (written > 0)
+            text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return kNoSystemError;
+}
+
+} // namespace
+
+struct HostConfiguration::State {
+    State() : previous(kConfigurationVariable) {}
+    ~State() {
+        if (descriptor >= 0)
+            close(descriptor);
+    }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+
+    SystemCode start(const std::string& text) {
+        descriptor = memfd_create("tav-manager.conf", MFD_CLOEXEC);
+        if (descriptor < 0)
+            return lastSystemCode();
+        const SystemCode written = writeWhole(descriptor, text);
+        if (written != kNoSystemError)
+            return written;
+        // Each opening of this name starts at the beginning of the text.
+        return setTrustedVariable(kConfigurationVariable,
+                                  "/proc/self/fd/" + std::to_string(descriptor));
+    }
+
+    VariableKeeper previous;
+    int descriptor = -1;
+};
+
+HostConfiguration::HostConfiguration(const char* key, const Values& values) {
+    std::string text;
+    if (!writeText(key, values, text)) {
+        code_ = EINVAL;
+        return;
+    }
+    state_ = std::make_unique<State>();
+    code_ = state_->start(text);
+    if (code_ != kNoSystemError)
+        state_.reset();
+}
+
+HostConfiguration::~HostConfiguration() = default;
+
+// An empty name would mean the live bus.
+SystemCode useRecordedBus(const std::string& path) {
+    return path.empty() ? SystemCode{ENOENT} : setTrustedVariable(kBusVariable, path);
+}
+
+} // namespace platform
