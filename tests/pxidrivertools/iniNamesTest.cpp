@@ -1,0 +1,84 @@
+// When names of sections and keys are the same.
+#include "pxidrivertools/ini/iniNames.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0;
+
+TEST(IniNames, CaseSensitiveNamesAreEqualByteForByte) {
+    EXPECT_TRUE(equalNames(true, "Model", "Model"));
+    EXPECT_FALSE(equalNames(true, "Model", "model"));
+    EXPECT_FALSE(equalNames(true, "Model", "Model "));
+    EXPECT_FALSE(equalNames(true, " Model", "Model"));
+    EXPECT_FALSE(equalNames(true, "Model", "Mode"));
+}
+
+TEST(IniNames, OtherwiseCaseAndOuterWhiteSpaceDoNotCount) {
+    EXPECT_TRUE(equalNames(false, " model", "MODEL "));
+    EXPECT_TRUE(equalNames(false, "\t\v\f\r\n a", "A"));
+    EXPECT_TRUE(equalNames(false, "", "  "));
+    EXPECT_FALSE(equalNames(false, "a b", "ab"));
+    EXPECT_FALSE(equalNames(false, "a", "ab"));
+    EXPECT_FALSE(equalNames(false, "a x", "a"));
+    EXPECT_FALSE(equalNames(false, "", "a"));
+}
+
+TEST(IniNames, OnlyTheLongerOnesTrailingWhiteSpaceIsIgnored) {
+    EXPECT_TRUE(equalNames(false, "a", "a "));
+    EXPECT_TRUE(equalNames(false, "a", "a\t"));
+    EXPECT_FALSE(equalNames(false, "a ", "a\t"));
+    EXPECT_TRUE(equalNames(false, "a ", "a  "));
+    EXPECT_FALSE(equalNames(false, "a ", "a\t "));
+}
+
+TEST(IniNames, OnlyAsciiLettersHaveCases) {
+    EXPECT_TRUE(equalNames(false, "az09@[`{", "AZ09@[`{"));
+    EXPECT_FALSE(equalNames(false, "@", "`"));
+    EXPECT_FALSE(equalNames(false, "[", "{"));
+    EXPECT_FALSE(equalNames(false, "\xE4", "\xC4"));
+    EXPECT_FALSE(equalNames(false, "\x01", "!"));
+}
+
+// Every byte against every other, so that no pair of hashing and comparing disagrees.
+TEST(IniNames, EqualNamesHaveEqualHashes) {
+    for (int a = 1; a < 256; ++a)
+        for (int b = 1; b < 256; ++b) {
+            const std::string left = "key" + std::string(1, static_cast<char>(a)) + "name";
+            const std::string right = "key" + std::string(1, static_cast<char>(b)) + "name";
+            if (equalNames(false, left, right)) {
+                ASSERT_EQ(hashName(false, left), hashName(false, right)) << a << " " << b;
+            } else {
+                ASSERT_NE(hashName(false, left), hashName(false, right)) << a << " " << b;
+            }
+        }
+    const std::vector<std::string> same = {"model", " MODEL", "Model \t", "\tmOdel"};
+    for (const std::string& name : same)
+        EXPECT_EQ(hashName(false, name), hashName(false, same.front()));
+    EXPECT_NE(hashName(true, "model"), hashName(true, "Model"));
+    EXPECT_NE(hashName(true, "model"), hashName(true, "model "));
+}
+
+TEST(IniNames, HashesSeeTheWholeLength) {
+    std::string name(40, 'a');
+    const std::uint32_t hash = hashName(true, name);
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        std::string other = name;
+        other[i] = 'b';
+        EXPECT_NE(hashName(true, other), hash) << i;
+    }
+    EXPECT_NE(hashName(true, std::string(1, '\0')), hashName(true, ""));
+}
+
+TEST(IniNames, ANameHidesWhatIsEqualToItForEverySearch) {
+    EXPECT_TRUE(hidesName(false, " a ", "A "));
+    EXPECT_FALSE(hidesName(false, "a", "a "));
+    EXPECT_TRUE(hidesName(true, "a", "a"));
+    EXPECT_FALSE(hidesName(true, "a", "A"));
+}
+
+} // namespace

@@ -1,0 +1,84 @@
+// Loading from a stream: byte-order marks, short files, read errors.
+#include "tests/pxidrivertools/iniHelpers.h"
+#include "tests/pxidrivertools/temporaryFolder.h"
+
+namespace {
+
+using namespace ini;
+
+class IniStreamTest : public testing::Test {
+protected:
+    IniStatus load(const std::string& content) {
+        folder.write("file.ini", content);
+        return loadPath(folder.file("file.ini"));
+    }
+    IniStatus loadPath(const std::string& path, const char* mode = "rb") {
+        const platform::Stream stream = platform::openStream(path.c_str(), mode);
+        EXPECT_NE(stream, nullptr);
+        return loadIni(*file, stream.get());
+    }
+
+    TemporaryFolder folder;
+    IniFileOwner file{createIniFile()};
+};
+
+TEST_F(IniStreamTest, ReadsFromTheFirstByte) {
+    EXPECT_EQ(load("[a]\nx=1"), kIniDone);
+    EXPECT_EQ(listing(*file), "a@1{x@2=1;}");
+}
+
+TEST_F(IniStreamTest, FilesShorterThanAnyMarkAreRead) {
+    EXPECT_EQ(load(""), kIniDone);
+    EXPECT_EQ(listing(*file), "");
+    EXPECT_EQ(load("[a]"), kIniDone);
+    EXPECT_EQ(listing(*file), "a@1{}");
+    EXPECT_EQ(load("x"), kIniDone);
+    EXPECT_EQ(file->firstOddLine, 1);
+    EXPECT_EQ(load("\xFF"), kIniDone);
+    EXPECT_EQ(load("\xEF\xBB"), kIniDone);
+    EXPECT_EQ(file->firstOddLine, 1);
+}
+
+TEST_F(IniStreamTest, TheUtf8MarkIsSkipped) {
+    EXPECT_EQ(load("\xEF\xBB\xBF[a]\nx=1"), kIniDone);
+    EXPECT_EQ(listing(*file), "a@1{x@2=1;}");
+    EXPECT_EQ(load("\xEF\xBB\xBF"), kIniDone);
+    EXPECT_EQ(listing(*file), "");
+    EXPECT_EQ(file->firstOddLine, -1);
+    EXPECT_EQ(load("\xEF\xBB\xBF["), kIniDone);
+    EXPECT_EQ(file->firstOddLine, 1);
+}
+
+TEST_F(IniStreamTest, WideEncodingsAreRefusedAndTheContentStays) {
+    ASSERT_EQ(load("[a]\nx=1"), kIniDone);
+    for (const std::string& mark :
+         {std::string("\xFF\xFE\0\0", 4), std::string("\0\0\xFE\xFF", 4), std::string("\xFF\xFE"),
+          std::string("\xFE\xFF"), std::string("\xFF\xFE[\0", 4), std::string("\xFE\xFF\0[", 4)})
+        EXPECT_EQ(load(mark), -3);
+    EXPECT_EQ(listing(*file), "a@1{x@2=1;}");
+    EXPECT_EQ(load(std::string("\0\0\xFE", 3)), kIniDone);
+    EXPECT_EQ(load("\xFE[a]"), kIniDone);
+}
+
+TEST_F(IniStreamTest, ReadsMoreThanOneChunk) {
+    const std::string value(10000, 'v');
+    EXPECT_EQ(load("\xEF\xBB\xBF[a]\nx=" + value), kIniDone);
+    EXPECT_EQ(listing(*file), "a@1{x@2=" + value + ";}");
+}
+
+TEST_F(IniStreamTest, AStreamThatCannotBeReadIsAReaderError) {
+    ASSERT_EQ(load("[a]\nx=1"), kIniDone);
+    EXPECT_EQ(loadPath(folder.file("file.ini"), "ab"), -5002);
+    EXPECT_EQ(listing(*file), "");
+}
+
+TEST_F(IniStreamTest, StartsAtTheFirstByteWhereverTheStreamStood) {
+    folder.write("file.ini", "[a]\nx=1");
+    const platform::Stream stream = platform::openStream(folder.file("file.ini").c_str(), "rb");
+    ASSERT_EQ(loadIni(*file, stream.get()), kIniDone);
+    std::rewind(stream.get());
+    ASSERT_EQ(loadIni(*file, stream.get()), kIniDone);
+    EXPECT_EQ(listing(*file), "a@1{x@2=1;}");
+}
+
+} // namespace
