@@ -4,12 +4,13 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-// Makes room for one more chunk and the closing NUL byte, doubling.
+// Makes room for one more chunk and the closing NUL byte, doubling. The first room is for two, since
+// the end of a short file shows at the second read.
 bool makeRoom(const IniMemory& memory, IniBlock& block, std::size_t& capacity) noexcept {
     const std::size_t wanted = block.size + kReadChunk + 1;
     if (wanted <= capacity)
         return true;
-    const std::size_t size = wanted > capacity * 2 ? wanted : capacity * 2;
+    const std::size_t size = (capacity == 0 ? wanted : capacity) * 2;
     void* const grown = memory.grow(block.data, size);
     if (grown == nullptr)
         return false;
