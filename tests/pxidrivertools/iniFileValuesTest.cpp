@@ -56,7 +56,8 @@ TEST_F(IniFileValuesTest, AMissingSectionAndAMissingKeyHaveTheirOwnCodes) {
     const auto code = [this](const char* section, auto getter, auto value) {
         return codeOf([&](Status& s) { (file.*getter)(section, "x", value, s); });
     };
-    for (const auto& [section, expected] : {std::pair{"b", -313317}, std::pair{"a", -313322}}) {
+    for (const char* const section : {"a", "b"}) {
+        const std::int32_t expected = *section == 'a' ? -313322 : -313317;
         EXPECT_EQ(code(section, &cIniFile::getText, tText()), expected);
         using WideGetter =
             void (cIniFile::*)(const std::string&, const std::string&, std::wstring&, Status&);

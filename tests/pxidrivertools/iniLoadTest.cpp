@@ -157,8 +157,8 @@ TEST_F(IniLoadTest, ReadsInChunksUntilTheReaderGivesNothing) {
 TEST_F(IniLoadTest, PiecesOfAnySizeGiveTheSameContent) {
     std::string text;
     for (int n = 0; n < 40; ++n)
-        text += "[section " + std::to_string(n) + "]\r\nkey=\"" + std::string(n * 7, 'x') +
-                "\"\r\nother = 1\n\r";
+        text += "[section " + std::to_string(n) + "]\r\nkey=\"" +
+                std::string(static_cast<std::size_t>(n) * 7, 'x') + "\"\r\nother = 1\n\r";
     const std::string whole = load(text);
     for (const std::uint32_t size : {1U, 2U, 3U, 5U, 7U, 100U, 2083U, 2084U}) {
         TextReader reader(text);
