@@ -1,7 +1,7 @@
 // What the product needs of the system's files.
 #include "platform/file.h"
 
-#include "tests/pxidrivertools/temporaryFolder.h"
+#include "tests/support/fileFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ class PlatformFile : public testing::Test {
 protected:
     std::string name(const std::string& leaf) const { return folder.file(leaf); }
 
-    TemporaryFolder folder;
+    testsupport::FileFolder folder;
 };
 
 TEST_F(PlatformFile, StreamsAreOpenedWithTheModesOfFopen) {

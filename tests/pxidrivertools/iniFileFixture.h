@@ -3,7 +3,7 @@
 
 #include "pxidrivertools/cIniFile.h"
 #include "tests/pxidrivertools/iniHelpers.h"
-#include "tests/pxidrivertools/temporaryFolder.h"
+#include "tests/support/fileFolder.h"
 
 class IniFileFixture : public testing::Test {
 protected:
@@ -46,7 +46,7 @@ protected:
         return codeOf([&](Status& s) { file.setString(section, key, value, s); });
     }
 
-    TemporaryFolder folder;
+    testsupport::FileFolder folder;
     TestMemory memory;
     TestFiles files;
     ini::cIniFile file{{memory.memory(), &files}};

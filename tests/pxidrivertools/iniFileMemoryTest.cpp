@@ -1,6 +1,6 @@
 // Texts and lists without memory: each request is refused once, reported, and nothing has changed.
-#include "tests/pxidrivertools/failingNew.h"
 #include "tests/pxidrivertools/iniFileFixture.h"
+#include "tests/support/allocationFaults.h"
 
 namespace {
 
@@ -31,19 +31,19 @@ protected:
     // output as it was. Returns how many requests there were.
     template <class Output, class Operation>
     int refuseEach(const Output& untouched, Operation operation) {
-        for (int n = 1;; ++n) {
+        for (std::size_t n = 1;; ++n) {
             Status status;
             Output output = untouched;
             bool refused = false;
             {
-                const FailingNew failing(n);
+                const testsupport::AllocationFault fault(n);
                 operation(output, status);
-                refused = FailingNew::requests() >= n;
+                refused = fault.happened();
             }
             if (!refused) {
                 EXPECT_EQ(status.code, 0);
                 EXPECT_FALSE(output == untouched);
-                return n - 1;
+                return static_cast<int>(n) - 1;
             }
             EXPECT_EQ(status.code, -52000) << "request " << n;
             EXPECT_TRUE(output == untouched) << "request " << n;
@@ -55,18 +55,18 @@ protected:
     template <class Operation>
     int refuseEachChange(Operation operation) {
         const std::string before = value("x");
-        for (int n = 1;; ++n) {
+        for (std::size_t n = 1;; ++n) {
             Status status;
             bool refused = false;
             {
-                const FailingNew failing(n);
+                const testsupport::AllocationFault fault(n);
                 operation(status);
-                refused = FailingNew::requests() >= n;
+                refused = fault.happened();
             }
             if (!refused) {
                 EXPECT_EQ(status.code, 0);
                 EXPECT_NE(value("x"), before);
-                return n - 1;
+                return static_cast<int>(n) - 1;
             }
             EXPECT_EQ(status.code, -52000) << "request " << n;
             EXPECT_EQ(value("x"), before);
@@ -75,7 +75,7 @@ protected:
         }
     }
 
-    TemporaryFolder folder;
+    testsupport::FileFolder folder;
     std::string path = folder.file("file.ini");
     cIniFile file;
 };
@@ -153,17 +153,17 @@ TEST_F(IniFileTextMemoryTest, StoredTextsAndLists) {
 
 // What the engine is refused, the save reports, before any file is touched.
 TEST_F(IniFileTextMemoryTest, Saving) {
-    for (int n = 1;; ++n) {
+    for (std::size_t n = 1;; ++n) {
         Status status;
         bool refused = false;
         {
-            const FailingNew failing(n);
+            const testsupport::AllocationFault fault(n);
             file.save(status);
-            refused = FailingNew::requests() >= n;
+            refused = fault.happened();
         }
         if (!refused) {
             EXPECT_EQ(status.code, 0);
-            EXPECT_GT(n, 1);
+            EXPECT_GT(n, 1U);
             return;
         }
         ASSERT_EQ(status.code, -313319);

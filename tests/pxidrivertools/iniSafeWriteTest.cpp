@@ -2,7 +2,7 @@
 #include "pxidrivertools/ini/iniSafeWrite.h"
 
 #include "tests/pxidrivertools/iniHelpers.h"
-#include "tests/pxidrivertools/temporaryFolder.h"
+#include "tests/support/fileFolder.h"
 
 #include <map>
 
@@ -48,7 +48,7 @@ protected:
         }
     }
 
-    TemporaryFolder folder;
+    testsupport::FileFolder folder;
     TestFiles files;
     IniFileOwner file{createIniFile()};
 };

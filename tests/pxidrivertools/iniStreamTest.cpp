@@ -1,6 +1,6 @@
 // Loading from a stream: byte-order marks, short files, read errors.
 #include "tests/pxidrivertools/iniHelpers.h"
-#include "tests/pxidrivertools/temporaryFolder.h"
+#include "tests/support/fileFolder.h"
 
 namespace {
 
@@ -18,7 +18,7 @@ protected:
         return loadIni(*file, stream.get());
     }
 
-    TemporaryFolder folder;
+    testsupport::FileFolder folder;
     IniFileOwner file{createIniFile()};
 };
 

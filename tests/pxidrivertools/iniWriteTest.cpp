@@ -1,7 +1,7 @@
 // The text that a file object is written as, option by option, and that it loads again as it was.
 #include "pxidrivertools/ini/iniSafeWrite.h"
 #include "tests/pxidrivertools/iniHelpers.h"
-#include "tests/pxidrivertools/temporaryFolder.h"
+#include "tests/support/fileFolder.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ protected:
         return text;
     }
 
-    TemporaryFolder folder;
+    testsupport::FileFolder folder;
     IniFileOwner file{createIniFile()};
 };
 

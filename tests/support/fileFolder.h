@@ -1,0 +1,45 @@
+// A temporary folder whose files a test reads and writes as texts, by their names.
+#pragma once
+
+#include "tests/support/temporaryFolder.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace testsupport {
+
+class FileFolder {
+public:
+    // The path that a file of this name has or would have.
+    [[nodiscard]] std::string file(const std::string& name) const {
+        return (folder_.path() / name).string();
+    }
+
+    // Answers the path.
+    std::string write(const std::string& name, const std::string& content) const {
+        return folder_.file(name, content).string();
+    }
+
+    [[nodiscard]] std::string read(const std::string& name) const {
+        std::ifstream stream(file(name), std::ios::binary);
+        if (!stream)
+            return "(no such file)";
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    [[nodiscard]] bool has(const std::string& name) const {
+        return std::filesystem::exists(file(name));
+    }
+
+    [[nodiscard]] std::size_t fileCount() const {
+        return static_cast<std::size_t>(
+            std::distance(std::filesystem::directory_iterator(folder_.path()), {}));
+    }
+
+private:
+    TemporaryFolder folder_;
+};
+
+} // namespace testsupport
