@@ -13,12 +13,13 @@ namespace pcibus {
 inline constexpr std::array<std::int8_t, 256> kHexValues = [] {
     std::array<std::int8_t, 256> values{};
     values.fill(-1);
-    for (int digit = 0; digit < 10; ++digit)
-        values[static_cast<std::size_t>('0' + digit)] = static_cast<std::int8_t>(digit);
-    for (int digit = 0; digit < 6; ++digit) {
-        values[static_cast<std::size_t>('a' + digit)] = static_cast<std::int8_t>(10 + digit);
-        values[static_cast<std::size_t>('A' + digit)] = static_cast<std::int8_t>(10 + digit);
-    }
+    std::int8_t value = 0;
+    for (const char digit :
+         {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'})
+        values[static_cast<unsigned char>(digit)] = value++;
+    value = 10;
+    for (const char digit : {'A', 'B', 'C', 'D', 'E', 'F'})
+        values[static_cast<unsigned char>(digit)] = value++;
     return values;
 }();
 

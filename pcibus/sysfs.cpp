@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    std::array<std::uint8_t, 64> bytes_;
+    std::array<std::uint8_t, 64> bytes_{};
     std::size_t size_ = 0;
 };
 

@@ -16,7 +16,6 @@ namespace {
 using pcibus::Bus;
 using pcibus::BusError;
 using pcibus::PciFunction;
-using pcibus::PciIds;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -1,8 +1,6 @@
 // Identifiers, header type and capabilities are found where they stand, and nowhere else.
 #include "pcibus/configSpace.h"
 
-#include "tests/support/busBuilder.h"
-
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -11,7 +9,6 @@ namespace {
 
 using pcibus::decodeConfigSpace;
 using pcibus::PciFunction;
-using testsupport::BusBuilder;
 
 // 256 bytes of a bridge whose capabilities a test lays out itself.
 class Bytes {

@@ -22,7 +22,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testsupport::BusBuilder;
 using testsupport::describe;
-using testsupport::DumpOptions;
 
 // What refusing the text says; a text that is taken says "accepted".
 std::string refusal(const std::string& text) {

@@ -17,7 +17,6 @@
 namespace {
 
 using pcibus::PciFunction;
-using testsupport::BusBuilder;
 
 // What lspci prints of one function.
 struct Seen {

@@ -19,7 +19,6 @@ using pcibus::Bus;
 using pcibus::BusError;
 using pcibus::PciFunction;
 using pcibus::readSysfs;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;

@@ -32,36 +32,45 @@ class BridgeLibrary {
         return true;
     }
 
-    template <class Function>
-    Function bind(const char* name) {
+    // An address that becomes whatever function it is stored as.
+    struct Symbol {
+        void* address;
+        template <class Function>
+        operator Function() const {
+            return reinterpret_cast<Function>(address);
+        }
+    };
+
+    Symbol bind(const char* name) {
         void* const address = library_.symbol(name);
         if (address == nullptr)
             throw std::runtime_error(library_.failureText());
-        return reinterpret_cast<Function>(address);
+        return {address};
     }
 
 public:
-#define BRIDGE_FUNCTION(name)                                                                      \
-    decltype(&ZoPciBrd_##name) name = bind<decltype(&ZoPciBrd_##name)>("ZoPciBrd_" #name)
-    BRIDGE_FUNCTION(OpenSession);
-    BRIDGE_FUNCTION(CloseSession);
-    BRIDGE_FUNCTION(FindBridgesByPciIds);
-    BRIDGE_FUNCTION(FindBridgeByAddress);
-    BRIDGE_FUNCTION(FindBridgeBySlotPath);
-    BRIDGE_FUNCTION(FindParentBridgeForBus);
-    BRIDGE_FUNCTION(GetBridgeParent);
-    BRIDGE_FUNCTION(GetBridgeChildren);
-    BRIDGE_FUNCTION(GetBusChildren);
-    BRIDGE_FUNCTION(GetRootBuses);
-    BRIDGE_FUNCTION(GetBridgeAddress);
-    BRIDGE_FUNCTION(GetBridgeSlotPath);
-    BRIDGE_FUNCTION(GetBridgeIds);
-    BRIDGE_FUNCTION(SetAttributeU32);
-    BRIDGE_FUNCTION(GetAttributeU32);
-    BRIDGE_FUNCTION(OpenBridge);
-    BRIDGE_FUNCTION(CloseBridge);
-    BRIDGE_FUNCTION(EepromUpdate);
-#undef BRIDGE_FUNCTION
+    decltype(&ZoPciBrd_OpenSession) OpenSession = bind("ZoPciBrd_OpenSession");
+    decltype(&ZoPciBrd_CloseSession) CloseSession = bind("ZoPciBrd_CloseSession");
+    decltype(&ZoPciBrd_FindBridgesByPciIds) FindBridgesByPciIds =
+        bind("ZoPciBrd_FindBridgesByPciIds");
+    decltype(&ZoPciBrd_FindBridgeByAddress) FindBridgeByAddress =
+        bind("ZoPciBrd_FindBridgeByAddress");
+    decltype(&ZoPciBrd_FindBridgeBySlotPath) FindBridgeBySlotPath =
+        bind("ZoPciBrd_FindBridgeBySlotPath");
+    decltype(&ZoPciBrd_FindParentBridgeForBus) FindParentBridgeForBus =
+        bind("ZoPciBrd_FindParentBridgeForBus");
+    decltype(&ZoPciBrd_GetBridgeParent) GetBridgeParent = bind("ZoPciBrd_GetBridgeParent");
+    decltype(&ZoPciBrd_GetBridgeChildren) GetBridgeChildren = bind("ZoPciBrd_GetBridgeChildren");
+    decltype(&ZoPciBrd_GetBusChildren) GetBusChildren = bind("ZoPciBrd_GetBusChildren");
+    decltype(&ZoPciBrd_GetRootBuses) GetRootBuses = bind("ZoPciBrd_GetRootBuses");
+    decltype(&ZoPciBrd_GetBridgeAddress) GetBridgeAddress = bind("ZoPciBrd_GetBridgeAddress");
+    decltype(&ZoPciBrd_GetBridgeSlotPath) GetBridgeSlotPath = bind("ZoPciBrd_GetBridgeSlotPath");
+    decltype(&ZoPciBrd_GetBridgeIds) GetBridgeIds = bind("ZoPciBrd_GetBridgeIds");
+    decltype(&ZoPciBrd_SetAttributeU32) SetAttributeU32 = bind("ZoPciBrd_SetAttributeU32");
+    decltype(&ZoPciBrd_GetAttributeU32) GetAttributeU32 = bind("ZoPciBrd_GetAttributeU32");
+    decltype(&ZoPciBrd_OpenBridge) OpenBridge = bind("ZoPciBrd_OpenBridge");
+    decltype(&ZoPciBrd_CloseBridge) CloseBridge = bind("ZoPciBrd_CloseBridge");
+    decltype(&ZoPciBrd_EepromUpdate) EepromUpdate = bind("ZoPciBrd_EepromUpdate");
 };
 
 // The library, and a folder for what it reads.

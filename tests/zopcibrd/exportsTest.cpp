@@ -19,7 +19,7 @@ TEST(Exports, AreTheEighteenFunctionsAndNothingElse) {
     std::string kind;
     std::string name;
     while (lines >> address >> kind >> name)
-        exported.insert(kind + ' ' + name);
+        exported.insert(kind.append(" ").append(name));
     EXPECT_THAT(
         exported,
         testing::UnorderedElementsAre(

@@ -186,8 +186,10 @@ TEST_F(Sessions, MayBeUsedFromSeveralThreads) {
     const testsupport::EnvironmentValue variable(
         "TAV_PCI_DUMP", folder.file("bus.txt", machine.bus.dump()).string());
     std::atomic<int> failures = 0;
+    constexpr int kThreads = 4;
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
+    threads.reserve(kThreads);
+    for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < 50; ++round) {
                 std::uint32_t session = kUntouched;
