@@ -9,10 +9,9 @@
 
 #include <cstdio>
 #include <map>
-#include <regex>
+#include <optional>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -38,27 +37,41 @@ std::string lspci(const std::string& options, const std::filesystem::path& file)
     return result.output;
 }
 
+// What stands behind `label`, up to one of `ends` or the end of the line; nothing without the
+// label.
+std::optional<std::string> behind(const std::string& line, const std::string& label,
+                                  const char* ends) {
+    const std::size_t at = line.find(label);
+    if (at == std::string::npos)
+        return std::nullopt;
+    const std::size_t begin = at + label.size();
+    return line.substr(begin, line.find_first_of(ends, begin) - begin);
+}
+
+// Reads "0000:00:1c.0 0604: 8086:a110 (rev 01)" and the indented lines below.
 std::map<std::string, Seen> seenByLspci(const std::string& text) {
-    static const std::regex kFunction(
-        "0000:([0-9a-f:.]+) [0-9a-f]{4}: ([0-9a-f]{4}:[0-9a-f]{4}).*");
-    static const std::regex kBus("\\s+Bus: primary=[0-9a-f]+, secondary=([0-9a-f]+),.*");
-    static const std::regex kSubsystem("\\s+.*Subsystem: ([0-9a-f]{4}:[0-9a-f]{4}).*");
-    static const std::regex kLink("\\s+LnkCap:.* Speed ([0-9.]+GT/s), Width (x[0-9]+).*");
     std::map<std::string, Seen> result;
     Seen* current = nullptr;
     std::istringstream lines(text);
-    std::smatch match;
     for (std::string line; std::getline(lines, line);) {
-        if (std::regex_match(line, match, kFunction)) {
-            current = &result[match[1]];
-            current->ids = match[2];
-        } else if (current != nullptr && std::regex_match(line, match, kBus)) {
-            current->secondary = match[1];
-        } else if (current != nullptr && std::regex_match(line, match, kSubsystem)) {
-            current->subsystem = match[1];
-        } else if (current != nullptr && std::regex_match(line, match, kLink)) {
-            current->link = match[1].str() + ' ' + match[2].str();
+        if (line.starts_with("0000:")) {
+            std::istringstream words(line.substr(5));
+            std::string address;
+            std::string classCode;
+            std::string ids;
+            words >> address >> classCode >> ids;
+            current = &result[address];
+            current->ids = ids;
         }
+        if (current == nullptr)
+            continue;
+        if (line.starts_with("\tBus: "))
+            current->secondary = behind(line, "secondary=", ",").value_or("unreadable");
+        if (const auto subsystem = behind(line, "Subsystem: ", " "))
+            current->subsystem = *subsystem;
+        if (line.find("LnkCap:") != std::string::npos)
+            current->link = behind(line, "Speed ", ",").value_or("unreadable") + ' ' +
+                            behind(line, "Width ", ",").value_or("unreadable");
     }
     return result;
 }
