@@ -75,12 +75,6 @@ TEST_F(Sysfs, TakesCapabilitiesFromFilesAlsoWhereTheConfigurationIsLonger) {
     EXPECT_EQ(describe(readSysfs(root()).functions()), describe(machine.bus.functions()));
 }
 
-TEST_F(Sysfs, BigBusIsReadWhole) {
-    const testsupport::BusBuilder machine = testsupport::bigBus();
-    machine.writeSysfs(root());
-    EXPECT_EQ(describe(readSysfs(root()).functions()), describe(machine.functions()));
-}
-
 TEST_F(Sysfs, EmptyFolderIsAnEmptyBus) {
     fs::create_directories(devices());
     EXPECT_THAT(readSysfs(root()).functions(), IsEmpty());

@@ -21,16 +21,14 @@ namespace zopcibrdtest {
 inline constexpr std::uint32_t kUntouched = 0xA5A5A5A5;
 
 class BridgeLibrary {
-    platform::DynamicLibrary library_ = {};
-
+    struct Loaded : platform::DynamicLibrary {
+        Loaded() {
+            if (!load(ZOPCIBRD_FILE))
+                throw std::runtime_error(failureText());
+        }
+    };
     // Before the functions: they are looked up while the object is made.
-    bool loaded_ = load();
-
-    bool load() {
-        if (!library_.load(ZOPCIBRD_FILE))
-            throw std::runtime_error(library_.failureText());
-        return true;
-    }
+    Loaded library_;
 
     // An address that becomes whatever function it is stored as.
     struct Symbol {
