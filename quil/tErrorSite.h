@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <source_location>
 
 namespace nZOQUIL000 {
 
@@ -16,11 +15,11 @@ struct tErrorSite {
     const char* error_constant; // name of the code, or of the variable that holds it
 };
 
-// The site of the calling line in `file`.
-constexpr tErrorSite
-siteHere(const char* file, const char* errorConstant,
-         std::source_location where = std::source_location::current()) noexcept {
-    return {file, static_cast<std::int32_t>(where.line()), kComponent, errorConstant};
+// The site of the calling line in `file`. The built-in line stands in for std::source_location,
+// which one of the compilers does not have.
+constexpr tErrorSite siteHere(const char* file, const char* errorConstant,
+                              std::int32_t line = __builtin_LINE()) noexcept {
+    return {file, line, kComponent, errorConstant};
 }
 
 } // namespace nZOQUIL000

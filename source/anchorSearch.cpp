@@ -1,0 +1,93 @@
+#include "source/anchorSearch.h"
+
+#include "source/bridgePlace.h"
+
+#include <set>
+
+namespace nZoTavManagerPciPlugin_15_0 {
+
+namespace {
+
+using nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex;
+using nZoPciBrdWrapper_15_0::kNoHandle;
+using nZoPciBrdWrapper_15_0::tBridgeList;
+using nZoPxiDriverTools_1_0::cSlotPath;
+using Handles = std::set<std::uint32_t>;
+
+void addBridgesWithIds(const tPciIds& ids, iPciBrdWrapper_ex& bridgeWrapper, Handles& handles) {
+    tBridgeList bridges;
+    bridgeWrapper.FindBridgesByPciIds(ids, bridges);
+    handles.insert(bridges.begin(), bridges.end());
+}
+
+// With alternate anchors each anchor has its own copy of the descriptions, which carries its
+// identifiers.
+std::vector<tBridgeDescription> descriptionsOfAnchor(const tAnchorIdentity& anchor,
+                                                     const iPciModelInfoDb& models,
+                                                     std::uint32_t modelIndex) {
+    std::vector<tBridgeDescription> descriptions;
+    models.GetAllBridges(modelIndex, descriptions);
+    std::erase_if(descriptions, [&](const auto& each) { return each.ids != anchor.ids; });
+    return descriptions;
+}
+
+// The described bridges found below a candidate, itself included; the first one that is missing
+// ends the check.
+Handles matchCandidate(std::uint32_t candidate, const cSlotPath& slotPath,
+                       const std::vector<tBridgeDescription>& descriptions, const Handles& required,
+                       iPciBrdWrapper_ex& bridgeWrapper) {
+    Handles matched{candidate};
+    for (const tBridgeDescription& description : descriptions) {
+        if (description.isOptional || description.traversalMap.empty())
+            continue;
+        const std::uint32_t bridge =
+            findDescribedBridge(slotPath, description.traversalMap, bridgeWrapper);
+        if (bridge == kNoHandle)
+            return {};
+        if (required.contains(bridge))
+            matched.insert(bridge);
+    }
+    return matched;
+}
+
+} // namespace
+
+void searchAnchors(const tAnchorIdentity& anchor, const iPciModelInfoDb& models,
+                   std::uint32_t modelIndex, iPciBrdWrapper_ex& bridgeWrapper,
+                   FoundAnchors& found) {
+    Handles candidates;
+    addBridgesWithIds(anchor.ids, bridgeWrapper, candidates);
+
+    const auto descriptions = descriptionsOfAnchor(anchor, models, modelIndex);
+    Handles required;
+    std::size_t requiredCount = 0;
+    for (const tBridgeDescription& description : descriptions) {
+        if (description.isOptional)
+            continue;
+        addBridgesWithIds(description.ids, bridgeWrapper, required);
+        ++requiredCount;
+    }
+
+    // Qualifying takes bridges out of the set, so each step looks for the next handle afresh.
+    for (auto next = candidates.begin(); next != candidates.end();) {
+        const std::uint32_t candidate = *next;
+        cSlotPath slotPath;
+        bridgeWrapper.GetBridgeSlotPath(candidate, slotPath);
+        const Handles matched =
+            matchCandidate(candidate, slotPath, descriptions, required, bridgeWrapper);
+        if (!matched.empty() && matched.size() == requiredCount) {
+            tBusAddress address;
+            bridgeWrapper.GetBridgeAddress(candidate, &address.bus, &address.device,
+                                           &address.function);
+            found.addresses.push_back(address);
+            found.slotPaths.push_back(slotPath);
+            for (const std::uint32_t handle : matched) {
+                candidates.erase(handle);
+                required.erase(handle);
+            }
+        }
+        next = candidates.upper_bound(candidate);
+    }
+}
+
+} // namespace nZoTavManagerPciPlugin_15_0

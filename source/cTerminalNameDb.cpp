@@ -1,0 +1,116 @@
+#include "source/cTerminalNameDb.h"
+
+#include "source/modelDescription.h"
+#include "source/tavStatus.h"
+
+#include <list>
+
+namespace nZoTavManagerPciPlugin_15_0 {
+
+namespace {
+
+using nZOQUIL000::tFixedStatus;
+
+constexpr const char* kFile = "source\\cTerminalNameDb";
+
+std::string sectionOf(const nZoPxiDriverTools_1_0::cSlotPath& slotPath) {
+    nZOQUIL000::tErrorStatus status;
+    std::string section;
+    slotPath.ToString(section, status);
+    zoerr::raiseIfFailed(status);
+    return section;
+}
+
+} // namespace
+
+cTerminalNameDb::~cTerminalNameDb() {
+    Close();
+}
+
+void cTerminalNameDb::Load() {
+    if (loaded_ || filesystem_.IsLocked())
+        raiseSoftwareFault(kFile);
+    const std::string folder = filesystem_.GetConfigPath();
+    const std::string lockFile = folder + kNameLockFile;
+    filesystem_.EnsureFileExists(lockFile);
+    filesystem_.LockFile(lockFile);
+    const std::string nameFile = folder + kNameFile;
+    filesystem_.EnsureFileExists(nameFile);
+    tFixedStatus status;
+    iniFile_.open(nameFile.c_str(), 0, status);
+    zoerr::raiseIfFailed(status);
+    loaded_ = true;
+}
+
+std::string cTerminalNameDb::read(const std::string& section, const char* key) {
+    tFixedStatus status;
+    std::string value;
+    iniFile_.getString(section, key, value, status);
+    return status.failed() || value.empty() ? std::string(kNoText) : value;
+}
+
+void cTerminalNameDb::write(const std::string& section, const char* key, const std::string& value) {
+    tFixedStatus status;
+    iniFile_.setString(section, key, value, status);
+    zoerr::raiseIfFailed(status);
+}
+
+int cTerminalNameDb::Matches(const cSlotPath& slotPath, const std::string& model,
+                             const std::string& base, std::string& terminalName) {
+    if (model == kNoText || base == kNoText)
+        raiseInvalidParam(kFile);
+    const std::string section = sectionOf(slotPath);
+    const std::string storedModel = read(section, kNameKeyModel);
+    terminalName = read(section, kNameKeyTerminalName);
+    return model == storedModel && base == withoutDigits(terminalName) ? 1 : 0;
+}
+
+void cTerminalNameDb::Store(const cSlotPath& slotPath, const std::string& model,
+                            const std::string& terminalName) {
+    const std::string section = sectionOf(slotPath);
+    const std::string replaced = read(section, kNameKeyTerminalName);
+    write(section, kNameKeyModel, model);
+    write(section, kNameKeyTerminalName, terminalName);
+    if (numbers_) {
+        numbers_->remove(replaced);
+        numbers_->add(read(section, kNameKeyTerminalName));
+    }
+}
+
+TerminalNumbers& cTerminalNameDb::numbers() {
+    if (numbers_)
+        return *numbers_;
+    std::list<std::string> sections;
+    tFixedStatus status;
+    iniFile_.getSectionNames(sections, status);
+    zoerr::raiseIfFailed(status);
+    TerminalNumbers numbers;
+    for (const std::string& section : sections)
+        numbers.add(read(section, kNameKeyTerminalName));
+    return numbers_.emplace(std::move(numbers));
+}
+
+void cTerminalNameDb::NextFreeName(const std::string& base, std::string& terminalName) {
+    terminalName = base + std::to_string(numbers().lowestFree(base));
+}
+
+void cTerminalNameDb::Save() {
+    if (!loaded_ || !filesystem_.IsLocked())
+        raiseSoftwareFault(kFile);
+    tFixedStatus status;
+    iniFile_.save(status);
+    zoerr::raiseIfFailed(status);
+}
+
+void cTerminalNameDb::Close() {
+    if (loaded_) {
+        tFixedStatus status;
+        iniFile_.close(status);
+        loaded_ = false;
+    }
+    numbers_.reset();
+    if (filesystem_.IsLocked())
+        filesystem_.UnlockFile();
+}
+
+} // namespace nZoTavManagerPciPlugin_15_0

@@ -1,0 +1,86 @@
+// The five exported functions and the one device cache that they share.
+#include "include/tavPlugin.h"
+
+#include "pciBrdWrapper/cPciBrdWrapper_ex.h"
+#include "pxidrivertools/cIniFile.h"
+#include "quil/cQUILDeviceFinder.h"
+#include "source/cPciModelInfoDb.h"
+#include "source/cPciTavFilesystem.h"
+#include "source/cPciTavPluginCache.h"
+#include "source/cTerminalNameDb.h"
+#include "source/exceptionStatus.h"
+#include "source/tavStatus.h"
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0;
+
+// Null while there is no list of devices. Plain, without a lock: the host calls from one thread at
+// a time.
+cPciTavPluginCache* pluginCache = nullptr;
+
+cPciTavPluginCache& getCache() {
+    if (!pluginCache)
+        raiseSoftwareFault("source\\cPciTavPluginCache");
+    return *pluginCache;
+}
+
+void destroyCache() noexcept {
+    delete pluginCache;
+    pluginCache = nullptr;
+}
+
+// Everything that a build works with lives on this function's stack and is gone when it returns:
+// the bridge library is loaded only meanwhile, and the lock is held only meanwhile.
+void buildCache() {
+    nZOQUIL000::tErrorStatus status;
+    cQUILDeviceFinder deviceFinder;
+    nZoPciBrdWrapper_15_0::cPciBrdWrapper_ex bridgeWrapper(status);
+    zoerr::raiseIfFailed(status);
+    cPciTavFilesystem filesystem;
+    nZoPxiDriverTools_1_0::cIniFile iniFile;
+    cTerminalNameDb terminalNames(filesystem, iniFile);
+    if (!pluginCache)
+        pluginCache = new cPciTavPluginCache;
+    pluginCache->Build(deviceFinder, bridgeWrapper, filesystem, terminalNames, modelDatabase());
+}
+
+// Runs the body of an export; no exception leaves it.
+template <typename Body>
+std::int32_t guarded(Body body) noexcept {
+    try {
+        body();
+        return kTavManSuccess;
+    } catch (...) {
+        return statusOfCurrentException();
+    }
+}
+
+} // namespace
+
+std::int32_t tavPlugin_initialize() {
+    const std::int32_t status = guarded([] { buildCache(); });
+    if (status != kTavManSuccess)
+        destroyCache();
+    return status;
+}
+
+void tavPlugin_finalize() {
+    destroyCache();
+}
+
+std::int32_t tavPlugin_getDeviceCount(std::uint32_t* count) {
+    if (!count)
+        return kTavManErrInvalidParam;
+    return guarded([&] { *count = getCache().Count(); });
+}
+
+std::int32_t tavPlugin_getDeviceAttributeI32(std::uint32_t index, std::uint32_t attribute,
+                                             std::int32_t* value) {
+    return guarded([&] { getCache().GetAttributeI32(index, attribute, value); });
+}
+
+std::int32_t tavPlugin_getDeviceAttributeUTF8(std::uint32_t index, std::uint32_t attribute,
+                                              char* buffer) {
+    return guarded([&] { getCache().GetAttributeUTF8(index, attribute, buffer); });
+}

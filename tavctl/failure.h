@@ -1,0 +1,41 @@
+// What tavctl tells a person, or a script, when something failed.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace tavctl {
+
+// One failure: what was being done, to which object, why it failed.
+struct Failure {
+    std::string operation;
+    std::string object;
+    std::string reason;                 // empty: the status says it
+    std::optional<std::int32_t> status; // none: no status was involved
+    std::string record;                 // the error record's JSON text; empty when there is none
+
+    // "operation (object): reason"
+    [[nodiscard]] std::string sentence() const;
+};
+
+// Carries a failure to main().
+class FailureException : public std::exception {
+public:
+    explicit FailureException(Failure failure)
+        : failure_(std::move(failure)), sentence_(failure_.sentence()) {}
+    [[nodiscard]] const Failure& failure() const noexcept { return failure_; }
+    [[nodiscard]] const char* what() const noexcept override { return sentence_.c_str(); }
+
+private:
+    Failure failure_;
+    std::string sentence_;
+};
+
+// Writes a failure to standard error: the sentence, the status in decimal, hexadecimal and words,
+// and the members of the error record, one a line; or, with `asJson`, all of it as one JSON object.
+void printFailure(const Failure& failure, bool asJson);
+
+} // namespace tavctl

@@ -1,0 +1,52 @@
+// tavctl, the plug-in's host on the command line.
+#include "tavctl/commonOptions.h"
+#include "tavctl/exitStatus.h"
+#include "tavctl/failure.h"
+#include "tavctl/listCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+using tavctl::ExitStatus;
+
+ExitStatus run(int argc, char** argv) {
+    CLI::App app("Lists TAV hardware as a host sees it through the plug-in.", "tavctl");
+    app.set_version_flag("--version", TAVCTL_VERSION);
+    app.require_subcommand(1);
+    app.footer("Exit status: 0 done, 1 problem found in the input, 2 wrong usage,\n"
+               "3 the plug-in or the system failed.");
+
+    tavctl::CommonOptions options;
+    CLI::App* list = app.add_subcommand("list", "List the devices with their ports");
+    options.addTo(*list);
+    list->footer("Example: tavctl list --dump samples/switchboxes.dump "
+                 "--descriptions descriptions --state /tmp/names");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? ExitStatus::done : ExitStatus::wrongUsage;
+    }
+    try {
+        return tavctl::runList(options);
+    } catch (const tavctl::FailureException& exception) {
+        tavctl::printFailure(exception.failure(), options.json);
+        return ExitStatus::failed;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return static_cast<int>(run(argc, argv));
+    } catch (const std::exception& exception) {
+        std::fprintf(stderr, "tavctl: %s\n", exception.what());
+    } catch (...) {
+        std::fputs("tavctl: unknown failure\n", stderr);
+    }
+    return static_cast<int>(ExitStatus::failed);
+}

@@ -1,0 +1,117 @@
+// A configuration that a host puts in force for itself.
+#include "platform/hostConfiguration.h"
+
+#include "platform/busLocation.h"
+#include "platform/configurationValue.h"
+#include "tests/platform/environment.h"
+
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+
+namespace {
+
+using platform::ConfigurationLookup;
+using platform::HostConfiguration;
+using platform::SystemCode;
+using platformtest::Variable;
+using platformtest::variable;
+
+constexpr const char* kKey = "SOFTWARE\\Maker\\Product";
+constexpr const char* kFile = "TAV_MANAGER_CONF";
+
+ConfigurationLookup readWhole(std::FILE* stream, const char*, const char*, std::string& text) {
+    for (int byte = std::fgetc(stream); byte != EOF; byte = std::fgetc(stream))
+        text += static_cast<char>(byte);
+    return ConfigurationLookup::found;
+}
+
+std::string textInForce() {
+    return platform::readConfigurationValue(kKey, "Path", &readWhole).text;
+}
+
+std::size_t openDescriptors() {
+    std::size_t count = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        ++count;
+    return count;
+}
+
+TEST(HostConfiguration, IsTheConfigurationFileWhileItLives) {
+    Variable before(kFile, "/nowhere/at/all");
+    {
+        const HostConfiguration own(kKey, {{"Path", "/opt/a b/"}, {"ConfigPath", ""}});
+        ASSERT_EQ(own.code(), 0U);
+        const std::string expected = "[SOFTWARE\\Maker\\Product]\nPath=\"/opt/a b/\"\n"
+                                     "ConfigPath=\"\"\n";
+        EXPECT_EQ(textInForce(), expected);
+        EXPECT_EQ(textInForce(), expected) << "a second reader starts at the beginning";
+    }
+    EXPECT_EQ(variable(kFile), "/nowhere/at/all");
+}
+
+TEST(HostConfiguration, LeavesNothingBehind) {
+    Variable before(kFile);
+    before.clear();
+    const std::size_t descriptors = openDescriptors();
+    { const HostConfiguration own(kKey, {{"Path", "/opt/"}}); }
+    EXPECT_EQ(variable(kFile), std::nullopt);
+    EXPECT_EQ(openDescriptors(), descriptors);
+}
+
+TEST(HostConfiguration, CanBeReplacedByANextOne) {
+    Variable before(kFile);
+    { const HostConfiguration first(kKey, {{"Path", "1"}}); }
+    const HostConfiguration second(kKey, {{"Path", "2"}});
+    EXPECT_EQ(textInForce(), "[SOFTWARE\\Maker\\Product]\nPath=\"2\"\n");
+}
+
+TEST(HostConfiguration, LargeValuesArriveWhole) {
+    Variable before(kFile);
+    const std::string value(3'000'000, 'v');
+    const HostConfiguration own(kKey, {{"Path", value}});
+    ASSERT_EQ(own.code(), 0U);
+    EXPECT_EQ(textInForce(), "[SOFTWARE\\Maker\\Product]\nPath=\"" + value + "\"\n");
+}
+
+TEST(HostConfiguration, RefusesWhatWouldNotBeReadBack) {
+    Variable before(kFile, "/nowhere/at/all");
+    const auto codeOf = [](const char* key, const HostConfiguration::Values& values) {
+        const HostConfiguration own(key, values);
+        EXPECT_EQ(variable(kFile), "/nowhere/at/all");
+        return own.code();
+    };
+    constexpr SystemCode kInvalid = EINVAL;
+    EXPECT_EQ(codeOf("", {{"Path", "x"}}), kInvalid);
+    EXPECT_EQ(codeOf("a]b", {{"Path", "x"}}), kInvalid);
+    EXPECT_EQ(codeOf("a\nb", {{"Path", "x"}}), kInvalid);
+    EXPECT_EQ(codeOf(kKey, {{"", "x"}}), kInvalid);
+    EXPECT_EQ(codeOf(kKey, {{"a=b", "x"}}), kInvalid);
+    EXPECT_EQ(codeOf(kKey, {{";a", "x"}}), kInvalid);
+    EXPECT_EQ(codeOf(kKey, {{"Path", "x\ny"}}), kInvalid);
+    EXPECT_EQ(codeOf(kKey, {{"Path", "x\ry"}}), kInvalid);
+    EXPECT_EQ(codeOf(kKey, {{"Path", std::string("x\0y", 3)}}), kInvalid);
+    EXPECT_EQ(codeOf(kKey, {{"ok", "x"}, {"Path", "x\n"}}), kInvalid);
+}
+
+TEST(RecordedBus, IsWhatTheProcessSeesFromNowOn) {
+    Variable before("TAV_PCI_DUMP");
+    before.clear();
+    EXPECT_EQ(platform::busLocation(), "/sys");
+    EXPECT_EQ(platform::useRecordedBus("/some/machine.dump"), 0U);
+    EXPECT_EQ(platform::busLocation(), "/some/machine.dump");
+    before.set("");
+    EXPECT_EQ(platform::busLocation(), "/sys");
+}
+
+TEST(RecordedBus, EmptyNameIsRefusedRatherThanTakenForTheLiveBus) {
+    Variable before("TAV_PCI_DUMP", "/before");
+    EXPECT_EQ(platform::useRecordedBus(""), static_cast<SystemCode>(ENOENT));
+    EXPECT_EQ(platform::busLocation(), "/before");
+}
+
+} // namespace

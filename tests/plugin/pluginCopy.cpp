@@ -1,0 +1,62 @@
+#include "tests/plugin/pluginCopy.h"
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace testplugin {
+
+namespace fs = std::filesystem;
+
+std::string configurationText(const fs::path& path, const fs::path& configPath) {
+    std::string text = "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n";
+    text.append("Path = ").append(path.string()).append("/\n");
+    text.append("ConfigPath = ").append(configPath.string()).append("/\n");
+    return text;
+}
+
+SampleMachine::SampleMachine()
+    : dump_("TAV_PCI_DUMP", kSampleDump.string()),
+      configuration_("TAV_MANAGER_CONF",
+                     configurationFolder_
+                         .file("tav.conf", configurationText(kSampleDescriptions, folder_.path()))
+                         .string()) {}
+
+std::string SampleMachine::names() const {
+    std::ifstream stream(state() / "zotavpci.ini", std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+PluginCopy::PluginCopy() {
+    fs::copy_file(ZOTAVPCI_FILE, plugin());
+    fs::copy_file(ZOPCIBRD_FILE, bridgeLibrary());
+    if (!library_.load(plugin().c_str()))
+        throw std::runtime_error(library_.failureText());
+    const auto bind = [&](auto& function, const char* name) {
+        function =
+            reinterpret_cast<std::remove_reference_t<decltype(function)>>(library_.symbol(name));
+        if (!function)
+            throw std::runtime_error(library_.failureText());
+    };
+    bind(initialize, "tavPlugin_initialize");
+    bind(finalize, "tavPlugin_finalize");
+    bind(getDeviceCount, "tavPlugin_getDeviceCount");
+    bind(getDeviceAttributeI32, "tavPlugin_getDeviceAttributeI32");
+    bind(getDeviceAttributeUTF8, "tavPlugin_getDeviceAttributeUTF8");
+}
+
+fs::path PluginCopy::bridgeLibrary() const {
+    return folder_.path() / fs::path(ZOPCIBRD_FILE).filename();
+}
+
+fs::path PluginCopy::plugin() const {
+    return folder_.path() / fs::path(ZOTAVPCI_FILE).filename();
+}
+
+std::int64_t PluginCopy::countOrStatus() const {
+    std::uint32_t count = 0;
+    const std::int32_t status = getDeviceCount(&count);
+    return status < 0 ? status : std::int64_t{count};
+}
+
+} // namespace testplugin

@@ -1,0 +1,63 @@
+// The plug-in and the bridge library copied into a folder of their own, so that a test can take the
+// bridge library away or put another in its place; and the surroundings that a host runs in.
+#pragma once
+
+#include "include/tavPlugin.h"
+#include "platform/dynamicLibrary.h"
+#include "tests/support/environmentValue.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <filesystem>
+#include <string>
+
+namespace testplugin {
+
+inline const std::filesystem::path kSampleDump =
+    std::filesystem::path(TAV_SOURCE_DIR) / "samples" / "switchboxes.dump";
+inline const std::filesystem::path kSampleDescriptions =
+    std::filesystem::path(TAV_SOURCE_DIR) / "descriptions";
+inline constexpr std::uint32_t kSampleDevices = 4;
+
+// A configuration file with both values, as an administrator writes it.
+std::string configurationText(const std::filesystem::path& path,
+                              const std::filesystem::path& configPath);
+
+// A state folder of its own and the sample machine, for this process and what it starts.
+class SampleMachine {
+public:
+    SampleMachine();
+    [[nodiscard]] const std::filesystem::path& state() const { return folder_.path(); }
+    // The name file's text; empty when there is none.
+    [[nodiscard]] std::string names() const;
+
+private:
+    testsupport::TemporaryFolder folder_;
+    testsupport::TemporaryFolder configurationFolder_;
+    testsupport::EnvironmentValue dump_;
+    testsupport::EnvironmentValue configuration_;
+};
+
+// Loads the copy; unloads it at the end.
+class PluginCopy {
+public:
+    PluginCopy();
+    [[nodiscard]] std::filesystem::path bridgeLibrary() const;
+    [[nodiscard]] std::filesystem::path plugin() const;
+    [[nodiscard]] const std::filesystem::path& folder() const { return folder_.path(); }
+
+    // The five functions.
+    decltype(&tavPlugin_initialize) initialize = nullptr;
+    decltype(&tavPlugin_finalize) finalize = nullptr;
+    decltype(&tavPlugin_getDeviceCount) getDeviceCount = nullptr;
+    decltype(&tavPlugin_getDeviceAttributeI32) getDeviceAttributeI32 = nullptr;
+    decltype(&tavPlugin_getDeviceAttributeUTF8) getDeviceAttributeUTF8 = nullptr;
+
+    // The count, or the status with which asking for it fails.
+    [[nodiscard]] std::int64_t countOrStatus() const;
+
+private:
+    testsupport::TemporaryFolder folder_;
+    platform::DynamicLibrary library_;
+};
+
+} // namespace testplugin

@@ -1,0 +1,129 @@
+#include "tests/system/systemCase.h"
+
+#include "tests/support/command.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <stdexcept>
+#include <utility>
+
+namespace testsystem {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+const fs::path kProject = TAV_SOURCE_DIR;
+
+std::string read(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream)
+        throw std::runtime_error("cannot read " + path.string());
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void write(const fs::path& path, const std::string& text) {
+    std::ofstream stream(path, std::ios::binary);
+    stream << text;
+    stream.close();
+    if (!stream)
+        throw std::runtime_error("cannot write " + path.string());
+}
+
+std::string quoted(const fs::path& path) {
+    return std::string(1, '\'').append(path.string()).append(1, '\'');
+}
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+    for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+}
+
+// A part of the case, or the one of the project that a ".path" file names.
+fs::path partOrLink(const fs::path& folder, const std::string& part, const std::string& link) {
+    if (fs::exists(folder / part))
+        return folder / part;
+    std::string target = read(folder / link);
+    target.erase(target.find_last_not_of('\n') + 1);
+    return kProject / target;
+}
+
+} // namespace
+
+SystemCase::SystemCase(fs::path folder)
+    : folder_(std::move(folder)), bus_(partOrLink(folder_, "bus.dump", "bus.path")),
+      descriptions_(partOrLink(folder_, "descriptions", "descriptions.path")) {
+    if (read(part("about.txt")).empty())
+        throw std::runtime_error(folder_.string() + " does not say what it is about");
+}
+
+std::vector<SystemCase> SystemCase::all() {
+    std::vector<fs::path> folders;
+    for (const auto& entry : fs::directory_iterator(kProject / "tests" / "system" / "cases"))
+        folders.push_back(entry.path());
+    if (folders.empty())
+        throw std::runtime_error("there are no whole-system cases");
+    std::sort(folders.begin(), folders.end());
+    return {folders.begin(), folders.end()};
+}
+
+fs::path SystemCase::part(const std::string& name) const {
+    return folder_ / name;
+}
+
+bool SystemCase::expectsError() const {
+    return fs::exists(part("expected-error.txt"));
+}
+
+void SystemCase::prepare(const fs::path& state) const {
+    if (fs::exists(part("names-before.ini")))
+        fs::copy_file(part("names-before.ini"), state / "zotavpci.ini");
+}
+
+CaseResult SystemCase::run(const fs::path& state, bool json) const {
+    const fs::path error = state / "standard-error.txt";
+    const std::string command = quoted(TAVCTL_FILE) + " list --dump " + quoted(bus_) +
+                                " --descriptions " + quoted(descriptions_) + " --state " +
+                                quoted(state) + (json ? " --json" : "") + " 2>" + quoted(error);
+    const auto ran = testsupport::runCommand(command);
+    CaseResult result{ran.exitStatus, ran.output, read(error), {}};
+    fs::remove(error);
+    replaceAll(result.error, kProject.string(), "PROJECT");
+    replaceAll(result.error, state.string(), "STATE");
+    result.error = std::regex_replace(result.error, std::regex(" line = [0-9]+"), " line = N");
+    if (fs::exists(state / "zotavpci.ini"))
+        result.names = read(state / "zotavpci.ini");
+    return result;
+}
+
+std::string SystemCase::expectedOutput() const {
+    return Json::parse(read(part("expected.json"))).dump() + "\n";
+}
+
+std::string SystemCase::expectedError() const {
+    return read(part("expected-error.txt"));
+}
+
+std::string SystemCase::expectedNames() const {
+    return read(part("expected-names.ini"));
+}
+
+void SystemCase::rewrite(const CaseResult& listing, const CaseResult& plain) const {
+    fs::remove(part("expected.json"));
+    fs::remove(part("expected-error.txt"));
+    if (listing.exitStatus == 0)
+        write(part("expected.json"), Json::parse(listing.output).dump(2) + "\n");
+    else
+        write(part("expected-error.txt"), errorText(plain));
+    write(part("expected-names.ini"), listing.names);
+}
+
+std::string errorText(const CaseResult& result) {
+    return result.error + "exit status " + std::to_string(result.exitStatus) + "\n";
+}
+
+} // namespace testsystem
