@@ -1,12 +1,13 @@
 #include "pciBrdWrapper/cPciBrdDynLib.h"
 
+#include "pciBrdWrapper/zeroedAllocator.h"
 #include "quil/memberWriter.h"
 #include "quil/setError.h"
 
 #include <algorithm>
-#include <boost/checked_delete.hpp>
 #include <boost/shared_ptr.hpp>
 #include <cstddef>
+#include <cstdlib>
 #include <new>
 #include <string>
 #include <string_view>
@@ -152,13 +153,12 @@ std::int32_t cPciBrdDynLib::GetBridgeSlotPath(std::uint32_t session, std::uint32
     if (answer != kPciBrdErrBufferTooSmall)
         return answer;
     const std::uint32_t capacity = size;
-    const boost::shared_ptr<char> text(new char[capacity], boost::checked_array_deleter<char>());
-    if (capacity > 0)
-        *text = 0;
+    const boost::shared_ptr<char> text(ZeroedAllocator<char>().allocate(capacity), &std::free);
     answer = call(BridgeFunction::GetBridgeSlotPath, session, bridge, text.get(), &size);
     if (answer < 0)
         return answer;
-    // The terminating zero is looked for within the buffer only.
+    // The terminating zero is looked for within the buffer only; what the library did not write is
+    // zero.
     const std::string_view whole(text.get(), capacity);
     tErrorStatus status;
     path.ParseMachineText(whole.substr(0, whole.find('\0')), status);

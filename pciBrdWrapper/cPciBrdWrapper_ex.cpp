@@ -33,7 +33,7 @@ std::int32_t readList(List& list, Ask ask, int lineOfFirstCall, int lineOfSecond
     const std::int32_t first = ask(nullptr, &count);
     if (first != kPciBrdErrBufferTooSmall)
         return checked(first, lineOfFirstCall);
-    List fresh(count);
+    List fresh = zeroedList<List>(count);
     const std::int32_t second =
         checked(ask(fresh.empty() ? nullptr : fresh.data(), &count), lineOfSecondCall);
     list = std::move(fresh);

@@ -1,0 +1,98 @@
+// No bridge library on the search path: this program has no run path.
+#include "pciBrdWrapper/cPciBrdDynLib.h"
+#include "quil/setError.h"
+#include "tests/pciBrdWrapper/operations.h"
+#include "tests/pciBrdWrapper/unbound.h"
+#include "tests/support/allocationFaults.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0;
+using nZOQUIL000::tErrorStatus;
+
+TEST(NoLibrary, IsReportedWithItsNameAndTheLoadersWords) {
+    tErrorStatus status;
+    const cPciBrdDynLib binding(status);
+    EXPECT_EQ(status.code, -52005);
+    EXPECT_STREQ(status.textOrEmpty(),
+                 R"({"error_constant":"zoquilerr_invalidParameter","file":"zodynlib\\dynload",)"
+                 R"("line":49,"component":"zotavpci",)"
+                 R"("zodynlib_debug":{"debug":"failed to zodynlib_load library",)"
+                 R"("path":"zopcibrd.so"},)"
+                 R"("internal_error":{"api":"posix","code":0,"string":"zopcibrd.so: )"
+                 R"(cannot open shared object file: No such file or directory"}})");
+}
+
+TEST(NoLibrary, LeavesEveryFunctionUnbound) {
+    tErrorStatus status;
+    cPciBrdDynLib binding(status);
+    ASSERT_EQ(status.code, -52005);
+    expectUnbound(binding, 0);
+}
+
+TEST(NoLibrary, RaisesFromEveryOperationOfTheWrapperButTheClosingOnes) {
+    tErrorStatus status;
+    cPciBrdWrapper_ex wrapper(status);
+    ASSERT_EQ(status.code, -52005);
+    expectUnbound(wrapper, 0);
+    EXPECT_EQ(wrapper.IsSessionOpen(), 0U);
+}
+
+TEST(NoLibrary, IsNotEvenLookedForWhenTheStatusIsNegativeAlready) {
+    tErrorStatus status;
+    ASSERT_TRUE(nZOQUIL000::setError(status, -7, {"f", 1, "c", "k"}));
+    cPciBrdDynLib binding(status);
+    EXPECT_EQ(status.code, -7);
+    EXPECT_STREQ(status.text, R"({"error_constant":"k","file":"f","line":1,"component":"c"})");
+    expectUnbound(binding, 0);
+}
+
+TEST(NoLibrary, ReplacesAWarning) {
+    tErrorStatus status;
+    status.code = 313300;
+    const cPciBrdDynLib binding(status);
+    EXPECT_EQ(status.code, -52005);
+}
+
+TEST(NoLibrary, WithoutMemoryForTheReportIsOutOfMemory) {
+    std::size_t faults = 0;
+    for (std::size_t nth = 1;; ++nth) {
+        tErrorStatus status;
+        const testsupport::AllocationFault fault(nth);
+        cPciBrdDynLib binding(status);
+        if (!fault.happened()) {
+            EXPECT_EQ(status.code, -52005);
+            break;
+        }
+        ++faults;
+        EXPECT_EQ(status.code, -52000);
+        EXPECT_STREQ(status.textOrEmpty(),
+                     R"({"error_constant":"zoquilerr_memoryFull","file":"zodynlib\\dynload",)"
+                     R"("line":49,"component":"zotavpci"})");
+        EXPECT_EQ(binding.OpenBridge(1, 2), -313008);
+    }
+    EXPECT_GE(faults, 1U);
+}
+
+TEST(NoLibrary, SlotPathWithoutMemoryForItsTextIsOutOfMemory) {
+    tErrorStatus status;
+    cPciBrdDynLib binding(status);
+    operations::Outputs outputs;
+    outputs.path.hops.assign(40, 0xE0);
+    std::size_t faults = 0;
+    for (std::size_t nth = 1;; ++nth) {
+        const testsupport::AllocationFault fault(nth);
+        const std::int32_t answer = binding.FindBridgeBySlotPath(1, outputs.path, &outputs.handle);
+        if (!fault.happened()) {
+            EXPECT_EQ(answer, -313008);
+            break;
+        }
+        ++faults;
+        EXPECT_EQ(answer, -52000);
+    }
+    EXPECT_GE(faults, 1U);
+}
+
+} // namespace
