@@ -1,19 +1,75 @@
-# Everyday commands; CMake (CMakePresets.json) does the work. JOBS limits parallel compilers.
+# Everyday commands; CMake and its presets (CMakePresets.json) do the work.
+# JOBS limits parallel compilers, PRESET picks the build of build, test and demo.
 JOBS ?= 2
 PRESET ?= release
+DEMO_STATE = build/demo-state
+TAVCTL = build/$(PRESET)/bin/tavctl
+SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
-.PHONY: help build test demo bench format check-format tidy sanitizers clang clean
+.PHONY: help build demo test test-sanitizers bench format check-format tidy clang \
+        update-expectations record-sample install clean
 
 help: ## list these targets
-	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 16
+	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
 
-build: ## install what is missing and build (PRESET=release)
+build: ## install what is missing and build
 	@scripts/install-packages.sh build test
-	cmake --preset $(PRESET)
-	cmake --build --preset $(PRESET) -j $(JOBS)
+	@cmake --preset $(PRESET) >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS)
 
-test: build ## build and run every test
+demo: ## list the devices of a recorded bus, twice: the names stay
+	@scripts/install-packages.sh build
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=OFF >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target zotavpci zopcibrd tavctl
+	@mkdir -p $(DEMO_STATE)
+	@for run in first second; do \
+	    echo; echo "$$run run of: tavctl list --dump samples/switchboxes.dump \\"; \
+	    echo "    --descriptions descriptions --state $(DEMO_STATE)"; echo; \
+	    $(TAVCTL) list --dump samples/switchboxes.dump --descriptions descriptions \
+	        --state $(DEMO_STATE) || exit $$?; \
+	done
+
+test: ## install what is missing, build, and run every test
+	@scripts/install-packages.sh build test
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS)
 	ctest --preset $(PRESET)
+
+test-sanitizers: ## the same under address, leak and undefined-behaviour checking
+	@$(MAKE) test PRESET=sanitizers
+
+bench: ## build and run the benchmarks
+	@scripts/install-packages.sh build bench
+	@cmake --preset bench >/dev/null
+	@cmake --build --preset bench -j $(JOBS)
+	@bench/run.sh build/bench
+
+format: ## format every source file
+	@scripts/install-packages.sh lint
+	@clang-format -i $(SOURCES)
+
+check-format: ## fail when a source file is not formatted
+	@scripts/install-packages.sh lint
+	@clang-format --dry-run --Werror $(SOURCES)
+
+clang: ## build everything with Clang's warnings as errors
+	@scripts/install-packages.sh build test lint
+	@cmake --preset clang >/dev/null
+	@cmake --build --preset clang -j $(JOBS)
+
+tidy: ## run clang-tidy over the product's sources
+	@scripts/install-packages.sh build test lint
+	@cmake --preset clang >/dev/null
+	@scripts/tidy.sh build/clang $(JOBS)
+
+update-expectations: build ## rewrite what the whole-system cases expect; read the diff
+	@build/$(PRESET)/bin/test_system --rewrite
+
+record-sample: ## record samples/switchboxes.dump anew in an emulated machine
+	@scripts/record-guest.sh samples/switchboxes.dump samples/machines/switchboxes.machine
+
+install: build ## install below DESTDIR and the configured prefix
+	@cmake --install build/$(PRESET)
 
 clean: ## remove everything that was built
 	rm -rf build
