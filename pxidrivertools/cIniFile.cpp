@@ -56,7 +56,7 @@ IniFileOwner makeEngine(const IniMemory& memory) noexcept {
 
 template <typename Number>
 std::string formatNumber(Number number, int base) {
-    std::array<char, 16> digits;
+    std::array<char, 16> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, base).ptr;
     return {digits.data(), end};
 }

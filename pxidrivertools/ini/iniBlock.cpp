@@ -4,8 +4,8 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-// Makes room for one more chunk and the closing NUL byte, doubling. The first room is for two, since
-// the end of a short file shows at the second read.
+// Makes room for one more chunk and the closing NUL byte, doubling. The first room is for two,
+// since the end of a short file shows at the second read.
 bool makeRoom(const IniMemory& memory, IniBlock& block, std::size_t& capacity) noexcept {
     const std::size_t wanted = block.size + kReadChunk + 1;
     if (wanted <= capacity)

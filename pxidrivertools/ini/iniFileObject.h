@@ -23,7 +23,7 @@ struct IniFileObject {
     // A section or key that occurs again continues or replaces the first one.
     bool mergeDuplicates = true;
 
-    IniMemory memory;
+    IniMemory memory = systemIniMemory();
     // In file order; null while there is none.
     IniList* sections = nullptr;
     IniIndex* sectionIndex = nullptr;

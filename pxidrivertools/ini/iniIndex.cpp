@@ -8,73 +8,98 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-// A slot holds an element's 1-based index.
-using Slot = std::uint32_t;
-constexpr Slot kEmpty = 0;
+// The hash stands beside the element, so that probing touches no names but those that will be
+// equal. Elements of one hash stand in list order along the probe sequence.
+struct Slot {
+    std::uint32_t hash;
+    std::uint32_t element; // 1-based index in the list, plus IniIndex::gone; 0: the slot is empty
+};
 constexpr std::uint32_t kFirstSlots = 16;
+constexpr std::uint32_t kMostSlots = 0x80000000U;
+constexpr std::uint32_t kMostGone = 0x40000000U;
+// Looking up one slot by its hash costs as much as going past this many.
+constexpr std::uint32_t kLookUpCost = 16;
 
 Slot* slotsOf(IniIndex* index) noexcept {
     return reinterpret_cast<Slot*>(index + 1);
 }
 
-std::string_view nameAt(std::span<IniNamed* const> elements, Slot slot) noexcept {
-    return elements[slot - 1]->name.view();
+std::size_t slotBytes(std::uint32_t mask) noexcept {
+    return (std::size_t{mask} + 1) * sizeof(Slot);
+}
+
+std::string_view nameAt(std::span<IniNamed* const> elements, std::uint32_t element) noexcept {
+    return elements[element - 1]->name.view();
 }
 
 IniIndex* makeIndex(const IniMemory& memory, std::uint32_t slots) noexcept {
-    void* const block = memory.allocate(sizeof(IniIndex) + std::size_t{slots} * sizeof(Slot));
+    void* const block = memory.allocate(sizeof(IniIndex) + slotBytes(slots - 1));
     if (block == nullptr)
         return nullptr;
     IniIndex* const index = static_cast<IniIndex*>(block);
-    *index = {slots - 1, 0, 0, 0};
-    std::memset(slotsOf(index), 0, std::size_t{slots} * sizeof(Slot));
+    *index = {slots - 1, 0, 0, 0, 0, 0};
+    std::memset(slotsOf(index), 0, slotBytes(index->mask));
     return index;
 }
 
-// Twice the slots. Elements of one hash keep their order, because the copy goes along the probe
-// sequence: it starts behind an empty slot, of which there is always one.
-bool widen(const IniMemory& memory, IniIndex*& index, std::span<IniNamed* const> elements,
-           bool caseSensitive) noexcept {
-    if (index->mask >= 0x7FFFFFFFU)
+void place(IniIndex& index, Slot slot) noexcept {
+    Slot* const slots = slotsOf(&index);
+    std::uint32_t at = slot.hash & index.mask;
+    while (slots[at].element != 0)
+        at = (at + 1) & index.mask;
+    slots[at] = slot;
+}
+
+// Twice the slots. The copy goes along the probe sequence, starting behind an empty slot (there is
+// always one), and so keeps the order of equal hashes.
+bool widen(const IniMemory& memory, IniIndex*& index) noexcept {
+    if (index->mask >= kMostSlots - 1)
         return false;
     IniIndex* const wider = makeIndex(memory, (index->mask + 1) * 2);
     if (wider == nullptr)
         return false;
     wider->used = index->used;
     wider->covered = index->covered;
+    wider->hidden = index->hidden;
+    wider->gone = index->gone;
     const Slot* const from = slotsOf(index);
-    Slot* const to = slotsOf(wider);
     std::uint32_t start = 0;
-    while (from[start] != kEmpty)
+    while (from[start].element != 0)
         ++start;
     for (std::uint32_t step = 1; step <= index->mask; ++step) {
         const Slot slot = from[(start + step) & index->mask];
-        if (slot == kEmpty)
-            continue;
-        std::uint32_t place = hashName(caseSensitive, nameAt(elements, slot)) & wider->mask;
-        while (to[place] != kEmpty)
-            place = (place + 1) & wider->mask;
-        to[place] = slot;
+        if (slot.element != 0)
+            place(*wider, slot);
     }
     memory.release(index);
     index = wider;
     return true;
 }
 
-// An element that an earlier one hides is left out, so that a file full of one name stays cheap.
-void insert(IniIndex& index, std::span<IniNamed* const> elements, bool caseSensitive,
-            Slot slot) noexcept {
+// Adds the next element. One that an earlier one hides gets no slot, so that a file full of one
+// name stays cheap.
+void coverNext(IniIndex& index, std::span<IniNamed* const> elements, bool caseSensitive) noexcept {
+    const std::uint32_t element = ++index.covered;
+    const std::string_view name = nameAt(elements, element);
+    const std::uint32_t hash = hashName(caseSensitive, name);
     Slot* const slots = slotsOf(&index);
-    const std::string_view name = nameAt(elements, slot);
-    std::uint32_t place = hashName(caseSensitive, name) & index.mask;
-    for (; slots[place] != kEmpty; place = (place + 1) & index.mask)
-        if (hidesName(caseSensitive, nameAt(elements, slots[place]), name))
+    std::uint32_t at = hash & index.mask;
+    for (; slots[at].element != 0; at = (at + 1) & index.mask) {
+        if (slots[at].hash == hash &&
+            hidesName(caseSensitive, nameAt(elements, slots[at].element - index.gone), name)) {
+            ++index.hidden;
             return;
-    slots[place] = slot;
+        }
+    }
+    slots[at] = {hash, element + index.gone};
     ++index.used;
 }
 
-// Makes the index cover the list. At most three quarters of the slots are used.
+bool isFull(const IniIndex& index) noexcept {
+    return index.used >= (index.mask + 1) / 4 * 3;
+}
+
+// Makes the index cover the list.
 bool cover(const IniMemory& memory, IniIndex*& index, std::span<IniNamed* const> elements,
            bool caseSensitive) noexcept {
     if (index == nullptr) {
@@ -83,13 +108,72 @@ bool cover(const IniMemory& memory, IniIndex*& index, std::span<IniNamed* const>
             return false;
     }
     while (index->covered < elements.size()) {
-        if (index->used >= (index->mask + 1) / 4 * 3 &&
-            !widen(memory, index, elements, caseSensitive))
+        if (isFull(*index) && !widen(memory, index))
             return false;
-        insert(*index, elements, caseSensitive, index->covered + 1);
-        ++index->covered;
+        coverNext(*index, elements, caseSensitive);
     }
     return true;
+}
+
+// Empties a slot and moves those behind it up, as far as their hashes let them.
+void vacate(IniIndex& index, std::uint32_t at) noexcept {
+    Slot* const slots = slotsOf(&index);
+    for (std::uint32_t next = (at + 1) & index.mask; slots[next].element != 0;
+         next = (next + 1) & index.mask) {
+        const std::uint32_t distance = (next - slots[next].hash) & index.mask;
+        if (distance < ((next - at) & index.mask))
+            continue; // it would come to stand before its first place
+        slots[at] = slots[next];
+        at = next;
+    }
+    slots[at] = {};
+    --index.used;
+}
+
+// The slot of an element that has one.
+std::uint32_t slotOf(IniIndex& index, const IniList* list, bool caseSensitive,
+                     std::uint32_t element) noexcept {
+    const Slot* const slots = slotsOf(&index);
+    std::uint32_t at = hashName(caseSensitive, nameAt(elementsOf(list), element)) & index.mask;
+    while (slots[at].element != element + index.gone)
+        at = (at + 1) & index.mask;
+    return at;
+}
+
+// Takes the element's slot away. False when the index cannot go on after that and was invalidated:
+// then other elements would have to come to light.
+bool takeOut(IniIndex* index, const IniList* list, bool caseSensitive,
+             std::uint32_t element) noexcept {
+    if (index->hidden != 0 || index->gone >= kMostGone) {
+        invalidateIndex(index);
+        return false;
+    }
+    vacate(*index, slotOf(*index, list, caseSensitive, element));
+    return true;
+}
+
+// Closes the gap that an element leaves in the numbers: those before it count up, and all count as
+// one less, or those behind it count down.
+void closeGap(IniIndex& index, const IniList* list, bool caseSensitive,
+              std::uint32_t element) noexcept {
+    Slot* const slots = slotsOf(&index);
+    if (element - 1 <= index.mask / kLookUpCost) {
+        for (std::uint32_t before = element - 1; before != 0; --before)
+            ++slots[slotOf(index, list, caseSensitive, before)].element;
+        ++index.gone;
+    } else if (index.covered - element <= index.mask / kLookUpCost) {
+        for (std::uint32_t behind = element + 1; behind <= index.covered; ++behind)
+            --slots[slotOf(index, list, caseSensitive, behind)].element;
+    } else {
+        const std::uint32_t left = element + index.gone;
+        for (std::size_t at = 0; at <= index.mask; ++at)
+            slots[at].element -= slots[at].element > left ? 1 : 0;
+    }
+    --index.covered;
+}
+
+bool isCovered(const IniIndex* index, std::uint32_t element) noexcept {
+    return index != nullptr && element <= index->covered;
 }
 
 } // namespace
@@ -118,21 +202,47 @@ std::uint32_t findByName(const IniMemory& memory, IniIndex*& index, const IniLis
     }
     if (!cover(memory, index, elements, caseSensitive))
         return walkByName(list, caseSensitive, name);
+    const std::uint32_t hash = hashName(caseSensitive, name);
     const Slot* const slots = slotsOf(index);
-    std::uint32_t place = hashName(caseSensitive, name) & index->mask;
-    for (; slots[place] != kEmpty; place = (place + 1) & index->mask)
-        if (equalNames(caseSensitive, nameAt(elements, slots[place]), name))
-            return slots[place];
+    std::uint32_t at = hash & index->mask;
+    for (; slots[at].element != 0; at = (at + 1) & index->mask)
+        if (slots[at].hash == hash &&
+            equalNames(caseSensitive, nameAt(elements, slots[at].element - index->gone), name))
+            return slots[at].element - index->gone;
     return 0;
+}
+
+void elementLeaves(IniIndex* index, const IniList* list, bool caseSensitive,
+                   std::uint32_t element) noexcept {
+    if (isCovered(index, element) && takeOut(index, list, caseSensitive, element))
+        closeGap(*index, list, caseSensitive, element);
+}
+
+void nameLeaves(IniIndex* index, const IniList* list, bool caseSensitive,
+                std::uint32_t element) noexcept {
+    if (isCovered(index, element))
+        takeOut(index, list, caseSensitive, element);
+}
+
+void nameArrives(IniIndex* index, const IniList* list, bool caseSensitive,
+                 std::uint32_t element) noexcept {
+    if (!isCovered(index, element))
+        return;
+    const std::uint32_t hash = hashName(caseSensitive, nameAt(elementsOf(list), element));
+    const Slot* const slots = slotsOf(index);
+    // Where names may be equal, their order counts.
+    for (std::uint32_t at = hash & index->mask; slots[at].element != 0; at = (at + 1) & index->mask)
+        if (slots[at].hash == hash)
+            return invalidateIndex(index);
+    place(*index, {hash, element + index->gone});
+    ++index->used;
 }
 
 void invalidateIndex(IniIndex* index) noexcept {
     if (index == nullptr || index->covered == 0)
         return;
-    std::memset(slotsOf(index), 0, (std::size_t{index->mask} + 1) * sizeof(Slot));
-    index->used = 0;
-    index->covered = 0;
-    index->walked = 0;
+    std::memset(slotsOf(index), 0, slotBytes(index->mask));
+    *index = {index->mask, 0, 0, 0, 0, 0};
 }
 
 void releaseIndex(const IniMemory& memory, IniIndex*& index) noexcept {

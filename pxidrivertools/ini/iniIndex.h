@@ -1,6 +1,6 @@
 // A hash index over the names of a list, which gives the answers of a walk from the front of the
 // list. It is made by the first look-up that finds the list long, follows the elements appended
-// since at each further look-up, and must be told of any other change.
+// since at each further look-up, and must be told of every other change.
 #pragma once
 
 #include "pxidrivertools/ini/iniList.h"
@@ -14,7 +14,9 @@ struct IniIndex {
     std::uint32_t mask;    // number of slots (a power of two) less one
     std::uint32_t used;    // slots in use
     std::uint32_t covered; // elements at the front of the list that the index knows
+    std::uint32_t hidden;  // those of them without a slot, because an earlier one hides them
     std::uint32_t walked;  // elements looked at one by one since the index was invalidated
+    std::uint32_t gone;    // what slots say of an element is its place in the list plus this
 };
 
 // Up to this many elements are walked.
@@ -25,12 +27,22 @@ inline constexpr std::uint32_t kLongestWalk = 8;
 std::uint32_t findByName(const IniMemory& memory, IniIndex*& index, const IniList* list,
                          bool caseSensitive, std::string_view name) noexcept;
 
-// After an element was removed, moved or renamed.
+// Before the element at this 1-based index leaves the list.
+void elementLeaves(IniIndex* index, const IniList* list, bool caseSensitive,
+                   std::uint32_t element) noexcept;
+
+// Before and after the element gets another name.
+void nameLeaves(IniIndex* index, const IniList* list, bool caseSensitive,
+                std::uint32_t element) noexcept;
+void nameArrives(IniIndex* index, const IniList* list, bool caseSensitive,
+                 std::uint32_t element) noexcept;
+
+// After any other change.
 void invalidateIndex(IniIndex* index) noexcept;
 
 void releaseIndex(const IniMemory& memory, IniIndex*& index) noexcept;
 
-// The same by walking, whatever the length.
+// The same as findByName() by walking, whatever the length.
 std::uint32_t walkByName(const IniList* list, bool caseSensitive, std::string_view name) noexcept;
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -7,7 +7,8 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-constexpr std::size_t kElementSize = sizeof(IniNamed*);
+using Element = IniNamed*;
+constexpr std::size_t kElementSize = sizeof(Element);
 static_assert(sizeof(IniList) % alignof(IniNamed*) == 0);
 
 constexpr std::size_t kMostElements =

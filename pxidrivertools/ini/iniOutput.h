@@ -31,7 +31,7 @@ private:
     std::FILE* stream_;
     std::size_t used_ = 0;
     bool ok_ = true;
-    std::array<char, 4096> buffer_;
+    std::array<char, 4096> buffer_{};
 };
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

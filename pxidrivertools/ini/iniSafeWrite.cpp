@@ -10,8 +10,8 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-// Whether the target can be written, found out before anything is. Mode "wb" would empty an existing
-// target, so it is left for the case that neither opening nor looking finds one.
+// Whether the target can be written, found out before anything is. Mode "wb" would empty an
+// existing target, so it is left for the case that neither opening nor looking finds one.
 IniStatus probeTarget(const std::string& target, IniFileOperations& files) noexcept {
     std::FILE* stream = files.open(target.c_str(), "r+b");
     const bool exists = stream != nullptr || files.lastWriteTime(target.c_str()).has_value();

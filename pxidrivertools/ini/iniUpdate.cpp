@@ -61,10 +61,23 @@ IniStatus appendKey(IniFileObject& file, IniSection& section, std::string_view n
     return kIniStored;
 }
 
-std::uint32_t indexOf(const IniList* list, const IniNamed& record) noexcept {
+// The 1-based index of a record in its list. The first one of its name is found by the index.
+std::uint32_t positionOf(const IniMemory& memory, IniIndex*& index, const IniList* list,
+                         bool caseSensitive, const IniNamed& record) noexcept {
     const std::span<IniNamed* const> elements = elementsOf(list);
+    const std::uint32_t first = findByName(memory, index, list, caseSensitive, record.name.view());
+    if (first != 0 && elements[first - 1] == &record)
+        return first;
     const auto found = std::find(elements.begin(), elements.end(), &record);
     return static_cast<std::uint32_t>(found - elements.begin()) + 1;
+}
+
+// Takes a record out of its list and the list's index.
+void removeRecord(const IniMemory& memory, IniIndex*& index, IniList* list, bool caseSensitive,
+                  const IniNamed& record) noexcept {
+    const std::uint32_t position = positionOf(memory, index, list, caseSensitive, record);
+    elementLeaves(index, list, caseSensitive, position);
+    removeElement(*list, position);
 }
 
 } // namespace
@@ -92,14 +105,12 @@ IniStatus setValue(IniFileObject& file, std::string_view section, std::string_vi
 }
 
 void removeSection(IniFileObject& file, IniSection& section) noexcept {
-    removeElement(*file.sections, indexOf(file.sections, section));
-    invalidateIndex(file.sectionIndex);
+    removeRecord(file.memory, file.sectionIndex, file.sections, file.caseSensitive, section);
     discardSection(file, &section);
 }
 
 void removeKey(IniFileObject& file, IniSection& section, IniKey& key) noexcept {
-    removeElement(*section.keys, indexOf(section.keys, key));
-    invalidateIndex(section.index);
+    removeRecord(file.memory, section.index, section.keys, section.caseSensitive, key);
     discardKey(file, &key);
 }
 
@@ -109,9 +120,12 @@ IniStatus renameSection(IniFileObject& file, IniSection& section, std::string_vi
     IniText copy;
     if (!copyText(file.memory, name, copy))
         return kIniOutOfMemory;
+    const std::uint32_t position =
+        positionOf(file.memory, file.sectionIndex, file.sections, file.caseSensitive, section);
+    nameLeaves(file.sectionIndex, file.sections, file.caseSensitive, position);
     releaseText(file.memory, section.name);
     section.name = copy;
-    invalidateIndex(file.sectionIndex);
+    nameArrives(file.sectionIndex, file.sections, file.caseSensitive, position);
     return kIniDone;
 }
 

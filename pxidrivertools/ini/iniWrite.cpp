@@ -84,7 +84,7 @@ private:
     // With four digits at least.
     void writeNumber(std::uint32_t number) noexcept {
         constexpr std::ptrdiff_t kDigits = 4;
-        std::array<char, 10> digits;
+        std::array<char, 10> digits{};
         const char* const end = std::to_chars(digits.begin(), digits.end(), number).ptr;
         for (std::ptrdiff_t missing = kDigits - (end - digits.data()); missing > 0; --missing)
             output_.put('0');

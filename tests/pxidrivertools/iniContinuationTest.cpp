@@ -104,7 +104,8 @@ TEST_F(IniContinuationTest, JoinedKeysAreFoundInLongSections) {
     std::string text = "[a]\n";
     for (int n = 0; n < 100; ++n) {
         const std::string key = numbered("k", n);
-        text += key + " Line1=" + std::to_string(n) + "\n" + key + " Line2=.\n";
+        text.append(key).append(" Line1=").append(std::to_string(n));
+        text.append("\n").append(key).append(" Line2=.\n");
     }
     load(text);
     IniSection& section = *findSection(*file, "a");

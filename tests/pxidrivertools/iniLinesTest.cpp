@@ -145,7 +145,7 @@ TEST(IniLineKinds, LinesWithoutNameOrSeparatorAreOdd) {
 
 std::string strip(std::string_view value, bool doubleQuotes, bool singleQuotes) {
     const IniParseOptions options{.doubleQuotes = doubleQuotes, .singleQuotes = singleQuotes};
-    const int quote = stripQuotes(options, value);
+    const int quote = static_cast<unsigned char>(stripQuotes(options, value));
     return std::to_string(quote) + "|" + std::string(value);
 }
 

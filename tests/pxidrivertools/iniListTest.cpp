@@ -11,7 +11,7 @@ using namespace ini;
 
 class IniListTest : public testing::Test {
 protected:
-    ~IniListTest() override { releaseList(memory, list); }
+    void TearDown() override { releaseList(memory, list); }
 
     bool append(IniGrowth growth = IniGrowth::oneSlot) {
         if (countOf(list) == 50 || !reserveElement(memory, list, growth))

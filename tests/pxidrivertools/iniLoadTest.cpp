@@ -51,7 +51,7 @@ TEST_F(IniLoadTest, AllLineEndsYieldTheSameLines) {
     }
     EXPECT_EQ(load("[a]\n\nx=1"), "a@1{x@3=1;}");
     EXPECT_EQ(file->firstOddLine, 2);
-    EXPECT_EQ(load(std::string("[a]\0x=1\0\ny=2", 13)), "a@1{x@2=1;y@3=2;}");
+    EXPECT_EQ(load(std::string("[a]\0x=1\0\ny=2", 12)), "a@1{x@2=1;y@3=2;}");
 }
 
 TEST_F(IniLoadTest, RecordsTheFirstOddLineAndIgnoresOddLines) {
@@ -172,8 +172,11 @@ TEST_F(IniLoadTest, LinesOfAnyLengthAreRead) {
          {254U, 255U, 256U, 257U, 511U, 512U, 513U, 2083U, 2084U, 2085U, 100000U}) {
         const std::string name(length, 'n');
         const std::string value(length, 'v');
-        EXPECT_EQ(load("[" + name + "]\n" + name + "=" + value),
-                  name + "@1{" + name + "@2=" + value + ";}");
+        std::string text = "[" + name;
+        text.append("]\n").append(name).append("=").append(value);
+        std::string expected = name + "@1{";
+        expected.append(name).append("@2=").append(value).append(";}");
+        EXPECT_EQ(load(text), expected);
     }
 }
 
