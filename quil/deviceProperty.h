@@ -14,7 +14,7 @@ namespace nZoTavManagerPciPlugin_15_0 {
 // One device of a list; good as long as the list is open and the device in it.
 struct tEnumeratedDevice {
     platform::PciDevices& devices;
-    std::size_t index;
+    std::size_t index = 0;
     std::optional<DerivedSlotPath> slotPath = std::nullopt; // made by the first request for it
 };
 

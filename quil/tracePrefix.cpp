@@ -35,7 +35,7 @@ template <std::size_t Width>
 char* writeColumn(char* out, std::size_t space, std::string_view text) noexcept {
     if (text.size() > Width)
         text.remove_prefix(text.size() - Width);
-    std::array<char, Width> column;
+    std::array<char, Width> column{};
     column.fill(' ');
     text.copy(column.data() + Width - text.size(), text.size());
     return writeText(out, space, {column.data(), column.size()});
@@ -58,7 +58,7 @@ char* writeFile(char* out, std::size_t space, const tTracePrefix& prefix) noexce
 }
 
 char* writeLine(char* out, std::size_t space, const tTracePrefix& prefix) noexcept {
-    std::array<char, 16> digits;
+    std::array<char, 16> digits{};
     const char* const end =
         std::to_chars(digits.data(), digits.data() + digits.size(), prefix.line).ptr;
     return writeColumn<kLineWidth>(out, space,

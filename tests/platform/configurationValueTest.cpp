@@ -1,7 +1,7 @@
 // Configuration values out of a text file.
 #include "platform/configurationValue.h"
 
-#include "tests/platform/environment.h"
+#include "tests/support/environmentValue.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <string>
 
 namespace {
@@ -69,7 +70,7 @@ protected:
 
     testsupport::TemporaryFolder folder_;
     std::string file_ = folder_.file("own.conf", "the text\n").string();
-    platformtest::Variable variable_{"TAV_MANAGER_CONF", file_};
+    testsupport::EnvironmentValue variable_{"TAV_MANAGER_CONF", file_};
 };
 
 TEST_F(Configuration, ComesFromTheFileThatTheEnvironmentNames) {
@@ -86,7 +87,7 @@ TEST_F(Configuration, ComesFromTheFileThatTheEnvironmentNames) {
 TEST_F(Configuration, WithoutANameInTheEnvironmentItIsTheMachines) {
     variable_.set("");
     EXPECT_EQ(platform::configurationOrigin(kKey), "/etc/tav-manager.conf");
-    variable_.clear();
+    variable_.set(std::nullopt);
     EXPECT_EQ(platform::configurationOrigin(kKey), "/etc/tav-manager.conf");
 }
 

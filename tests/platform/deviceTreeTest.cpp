@@ -1,7 +1,7 @@
 // The tree of devices, told from recorded buses.
 #include "platform/deviceTree.h"
 
-#include "tests/platform/environment.h"
+#include "tests/support/environmentValue.h"
 #include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,7 @@ protected:
 
     testsupport::TemporaryFolder folder_;
     testsupport::machines::Switch machine_;
-    platformtest::Variable variable_{"TAV_PCI_DUMP"};
+    testsupport::EnvironmentValue variable_{"TAV_PCI_DUMP", std::nullopt};
     std::unique_ptr<DeviceTree> tree_;
 };
 

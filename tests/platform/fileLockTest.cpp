@@ -115,6 +115,7 @@ TEST_F(Lock, ThreadsNeverHoldItTogether) {
     int together = 0;
     int entered = 0;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i)
         threads.emplace_back([&] {
             FileLock lock;

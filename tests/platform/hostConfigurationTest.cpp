@@ -3,14 +3,16 @@
 
 #include "platform/busLocation.h"
 #include "platform/configurationValue.h"
-#include "tests/platform/environment.h"
+#include "tests/support/environmentValue.h"
 
 #include <dirent.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace {
@@ -18,11 +20,15 @@ namespace {
 using platform::ConfigurationLookup;
 using platform::HostConfiguration;
 using platform::SystemCode;
-using platformtest::Variable;
-using platformtest::variable;
+using testsupport::EnvironmentValue;
 
 constexpr const char* kKey = "SOFTWARE\\Maker\\Product";
 constexpr const char* kFile = "TAV_MANAGER_CONF";
+
+std::optional<std::string> variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
 
 ConfigurationLookup readWhole(std::FILE* stream, const char*, const char*, std::string& text) {
     for (int byte = std::fgetc(stream); byte != EOF; byte = std::fgetc(stream))
@@ -42,7 +48,7 @@ std::size_t openDescriptors() {
 }
 
 TEST(HostConfiguration, IsTheConfigurationFileWhileItLives) {
-    Variable before(kFile, "/nowhere/at/all");
+    const EnvironmentValue before(kFile, "/nowhere/at/all");
     {
         const HostConfiguration own(kKey, {{"Path", "/opt/a b/"}, {"ConfigPath", ""}});
         ASSERT_EQ(own.code(), 0U);
@@ -55,8 +61,7 @@ TEST(HostConfiguration, IsTheConfigurationFileWhileItLives) {
 }
 
 TEST(HostConfiguration, LeavesNothingBehind) {
-    Variable before(kFile);
-    before.clear();
+    EnvironmentValue before(kFile, std::nullopt);
     const std::size_t descriptors = openDescriptors();
     { const HostConfiguration own(kKey, {{"Path", "/opt/"}}); }
     EXPECT_EQ(variable(kFile), std::nullopt);
@@ -64,14 +69,14 @@ TEST(HostConfiguration, LeavesNothingBehind) {
 }
 
 TEST(HostConfiguration, CanBeReplacedByANextOne) {
-    Variable before(kFile);
+    const EnvironmentValue before(kFile, std::nullopt);
     { const HostConfiguration first(kKey, {{"Path", "1"}}); }
     const HostConfiguration second(kKey, {{"Path", "2"}});
     EXPECT_EQ(textInForce(), "[SOFTWARE\\Maker\\Product]\nPath=\"2\"\n");
 }
 
 TEST(HostConfiguration, LargeValuesArriveWhole) {
-    Variable before(kFile);
+    const EnvironmentValue before(kFile, std::nullopt);
     const std::string value(3'000'000, 'v');
     const HostConfiguration own(kKey, {{"Path", value}});
     ASSERT_EQ(own.code(), 0U);
@@ -79,7 +84,7 @@ TEST(HostConfiguration, LargeValuesArriveWhole) {
 }
 
 TEST(HostConfiguration, RefusesWhatWouldNotBeReadBack) {
-    Variable before(kFile, "/nowhere/at/all");
+    const EnvironmentValue before(kFile, "/nowhere/at/all");
     const auto codeOf = [](const char* key, const HostConfiguration::Values& values) {
         const HostConfiguration own(key, values);
         EXPECT_EQ(variable(kFile), "/nowhere/at/all");
@@ -99,8 +104,7 @@ TEST(HostConfiguration, RefusesWhatWouldNotBeReadBack) {
 }
 
 TEST(RecordedBus, IsWhatTheProcessSeesFromNowOn) {
-    Variable before("TAV_PCI_DUMP");
-    before.clear();
+    EnvironmentValue before("TAV_PCI_DUMP", std::nullopt);
     EXPECT_EQ(platform::busLocation(), "/sys");
     EXPECT_EQ(platform::useRecordedBus("/some/machine.dump"), 0U);
     EXPECT_EQ(platform::busLocation(), "/some/machine.dump");
@@ -109,7 +113,7 @@ TEST(RecordedBus, IsWhatTheProcessSeesFromNowOn) {
 }
 
 TEST(RecordedBus, EmptyNameIsRefusedRatherThanTakenForTheLiveBus) {
-    Variable before("TAV_PCI_DUMP", "/before");
+    const EnvironmentValue before("TAV_PCI_DUMP", "/before");
     EXPECT_EQ(platform::useRecordedBus(""), static_cast<SystemCode>(ENOENT));
     EXPECT_EQ(platform::busLocation(), "/before");
 }

@@ -1,7 +1,7 @@
 // The list of devices, told from recorded buses.
 #include "platform/pciDevices.h"
 
-#include "tests/platform/environment.h"
+#include "tests/support/environmentValue.h"
 #include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -35,7 +35,7 @@ protected:
     testsupport::TemporaryFolder folder_;
     testsupport::machines::Switch machine_;
     std::filesystem::path dump_ = folder_.file("machine.dump", machine_.bus.dump());
-    platformtest::Variable variable_{"TAV_PCI_DUMP", dump_.string()};
+    testsupport::EnvironmentValue variable_{"TAV_PCI_DUMP", dump_.string()};
     std::unique_ptr<PciDevices> devices_ = platform::makePciDevices();
 };
 

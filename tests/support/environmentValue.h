@@ -8,7 +8,7 @@
 
 namespace testsupport {
 
-// Sets or removes the variable, and restores it at the end.
+// Sets or removes the variable (nothing removes it), and restores it at the end.
 class EnvironmentValue {
 public:
     EnvironmentValue(std::string name, const std::optional<std::string>& value)
@@ -21,7 +21,6 @@ public:
     EnvironmentValue(const EnvironmentValue&) = delete;
     EnvironmentValue& operator=(const EnvironmentValue&) = delete;
 
-private:
     void set(const std::optional<std::string>& value) {
         if (value)
             setenv(name_.c_str(), value->c_str(), 1);
@@ -29,6 +28,7 @@ private:
             unsetenv(name_.c_str());
     }
 
+private:
     std::string name_;
     std::optional<std::string> before_;
 };
