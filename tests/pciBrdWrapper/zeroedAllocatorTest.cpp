@@ -53,8 +53,8 @@ TEST(ZeroedAllocator, MovedListKeepsItsMemory) {
 
 TEST(ZeroedAllocator, MemoryThatThereIsNotIsOutOfMemory) {
     ZeroedAllocator<std::uint32_t> allocator;
-    EXPECT_THROW(allocator.allocate(greatestSize()), std::bad_alloc);
-    EXPECT_THROW(allocator.allocate(greatestSize() / sizeof(std::uint32_t)), std::bad_alloc);
+    for (const std::size_t count : {greatestSize(), greatestSize() / sizeof(std::uint32_t)})
+        EXPECT_THROW(allocator.deallocate(allocator.allocate(count), count), std::bad_alloc);
 }
 
 TEST(ZeroedAllocator, NoElementsAtAllCanBeHad) {
