@@ -4,6 +4,8 @@
 #include "source/tavStatus.h"
 
 #include <list>
+#include <new>
+#include <utility>
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
@@ -39,6 +41,7 @@ void cTerminalNameDb::Load() {
     tFixedStatus status;
     iniFile_.open(nameFile.c_str(), 0, status);
     zoerr::raiseIfFailed(status);
+    numbers_.reset();
     loaded_ = true;
 }
 
@@ -46,6 +49,10 @@ std::string cTerminalNameDb::read(const std::string& section, const char* key) {
     tFixedStatus status;
     std::string value;
     iniFile_.getString(section, key, value, status);
+    // A value that only lacks the memory to be read is there: without it the device would get a new
+    // name.
+    if (status.code == nZoPxiDriverTools_1_0::kIniFileErrMemoryFull)
+        zoerr::raiseIfFailed(status);
     return status.failed() || value.empty() ? std::string(kNoText) : value;
 }
 
@@ -68,12 +75,15 @@ int cTerminalNameDb::Matches(const cSlotPath& slotPath, const std::string& model
 void cTerminalNameDb::Store(const cSlotPath& slotPath, const std::string& model,
                             const std::string& terminalName) {
     const std::string section = sectionOf(slotPath);
+    // When anything below fails, the numbers are gone and will be read afresh.
+    auto numbers = std::exchange(numbers_, std::nullopt);
     const std::string replaced = read(section, kNameKeyTerminalName);
     write(section, kNameKeyModel, model);
     write(section, kNameKeyTerminalName, terminalName);
-    if (numbers_) {
-        numbers_->remove(replaced);
-        numbers_->add(read(section, kNameKeyTerminalName));
+    if (numbers) {
+        numbers->remove(replaced);
+        numbers->add(read(section, kNameKeyTerminalName));
+        numbers_ = std::move(numbers);
     }
 }
 
@@ -91,7 +101,12 @@ TerminalNumbers& cTerminalNameDb::numbers() {
 }
 
 void cTerminalNameDb::NextFreeName(const std::string& base, std::string& terminalName) {
-    terminalName = base + std::to_string(numbers().lowestFree(base));
+    const std::uint32_t number = numbers().lowestFree(base);
+    try {
+        terminalName = base + std::to_string(number);
+    } catch (const std::bad_alloc&) {
+        raiseSoftwareFault(kFile);
+    }
 }
 
 void cTerminalNameDb::Save() {

@@ -52,6 +52,7 @@ public:
                const std::string& terminalName);
 
     // The base followed by the lowest number from 1 upwards that no entry uses with it.
+    // kTavManErrSoftwareFault when there is no memory for the name.
     void NextFreeName(const std::string& base, std::string& terminalName);
 
     // Writes the name file. kTavManErrSoftwareFault when the names are not loaded or the lock is
