@@ -38,11 +38,12 @@ test: ## install what is missing, build, and run every test
 test-sanitizers: ## the same under address, leak and undefined-behaviour checking
 	@$(MAKE) test PRESET=sanitizers
 
-bench: ## build and run the benchmarks
+bench: ## measure, and print one table (FILTER=regular expression, TMPDIR=where)
 	@scripts/install-packages.sh build bench
 	@cmake --preset bench >/dev/null
 	@cmake --build --preset bench -j $(JOBS)
-	@bench/run.sh build/bench
+	@TMPDIR=$${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)} \
+	    build/bench/bin/tav_bench --benchmark_filter='$(or $(FILTER),.)'
 
 format: ## format every source file
 	@scripts/install-packages.sh lint
