@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 namespace {
 
@@ -51,8 +52,8 @@ void AttributeInteger(benchmark::State& state) {
 void AttributeText(benchmark::State& state) {
     const Loaded loaded;
     std::uint32_t device = 0;
+    std::array<char, TAVPLUGIN_TEXT_SIZE> text{};
     for (auto _ : state) {
-        std::array<char, TAVPLUGIN_TEXT_SIZE> text;
         const std::int32_t status =
             loaded.plugin.getDeviceAttributeUTF8(device, kTavAttrTerminalName, text.data());
         benchmark::DoNotOptimize(text);

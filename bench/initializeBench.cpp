@@ -32,13 +32,17 @@ void initializeFirst(benchmark::State& state, bool remembered) {
         requireDevices(machine, machine.initializeOnce().devices);
     else
         machine.remember(0);
+    double processorSeconds = 0;
     for (auto _ : state) {
         if (!remembered)
             machine.forgetNewNames();
         const bench::Machine::Result run = machine.initializeOnce();
         requireDevices(machine, run.devices);
         state.SetIterationTime(run.seconds);
+        processorSeconds += run.processorSeconds;
     }
+    state.counters["processor_s"] =
+        benchmark::Counter(processorSeconds, benchmark::Counter::kAvgIterations);
 }
 
 // The first call of a process, which reads the descriptions: every iteration is a new process. All

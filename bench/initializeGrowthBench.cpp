@@ -1,6 +1,6 @@
 // How the first initialize of a process grows with each of its inputs. What grows in proportion has
-// a time per item, "each", that falls towards a constant; what grows faster has one that rises.
-// Every iteration is a new process and gives every device a new name.
+// a processor time per item, "each_s", that falls towards a constant; what grows faster has one
+// that rises. Every iteration is a new process and gives every device a new name.
 #include "bench/machine.h"
 #include "bench/require.h"
 
@@ -18,18 +18,20 @@ std::size_t size(const benchmark::State& state) {
 }
 
 void run(benchmark::State& state, const bench::Machine& machine, std::size_t devices) {
+    double processorSeconds = 0;
     for (auto _ : state) {
         machine.forgetNewNames();
         const bench::Machine::Result result = machine.initializeOnce();
         bench::require(result.devices == devices, "found " + std::to_string(result.devices) +
                                                       " devices, not " + std::to_string(devices));
         state.SetIterationTime(result.seconds);
+        processorSeconds += result.processorSeconds;
     }
-    if (const auto items = static_cast<double>(state.range(0)); items > 0) {
-        using benchmark::Counter;
-        state.counters["each"] =
-            Counter(items, Counter::kIsIterationInvariantRate | Counter::kInvert);
-    }
+    using benchmark::Counter;
+    state.counters["processor_s"] = Counter(processorSeconds, Counter::kAvgIterations);
+    if (state.range(0) > 0)
+        state.counters["each_s"] = Counter(processorSeconds / static_cast<double>(state.range(0)),
+                                           Counter::kAvgIterations);
 }
 
 // Description files, a quarter of which match.

@@ -1,9 +1,11 @@
-// Loads the plug-in, initialises it once, and prints how many nanoseconds that call took and how
-// many devices it found. The bus and the configuration are those that the environment names.
+// Loads the plug-in, initialises it once, and prints how many seconds that call took, how many of
+// them the processor worked for it, and how many devices it found. The bus and the configuration
+// are those that the environment names.
 #include "bench/plugin.h"
 
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <exception>
 
 int main() {
@@ -11,9 +13,12 @@ int main() {
     try {
         const bench::Plugin plugin;
         const auto start = Clock::now();
+        const std::clock_t processorStart = std::clock();
         plugin.initializeOrThrow();
-        const auto taken = std::chrono::nanoseconds(Clock::now() - start);
-        std::printf("%lld %lu\n", static_cast<long long>(taken.count()),
+        const std::clock_t processorEnd = std::clock();
+        const std::chrono::duration<double> taken = Clock::now() - start;
+        std::printf("%.9f %.9f %lu\n", taken.count(),
+                    static_cast<double>(processorEnd - processorStart) / CLOCKS_PER_SEC,
                     static_cast<unsigned long>(plugin.deviceCount()));
         plugin.finalize();
         return 0;

@@ -117,12 +117,11 @@ void Machine::forgetNewNames() const {
 Machine::Result Machine::initializeOnce() const {
     const testsupport::CommandResult run =
         testsupport::runCommand(std::string("exec '") + TAV_BENCH_INITIALIZE_ONCE + "'");
-    long long nanoseconds = 0;
-    std::size_t devices = 0;
-    require(run.exitStatus == 0 &&
-                std::sscanf(run.output.c_str(), "%lld %zu", &nanoseconds, &devices) == 2,
+    Result result{};
+    require(run.exitStatus == 0 && std::sscanf(run.output.c_str(), "%lf %lf %zu", &result.seconds,
+                                               &result.processorSeconds, &result.devices) == 3,
             run.output);
-    return {static_cast<double>(nanoseconds) / 1e9, devices};
+    return result;
 }
 
 } // namespace bench

@@ -38,6 +38,7 @@ public:
 
     struct Result {
         double seconds;
+        double processorSeconds; // without what other programs were given meanwhile
         std::size_t devices;
     };
     // The plug-in's initialize in a fresh process. Raises std::runtime_error when it fails.

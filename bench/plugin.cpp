@@ -3,6 +3,7 @@
 #include "bench/require.h"
 
 #include <string>
+#include <type_traits>
 
 namespace bench {
 

@@ -13,11 +13,11 @@ public:
     // Loads the plug-in of this build. Raises std::runtime_error.
     Plugin();
 
-    decltype(&tavPlugin_initialize) initialize;
-    decltype(&tavPlugin_finalize) finalize;
-    decltype(&tavPlugin_getDeviceCount) getDeviceCount;
-    decltype(&tavPlugin_getDeviceAttributeI32) getDeviceAttributeI32;
-    decltype(&tavPlugin_getDeviceAttributeUTF8) getDeviceAttributeUTF8;
+    decltype(&tavPlugin_initialize) initialize = nullptr;
+    decltype(&tavPlugin_finalize) finalize = nullptr;
+    decltype(&tavPlugin_getDeviceCount) getDeviceCount = nullptr;
+    decltype(&tavPlugin_getDeviceAttributeI32) getDeviceAttributeI32 = nullptr;
+    decltype(&tavPlugin_getDeviceAttributeUTF8) getDeviceAttributeUTF8 = nullptr;
 
     // Both raise std::runtime_error when the plug-in reports a failure.
     void initializeOrThrow() const;
