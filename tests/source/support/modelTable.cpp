@@ -71,6 +71,11 @@ ModelTable ModelTable::loaded(std::vector<tModelDescription> models) {
     return table;
 }
 
+void ModelTable::append(tModelDescription model) {
+    check(model);
+    models_.push_back(std::move(model));
+}
+
 void ModelTable::LoadDescriptions(iPciTavFilesystem&) {
     ++loads_;
     if (onLoad)
@@ -79,10 +84,10 @@ void ModelTable::LoadDescriptions(iPciTavFilesystem&) {
 }
 
 const tModelDescription& ModelTable::query(const char* name, std::uint32_t index) const {
-    const tModelDescription& model = models_.at(index);
+    static_cast<void>(models_.at(index));
     if (onQuery)
-        onQuery(name, index);
-    return model;
+        onQuery(name, index); // may append models
+    return models_.at(index);
 }
 
 std::uint32_t ModelTable::GetModelCount() const {

@@ -35,6 +35,9 @@ public:
 
     [[nodiscard]] std::size_t loads() const { return loads_; }
 
+    // One more model, at once.
+    void append(tModelDescription model);
+
     void LoadDescriptions(nZoTavManagerPciPlugin_15_0::iPciTavFilesystem& filesystem) override;
     [[nodiscard]] std::uint32_t GetModelCount() const override;
     [[nodiscard]] const tModelDescription& GetModel(std::uint32_t index) const override;
