@@ -8,6 +8,7 @@
 #include "quil/systemStatus.h"
 
 #include <new>
+#include <utility>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
@@ -63,11 +64,11 @@ void describe(tErrorStatus& status, const char* name, platform::SystemCode code)
 std::string readConfiguration(const char* name, tErrorStatus& status) {
     if (status.failed())
         return {};
-    const platform::ConfigurationValue value =
+    platform::ConfigurationValue value =
         platform::readConfigurationValue(kConfigurationKey, name, &readText);
     switch (value.outcome) {
     case platform::ConfigurationOutcome::found:
-        return value.text;
+        return std::move(value.text);
     case platform::ConfigurationOutcome::keyMissing:
         if (setError(status, kConfigurationErrNoKey, siteHere(kFile, "kConfigurationErrNoKey")))
             describe(status, name, value.code);

@@ -5,10 +5,10 @@
 #include "pxidrivertools/configuration.h"
 #include "quil/setError.h"
 #include "quil/zoerr.h"
+#include "source/patientOpening.h"
 
 #include <boost/interprocess/errors.hpp>
 #include <boost/interprocess/exceptions.hpp>
-#include <chrono>
 #include <new>
 #include <thread>
 
@@ -16,6 +16,7 @@ namespace nZoTavManagerPciPlugin_15_0 {
 
 namespace {
 
+using nZoPxiDriverTools_1_0::readConfiguration;
 using nZOQUIL000::siteHere;
 using nZOQUIL000::tErrorStatus;
 using platform::SearchOutcome;
@@ -24,9 +25,6 @@ using platform::SystemCode;
 constexpr const char* kFile = "source\\cPciTavFilesystem";
 constexpr const char* kDescriptionFolder = "PCI Hardware Descriptions";
 constexpr const char* kDescriptionPattern = "*.ini";
-
-constexpr int kLockAttempts = 3;
-constexpr std::chrono::milliseconds kLockRetryDelay{250};
 
 [[noreturn]] void raiseInterprocess(SystemCode code) {
     namespace interprocess = boost::interprocess;
@@ -40,11 +38,17 @@ void raiseInterprocessIfFailed(SystemCode code) {
         raiseInterprocess(code);
 }
 
-std::string readRequired(const char* valueName) {
+// Runs an operation that reports into a status, running out of memory included, and raises what it
+// reports.
+template <typename Operation>
+void raisingErrorsOf(Operation operation) {
     tErrorStatus status;
-    std::string text = nZoPxiDriverTools_1_0::readConfiguration(valueName, status);
+    try {
+        operation(status);
+    } catch (const std::bad_alloc&) {
+        setError(status, nZOQUIL000::zoquilerr_memoryFull, siteHere(kFile, "zoquilerr_memoryFull"));
+    }
     zoerr::raiseIfFailed(status);
-    return text;
 }
 
 // Sets what a listing came to; true when there is an entry.
@@ -93,12 +97,21 @@ cPciTavFilesystem::~cPciTavFilesystem() {
 }
 
 std::string cPciTavFilesystem::GetDescriptionFilePattern() {
-    return readRequired(nZoPxiDriverTools_1_0::kPathValue) + kDescriptionFolder +
-           platform::pathSeparator() + kDescriptionPattern;
+    std::string pattern;
+    raisingErrorsOf([&](tErrorStatus& status) {
+        pattern = readConfiguration(nZoPxiDriverTools_1_0::kPathValue, status);
+        pattern.append(kDescriptionFolder).push_back(platform::pathSeparator());
+        pattern.append(kDescriptionPattern);
+    });
+    return pattern;
 }
 
 std::string cPciTavFilesystem::GetConfigPath() {
-    return readRequired(nZoPxiDriverTools_1_0::kConfigPathValue);
+    std::string path;
+    raisingErrorsOf([&](tErrorStatus& status) {
+        path = readConfiguration(nZoPxiDriverTools_1_0::kConfigPathValue, status);
+    });
+    return path;
 }
 
 int cPciTavFilesystem::EnsureFileExists(const std::string& path) {
@@ -113,13 +126,9 @@ int cPciTavFilesystem::EnsureFileExists(const std::string& path) {
 void cPciTavFilesystem::LockFile(const std::string& path) {
     if (locked_)
         return;
-    SystemCode code = lockFile_.open(path.c_str());
-    for (int attempt = 1; attempt < kLockAttempts && platform::isSharingViolation(code);
-         ++attempt) {
-        std::this_thread::sleep_for(kLockRetryDelay);
-        code = lockFile_.open(path.c_str());
-    }
-    raiseInterprocessIfFailed(code);
+    raiseInterprocessIfFailed(
+        openPatiently([&] { return lockFile_.open(path.c_str()); }, &platform::isSharingViolation,
+                      [](auto delay) { std::this_thread::sleep_for(delay); }));
     raiseInterprocessIfFailed(lockFile_.lock());
     locked_ = true;
 }
@@ -132,13 +141,8 @@ void cPciTavFilesystem::UnlockFile() {
 }
 
 void cPciTavFilesystem::ListFiles(const std::string& pattern, std::vector<std::string>& files) {
-    tErrorStatus status;
-    try {
-        listInto(pattern, files, status);
-    } catch (const std::bad_alloc&) {
-        setError(status, nZOQUIL000::zoquilerr_memoryFull, siteHere(kFile, "zoquilerr_memoryFull"));
-    }
-    zoerr::raiseIfFailed(status);
+    files.clear();
+    raisingErrorsOf([&](tErrorStatus& status) { listInto(pattern, files, status); });
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0

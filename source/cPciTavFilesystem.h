@@ -8,11 +8,15 @@
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
-// Statuses of the listing.
+// Statuses of the listing. No entry matches, or there is no such folder: a warning, which is not
+// raised.
 inline constexpr std::int32_t kListWarnNothingFound = 313300;
+// The pattern, or the name of an entry, is not valid text; the listing ends there.
 inline constexpr std::int32_t kListErrInvalidText = -313325;
 inline constexpr std::int32_t kListErrEmptyPattern = -313326;
+// The folder cannot be listed.
 inline constexpr std::int32_t kListErrFailed = -313327;
+// The pattern, or the name of an entry, could not be converted although it is valid text.
 inline constexpr std::int32_t kListErrConversion = -313328;
 
 class cPciTavFilesystem : public iPciTavFilesystem {

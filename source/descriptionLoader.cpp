@@ -9,7 +9,7 @@ eDeviceCategory deviceCategoryFromText(const std::string& text) {
         return eDeviceCategory::Expresscard;
     if (text == "SwitchboxTav")
         return eDeviceCategory::SwitchboxTav;
-    raiseSoftwareFault("source\\cPciModelInfoDb");
+    raiseSoftwareFault(nDescription::kRecordedFile);
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0

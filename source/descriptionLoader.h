@@ -46,9 +46,14 @@ inline constexpr const char* kReportAddressFromThisBridge = "ReportAddressFromTh
 inline constexpr const char* kIsOptional = "IsOptional";
 
 inline constexpr const char* kDefaultTerminalNameBase = "TAV";
+
+// The source file that error records of the model database and its loader name.
+inline constexpr const char* kRecordedFile = "source\\cPciModelInfoDb";
 } // namespace nDescription
 
-// `tIniFile` is an INI file class with the operations of iIniFile.
+// `tIniFile` is an INI file class with the operations of iIniFile. Raises zoerr::Exception with the
+// status of the INI file class, or kTavManErrSoftwareFault for an unknown category and for a
+// missing "HasUpstreamPort"; std::bad_alloc.
 template <typename tIniFile>
 class DescriptionLoader {
 public:
@@ -120,7 +125,7 @@ private:
 
     bool requiredBoolean(const std::string& section, const char* key) {
         if (!has(section, key))
-            raiseSoftwareFault("source\\cPciModelInfoDb");
+            raiseSoftwareFault(nDescription::kRecordedFile);
         return decimal(section, key) != 0;
     }
 
