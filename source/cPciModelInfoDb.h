@@ -5,8 +5,6 @@
 #include "source/descriptionLoader.h"
 #include "source/iPciModelInfoDb.h"
 
-#include <new>
-
 namespace nZoTavManagerPciPlugin_15_0 {
 
 template <typename tIniFile>
@@ -15,11 +13,11 @@ public:
     void LoadDescriptions(iPciTavFilesystem& filesystem) override {
         if (!models_.empty())
             return;
-        try {
-            loadAll(filesystem);
-        } catch (const std::bad_alloc&) {
-            zoerr::raise(nZOQUIL000::zoquilerr_memoryFull,
-                         nZOQUIL000::siteHere(nDescription::kRecordedFile, "zoquilerr_memoryFull"));
+        std::vector<std::string> files;
+        filesystem.ListFiles(filesystem.GetDescriptionFilePattern(), files);
+        for (const std::string& path : files) {
+            tIniFile file;
+            models_.push_back(DescriptionLoader<tIniFile>(file).load(path));
         }
     }
 
@@ -74,15 +72,6 @@ public:
     }
 
 private:
-    void loadAll(iPciTavFilesystem& filesystem) {
-        std::vector<std::string> files;
-        filesystem.ListFiles(filesystem.GetDescriptionFilePattern(), files);
-        for (const std::string& path : files) {
-            tIniFile file;
-            models_.push_back(DescriptionLoader<tIniFile>(file).load(path));
-        }
-    }
-
     std::vector<tModelDescription> models_;
 };
 
