@@ -15,7 +15,6 @@ using namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0;
 using nZOQUIL000::tErrorStatus;
 using operations::nameOf;
 using operations::Outputs;
-using scripted::Answer;
 using scripted::Call;
 using testing::ElementsAre;
 using testing::Pair;

@@ -16,7 +16,6 @@ namespace {
 
 using namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0;
 using operations::nameOf;
-using scripted::Answer;
 using scripted::Call;
 using testing::ElementsAre;
 using testing::IsEmpty;
