@@ -34,7 +34,7 @@ private:
 };
 
 struct JsonMember {
-    const char* key; // null: only the value is written, as an array needs it
+    const char* key = nullptr; // null: only the value is written, as an array needs it
     JsonValue value;
 
     [[nodiscard]] std::size_t length() const noexcept;
