@@ -17,8 +17,8 @@ using testsupport::raisedBy;
 
 class BridgePlace : public testing::Test {
 protected:
-    BridgePlace() { wrapper.OpenSession(0); }
-    ~BridgePlace() override { wrapper.CloseSession(); }
+    void SetUp() override { wrapper.OpenSession(0); }
+    void TearDown() override { wrapper.CloseSession(); }
 
     std::uint32_t find(const std::string& map) { return findDescribedBridge(anchor, map, wrapper); }
 

@@ -23,7 +23,6 @@ using testsupport::BusBuilder;
 using testsupport::CacheBuild;
 using testsupport::Ids;
 using testsupport::kCardIds;
-using testsupport::kDownIds;
 using testsupport::kRootPortIds;
 using testsupport::kUpIds;
 using testsupport::ModelBuilder;
@@ -236,6 +235,21 @@ TEST_F(CacheBuilding, CountOfModelsIsAskedAgainAtEveryStep) {
     build.build();
     EXPECT_THAT(build.devices(),
                 testing::Contains("Other TAV2 at " + machine.address(other.up) + " ports P1,P2"));
+}
+
+TEST_F(CacheBuilding, ManyAlternateAnchorsTakeTwoQuestionsEach) {
+    const TavBox box(machine, 0x1C);
+    ModelBuilder model("Box");
+    constexpr std::uint16_t kAlternates = 255;
+    for (std::uint16_t i = 0; i < kAlternates; ++i)
+        model.anchor({0x1234, i, 0, 0});
+    model.anchor(kUpIds).internalBridge({"", kUpIds}).labels({"A"});
+    model.downstreamPort({"d1f0", kUpIds, true});
+    CacheBuild build(machine, {model.build()});
+    build.build();
+    EXPECT_THAT(build.devices(), ElementsAre("Box TAV1 at 01:00.0 ports A"));
+    // The session, each anchor, the one found, its port.
+    EXPECT_THAT(build.wrapper.calls(), SizeIs(2 + 2 * (kAlternates + 1) + 2 + 2));
 }
 
 TEST_F(CacheBuilding, RecordsOutliveEverythingThatTheyCameFrom) {

@@ -157,7 +157,7 @@ Answer expectedInteger(std::uint32_t device, std::uint32_t attribute) {
     const std::uint32_t index = attribute & 0xFF;
     const bool present = device < kDevices;
     const tDeviceRecord record = present ? records[device] : tDeviceRecord();
-    const auto plain = [&](Answer answer) {
+    const auto plain = [&](const Answer& answer) {
         if (index != 0)
             return refused(kInvalid, kNotIndexable);
         return present ? answer : refused(kInvalid);

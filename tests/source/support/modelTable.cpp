@@ -160,7 +160,7 @@ ModelBuilder& ModelBuilder::downstreamPort(Described port) {
     return *this;
 }
 
-ModelBuilder& ModelBuilder::upstreamPort(Described port) {
+ModelBuilder& ModelBuilder::upstreamPort(const Described& port) {
     model_.upstreamPort = descriptionOf(port);
     return *this;
 }

@@ -82,7 +82,7 @@ public:
     ModelBuilder& anchor(Ids ids, std::uint32_t headerType = kBridge);
     ModelBuilder& internalBridge(Described bridge);
     ModelBuilder& downstreamPort(Described port);
-    ModelBuilder& upstreamPort(Described port);
+    ModelBuilder& upstreamPort(const Described& port);
     ModelBuilder& labels(std::list<std::string> labels);
     ModelBuilder& linkWidthPerLabel(std::int32_t width);
     ModelBuilder& category(nZoTavManagerPciPlugin_15_0::eDeviceCategory category);
