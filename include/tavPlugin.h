@@ -55,7 +55,7 @@ enum {
 
 /* An attribute identifier has the element index of an indexable attribute in its low 8 bits; for
  * every other attribute the index must be 0. */
-#define TAVPLUGIN_INDEXED(attribute, index) ((uint32_t)(attribute) | ((uint32_t)(index) & 0xFFu))
+#define TAVPLUGIN_INDEXED(attribute, index) ((uint32_t)(attribute) | ((uint32_t)(index)&0xFFu))
 
 /* Integer attributes, for tavPlugin_getDeviceAttributeI32. */
 enum {
@@ -84,8 +84,8 @@ enum {
 /* Text attributes, for tavPlugin_getDeviceAttributeUTF8. */
 enum {
     kTavAttrModelName = 0x02000100,
-    kTavAttrReservedText2 = 0x02000200, /* known, never supported */
-    kTavAttrReservedText3 = 0x02000300, /* known, never supported */
+    kTavAttrReservedText2 = 0x02000200,  /* known, never supported */
+    kTavAttrReservedText3 = 0x02000300,  /* known, never supported */
     kTavAttrConnectorLabel = 0x02000400, /* indexable: the label printed at port `index` */
     kTavAttrTerminalName = 0x02000500    /* the name that stays the same across restarts */
 };

@@ -15,8 +15,8 @@ DynamicLibrary::~DynamicLibrary() {
 }
 
 // A bare name is searched for along the run path of the module that this code is linked into, and
-// never in the current folder. Not dlopen, which is the same for the base namespace: sanitizers put a
-// function of their own in its place, and then their run path would count.
+// never in the current folder. Not dlopen, which is the same for the base namespace: sanitizers put
+// a function of their own in its place, and then their run path would count.
 bool DynamicLibrary::load(const char* utf8Name) {
     unload();
     errno = 0;
