@@ -1,26 +1,16 @@
 // What the plug-in shows to those who load it, and what it needs from them.
 #include "tests/support/command.h"
+#include "tests/support/exportedSymbols.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
-#include <sstream>
 #include <string>
 
 namespace {
 
 TEST(Exports, AreTheFiveFunctionsAndNothingElse) {
-    const auto listed = testsupport::runCommand("nm -D --defined-only '" ZOTAVPCI_FILE "'");
-    ASSERT_EQ(listed.exitStatus, 0) << listed.output;
-    std::multiset<std::string> exported;
-    std::istringstream lines(listed.output);
-    std::string address;
-    std::string kind;
-    std::string name;
-    while (lines >> address >> kind >> name)
-        exported.insert(kind.append(" ").append(name));
-    EXPECT_THAT(exported,
+    EXPECT_THAT(testsupport::exportedSymbols(ZOTAVPCI_FILE),
                 testing::UnorderedElementsAre(
                     "T tavPlugin_initialize", "T tavPlugin_finalize", "T tavPlugin_getDeviceCount",
                     "T tavPlugin_getDeviceAttributeI32", "T tavPlugin_getDeviceAttributeUTF8"));

@@ -365,6 +365,18 @@ TEST_F(DescriptionLoading, WithAlternateAnchorsTheBridgesStandOncePerAnchorWithI
     EXPECT_EQ(model.upstreamPort.ids, kUpstreamIds);
 }
 
+TEST_F(DescriptionLoading, OneAlternateAnchorIsEnoughForThat) {
+    const tModelDescription model = load(fullDescription());
+    EXPECT_THAT(model.internalBridges,
+                ElementsAre(tBridgeDescription{"", kAnchorIds, false, false},
+                            tBridgeDescription{"d1f0", kAnchorIds, true, true},
+                            tBridgeDescription{"", kAlternateIds, false, false},
+                            tBridgeDescription{"d1f0", kAlternateIds, true, true}));
+    EXPECT_THAT(model.downstreamPorts,
+                ElementsAre(tBridgeDescription{"d1f0,d2f0", kAnchorIds, false, true},
+                            tBridgeDescription{"d1f0,d2f0", kAlternateIds, false, true}));
+}
+
 TEST_F(DescriptionLoading, AnEmptyListOfAlternateAnchorsLeavesTheIdentifiersOfTheBridges) {
     const tModelDescription model = load(singleAnchor().set("Anchor", "AlternateAnchors", "\"\""));
     EXPECT_EQ(model.anchors.size(), 1U);

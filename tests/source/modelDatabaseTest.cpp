@@ -60,6 +60,7 @@ protected:
 
     static std::vector<std::string> mapsOf(const std::vector<tBridgeDescription>& bridges) {
         std::vector<std::string> result;
+        result.reserve(bridges.size());
         for (const tBridgeDescription& bridge : bridges)
             result.push_back(bridge.traversalMap);
         return result;

@@ -1,27 +1,16 @@
 // What the library shows to those who load it.
-#include "tests/support/command.h"
+#include "tests/support/exportedSymbols.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
-#include <sstream>
 #include <string>
 
 namespace {
 
 TEST(Exports, AreTheEighteenFunctionsAndNothingElse) {
-    const auto listed = testsupport::runCommand("nm -D --defined-only '" ZOPCIBRD_FILE "'");
-    ASSERT_EQ(listed.exitStatus, 0) << listed.output;
-    std::multiset<std::string> exported;
-    std::istringstream lines(listed.output);
-    std::string address;
-    std::string kind;
-    std::string name;
-    while (lines >> address >> kind >> name)
-        exported.insert(kind.append(" ").append(name));
     EXPECT_THAT(
-        exported,
+        testsupport::exportedSymbols(ZOPCIBRD_FILE),
         testing::UnorderedElementsAre(
             "T ZoPciBrd_OpenSession", "T ZoPciBrd_CloseSession", "T ZoPciBrd_FindBridgesByPciIds",
             "T ZoPciBrd_FindBridgeByAddress", "T ZoPciBrd_FindBridgeBySlotPath",
