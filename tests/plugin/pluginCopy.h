@@ -37,10 +37,13 @@ private:
     testsupport::EnvironmentValue configuration_;
 };
 
-// Loads the copy; unloads it at the end.
+// Loads the copy; finalises and unloads it at the end, as a host must that wants its memory back.
 class PluginCopy {
 public:
     PluginCopy();
+    ~PluginCopy() { finalize(); }
+    PluginCopy(const PluginCopy&) = delete;
+    PluginCopy& operator=(const PluginCopy&) = delete;
     [[nodiscard]] std::filesystem::path bridgeLibrary() const;
     [[nodiscard]] std::filesystem::path plugin() const;
     [[nodiscard]] const std::filesystem::path& folder() const { return folder_.path(); }
