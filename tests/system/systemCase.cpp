@@ -47,7 +47,8 @@ void hideLineNumbers(std::string& text) {
     const std::string key = " line = ";
     for (auto at = text.find(key); at != std::string::npos; at = text.find(key, at)) {
         at += key.size();
-        text.replace(at, text.find('\n', at) - at, "N");
+        text.erase(at, text.find('\n', at) - at);
+        text.insert(at, 1, 'N');
     }
 }
 
