@@ -80,6 +80,12 @@ std::vector<SystemCase> SystemCase::all() {
     return {folders.begin(), folders.end()};
 }
 
+std::string SystemCase::name() const {
+    std::string name = folder_.filename().string();
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
 fs::path SystemCase::part(const std::string& name) const {
     return folder_ / name;
 }

@@ -72,5 +72,11 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "whole-system cases: %s\n", exception.what());
         return 1;
     }
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    if (!testing::GTEST_FLAG(list_tests) &&
+        testing::UnitTest::GetInstance()->test_to_run_count() == 0) {
+        std::fputs("whole-system cases: the filter leaves none to run\n", stderr);
+        return 1;
+    }
+    return result;
 }
