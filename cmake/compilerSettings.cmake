@@ -7,6 +7,17 @@ target_compile_options(zotavpci_settings INTERFACE
     # One section a function, so that each shared library keeps only what its exports reach.
     -ffunction-sections -fdata-sections)
 
+if(WIN32)
+    # Windows 7 is the oldest system; the run-time libraries travel inside, so that a file needs no
+    # other beside it; addresses are random and data is not run.
+    target_compile_definitions(zotavpci_settings INTERFACE _WIN32_WINNT=0x0601)
+    target_link_options(zotavpci_settings INTERFACE
+        -static LINKER:--dynamicbase LINKER:--nxcompat LINKER:--gc-sections
+        $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:--high-entropy-va>
+        $<$<CONFIG:Release>:-s>)
+    enable_language(RC)
+endif()
+
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -20,6 +31,7 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 # Everything that is loaded or run together stands in one folder, as it does when installed.
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 
 if(ZOTAVPCI_SANITIZE)
     target_compile_options(zotavpci_settings INTERFACE

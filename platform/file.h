@@ -21,19 +21,24 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 // Opens `utf8Path` with a mode of fopen. Null on failure; lastSystemCode() says why.
 Stream openStream(const char* utf8Path, const char* mode) noexcept;
 
+// Everything below takes paths in the system's narrow character set, as the C library does: UTF-8
+// on Linux, the program's code page on Windows.
+
+Stream openNarrowStream(const char* path, const char* mode) noexcept;
+
 // A last-write time, in the system's own units since its own epoch: to be compared for equality
 // and order only.
 using FileTime = std::uint64_t;
 
 // The last-write time by a look into the folder; nothing when there is no such file.
-std::optional<FileTime> lastWriteTime(const char* utf8Path) noexcept;
+std::optional<FileTime> lastWriteTime(const char* path) noexcept;
 
 // Makes the file readable and writable by its owner only, as far as the system knows owners.
 // 0, or -1 with lastSystemCode() set.
-int restrictToOwner(const char* utf8Path) noexcept;
+int restrictToOwner(const char* path) noexcept;
 
 // Creates an empty file that must not exist yet, and closes it.
-SystemCode createExclusively(const char* utf8Path) noexcept;
+SystemCode createExclusively(const char* path) noexcept;
 
 // True for the code with which createExclusively() says that the name is taken.
 bool isNameTaken(SystemCode code) noexcept;
@@ -42,9 +47,9 @@ bool isNameTaken(SystemCode code) noexcept;
 SystemCode forceToDisk(std::FILE* stream) noexcept;
 
 // Renames a file, replacing the target when there is one; readers see the old or the new content.
-SystemCode renameReplacing(const char* utf8From, const char* utf8To) noexcept;
+SystemCode renameReplacing(const char* from, const char* to) noexcept;
 
-SystemCode removeFile(const char* utf8Path) noexcept;
+SystemCode removeFile(const char* path) noexcept;
 
 // The parts of a path; joined in this order they are the path again.
 struct PathParts {

@@ -18,6 +18,14 @@ SystemCode lastSystemCode() noexcept;
 // True for the codes by which the system reports that memory ran out.
 bool isOutOfMemory(SystemCode code) noexcept;
 
+// The codes of failures that the product meets before the system does: memory that ran out, and a
+// file whose content is not what it is read as.
+SystemCode outOfMemoryCode() noexcept;
+SystemCode malformedDataCode() noexcept;
+
+// What both systems say of a thing that is not there: ENOENT and ERROR_FILE_NOT_FOUND.
+inline constexpr SystemCode kNotFound = 2;
+
 // True for the code by which the system reports that another process holds a file open without
 // sharing it. Never true on systems that do not know such a refusal.
 bool isSharingViolation(SystemCode code) noexcept;

@@ -1,18 +1,23 @@
 // tavctl, the plug-in's host on the command line.
+#include "platform/commandLine.h"
 #include "tavctl/commonOptions.h"
 #include "tavctl/exitStatus.h"
 #include "tavctl/failure.h"
 #include "tavctl/listCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
 using tavctl::ExitStatus;
 
-ExitStatus run(int argc, char** argv) {
+ExitStatus run(std::vector<std::string> words) {
     CLI::App app("Lists TAV hardware as a host sees it through the plug-in.", "tavctl");
     app.set_version_flag("--version", TAVCTL_VERSION);
     app.require_subcommand(1);
@@ -26,7 +31,10 @@ ExitStatus run(int argc, char** argv) {
                  "--descriptions descriptions --state /tmp/names");
 
     try {
-        app.parse(argc, argv);
+        // Without the program's name, and the first word last.
+        words.erase(words.begin());
+        std::reverse(words.begin(), words.end());
+        app.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? ExitStatus::done : ExitStatus::wrongUsage;
     }
@@ -42,7 +50,8 @@ ExitStatus run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return static_cast<int>(run(argc, argv));
+        platform::prepareOutput();
+        return static_cast<int>(run(platform::commandLine(argc, argv)));
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "tavctl: %s\n", exception.what());
     } catch (...) {

@@ -1,7 +1,8 @@
 #include "platform/deviceTree.h"
 
 #include "pcibus/pciFunction.h"
-#include "platform/linux/busTree.h"
+#include "platform/bus/busTree.h"
+#include "platform/busLocation.h"
 
 #include <new>
 
@@ -10,9 +11,10 @@ namespace platform {
 // A bus that cannot be read makes a tree in which nothing is found.
 std::unique_ptr<DeviceTree> makeDeviceTree() {
     std::shared_ptr<const MachineBus> machine;
-    const SystemCode code = readMachineBus(machine);
-    if (isOutOfMemory(code))
-        throw std::bad_alloc();
+    if (const auto location = busLocation()) {
+        if (isOutOfMemory(readMachineBus(*location, machine)))
+            throw std::bad_alloc();
+    }
     return std::make_unique<BusTree>(machine);
 }
 

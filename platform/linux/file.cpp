@@ -17,26 +17,30 @@ SystemCode codeOf(int result) noexcept {
 
 } // namespace
 
-Stream openStream(const char* utf8Path, const char* mode) noexcept {
-    return Stream(std::fopen(utf8Path, mode));
+Stream openStream(const char* path, const char* mode) noexcept {
+    return Stream(std::fopen(path, mode));
 }
 
-std::optional<FileTime> lastWriteTime(const char* utf8Path) noexcept {
+Stream openNarrowStream(const char* path, const char* mode) noexcept {
+    return openStream(path, mode);
+}
+
+std::optional<FileTime> lastWriteTime(const char* path) noexcept {
     struct stat status = {};
-    if (stat(utf8Path, &status) != 0)
+    if (stat(path, &status) != 0)
         return std::nullopt;
     constexpr FileTime kNanosecondsPerSecond = 1'000'000'000;
     return static_cast<FileTime>(status.st_mtim.tv_sec) * kNanosecondsPerSecond +
            static_cast<FileTime>(status.st_mtim.tv_nsec);
 }
 
-int restrictToOwner(const char* utf8Path) noexcept {
-    return chmod(utf8Path, S_IRUSR | S_IWUSR);
+int restrictToOwner(const char* path) noexcept {
+    return chmod(path, S_IRUSR | S_IWUSR);
 }
 
-SystemCode createExclusively(const char* utf8Path) noexcept {
+SystemCode createExclusively(const char* path) noexcept {
     constexpr mode_t kAsFopen = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-    const int descriptor = open(utf8Path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kAsFopen);
+    const int descriptor = open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kAsFopen);
     return descriptor < 0 ? lastSystemCode() : codeOf(close(descriptor));
 }
 
@@ -48,12 +52,12 @@ SystemCode forceToDisk(std::FILE* stream) noexcept {
     return codeOf(fsync(fileno(stream)));
 }
 
-SystemCode renameReplacing(const char* utf8From, const char* utf8To) noexcept {
-    return codeOf(std::rename(utf8From, utf8To));
+SystemCode renameReplacing(const char* from, const char* to) noexcept {
+    return codeOf(std::rename(from, to));
 }
 
-SystemCode removeFile(const char* utf8Path) noexcept {
-    return codeOf(unlink(utf8Path));
+SystemCode removeFile(const char* path) noexcept {
+    return codeOf(unlink(path));
 }
 
 PathParts splitPath(const std::string& path) {

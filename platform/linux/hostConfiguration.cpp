@@ -2,6 +2,7 @@
 // process alone.
 #include "platform/hostConfiguration.h"
 
+#include "platform/configurationText.h"
 #include "platform/linux/environmentVariable.h"
 
 #include <sys/mman.h>
@@ -17,29 +18,6 @@ namespace {
 
 constexpr const char* kConfigurationVariable = "TAV_MANAGER_CONF";
 constexpr const char* kBusVariable = "TAV_PCI_DUMP";
-
-using namespace std::string_view_literals;
-// What would make another line, or another thing, of the line that a text is put into.
-constexpr std::string_view kNotInValues = "\r\n\0"sv;
-constexpr std::string_view kNotInKeys = "\r\n\0[]"sv;
-constexpr std::string_view kNotInNames = "\r\n\0[;=:"sv;
-
-bool fits(std::string_view text, std::string_view excluded) {
-    return text.find_first_of(excluded) == std::string_view::npos;
-}
-
-// False when the values cannot be written so that they are read back as they are.
-bool writeText(std::string_view key, const HostConfiguration::Values& values, std::string& text) {
-    if (key.empty() || !fits(key, kNotInKeys))
-        return false;
-    text.append("[").append(key).append("]\n");
-    for (const auto& [name, value] : values) {
-        if (name.empty() || !fits(name, kNotInNames) || !fits(value, kNotInValues))
-            return false;
-        text.append(name).append("=\"").append(value).append("\"\n");
-    }
-    return true;
-}
 
 SystemCode writeWhole(int descriptor, std::string_view text) {
     while (!text.empty()) {
@@ -81,7 +59,7 @@ struct HostConfiguration::State {
 
 HostConfiguration::HostConfiguration(const char* key, const Values& values) {
     std::string text;
-    if (!writeText(key, values, text)) {
+    if (!writeConfigurationText(key, values, text)) {
         code_ = EINVAL;
         return;
     }

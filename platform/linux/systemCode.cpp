@@ -13,6 +13,14 @@ bool isOutOfMemory(SystemCode code) noexcept {
     return code == ENOMEM;
 }
 
+SystemCode outOfMemoryCode() noexcept {
+    return ENOMEM;
+}
+
+SystemCode malformedDataCode() noexcept {
+    return EBADMSG;
+}
+
 bool isSharingViolation(SystemCode) noexcept {
     return false; // every file can be opened while others have it open
 }

@@ -118,8 +118,8 @@ TEST_F(Configuration, UnreadableFileIsAMissingKeyWithTheSystemsCode) {
     expect(ConfigurationLookup::unreadable, ConfigurationOutcome::keyMissing, EISDIR);
 }
 
-TEST_F(Configuration, UnreadableFileWithoutASystemErrorIsAnInputError) {
-    expect(ConfigurationLookup::unreadable, ConfigurationOutcome::keyMissing, EIO);
+TEST_F(Configuration, UnreadableFileWithoutASystemErrorIsMalformedData) {
+    expect(ConfigurationLookup::unreadable, ConfigurationOutcome::keyMissing, EBADMSG);
 }
 
 TEST_F(Configuration, UnreadableForWantOfMemoryIsOutOfMemory) {

@@ -83,7 +83,7 @@ TEST_F(Devices, AreNotThereBeforeOpeningAndAfterClosing) {
         EXPECT_FALSE(devices_->has(0));
         const PropertyRead read = devices_->readProperty(0, "busType");
         EXPECT_EQ(read.step, PropertyRead::Step::hardwareKey);
-        EXPECT_EQ(read.code, static_cast<SystemCode>(ENODEV));
+        EXPECT_EQ(read.code, static_cast<SystemCode>(ENOENT));
         EXPECT_EQ(devices_->locate(0, node), nullptr);
         EXPECT_EQ(node, 77U);
     };

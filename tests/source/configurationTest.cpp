@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -122,7 +123,7 @@ TEST_F(Configuration, AFileThatCannotBeReadIsAMissingKeyWithTheSystemsReason) {
 TEST_F(Configuration, AFileThatMakesNoSenseIsAMissingKey) {
     write(std::string("\xFF\xFE[\0S\0", 6));
     const json record = recordOf(-52003);
-    EXPECT_EQ(record["internal_error"]["code"], 5); // input/output error
+    EXPECT_EQ(record["internal_error"]["code"], EBADMSG);
 }
 
 TEST_F(Configuration, TheRecordIsWrittenInThisOrderWithoutSpaces) {

@@ -11,8 +11,8 @@
 // A device's enumerator is what stands before the first backslash.
 #pragma once
 
+#include "platform/bus/machineBus.h"
 #include "platform/deviceTree.h"
-#include "platform/linux/machineBus.h"
 
 #include <map>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "platform/linux/busTree.h"
+#include "platform/bus/busTree.h"
 
 #include <array>
 #include <cstdio>

@@ -1,4 +1,5 @@
-// The PCI bus of this machine, or the recorded one that stands for it. Private to this folder.
+// The PCI bus of this machine, or the recorded one that stands for it. For the sides of this
+// folder's services that tell devices from a bus.
 #pragma once
 
 #include "pcibus/bus.h"
@@ -6,6 +7,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 namespace platform {
 
@@ -15,7 +17,7 @@ struct MachineBus {
 };
 
 // 0 with `result` set; or why the bus cannot be read: the code of the system for a location that
-// cannot be opened, EBADMSG for one whose content is no bus.
-SystemCode readMachineBus(std::shared_ptr<const MachineBus>& result);
+// cannot be opened, malformedDataCode() for one whose content is no bus.
+SystemCode readMachineBus(const std::string& location, std::shared_ptr<const MachineBus>& result);
 
 } // namespace platform

@@ -1,0 +1,16 @@
+// The words of the command line, and what a program must set right before it prints.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace platform {
+
+// The program's arguments, the program's own name first, in UTF-8. Raises std::bad_alloc.
+std::vector<std::string> commandLine(int argc, char** argv);
+
+// Lets standard output and standard error carry UTF-8 and line ends as they are written, to a
+// console as to a file.
+void prepareOutput() noexcept;
+
+} // namespace platform

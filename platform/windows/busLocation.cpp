@@ -1,0 +1,12 @@
+#include "platform/busLocation.h"
+
+#include "platform/windows/environmentVariable.h"
+
+namespace platform {
+
+// The system publishes no tree of configuration spaces.
+std::optional<std::string> busLocation() {
+    return environmentVariable(L"TAV_PCI_DUMP");
+}
+
+} // namespace platform

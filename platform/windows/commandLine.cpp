@@ -1,0 +1,34 @@
+#include "platform/commandLine.h"
+
+#include "platform/text.h"
+#include "platform/windows/uniqueHandle.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+
+#include <cstdio>
+
+namespace platform {
+
+// What main() is given went through the program's code page, which need not have every character.
+std::vector<std::string> commandLine(int argc, char** argv) {
+    std::vector<std::string> words(argv, argv + argc);
+    int count = 0;
+    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    const LocalMemory owner(static_cast<void*>(wide));
+    if (wide == nullptr)
+        return words;
+    words.resize(static_cast<std::size_t>(count));
+    for (std::size_t i = 0; i < words.size(); ++i)
+        static_cast<void>(toUtf8(wide[i], words[i]));
+    return words;
+}
+
+void prepareOutput() noexcept {
+    SetConsoleOutputCP(CP_UTF8);
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+}
+
+} // namespace platform

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Runs a Windows program of a build under Wine, in a prefix of that build's own.
+#
+#   scripts/wine-run.sh PROGRAM.exe [ARGUMENT...]
+#
+# The prefix is TAV_WINEPREFIX, or the folder "wine" of the build that the program stands in. A
+# prefix is made by the first program that runs in it, one at a time.
+set -euo pipefail
+
+program=$(realpath "$1")
+if [ -z "${TAV_WINEPREFIX:-}" ]; then
+    folder=$(dirname "$program")
+    while [ "$folder" != / ] && [ ! -e "$folder/CMakeCache.txt" ]; do
+        folder=$(dirname "$folder")
+    done
+    if [ "$folder" = / ]; then
+        echo "$0: $program stands in no build folder; name a prefix with TAV_WINEPREFIX" >&2
+        exit 1
+    fi
+    TAV_WINEPREFIX=$folder/wine
+fi
+export WINEPREFIX=$TAV_WINEPREFIX WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
+# Neither a display nor the packages that Wine offers to fetch for other kinds of programs.
+export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe=;${WINEDLLOVERRIDES:-}" DISPLAY=
+if ! command -v wine >/dev/null; then
+    echo "$0: there is no wine; scripts/install-packages.sh windows installs it" >&2
+    exit 127
+fi
+if [ ! -e "$WINEPREFIX/ready" ]; then
+    mkdir -p "$WINEPREFIX"
+    exec 9>"$WINEPREFIX/making"
+    flock 9
+    if [ ! -e "$WINEPREFIX/ready" ]; then
+        wine wineboot --init >&2 9>&-
+        touch "$WINEPREFIX/ready"
+    fi
+    exec 9>&-
+fi
+exec wine "$@"
