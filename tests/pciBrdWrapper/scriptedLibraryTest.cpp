@@ -85,7 +85,8 @@ private:
     testsupport::TemporaryFolder folder_;
     testsupport::machines::Switch machine_;
     std::string callsFile_ = (folder_.path() / "calls").string();
-    EnvironmentValue dump_{"TAV_PCI_DUMP", folder_.file("machine.dump", machine_.bus.dump())};
+    EnvironmentValue dump_{"TAV_PCI_DUMP",
+                           folder_.file("machine.dump", machine_.bus.dump()).string()};
     EnvironmentValue behind_{"SCRIPTED_BRIDGE_BEHIND", TAV_SUBSTITUTE_LIBRARY};
     EnvironmentValue calls_{"SCRIPTED_BRIDGE_CALLS", callsFile_};
     std::unique_ptr<EnvironmentValue> faults_;

@@ -1,5 +1,6 @@
 // The interface from C, and its numbers.
 #include "tests/plugin/pluginCopy.h"
+#include "tests/support/libraryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@ namespace {
 
 TEST(CHost, ListsTheSampleMachine) {
     const testplugin::SampleMachine machine;
+    testsupport::findLibrariesIn(std::filesystem::path(ZOPCIBRD_FILE).parent_path());
     std::uint32_t count = 0;
     std::int32_t category = 0;
     char name[TAVPLUGIN_TEXT_SIZE] = "";

@@ -1,5 +1,6 @@
 // Configurations that are missing or incomplete. Nothing is given a name then.
 #include "tests/plugin/pluginCopy.h"
+#include "tests/support/environmentValue.h"
 
 #include <gtest/gtest.h>
 
@@ -57,8 +58,8 @@ TEST(Configuration, PathWithoutASeparatorFindsNoDescriptions) {
 }
 
 TEST(Configuration, MissingStateFolderIsAnInternalFault) {
-    EXPECT_EQ(initializeWith(testplugin::configurationText(testplugin::kSampleDescriptions,
-                                                           "/nonexistent/state")),
+    EXPECT_EQ(initializeWith(kSection + ("Path = " + testplugin::kSampleDescriptions.string()) +
+                             "/\nConfigPath = /nonexistent/state/\n"),
               kTavManErrSoftwareFault);
 }
 

@@ -2,6 +2,7 @@
 // scripted library passes on to the real one what it is not told to spoil.
 #include "pciBrdWrapper/bridgeLibrary.h"
 #include "tests/plugin/pluginCopy.h"
+#include "tests/support/environmentValue.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

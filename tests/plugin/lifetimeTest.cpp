@@ -1,5 +1,6 @@
 // Initialize and finalize in every order that a host may come up with.
 #include "tests/plugin/pluginCopy.h"
+#include "tests/support/environmentValue.h"
 
 #include <gtest/gtest.h>
 

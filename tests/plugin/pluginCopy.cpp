@@ -1,5 +1,7 @@
 #include "tests/plugin/pluginCopy.h"
 
+#include "tests/support/libraryFolder.h"
+
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -8,19 +10,8 @@ namespace testplugin {
 
 namespace fs = std::filesystem;
 
-std::string configurationText(const fs::path& path, const fs::path& configPath) {
-    std::string text = "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n";
-    text.append("Path = ").append(path.string()).append("/\n");
-    text.append("ConfigPath = ").append(configPath.string()).append("/\n");
-    return text;
-}
-
 SampleMachine::SampleMachine()
-    : dump_("TAV_PCI_DUMP", kSampleDump.string()),
-      configuration_("TAV_MANAGER_CONF",
-                     configurationFolder_
-                         .file("tav.conf", configurationText(kSampleDescriptions, folder_.path()))
-                         .string()) {}
+    : machine_(kSampleDump, {kSampleDescriptions.string() + "/", folder_.path().string() + "/"}) {}
 
 std::string SampleMachine::names() const {
     std::ifstream stream(state() / "zotavpci.ini", std::ios::binary);
@@ -30,7 +21,8 @@ std::string SampleMachine::names() const {
 PluginCopy::PluginCopy() {
     fs::copy_file(ZOTAVPCI_FILE, plugin());
     fs::copy_file(ZOPCIBRD_FILE, bridgeLibrary());
-    if (!library_.load(plugin().c_str()))
+    testsupport::findLibrariesIn(folder_.path());
+    if (!library_.load(plugin().string().c_str()))
         throw std::runtime_error(library_.failureText());
     const auto bind = [&](auto& function, const char* name) {
         function =

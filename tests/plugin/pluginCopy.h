@@ -4,7 +4,7 @@
 
 #include "include/tavPlugin.h"
 #include "platform/dynamicLibrary.h"
-#include "tests/support/environmentValue.h"
+#include "tests/support/configuredMachine.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <filesystem>
@@ -18,10 +18,6 @@ inline const std::filesystem::path kSampleDescriptions =
     std::filesystem::path(TAV_SOURCE_DIR) / "descriptions";
 inline constexpr std::uint32_t kSampleDevices = 4;
 
-// A configuration file with both values, as an administrator writes it.
-std::string configurationText(const std::filesystem::path& path,
-                              const std::filesystem::path& configPath);
-
 // A state folder of its own and the sample machine, for this process and what it starts.
 class SampleMachine {
 public:
@@ -32,9 +28,7 @@ public:
 
 private:
     testsupport::TemporaryFolder folder_;
-    testsupport::TemporaryFolder configurationFolder_;
-    testsupport::EnvironmentValue dump_;
-    testsupport::EnvironmentValue configuration_;
+    testsupport::ConfiguredMachine machine_;
 };
 
 // Loads the copy; finalises and unloads it at the end, as a host must that wants its memory back.

@@ -1,7 +1,7 @@
 // Processes that initialise at once on one state folder.
 #include "tests/plugin/pluginCopy.h"
 #include "tests/support/busBuilder.h"
-#include "tests/support/command.h"
+#include "tests/support/program.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ namespace {
 
 using testplugin::SampleMachine;
 using testsupport::BusBuilder;
-using testsupport::CommandResult;
+using testsupport::ProgramResult;
 using testsupport::TemporaryFolder;
 
 constexpr unsigned kProcesses = 8;
@@ -47,20 +47,20 @@ std::vector<std::string> storedNames(const std::string& nameFile) {
 TEST(SeveralProcesses, NeverGiveOneNameTwice) {
     const SampleMachine machine;
     const TemporaryFolder buses;
-    std::vector<CommandResult> results(kProcesses);
+    std::vector<ProgramResult> results(kProcesses);
     {
         std::vector<std::jthread> hosts;
         for (unsigned process = 0; process < kProcesses; ++process) {
             const std::string bus =
                 buses.file("bus" + std::to_string(process), busOfProcess(process)).string();
             hosts.emplace_back([&, process, bus] {
-                results[process] = testsupport::runCommand(
-                    std::string(TAVCTL_FILE) + " list --json --dump '" + bus + "' 2>&1");
+                results[process] =
+                    testsupport::runProgram(TAVCTL_FILE, {"list", "--json", "--dump", bus});
             });
         }
     }
-    for (const CommandResult& result : results)
-        EXPECT_EQ(result.exitStatus, 0) << result.output;
+    for (const ProgramResult& result : results)
+        EXPECT_EQ(result.exitStatus, 0) << result.error;
 
     const std::vector<std::string> names = storedNames(machine.names());
     EXPECT_EQ(names.size(), kProcesses * kBoxesEach) << machine.names();

@@ -1,9 +1,7 @@
 // A folder for one test, gone with everything in it when the test ends.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -11,12 +9,7 @@ namespace testsupport {
 
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "zotavpci-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr)
-            throw std::runtime_error("no temporary folder like " + name);
-        path_ = name;
-    }
+    TemporaryFolder();
     ~TemporaryFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);

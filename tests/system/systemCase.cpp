@@ -1,11 +1,13 @@
 #include "tests/system/systemCase.h"
 
-#include "tests/support/command.h"
+#include "tests/support/configuredMachine.h"
+#include "tests/support/program.h"
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -31,10 +33,6 @@ void write(const fs::path& path, const std::string& text) {
     stream.close();
     if (!stream)
         throw std::runtime_error("cannot write " + path.string());
-}
-
-std::string quoted(const fs::path& path) {
-    return std::string(1, '\'').append(path.string()).append(1, '\'');
 }
 
 void replaceAll(std::string& text, const std::string& from, const std::string& to) {
@@ -99,14 +97,23 @@ void SystemCase::prepare(const fs::path& state) const {
         fs::copy_file(part("names-before.ini"), state / "zotavpci.ini");
 }
 
-CaseResult SystemCase::run(const fs::path& state, bool json) const {
-    const fs::path error = state / "standard-error.txt";
-    const std::string command = quoted(TAVCTL_FILE) + " list --dump " + quoted(bus_) +
-                                " --descriptions " + quoted(descriptions_) + " --state " +
-                                quoted(state) + (json ? " --json" : "") + " 2>" + quoted(error);
-    const auto ran = testsupport::runCommand(command);
-    CaseResult result{ran.exitStatus, ran.output, read(error), {}};
-    fs::remove(error);
+CaseResult SystemCase::run(const fs::path& state, bool json, Way way) const {
+    std::vector<std::string> arguments{"list"};
+    if (json)
+        arguments.emplace_back("--json");
+    std::optional<testsupport::ConfiguredMachine> machine;
+    if (way == Way::configuration)
+        machine.emplace(
+            bus_, testsupport::Configuration{descriptions_.string() + "/", state.string() + "/"});
+    else
+        arguments.insert(arguments.end(),
+                         {"--dump", bus_.string(), "--descriptions", descriptions_.string() + "/",
+                          "--state", state.string() + "/"});
+    const auto ran = testsupport::runProgram(TAVCTL_FILE, arguments);
+    CaseResult result{ran.exitStatus, ran.output, ran.error, {}};
+    replaceAll(result.error, "\\PCI Hardware", "/PCI Hardware");
+    replaceAll(result.error, "Descriptions\\", "Descriptions/");
+    replaceAll(result.error, "//", "/");
     replaceAll(result.error, kProject.string(), "PROJECT");
     replaceAll(result.error, state.string(), "STATE");
     hideLineNumbers(result.error);

@@ -38,8 +38,11 @@ public:
     // Puts the names stored before into a state folder.
     void prepare(const std::filesystem::path& state) const;
 
+    // How tavctl is told of the machine: by its options, or by the machine's own configuration.
+    enum class Way { options, configuration };
+
     // Runs tavctl in a fresh process. With `json` it prints JSON.
-    [[nodiscard]] CaseResult run(const std::filesystem::path& state, bool json) const;
+    [[nodiscard]] CaseResult run(const std::filesystem::path& state, bool json, Way way) const;
 
     // The bytes that tavctl must print with --json, made from the spread-out listing.
     [[nodiscard]] std::string expectedOutput() const;

@@ -26,21 +26,27 @@ public:
     explicit SystemCaseTest(SystemCase each) : case_(std::move(each)) {}
 
     void TestBody() override {
+        run(SystemCase::Way::options);
+        run(SystemCase::Way::configuration);
+    }
+
+private:
+    void run(SystemCase::Way way) {
+        SCOPED_TRACE(way == SystemCase::Way::options ? "told by options" : "told by configuration");
         const TemporaryFolder state;
         case_.prepare(state.path());
         if (case_.expectsError()) {
-            const CaseResult result = case_.run(state.path(), false);
+            const CaseResult result = case_.run(state.path(), false, way);
             EXPECT_EQ(result.output, "");
             EXPECT_EQ(errorText(result), case_.expectedError());
             EXPECT_EQ(result.names, case_.expectedNames());
             return;
         }
-        expectListing(case_, case_.run(state.path(), true));
+        expectListing(case_, case_.run(state.path(), true, way));
         // What was found once is found again under the same names.
-        expectListing(case_, case_.run(state.path(), true));
+        expectListing(case_, case_.run(state.path(), true, way));
     }
 
-private:
     SystemCase case_;
 };
 
@@ -48,10 +54,10 @@ void rewriteAll() {
     for (const SystemCase& each : SystemCase::all()) {
         const TemporaryFolder first;
         each.prepare(first.path());
-        const CaseResult plain = each.run(first.path(), false);
+        const CaseResult plain = each.run(first.path(), false, SystemCase::Way::options);
         const TemporaryFolder second;
         each.prepare(second.path());
-        each.rewrite(each.run(second.path(), true), plain);
+        each.rewrite(each.run(second.path(), true, SystemCase::Way::options), plain);
         std::printf("rewrote %s\n", each.name().c_str());
     }
 }

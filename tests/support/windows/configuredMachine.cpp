@@ -1,0 +1,42 @@
+#include "tests/support/configuredMachine.h"
+
+#include "pcibus/busError.h"
+#include "pcibus/readBus.h"
+#include "tests/support/environmentValue.h"
+#include "tests/support/windows/presentDevice.h"
+
+#include <vector>
+
+namespace testsupport {
+
+namespace {
+
+constexpr const char* kKey = "SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion";
+
+} // namespace
+
+struct ConfiguredMachine::State {
+    State(const std::filesystem::path& dump, const Configuration& values)
+        : bus("TAV_PCI_DUMP", dump.string()), configuration(kKey, KEY_WOW64_32KEY) {
+        configuration.set("", "Path", REG_SZ, values.path + '\0');
+        configuration.set("", "ConfigPath", REG_SZ, values.configPath + '\0');
+        try {
+            for (const pcibus::PciFunction& function : pcibus::readBus(dump).functions())
+                devices.push_back(makePresentDevice(function));
+        } catch (const pcibus::BusError&) {
+            // A bus that cannot be read has no devices; the product says so itself.
+        }
+    }
+
+    EnvironmentValue bus;
+    RegistryTree configuration;
+    std::vector<RegistryTree> devices;
+};
+
+ConfiguredMachine::ConfiguredMachine(const std::filesystem::path& dump,
+                                     const Configuration& configuration)
+    : state_(std::make_unique<State>(dump, configuration)) {}
+
+ConfiguredMachine::~ConfiguredMachine() = default;
+
+} // namespace testsupport

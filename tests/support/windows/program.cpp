@@ -1,0 +1,101 @@
+#include "tests/support/program.h"
+
+#include "platform/windows/uniqueHandle.h"
+#include "tests/support/temporaryFolder.h"
+
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace testsupport {
+
+namespace {
+
+struct ProcessKind {
+    using Handle = HANDLE;
+    static Handle none() noexcept { return nullptr; }
+    static void close(Handle handle) noexcept { CloseHandle(handle); }
+};
+using Process = platform::UniqueHandle<ProcessKind>;
+
+std::string read(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// As the C library takes a command line apart again: backslashes count before a quote only.
+std::wstring quoted(const std::wstring& word) {
+    std::wstring result = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t character : word) {
+        if (character == L'"')
+            result.append(backslashes + 1, L'\\');
+        backslashes = character == L'\\' ? backslashes + 1 : 0;
+        result.push_back(character);
+    }
+    return result.append(backslashes, L'\\').append(L"\"");
+}
+
+platform::FileHandle create(const std::filesystem::path& file) {
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    return platform::FileHandle(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                            &inherited, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                            nullptr));
+}
+
+} // namespace
+
+struct RunningProgram::State {
+    TemporaryFolder folder;
+    Process process;
+};
+
+RunningProgram::RunningProgram(const std::filesystem::path& program,
+                               const std::vector<std::string>& arguments)
+    : state_(new State) {
+    std::wstring line = quoted(program.wstring());
+    for (const std::string& argument : arguments)
+        line.append(L" ").append(quoted(std::filesystem::path(argument).wstring()));
+    const auto output = create(state_->folder.path() / "output");
+    const auto error = create(state_->folder.path() / "error");
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    start.hStdOutput = output.get();
+    start.hStdError = error.get();
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                        &start, &process)) {
+        const std::string code = std::to_string(GetLastError());
+        delete state_;
+        throw std::runtime_error("cannot run " + program.string() + ": system error " + code);
+    }
+    CloseHandle(process.hThread);
+    state_->process = Process(process.hProcess);
+}
+
+RunningProgram::~RunningProgram() {
+    if (state_->process)
+        wait();
+    delete state_;
+}
+
+ProgramResult RunningProgram::wait() {
+    DWORD status = 0;
+    ProgramResult result;
+    if (WaitForSingleObject(state_->process.get(), INFINITE) == WAIT_OBJECT_0 &&
+        GetExitCodeProcess(state_->process.get(), &status))
+        result.exitStatus = static_cast<int>(status);
+    state_->process.reset();
+    result.output = read(state_->folder.path() / "output");
+    result.error = read(state_->folder.path() / "error");
+    return result;
+}
+
+ProgramResult runProgram(const std::filesystem::path& program,
+                         const std::vector<std::string>& arguments) {
+    return RunningProgram(program, arguments).wait();
+}
+
+} // namespace testsupport
