@@ -176,7 +176,7 @@ Bus parseDump(std::string_view text, const std::string& name) {
 }
 
 Bus readDump(const std::filesystem::path& file) {
-    return parseDump(readWholeFile(file), file.string());
+    return parseDump(readWholeFile(file), pathText(file));
 }
 
 } // namespace pcibus

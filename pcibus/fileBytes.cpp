@@ -12,7 +12,7 @@ namespace pcibus {
 namespace {
 
 [[noreturn]] void refuse(const std::filesystem::path& file, int code) {
-    throw BusError(file.string() + ": " +
+    throw BusError(pathText(file) + ": " +
                    (code != 0 ? std::generic_category().message(code) : "cannot be read"));
 }
 
@@ -41,6 +41,11 @@ private:
 };
 
 } // namespace
+
+std::string pathText(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
 
 std::string readWholeFile(const std::filesystem::path& file) {
     UnbufferedFile source(file);

@@ -9,6 +9,9 @@
 
 namespace pcibus {
 
+// A path for messages, in UTF-8 on every system.
+std::string pathText(const std::filesystem::path& path);
+
 // Both open the file, read and close it, and raise BusError ("file: reason") on failure.
 
 // The whole file, whatever its size says: pipes and special files too.

@@ -50,7 +50,7 @@ std::uint16_t readIdentifier(const fs::path& file) {
     unsigned number = 0;
     for (const char digit : digits) {
         if (hexValue(digit) < 0 || number > 0xFFF)
-            throw BusError(file.string() + ": expected an identifier such as 0x10b5, got \"" +
+            throw BusError(pathText(file) + ": expected an identifier such as 0x10b5, got \"" +
                            std::string(value.text()) + '"');
         number = number << 4 | static_cast<unsigned>(hexValue(digit));
     }
@@ -106,7 +106,7 @@ bool readFunction(const fs::path& folder, PciFunction& function) {
         throw;
     }
     if (size < kHeaderSize)
-        throw BusError(config.string() + ": expected at least 64 bytes, got " +
+        throw BusError(pathText(config) + ": expected at least 64 bytes, got " +
                        std::to_string(size));
     // The header alone holds no capability, and so no loop of them.
     static_cast<void>(decodeConfigSpace(header, function));
@@ -127,7 +127,7 @@ Bus readSysfs(const fs::path& root) {
     std::error_code failure;
     fs::directory_iterator entry(devices, failure);
     for (; !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
-        const std::string name = entry->path().filename().string();
+        const std::string name = pathText(entry->path().filename());
         const auto address = readAddress(name);
         if (!address || address->length != name.size() || address->domain != 0 ||
             address->device > kMaxDevice || address->function > kMaxFunction)
@@ -140,9 +140,9 @@ Bus readSysfs(const fs::path& root) {
             functions.push_back(function);
     }
     if (failure)
-        throw BusError(devices.string() + ": " + failure.message());
+        throw BusError(pathText(devices) + ": " + failure.message());
     return Bus(std::move(functions), [&](const PciFunction& function) {
-        return (devices / ("0000:" + addressText(function))).string();
+        return pathText(devices / ("0000:" + addressText(function)));
     });
 }
 

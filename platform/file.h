@@ -18,13 +18,11 @@ struct StreamCloser {
 // Owns an open stream. To learn the result of closing it, release() it and call std::fclose.
 using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 
-// Opens `utf8Path` with a mode of fopen. Null on failure; lastSystemCode() says why.
-Stream openStream(const char* utf8Path, const char* mode) noexcept;
+// Paths are UTF-8. On Windows those may also be in the program's code page, as they come from the
+// registry, as long as they are not valid UTF-8 by accident.
 
-// Everything below takes paths in the system's narrow character set, as the C library does: UTF-8
-// on Linux, the program's code page on Windows.
-
-Stream openNarrowStream(const char* path, const char* mode) noexcept;
+// Opens a file with a mode of fopen. Null on failure; lastSystemCode() says why.
+Stream openStream(const char* path, const char* mode) noexcept;
 
 // A last-write time, in the system's own units since its own epoch: to be compared for equality
 // and order only.

@@ -115,9 +115,9 @@ std::string cPciTavFilesystem::GetConfigPath() {
 }
 
 int cPciTavFilesystem::EnsureFileExists(const std::string& path) {
-    if (platform::Stream existing = platform::openNarrowStream(path.c_str(), "r"))
+    if (platform::Stream existing = platform::openStream(path.c_str(), "r"))
         return std::fclose(existing.release());
-    const platform::Stream created = platform::openNarrowStream(path.c_str(), "a");
+    const platform::Stream created = platform::openStream(path.c_str(), "a");
     if (!created)
         return static_cast<int>(platform::lastSystemCode());
     return platform::restrictToOwner(path.c_str());

@@ -1,6 +1,7 @@
 #include "tavctl/commonOptions.h"
 
 #include "platform/directorySearch.h"
+#include "platform/utf8Path.h"
 #include "pxidrivertools/configuration.h"
 #include "quil/systemStatus.h"
 #include "tavctl/failure.h"
@@ -45,8 +46,7 @@ void addValue(platform::HostConfiguration::Values& values, const char* name,
 
 void requireFolder(const char* option, const std::string& folder) {
     std::error_code error;
-    const bool isFolder =
-        std::filesystem::is_directory(std::filesystem::path(folder), error); // NOLINT
+    const bool isFolder = std::filesystem::is_directory(platform::utf8Path(folder), error);
     if (!isFolder)
         throw FailureException(
             {std::string("use ") + option, folder, "there is no such folder", {}, {}});

@@ -6,6 +6,7 @@
 #include "platform/configurationValue.h"
 #include "platform/directorySearch.h"
 #include "platform/file.h"
+#include "platform/utf8Path.h"
 #include "pxidrivertools/configuration.h"
 #include "source/cPciTavFilesystem.h"
 #include "source/cTerminalNameDb.h"
@@ -137,7 +138,7 @@ std::optional<Failure> tryDescriptions() {
 // What the substitute bridge library would trip over, in words that its status cannot carry.
 std::string busTrouble(const std::string& location) {
     try {
-        pcibus::readBus(location);
+        pcibus::readBus(platform::utf8Path(location));
         return {};
     } catch (const std::exception& exception) {
         return exception.what();

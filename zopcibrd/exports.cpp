@@ -1,6 +1,7 @@
 // The eighteen exported functions: each checks its arguments and asks the session's bus.
 #include "pcibus/readBus.h"
 #include "platform/busLocation.h"
+#include "platform/utf8Path.h"
 #include "zopcibrd/sessions.h"
 #include "zopcibrd/slotPathText.h"
 #include "zopcibrd/zopcibrd.h"
@@ -86,8 +87,7 @@ int32_t ZoPciBrd_OpenSession(uint32_t /*option*/, uint32_t* session) {
         const auto location = platform::busLocation();
         if (!location)
             return kPciBrdErrNoBus;
-        const std::filesystem::path path(std::u8string(location->begin(), location->end()));
-        *session = zopcibrd::sessions().open(pcibus::readBus(path));
+        *session = zopcibrd::sessions().open(pcibus::readBus(platform::utf8Path(*location)));
         return 0;
     });
 }

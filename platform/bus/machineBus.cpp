@@ -2,18 +2,20 @@
 
 #include "pcibus/readBus.h"
 #include "platform/file.h"
+#include "platform/utf8Path.h"
 
 #include <new>
+#include <stdexcept>
 
 namespace platform {
 
 SystemCode readMachineBus(const std::string& location, std::shared_ptr<const MachineBus>& result) {
     try {
         try {
-            result =
-                std::make_shared<const MachineBus>(MachineBus{location, pcibus::readBus(location)});
+            const std::filesystem::path path = utf8Path(location);
+            result = std::make_shared<const MachineBus>(MachineBus{path, pcibus::readBus(path)});
             return kNoSystemError;
-        } catch (const pcibus::BusError&) {
+        } catch (const std::runtime_error&) { // of the bus, or no path at all
             return openStream(location.c_str(), "rb") ? malformedDataCode() : lastSystemCode();
         }
     } catch (const std::bad_alloc&) {

@@ -21,10 +21,6 @@ Stream openStream(const char* path, const char* mode) noexcept {
     return Stream(std::fopen(path, mode));
 }
 
-Stream openNarrowStream(const char* path, const char* mode) noexcept {
-    return openStream(path, mode);
-}
-
 std::optional<FileTime> lastWriteTime(const char* path) noexcept {
     struct stat status = {};
     if (stat(path, &status) != 0)

@@ -1,14 +1,12 @@
 #include "platform/file.h"
 
-#include "platform/text.h"
 #include "platform/windows/uniqueHandle.h"
+#include "platform/windows/widePath.h"
 
 #include <io.h>
 #include <sys/stat.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <new>
 
 namespace platform {
 
@@ -18,46 +16,51 @@ SystemCode codeOf(bool succeeded) noexcept {
     return succeeded ? kNoSystemError : lastSystemCode();
 }
 
-} // namespace
-
-Stream openStream(const char* utf8Path, const char* mode) noexcept {
-    try {
-        std::wstring path;
-        std::wstring wideMode;
-        if (toWide(utf8Path, path) != Conversion::done ||
-            toWide(mode, wideMode) != Conversion::done) {
-            SetLastError(ERROR_NO_UNICODE_TRANSLATION);
-            return nullptr;
-        }
-        return Stream(_wfopen(path.c_str(), wideMode.c_str()));
-    } catch (const std::bad_alloc&) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    }
-}
-
-Stream openNarrowStream(const char* path, const char* mode) noexcept {
-    return Stream(std::fopen(path, mode));
-}
-
-std::optional<FileTime> lastWriteTime(const char* path) noexcept {
-    WIN32_FIND_DATAA entry = {};
-    const FileSearchHandle search(FindFirstFileA(path, &entry));
-    if (!search)
-        return std::nullopt;
+template <typename Entry>
+FileTime timeOf(const Entry& entry) noexcept {
     constexpr unsigned kBitsOfLowPart = 32;
     return static_cast<FileTime>(entry.ftLastWriteTime.dwHighDateTime) << kBitsOfLowPart |
            entry.ftLastWriteTime.dwLowDateTime;
 }
 
+} // namespace
+
+Stream openStream(const char* path, const char* mode) noexcept {
+    const WidePath wide(path);
+    if (!wide.needed())
+        return Stream(std::fopen(path, mode));
+    std::array<wchar_t, 8> wideMode = {};
+    for (std::size_t i = 0; i + 1 < wideMode.size() && mode[i] != '\0'; ++i)
+        wideMode[i] = static_cast<wchar_t>(mode[i]);
+    return Stream(_wfopen(wide.text(), wideMode.data()));
+}
+
+std::optional<FileTime> lastWriteTime(const char* path) noexcept {
+    const WidePath wide(path);
+    if (wide.needed()) {
+        WIN32_FIND_DATAW entry = {};
+        const FileSearchHandle search(FindFirstFileW(wide.text(), &entry));
+        return search ? std::optional(timeOf(entry)) : std::nullopt;
+    }
+    WIN32_FIND_DATAA entry = {};
+    const FileSearchHandle search(FindFirstFileA(path, &entry));
+    return search ? std::optional(timeOf(entry)) : std::nullopt;
+}
+
 int restrictToOwner(const char* path) noexcept {
-    return _chmod(path, _S_IREAD | _S_IWRITE);
+    constexpr int kReadAndWrite = _S_IREAD | _S_IWRITE;
+    const WidePath wide(path);
+    return wide.needed() ? _wchmod(wide.text(), kReadAndWrite) : _chmod(path, kReadAndWrite);
 }
 
 SystemCode createExclusively(const char* path) noexcept {
     constexpr DWORD kNotShared = 0;
-    const FileHandle created(CreateFileA(path, GENERIC_WRITE, kNotShared, nullptr, CREATE_NEW,
-                                         FILE_ATTRIBUTE_NORMAL, nullptr));
+    const WidePath wide(path);
+    const FileHandle created(wide.needed()
+                                 ? CreateFileW(wide.text(), GENERIC_WRITE, kNotShared, nullptr,
+                                               CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr)
+                                 : CreateFileA(path, GENERIC_WRITE, kNotShared, nullptr, CREATE_NEW,
+                                               FILE_ATTRIBUTE_NORMAL, nullptr));
     return codeOf(static_cast<bool>(created));
 }
 
@@ -71,11 +74,16 @@ SystemCode forceToDisk(std::FILE* stream) noexcept {
 }
 
 SystemCode renameReplacing(const char* from, const char* to) noexcept {
+    const WidePath wideFrom(from, to);
+    const WidePath wideTo(to, from);
+    if (wideFrom.needed() && wideTo.needed())
+        return codeOf(MoveFileExW(wideFrom.text(), wideTo.text(), MOVEFILE_REPLACE_EXISTING) != 0);
     return codeOf(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) != 0);
 }
 
 SystemCode removeFile(const char* path) noexcept {
-    return codeOf(std::remove(path) == 0);
+    const WidePath wide(path);
+    return codeOf((wide.needed() ? _wremove(wide.text()) : std::remove(path)) == 0);
 }
 
 PathParts splitPath(const std::string& path) {

@@ -1,6 +1,6 @@
 #include "platform/fileLock.h"
 
-#include "platform/windows/systemHeaders.h"
+#include "platform/windows/widePath.h"
 
 namespace platform {
 
@@ -24,9 +24,13 @@ FileLock::~FileLock() {
 }
 
 SystemCode FileLock::open(const char* path) noexcept {
-    const HANDLE opened = CreateFileA(path, GENERIC_READ | GENERIC_WRITE,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      nullptr, OPEN_EXISTING, 0, nullptr);
+    constexpr DWORD kAccess = GENERIC_READ | GENERIC_WRITE;
+    constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const WidePath wide(path);
+    const HANDLE opened =
+        wide.needed()
+            ? CreateFileW(wide.text(), kAccess, kShared, nullptr, OPEN_EXISTING, 0, nullptr)
+            : CreateFileA(path, kAccess, kShared, nullptr, OPEN_EXISTING, 0, nullptr);
     if (opened == INVALID_HANDLE_VALUE)
         return lastSystemCode();
     close();

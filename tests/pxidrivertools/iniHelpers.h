@@ -173,7 +173,7 @@ public:
 
 protected:
     static std::string leaf(std::string_view path) {
-        return std::string(path.substr(path.find_last_of('/') + 1));
+        return std::string(path.substr(path.find_last_of("/\\") + 1));
     }
     bool next(std::string call) {
         calls.push_back(std::move(call));

@@ -66,12 +66,6 @@ TEST_F(IniStreamTest, ReadsMoreThanOneChunk) {
     EXPECT_EQ(listing(*file), "a@1{x@2=" + value + ";}");
 }
 
-TEST_F(IniStreamTest, AStreamThatCannotBeReadIsAReaderError) {
-    ASSERT_EQ(load("[a]\nx=1"), kIniDone);
-    EXPECT_EQ(loadPath(folder.file("file.ini"), "ab"), -5002);
-    EXPECT_EQ(listing(*file), "");
-}
-
 TEST_F(IniStreamTest, StartsAtTheFirstByteWhereverTheStreamStood) {
     folder.write("file.ini", "[a]\nx=1");
     const platform::Stream stream = platform::openStream(folder.file("file.ini").c_str(), "rb");

@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -61,7 +60,8 @@ const std::vector<Failure>& failures() {
          siteRecord("kQuilErrBufferTooSmall", kKeyFile, 97)},
         {fakes::failed(Step::value, 2), static_cast<std::int32_t>(0x80070002),
          siteRecord("status", kKeyFile, 102)},
-        {fakes::failed(Step::value, ENOMEM), -52000, siteRecord("status", kKeyFile, 102)},
+        {fakes::failed(Step::value, platform::outOfMemoryCode()), -52000,
+         siteRecord("status", kKeyFile, 102)},
         // A failure without a reason.
         {fakes::failed(Step::hardwareKey, 0), -52006,
          siteRecord("kQuilErrDeviceQuery", kDeviceFile, 130)},
@@ -166,7 +166,7 @@ TEST_F(Finder, ListThatCannotBeBuiltIsRaised) {
     auto [code, record] = failureOfSearch(addresses);
     EXPECT_EQ(code, static_cast<std::int32_t>(0x80070005));
     EXPECT_EQ(record, siteRecord("status", kDeviceFile, 41));
-    devices_->openCode = ENOMEM;
+    devices_->openCode = platform::outOfMemoryCode();
     EXPECT_EQ(failureOfSearch(addresses).first, -52000);
     EXPECT_THAT(addresses, ElementsAre(tBusAddress{1, 2, 3}));
     EXPECT_EQ(record_.reads, 0);

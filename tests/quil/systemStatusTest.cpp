@@ -1,9 +1,9 @@
 // System codes on their way to a status.
 #include "quil/systemStatus.h"
 
-#include <gtest/gtest.h>
+#include "platform/systemCode.h"
 
-#include <cerrno>
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -20,7 +20,7 @@ TEST(SystemStatus, CodeTravelsInTheLowSixteenBits) {
 }
 
 TEST(SystemStatus, OutOfMemoryHasACodeOfItsOwn) {
-    EXPECT_EQ(statusFromSystemCode(ENOMEM), -52000);
+    EXPECT_EQ(statusFromSystemCode(platform::outOfMemoryCode()), -52000);
 }
 
 TEST(SystemStatus, SetsTheRecordOfItsSite) {

@@ -68,8 +68,8 @@ TEST_F(TerminalNameFiles, LoadingTwiceIsRefusedAlsoWithoutTheLock) {
 }
 
 TEST_F(TerminalNameFiles, LoadingWithTheLockHeldIsASoftwareFault) {
-    db.filesystem.EnsureFileExists(db.filesystem.lockFile().string());
-    db.filesystem.LockFile(db.filesystem.lockFile().string());
+    db.filesystem.EnsureFileExists(db.filesystem.lockFile().generic_string());
+    db.filesystem.LockFile(db.filesystem.lockFile().generic_string());
     const std::size_t before = db.filesystem.calls().size();
     expectSoftwareFault(raisedBy([&] { db.names.Load(); }));
     EXPECT_EQ(db.filesystem.calls().size(), before);
@@ -130,8 +130,8 @@ TEST_F(TerminalNameFiles, SavingWhatIsNotLoadedIsASoftwareFault) {
 }
 
 TEST_F(TerminalNameFiles, SavingUnloadedNamesIsASoftwareFaultAlsoWithTheLock) {
-    db.filesystem.EnsureFileExists(db.filesystem.lockFile().string());
-    db.filesystem.LockFile(db.filesystem.lockFile().string());
+    db.filesystem.EnsureFileExists(db.filesystem.lockFile().generic_string());
+    db.filesystem.LockFile(db.filesystem.lockFile().generic_string());
     expectSoftwareFault(raisedBy([&] { db.names.Save(); }));
 }
 

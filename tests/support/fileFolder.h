@@ -1,6 +1,7 @@
 // A temporary folder whose files a test reads and writes as texts, by their names.
 #pragma once
 
+#include "platform/utf8Path.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <filesystem>
@@ -14,23 +15,23 @@ class FileFolder {
 public:
     // The path that a file of this name has or would have.
     [[nodiscard]] std::string file(const std::string& name) const {
-        return (folder_.path() / name).string();
+        return platform::utf8Text(folder_.path() / platform::utf8Path(name));
     }
 
     // Answers the path.
     std::string write(const std::string& name, const std::string& content) const {
-        return folder_.file(name, content).string();
+        return platform::utf8Text(folder_.file(name, content));
     }
 
     [[nodiscard]] std::string read(const std::string& name) const {
-        std::ifstream stream(file(name), std::ios::binary);
+        std::ifstream stream(platform::utf8Path(file(name)), std::ios::binary);
         if (!stream)
             return "(no such file)";
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
     [[nodiscard]] bool has(const std::string& name) const {
-        return std::filesystem::exists(file(name));
+        return std::filesystem::exists(platform::utf8Path(file(name)));
     }
 
     [[nodiscard]] std::size_t fileCount() const {

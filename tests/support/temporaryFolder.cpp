@@ -1,5 +1,7 @@
 #include "tests/support/temporaryFolder.h"
 
+#include "platform/utf8Path.h"
+
 #include <array>
 #include <cstdio>
 #include <fstream>
@@ -23,7 +25,7 @@ TemporaryFolder::TemporaryFolder() {
 
 std::filesystem::path TemporaryFolder::file(const std::string& name,
                                             const std::string& content) const {
-    std::filesystem::path path = path_ / name;
+    std::filesystem::path path = path_ / platform::utf8Path(name);
     std::filesystem::create_directories(path.parent_path());
     std::ofstream stream(path, std::ios::binary);
     stream << content;

@@ -19,7 +19,7 @@ public:
 
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-    // Writes a file of this name in the folder; answers its path.
+    // Writes a file of this name, which is UTF-8, in the folder; answers its path.
     [[nodiscard]] std::filesystem::path file(const std::string& name,
                                              const std::string& content) const;
 

@@ -40,6 +40,18 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
         text.replace(at, from.size(), to);
 }
 
+// Folders are separated as on Linux, but for the sources that error records name.
+void unifyPaths(std::string& text) {
+    const std::string source = "file = ";
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        if (text.substr(at, end - at).find(source) == std::string::npos)
+            std::replace(text.begin() + static_cast<std::ptrdiff_t>(at),
+                         text.begin() + static_cast<std::ptrdiff_t>(end), '\\', '/');
+        at = end + 1;
+    }
+}
+
 // Lines of the product's own source change with every edit.
 void hideLineNumbers(std::string& text) {
     const std::string key = " line = ";
@@ -111,12 +123,11 @@ CaseResult SystemCase::run(const fs::path& state, bool json, Way way) const {
                           "--state", state.string() + "/"});
     const auto ran = testsupport::runProgram(TAVCTL_FILE, arguments);
     CaseResult result{ran.exitStatus, ran.output, ran.error, {}};
-    replaceAll(result.error, "\\PCI Hardware", "/PCI Hardware");
-    replaceAll(result.error, "Descriptions\\", "Descriptions/");
-    replaceAll(result.error, "//", "/");
-    replaceAll(result.error, kProject.string(), "PROJECT");
-    replaceAll(result.error, state.string(), "STATE");
+    unifyPaths(result.error);
     hideLineNumbers(result.error);
+    replaceAll(result.error, "//", "/");
+    replaceAll(result.error, kProject.generic_string(), "PROJECT");
+    replaceAll(result.error, state.generic_string(), "STATE");
     if (fs::exists(state / "zotavpci.ini"))
         result.names = read(state / "zotavpci.ini");
     return result;

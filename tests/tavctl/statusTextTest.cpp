@@ -1,6 +1,8 @@
 // Statuses in decimal, hexadecimal and words.
 #include "tavctl/statusText.h"
 
+#include "platform/systemCode.h"
+
 #include <gtest/gtest.h>
 
 #include <set>
@@ -34,7 +36,7 @@ TEST(StatusText, EveryDocumentedStatusHasWordsOfItsOwn) {
 
 TEST(StatusText, SystemErrorsSpeakInTheSystemsWords) {
     EXPECT_EQ(statusWords(static_cast<std::int32_t>(0x80070002U)),
-              "system error: No such file or directory");
+              "system error: " + platform::systemMessage(2));
 }
 
 TEST(StatusText, OtherStatusesAreUnknown) {

@@ -1,14 +1,11 @@
 // Sessions: what they read and when, and what a bad one is answered.
-#include "pcibus/busError.h"
-#include "pcibus/readBus.h"
-#include "tests/support/allocationFaults.h"
+#include "platform/utf8Path.h"
 #include "tests/zopcibrd/bridgeLibrary.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <filesystem>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -34,50 +31,14 @@ TEST_F(Sessions, OpensADump) {
     EXPECT_EQ(library.CloseSession(session), 0);
 }
 
-TEST_F(Sessions, OpensAFolderThatStandsForSys) {
-    const testsupport::machines::Switch machine;
-    machine.bus.writeSysfs(folder.path());
-    std::uint32_t session = kUntouched;
-    ASSERT_EQ(open(folder.path().string(), session), 0);
-    EXPECT_EQ(bridgesOn(session, 2), 2U);
-    std::uint32_t width = kUntouched;
-    EXPECT_EQ(library.GetAttributeU32(session, machine.bus.handle(machine.port),
-                                      kPciBrdAttrLinkWidth, &width),
-              0);
-    EXPECT_EQ(width, 16U);
-}
-
 TEST_F(Sessions, OpensAFileOfAnyName) {
     const testsupport::machines::Switch machine;
     const auto file = folder.file("Stra\xC3\x9F"
                                   "e \xE2\x82\xAC.txt",
                                   machine.bus.dump());
     std::uint32_t session = kUntouched;
-    ASSERT_EQ(open(file.string(), session), 0);
+    ASSERT_EQ(open(platform::utf8Text(file), session), 0);
     EXPECT_EQ(bridgesOn(session, 2), 2U);
-}
-
-TEST_F(Sessions, OpensTheLiveBusWithoutAVariable) {
-    for (const std::optional<std::string>& value :
-         {std::optional<std::string>(), std::optional<std::string>("")}) {
-        const testsupport::EnvironmentValue variable("TAV_PCI_DUMP", value);
-        std::int32_t expected = 0;
-        std::size_t roots = 0;
-        try {
-            roots = pcibus::readBus("/sys").rootBuses().size();
-        } catch (const pcibus::BusError&) {
-            expected = kPciBrdErrNoBus; // a machine that publishes no PCI bus
-        }
-        std::uint32_t session = kUntouched;
-        ASSERT_EQ(library.OpenSession(0, &session), expected);
-        if (expected != 0)
-            continue;
-        std::uint32_t count = kUntouched;
-        std::vector<std::uint8_t> buses(256);
-        count = 256;
-        EXPECT_EQ(library.GetRootBuses(session, buses.data(), &count), 0);
-        EXPECT_EQ(count, roots);
-    }
 }
 
 TEST_F(Sessions, IgnoreTheOpenOption) {
@@ -207,29 +168,4 @@ TEST_F(Sessions, MayBeUsedFromSeveralThreads) {
 }
 
 // Every allocation of an opening fails once.
-TEST_F(Sessions, BusThatDoesNotFitIntoMemoryIsRefused) {
-    const testsupport::machines::Switch machine;
-    const testsupport::EnvironmentValue variable(
-        "TAV_PCI_DUMP", folder.file("bus.txt", machine.bus.dump()).string());
-    std::size_t nth = 1;
-    for (;; ++nth) {
-        std::uint32_t session = kUntouched;
-        std::int32_t status = 0;
-        bool happened = false;
-        {
-            const testsupport::AllocationFault fault(nth);
-            status = library.OpenSession(0, &session);
-            happened = fault.happened();
-        }
-        if (!happened) {
-            EXPECT_EQ(status, 0);
-            EXPECT_EQ(bridgesOn(session, 2), 2U);
-            break;
-        }
-        ASSERT_EQ(status, kPciBrdErrNoBus) << "allocation " << nth;
-        ASSERT_EQ(session, kUntouched) << "allocation " << nth;
-    }
-    EXPECT_GT(nth, 10U);
-}
-
 } // namespace

@@ -1,10 +1,8 @@
 // Slot paths as text, both ways.
-#include "tests/support/allocationFaults.h"
 #include "tests/zopcibrd/bridgeLibrary.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 
 namespace {
@@ -160,40 +158,6 @@ TEST_F(SlotPaths, LongerThanAnyTreeAreNotFound) {
     for (int i = 0; i < 10000; ++i)
         text += ",E0";
     EXPECT_EQ(at(text.c_str()), kPciBrdErrNotFound);
-}
-
-// Every allocation of a call fails once.
-class SlotPathsOutOfMemory : public SlotPaths {
-protected:
-    static void failEach(const std::function<std::int32_t()>& call) {
-        std::size_t nth = 1;
-        for (;; ++nth) {
-            const testsupport::AllocationFault fault(nth);
-            const std::int32_t status = call();
-            if (!fault.happened()) {
-                EXPECT_EQ(status, 0);
-                break;
-            }
-            ASSERT_EQ(status, kPciBrdErrOutOfMemory) << "allocation " << nth;
-        }
-        EXPECT_GT(nth, 2U);
-    }
-};
-
-TEST_F(SlotPathsOutOfMemory, AreNotRead) {
-    std::uint32_t bridge = 0;
-    failEach([&] { return library.FindBridgeBySlotPath(session, "MR00:08,00,E0", &bridge); });
-    EXPECT_EQ(bridge, 0x0208U);
-}
-
-TEST_F(SlotPathsOutOfMemory, AreNotWritten) {
-    char text[100] = "";
-    std::uint32_t size = 0;
-    failEach([&] {
-        size = sizeof text;
-        return library.GetBridgeSlotPath(session, handle(machine.downA), text, &size);
-    });
-    EXPECT_STREQ(text, "MR00:08,00,E0");
 }
 
 } // namespace

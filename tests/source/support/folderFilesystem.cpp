@@ -51,12 +51,13 @@ void FolderFilesystem::note(std::string call) {
 
 // Nothing outside the folder is touched; the name begins right behind the folder's text.
 std::string FolderFilesystem::nameInFolder(const std::string& path) const {
-    const std::string prefix = folder().string() + "/";
-    if (!path.starts_with(prefix)) {
+    const std::string prefix = folder().generic_string() + "/";
+    const std::string whole = fs::path(path).generic_string();
+    if (!whole.starts_with(prefix)) {
         ADD_FAILURE() << "outside the folder: " << path;
         return path;
     }
-    return path.substr(prefix.size());
+    return whole.substr(prefix.size());
 }
 
 std::string FolderFilesystem::GetDescriptionFilePattern() {

@@ -2,6 +2,7 @@
 
 #include "pcibus/busError.h"
 #include "pcibus/readBus.h"
+#include "platform/utf8Path.h"
 #include "tests/support/environmentValue.h"
 #include "tests/support/windows/presentDevice.h"
 
@@ -17,18 +18,19 @@ constexpr const char* kKey = "SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion";
 
 struct ConfiguredMachine::State {
     State(const std::filesystem::path& dump, const Configuration& values)
-        : bus("TAV_PCI_DUMP", dump.string()), configuration(kKey, KEY_WOW64_32KEY) {
+        : location("TAV_PCI_DUMP", platform::utf8Text(dump)), configuration(kKey, KEY_WOW64_32KEY) {
         configuration.set("", "Path", REG_SZ, values.path + '\0');
         configuration.set("", "ConfigPath", REG_SZ, values.configPath + '\0');
         try {
-            for (const pcibus::PciFunction& function : pcibus::readBus(dump).functions())
+            const pcibus::Bus bus = pcibus::readBus(dump);
+            for (const pcibus::PciFunction& function : bus.functions())
                 devices.push_back(makePresentDevice(function));
         } catch (const pcibus::BusError&) {
             // A bus that cannot be read has no devices; the product says so itself.
         }
     }
 
-    EnvironmentValue bus;
+    EnvironmentValue location;
     RegistryTree configuration;
     std::vector<RegistryTree> devices;
 };

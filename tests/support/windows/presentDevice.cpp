@@ -6,9 +6,9 @@
 namespace testsupport {
 
 RegistryTree makePresentDevice(const std::string& name) {
-    RegistryTree device("SYSTEM\\CurrentControlSet\\Enum\\PCI\\" + name + "\\0", 0);
-    device.set("", "ClassGUID", REG_SZ, "{4D36E97D-E325-11CE-BFC1-08002BE10318}");
-    device.set("", "HardwareID", REG_MULTI_SZ, std::string("PCI\\TEST\0", 9));
+    RegistryTree device("SYSTEM\\CurrentControlSet\\Enum\\PCI\\" + name, 0);
+    device.set(kInstance, "ClassGUID", REG_SZ, "{4D36E97D-E325-11CE-BFC1-08002BE10318}");
+    device.set(kInstance, "HardwareID", REG_MULTI_SZ, std::string("PCI\\TEST\0", 9));
     return device;
 }
 

@@ -8,8 +8,11 @@
 
 namespace testsupport {
 
-// The values that the PCI bus driver publishes, below this key of the device's hardware key.
-inline constexpr const char* kBusProperties = "Device Parameters\\BusProperties";
+// The one instance of the device, its hardware key, and the key of the values that the PCI bus
+// driver publishes; below the device's own key.
+inline constexpr const char* kInstance = "0";
+inline constexpr const char* kHardwareKey = "0\\Device Parameters";
+inline constexpr const char* kBusProperties = "0\\Device Parameters\\BusProperties";
 
 // The key of a present device of the enumerator "PCI". Devices are enumerated in the order of
 // `name`, which stands for the device's identifier.
