@@ -6,8 +6,8 @@ DEMO_STATE = build/demo-state
 TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
-.PHONY: help build demo test test-sanitizers bench format check-format tidy clang \
-        update-expectations record-sample install clean
+.PHONY: help build demo test test-guest test-sanitizers bench format check-format tidy clang \
+        update-expectations record-sample record-guests install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -30,12 +30,18 @@ demo: ## list the devices of a recorded bus, twice: the names stay
 	done
 
 test: ## install what is missing, build, and run every test
-	@scripts/install-packages.sh build test
+	@scripts/install-packages.sh build test guest
 	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 	ctest --preset $(PRESET)
 
-test-sanitizers: ## the same under address, leak and undefined-behaviour checking
+test-guest: ## the tests among them that boot emulated machines, and no others
+	@scripts/install-packages.sh build test guest
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
+	ctest --preset $(PRESET) -L guest
+
+test-sanitizers: ## every test under address, leak and undefined-behaviour checking
 	@$(MAKE) test PRESET=sanitizers
 
 bench: ## measure, and print one table (FILTER=regular expression, TMPDIR=where)
@@ -68,6 +74,12 @@ update-expectations: build ## rewrite what the whole-system cases expect; read t
 
 record-sample: ## record samples/switchboxes.dump anew in an emulated machine
 	@scripts/record-guest.sh samples/switchboxes.dump samples/machines/switchboxes.machine
+
+record-guests: ## record the emulated machines of tests/guest anew, as samples and cases
+	@scripts/install-packages.sh build test guest
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
+	@tests/guest/recordAll.sh build/$(PRESET)/bin
 
 install: build ## install below DESTDIR and the configured prefix
 	@cmake --install build/$(PRESET)

@@ -11,7 +11,7 @@ declare -A packages=(
     [lint]="clang clang-format clang-tidy"
     [bench]="libbenchmark-dev"
     [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix googletest wine wine64 zip"
-    [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils"
+    [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils python3"
 )
 
 if [ $# -eq 0 ]; then

@@ -1,0 +1,75 @@
+"""One bus seen by three: lspci and the kernel's files in a guest, as busReport prints what pcibus/
+sees. Each function becomes a line
+
+    01:00.0 type 1 104c:8232 subsystem 0000:0000 secondary 02 link x1 speed 1
+
+with the secondary bus and the link only of bridges, as pcibus/ has it.
+"""
+import re
+
+# Speeds as lspci and the kernel write them, without "GT/s", by their number on the bus.
+SPEEDS = {"unknown": 0, "Unknown": 0, "2.5": 1, "5": 2, "5.0": 2, "8": 3, "8.0": 3, "16": 4,
+          "16.0": 4, "32": 5, "32.0": 5}
+UNKNOWN_WIDTHS = {"0", "255"}
+
+# Prints each file of each function as "0000:00:04.0 NAME VALUE", those that there are.
+SYSFS_COMMAND = (
+    "cd /sys/bus/pci/devices && for each in *; do"
+    " for name in vendor device subsystem_vendor subsystem_device secondary_bus_number"
+    " max_link_width max_link_speed; do"
+    " if [ -e $each/$name ]; then read -r value <$each/$name; echo $each $name $value; fi;"
+    " done; done")
+
+# The complaint that there are no modules to name is of no interest here.
+LSPCI_COMMAND = "lspci -D -n -vv 2>/dev/null"
+
+
+def describe(address, ids, subsystem, secondary, width, speed):
+    """`secondary` is None for a function that is no bridge."""
+    bridge = secondary is not None
+    return (f"{address} type {int(bridge)} {ids} subsystem {subsystem} "
+            f"secondary {secondary if bridge else 0:02x} "
+            f"link x{width if bridge else 0} speed {speed if bridge else 0}")
+
+
+def seen_by_lspci(text):
+    """The lines for what LSPCI_COMMAND prints."""
+    lines = []
+    for block in text.strip().split("\n\n"):
+        head = re.match(r"0000:(\S+) \S+ ([0-9a-f]{4}:[0-9a-f]{4})", block)
+        bus = re.search(r"^\tBus: .*secondary=([0-9a-f]{2})", block, re.MULTILINE)
+        # The capability of a bridge, or the line of another function.
+        subsystem = re.search(r"Subsystem: ([0-9a-f]{4}:[0-9a-f]{4})", block)
+        link = re.search(r"LnkCap:.* Speed ([^,]*?)(?:GT/s)?, Width x(\d+)", block)
+        lines.append(describe(head[1], head[2], subsystem[1] if subsystem else "0000:0000",
+                              int(bus[1], 16) if bus else None,
+                              int(link[2]) if link else 0, SPEEDS[link[1]] if link else 0))
+    return lines
+
+
+def seen_by_kernel(text):
+    """The lines for what SYSFS_COMMAND prints."""
+    functions = {}
+    for line in text.splitlines():
+        address, name, value = line.split(" ", 2)
+        functions.setdefault(address, {})[name] = value
+
+    def identifier(files, name):
+        return f"{int(files.get(name, '0'), 16):04x}"
+
+    def width(files):
+        value = files.get("max_link_width", "0")
+        return 0 if value in UNKNOWN_WIDTHS else int(value)
+
+    def speed(files):
+        return SPEEDS[files.get("max_link_speed", "unknown").split()[0]]
+
+    def secondary(files):
+        return int(files["secondary_bus_number"]) if "secondary_bus_number" in files else None
+
+    return [describe(address.removeprefix("0000:"),
+                     identifier(files, "vendor") + ":" + identifier(files, "device"),
+                     identifier(files, "subsystem_vendor") + ":" +
+                     identifier(files, "subsystem_device"),
+                     secondary(files), width(files), speed(files))
+            for address, files in sorted(functions.items())]

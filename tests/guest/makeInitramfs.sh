@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Makes the initial file system of the guests: the agent, and what is tried in them.
+#
+#   tests/guest/makeInitramfs.sh OUT.cpio.gz PROGRAM-FOLDER
+set -euo pipefail
+out=$1 programs=$2
+here=$(dirname "$(readlink -f "$0")")
+files=()
+for file in tavctl zotavpci.so zopcibrd.so busReport residentHost; do
+    files+=("$programs/$file=/opt/tav/$file")
+done
+exec "$here/../../scripts/guest-initramfs.sh" "$out" "$here/agent.sh" \
+    "$(command -v lspci)=/bin/lspci" "${files[@]}"

@@ -1,0 +1,231 @@
+"""The steps that a machine goes through, a method each; README.md says what each is for."""
+import base64
+import difflib
+import json
+import os
+import subprocess
+import tempfile
+from pathlib import Path
+
+import busViews
+import samples
+from guest import Guest, GuestError, read_text, write_text
+from machineFolder import STATE, USER
+
+NAME_FILE = f"/{STATE}/zotavpci.ini"
+PLUGIN = "/opt/tav/zotavpci.so"
+
+
+class Steps:
+    def __init__(self, machine, programs, initramfs, record):
+        self.machine = machine
+        self.programs = programs
+        self.base = initramfs
+        self.record = record
+        self.checks = 0
+        self.guest = None
+        self.state = None  # the archive of the state folder, from boot to boot
+        self.last_check = None
+        self.resident = False
+        self.work = tempfile.TemporaryDirectory(prefix="machine-")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        if self.guest is not None:
+            self.guest.close()
+        self.work.cleanup()
+
+    def take(self, line):
+        word, _, rest = line.partition(" ")
+        step = getattr(self, "step_" + word, None)
+        if step is None:
+            raise GuestError(f"there is no step {word}")
+        if word != "boot" and self.guest is None:
+            raise GuestError("no guest is running")
+        step(rest.strip())
+
+    def _work_file(self, name):
+        return Path(self.work.name, name)
+
+    def _expected(self, name):
+        return json.loads(read_text(self.machine.path / name))
+
+    def _same(self, expected, actual, what):
+        if expected == actual:
+            return
+        expected, actual = (
+            each.split("\n") if isinstance(each, str) else
+            each if isinstance(each, list) else
+            json.dumps(each, indent=1, sort_keys=True).splitlines() for each in (expected, actual))
+        raise self.guest.error("\n".join(
+            [what, *difflib.unified_diff(expected, actual, "expected", "actual", lineterm="", n=8)]))
+
+    # --- power ---
+
+    def step_boot(self, rest):
+        if self.guest is not None:
+            raise GuestError("a guest is running already")
+        file, _, kernel_words = rest.partition(" ")
+        initramfs = self._work_file("initramfs")
+        self.machine.initramfs(self.base, self.state, initramfs)
+        self.guest = Guest(initramfs, self.machine.path / file, kernel_words)
+        self.last_check = None
+        self.resident = False
+
+    def step_off(self, _):
+        self.state = base64.b64decode(self.guest.output(f"tar -cz -C /{STATE} . | base64"))
+        self.guest.power_off()
+        self.guest.close()
+        self.guest = None
+
+    # --- what there is to be seen ---
+
+    def step_check(self, rest):
+        file, _, user = rest.partition(" ")
+        if user not in ("", "user"):
+            raise GuestError(f"not \"{user}\" but \"user\" or nothing")
+        expected = self._expected(file)
+        names_before = self._names()
+        for run in ("first", "second"):
+            listed = self._run_as(user, "tavctl list --json")
+            if listed.status != 0 or listed.errors:
+                raise self.guest.error(f"tavctl in the guest, {run} run: exit status "
+                                       f"{listed.status}\n{listed.output}{listed.errors}")
+            self._same(expected, json.loads(listed.output), f"{run} listing in the guest")
+        names = self._names()
+        dump = self.guest.output("lspci -n -xxxx")
+        self._check_recorded(dump, expected, names_before, names)
+        self._check_views(dump)
+        self.last_check = samples.Sample(self.machine, dump, expected, names_before, names)
+        self.checks += 1
+
+    def _check_recorded(self, dump, expected, names_before, names):
+        file = self._work_file("bus.dump")
+        write_text(file, dump)
+        with tempfile.TemporaryDirectory(prefix="state-") as state:
+            name_file = Path(state, "zotavpci.ini")
+            if names_before is not None:
+                write_text(name_file, names_before)
+            listed = self._host("tavctl", "list", "--json", "--dump", file, "--descriptions",
+                                self.machine.descriptions, "--state", state)
+            self._same(expected, json.loads(listed), "listing of the recorded bus")
+            self._same(names, read_text(name_file) if name_file.exists() else None,
+                       "names after listing the recorded bus, against the guest's")
+
+    def _check_views(self, dump):
+        lspci = busViews.seen_by_lspci(self.guest.output(busViews.LSPCI_COMMAND))
+        if not lspci:
+            raise self.guest.error("the guest's bus has no functions")
+        self._same(lspci, busViews.seen_by_kernel(self.guest.output(busViews.SYSFS_COMMAND)),
+                   "lspci and the kernel differ about the bus")
+        for user in ("", "user"):
+            seen = self._run_as(user, "busReport /sys")
+            self._same(lspci, (seen.output + seen.errors).splitlines(),
+                       f"the live bus, read as {user or 'root'}, is not lspci's")
+        self._same(lspci, self._host("busReport", self._work_file("bus.dump")).splitlines(),
+                   "the recorded bus is not lspci's")
+
+    def step_names(self, rest):
+        self._same(read_text(self.machine.path / rest), self._names(),
+                   "the name file")
+
+    def step_bridges(self, rest):
+        count = len(self.guest.output(
+            "ls /sys/bus/pci/devices/*/secondary_bus_number").splitlines())
+        if count < int(rest):
+            raise self.guest.error(f"{count} bridges")
+
+    def step_sample(self, rest):
+        if self.last_check is None:
+            raise GuestError("a sample needs a check before it")
+        if self.record:
+            self.last_check.write(rest)
+            return
+        # Another kernel may leave other values in registers that nothing here reads.
+        kept = self._host("busReport", samples.dump_file(rest))
+        self._same(kept, self._host("busReport", self._work_file("bus.dump")),
+                   f"the sample {rest} is not this machine any more (make record-guests)")
+        self._same(samples.kept_case(rest), self.last_check.case_files(rest),
+                   f"the case {rest} is not this machine any more (make record-guests)")
+
+    # --- commands in the guest ---
+
+    def step_run(self, rest):
+        self.guest.output(rest)
+
+    def step_say(self, rest):
+        self._compare_answer("", rest)
+
+    def step_user(self, rest):
+        self._compare_answer("user", rest)
+
+    def _compare_answer(self, user, rest):
+        file, _, command = rest.partition(" ")
+        answer = self._run_as(user, command)
+        self._same(read_text(self.machine.path / file),
+                   f"{answer.output}{answer.errors}exit status {answer.status}\n", command)
+
+    # --- plugging ---
+
+    def step_stop(self, _):
+        self.guest.command("stop")
+
+    def step_go(self, _):
+        self.guest.command("cont")
+
+    def step_plug(self, rest):
+        self.guest.plug(rest)
+
+    def step_pull(self, rest):
+        self.guest.pull(rest)
+
+    def step_await(self, rest):
+        condition, address = rest.split()
+        device = f"/sys/bus/pci/devices/0000:{address}"
+        self.guest.await_success({"working": f"[ -e {device}/driver ]",
+                                  "gone": f"[ ! -e {device} ]"}[condition])
+
+    # --- a host that stays ---
+
+    def step_host(self, rest):
+        word, _, file = rest.partition(" ")
+        if not self.resident:
+            self.guest.output(
+                "mkfifo /tmp/host.in /tmp/host.out; exec 3<>/tmp/host.in 4<>/tmp/host.out; "
+                f"residentHost {PLUGIN} <&3 >&4 2>/dev/console &")
+            self.resident = True
+        # No host's answer takes a minute; without the limit a dead one would never answer.
+        answer = self.guest.output(
+            f"echo {word} >&3; read -r -t 60 answer <&4; echo \"$answer\"").rstrip("\n")
+        if word == "list":
+            try:
+                actual = json.loads(answer)
+            except ValueError as error:
+                raise self.guest.error(f"the resident host answers: {answer}") from error
+            self._same(self._expected(file), actual, "listing of the resident host")
+        else:
+            self._same({"initialize": "0", "finalize": "done"}[word], answer, "the resident host")
+
+    # --- helpers ---
+
+    def _run_as(self, user, command):
+        if user:
+            command = f"su {USER} -c '{command}'"
+        return self.guest.run(command)
+
+    def _names(self):
+        answer = self.guest.run(f"[ ! -e {NAME_FILE} ] || echo there")
+        return self.guest.output(f"cat {NAME_FILE}") if answer.output else None
+
+    def _host(self, program, *arguments):
+        """What a program prints on the host; it must succeed and have no complaints."""
+        environment = {name: value for name, value in os.environ.items()
+                       if name not in ("TAV_MANAGER_CONF", "TAV_PCI_DUMP")}
+        ran = subprocess.run([self.programs / program, *arguments], capture_output=True, text=True,
+                             env=environment, check=False)
+        if ran.returncode != 0 or ran.stderr:
+            raise self.guest.error(f"{program} on the host: exit status {ran.returncode}\n"
+                                   f"{ran.stdout}{ran.stderr}")
+        return ran.stdout
