@@ -25,11 +25,12 @@ class Sample:
         self.expected = expected
         self.names_before = names_before
         self.names = names
+        self.title = ""  # what is odd about this bus among those of the machine
 
     def case_files(self, name):
         """The files of the whole-system case, by their names."""
         files = {
-            "about.txt": self.machine.about,
+            "about.txt": (self.title + "\n\n" if self.title else "") + self.machine.about,
             "bus.path": str(dump_file(name).relative_to(PROJECT)) + "\n",
             "descriptions.path": str(self.machine.descriptions.relative_to(PROJECT)) + "\n",
             "expected.json": json.dumps(self.expected, indent=2, ensure_ascii=False) + "\n",

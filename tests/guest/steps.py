@@ -67,10 +67,14 @@ class Steps:
     def step_boot(self, rest):
         if self.guest is not None:
             raise GuestError("a guest is running already")
-        file, _, kernel_words = rest.partition(" ")
+        words = rest.split()
+        parts = [word for word in words if word.endswith(".machine")]
+        kernel_words = [word for word in words if word not in parts]
+        machine = self._work_file("machine")
+        write_text(machine, "".join(read_text(self.machine.path / part) for part in parts))
         initramfs = self._work_file("initramfs")
         self.machine.initramfs(self.base, self.state, initramfs)
-        self.guest = Guest(initramfs, self.machine.path / file, kernel_words)
+        self.guest = Guest(initramfs, machine, " ".join(kernel_words))
         self.last_check = None
         self.resident = False
 
@@ -140,15 +144,17 @@ class Steps:
     def step_sample(self, rest):
         if self.last_check is None:
             raise GuestError("a sample needs a check before it")
+        name, _, title = rest.partition(" ")
+        self.last_check.title = title
         if self.record:
-            self.last_check.write(rest)
+            self.last_check.write(name)
             return
         # Another kernel may leave other values in registers that nothing here reads.
-        kept = self._host("busReport", samples.dump_file(rest))
+        kept = self._host("busReport", samples.dump_file(name))
         self._same(kept, self._host("busReport", self._work_file("bus.dump")),
-                   f"the sample {rest} is not this machine any more (make record-guests)")
-        self._same(samples.kept_case(rest), self.last_check.case_files(rest),
-                   f"the case {rest} is not this machine any more (make record-guests)")
+                   f"the sample {name} is not this machine any more (make record-guests)")
+        self._same(samples.kept_case(name), self.last_check.case_files(name),
+                   f"the case {name} is not this machine any more (make record-guests)")
 
     # --- commands in the guest ---
 
