@@ -29,7 +29,7 @@ def main():
             print(f"{machine.path.name}: {line}", flush=True)
             try:
                 steps.take(line)
-            except GuestError as error:
+            except (GuestError, OSError, ValueError) as error:
                 print(f"\n{place}: {line}\n{error}", file=sys.stderr)
                 return 1
         if steps.checks == 0:

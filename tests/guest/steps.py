@@ -9,7 +9,7 @@ from pathlib import Path
 
 import busViews
 import samples
-from guest import Guest, GuestError, read_text, write_text
+from guest import PROJECT, Guest, GuestError, read_text, write_text
 from machineFolder import STATE, USER
 
 NAME_FILE = f"/{STATE}/zotavpci.ini"
@@ -149,12 +149,16 @@ class Steps:
         if self.record:
             self.last_check.write(name)
             return
-        # Another kernel may leave other values in registers that nothing here reads.
-        kept = self._host("busReport", samples.dump_file(name))
-        self._same(kept, self._host("busReport", self._work_file("bus.dump")),
-                   f"the sample {name} is not this machine any more (make record-guests)")
+        self.step_recorded(f"samples/{name}.dump")
         self._same(samples.kept_case(name), self.last_check.case_files(name),
                    f"the case {name} is not this machine any more (make record-guests)")
+
+    def step_recorded(self, rest):
+        # Compared as it is read: another kernel may leave other values in registers that nothing
+        # here looks at.
+        self._same(self._host("busReport", PROJECT / rest),
+                   self._host("busReport", self._work_file("bus.dump")),
+                   f"{rest} is not this machine any more")
 
     # --- commands in the guest ---
 
