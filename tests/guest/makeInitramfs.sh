@@ -5,9 +5,13 @@
 set -euo pipefail
 out=$1 programs=$2
 here=$(dirname "$(readlink -f "$0")")
+stripped=$(mktemp -d)
+trap 'rm -rf "$stripped"' EXIT
+# Nobody debugs in there, and a guest has little memory.
 files=()
 for file in tavctl zotavpci.so zopcibrd.so busReport residentHost; do
-    files+=("$programs/$file=/opt/tav/$file")
+    strip --strip-debug -o "$stripped/$file" "$programs/$file"
+    files+=("$stripped/$file=/opt/tav/$file")
 done
-exec "$here/../../scripts/guest-initramfs.sh" "$out" "$here/agent.sh" \
+"$here/../../scripts/guest-initramfs.sh" "$out" "$here/agent.sh" \
     "$(command -v lspci)=/bin/lspci" "${files[@]}"
