@@ -20,17 +20,6 @@ void addBridgesWithIds(const tPciIds& ids, iPciBrdWrapper_ex& bridgeWrapper, Han
     handles.insert(bridges.begin(), bridges.end());
 }
 
-// With alternate anchors each anchor has its own copy of the descriptions, which carries its
-// identifiers.
-std::vector<tBridgeDescription> descriptionsOfAnchor(const tAnchorIdentity& anchor,
-                                                     const iPciModelInfoDb& models,
-                                                     std::uint32_t modelIndex) {
-    std::vector<tBridgeDescription> descriptions;
-    models.GetAllBridges(modelIndex, descriptions);
-    std::erase_if(descriptions, [&](const auto& each) { return each.ids != anchor.ids; });
-    return descriptions;
-}
-
 // The described bridges found below a candidate, itself included; the first one that is missing
 // ends the check.
 Handles matchCandidate(std::uint32_t candidate, const cSlotPath& slotPath,
@@ -51,6 +40,15 @@ Handles matchCandidate(std::uint32_t candidate, const cSlotPath& slotPath,
 }
 
 } // namespace
+
+std::vector<tBridgeDescription> descriptionsOfAnchor(const tAnchorIdentity& anchor,
+                                                     const iPciModelInfoDb& models,
+                                                     std::uint32_t modelIndex) {
+    std::vector<tBridgeDescription> descriptions;
+    models.GetAllBridges(modelIndex, descriptions);
+    std::erase_if(descriptions, [&](const auto& each) { return each.ids != anchor.ids; });
+    return descriptions;
+}
 
 void searchAnchors(const tAnchorIdentity& anchor, const iPciModelInfoDb& models,
                    std::uint32_t modelIndex, iPciBrdWrapper_ex& bridgeWrapper,

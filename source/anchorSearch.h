@@ -16,4 +16,11 @@ void searchAnchors(const tAnchorIdentity& anchor, const iPciModelInfoDb& models,
                    std::uint32_t modelIndex,
                    nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found);
 
+// The model's bridge descriptions that belong to this anchor, those with its identifiers, in the
+// order in which the search takes them. With alternate anchors each anchor has its own copy of the
+// descriptions, which carries its identifiers.
+std::vector<tBridgeDescription> descriptionsOfAnchor(const tAnchorIdentity& anchor,
+                                                     const iPciModelInfoDb& models,
+                                                     std::uint32_t modelIndex);
+
 } // namespace nZoTavManagerPciPlugin_15_0

@@ -1,6 +1,8 @@
 // What tavctl tells a person, or a script, when something failed.
 #pragma once
 
+#include "tavctl/exitStatus.h"
+
 #include <cstdint>
 #include <exception>
 #include <optional>
@@ -21,17 +23,19 @@ struct Failure {
     [[nodiscard]] std::string sentence() const;
 };
 
-// Carries a failure to main().
+// Carries a failure to main(), with the exit status that the program ends with.
 class FailureException : public std::exception {
 public:
-    explicit FailureException(Failure failure)
-        : failure_(std::move(failure)), sentence_(failure_.sentence()) {}
+    explicit FailureException(Failure failure, ExitStatus exitStatus = ExitStatus::failed)
+        : failure_(std::move(failure)), sentence_(failure_.sentence()), exitStatus_(exitStatus) {}
     [[nodiscard]] const Failure& failure() const noexcept { return failure_; }
+    [[nodiscard]] ExitStatus exitStatus() const noexcept { return exitStatus_; }
     [[nodiscard]] const char* what() const noexcept override { return sentence_.c_str(); }
 
 private:
     Failure failure_;
     std::string sentence_;
+    ExitStatus exitStatus_;
 };
 
 // Writes a failure to standard error: the sentence, the status in decimal, hexadecimal and words,

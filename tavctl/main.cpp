@@ -3,6 +3,7 @@
 #include "tavctl/commonOptions.h"
 #include "tavctl/exitStatus.h"
 #include "tavctl/failure.h"
+#include "tavctl/lintCommand.h"
 #include "tavctl/listCommand.h"
 
 #include <CLI/CLI.hpp>
@@ -29,6 +30,7 @@ ExitStatus run(std::vector<std::string> words) {
     options.addTo(*list);
     list->footer("Example: tavctl list --dump samples/switchboxes.dump "
                  "--descriptions descriptions --state /tmp/names");
+    const tavctl::Command commands[] = {tavctl::addLintCommand(app)};
 
     try {
         // Without the program's name, and the first word last.
@@ -37,6 +39,16 @@ ExitStatus run(std::vector<std::string> words) {
         app.parse(std::move(words));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? ExitStatus::done : ExitStatus::wrongUsage;
+    }
+    for (const tavctl::Command& command : commands) {
+        if (!command.app->parsed())
+            continue;
+        try {
+            return command.run();
+        } catch (const tavctl::FailureException& exception) {
+            tavctl::printFailure(exception.failure(), command.wantsJson());
+            return exception.exitStatus();
+        }
     }
     try {
         return tavctl::runList(options);

@@ -1,0 +1,212 @@
+// Lines that do nothing, and names that nothing asks for. What the loader asked for is the measure.
+#include "pxidrivertools/asciiText.h"
+#include "pxidrivertools/ini/iniContinuation.h"
+#include "source/descriptionLoader.h"
+#include "tavctl/lint/findings.h"
+#include "tavctl/nearestName.h"
+#include "tavctl/words.h"
+
+#include <algorithm>
+#include <set>
+
+namespace tavctl::lint {
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0::nDescription;
+using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::trim;
+
+std::string inBrackets(std::string_view section) {
+    return join({"[", section, "]"});
+}
+
+class LineCheck {
+public:
+    LineCheck(const Description& description, Findings& findings)
+        : description_(description), text_(description.text()), findings_(findings) {
+        for (const auto& [section, key] : description.reads().asked()) {
+            askedSections_.insert(section);
+            askedNames_.push_back(key);
+        }
+    }
+
+    void check() {
+        for (std::size_t i = 0; i < text_.lines().size(); ++i)
+            checkLine(static_cast<int>(i) + 1, text_.lines()[i]);
+    }
+
+private:
+    void checkLine(int number, const PositionedLine& line) {
+        switch (line.kind) {
+        case IniLineKind::comment:
+            break;
+        case IniLineKind::odd:
+            checkOdd(number, line);
+            break;
+        case IniLineKind::header:
+            inSection_ = true;
+            checkHeader(number, line);
+            break;
+        case IniLineKind::key:
+            checkKey(number, line);
+            break;
+        }
+    }
+
+    void checkOdd(int number, const PositionedLine& line) {
+        const std::string_view written = trim(line.text);
+        if (written.empty() || isReportedAsMissing(line.section, written))
+            return;
+        const Place place = text_.placeOf(number, written);
+        const std::string found = "the line is ignored: it is no section, no key and no comment";
+        if (written.front() == '[')
+            findings_.add("odd-line", place, found, "a section is written [name]");
+        else if (written.front() == '#' || written.starts_with("//"))
+            findings_.add("odd-line", place, found, "a comment starts with \";\"");
+        else if (written.ends_with('='))
+            findings_.add("odd-line", place, found,
+                          "a value behind the \"=\"; \"\" for an empty one");
+        else
+            findings_.add("odd-line", place, found, "key = value");
+    }
+
+    // A key without a value that is required has a finding of its own.
+    [[nodiscard]] bool isReportedAsMissing(const std::string& section,
+                                           std::string_view written) const {
+        if (!written.ends_with('='))
+            return false;
+        const std::string_view key = trim(written.substr(0, written.size() - 1));
+        const auto& problems = description_.reads().problems();
+        return std::any_of(problems.begin(), problems.end(), [&](const LoadProblem& each) {
+            return each.kind == LoadProblem::Kind::missingKey && each.section == section &&
+                   each.key == key;
+        });
+    }
+
+    void checkHeader(int number, const PositionedLine& line) {
+        const Place place = text_.placeOf(number, line.name);
+        if (!seen_.insert(line.section).second) {
+            findings_.add(
+                "duplicate-section", place,
+                join({inBrackets(line.name), " was begun before, in line ",
+                      std::to_string(text_.header(line.section).line), "; this continues it"}),
+                "each section once");
+            return;
+        }
+        if (askedSections_.contains(line.section))
+            return;
+        for (const char* prefix :
+             {kPrefixAlternateAnchor, kPrefixInternalBridge, kPrefixDownstreamPort}) {
+            if (line.name.starts_with(prefix)) {
+                unusedItem(place, line.section, prefix);
+                return;
+            }
+        }
+        if (line.name == kSectionUpstreamPort) {
+            findings_.add("unused-section", place,
+                          "[UpstreamPort] is not read, since HasUpstreamPort is 0",
+                          "HasUpstreamPort = 1, or no such section");
+            return;
+        }
+        unknownSection(place, line.section);
+    }
+
+    void unusedItem(const Place& place, const std::string& section, std::string_view prefix) {
+        const std::string list = prefix == kPrefixAlternateAnchor  ? kAlternateAnchors
+                                 : prefix == kPrefixInternalBridge ? kInternalBridges
+                                                                   : kDownstreamPorts;
+        findings_.add("unused-section", place,
+                      join({inBrackets(section), " is not read: ", list, " does not name it"}),
+                      join({quoted(section.substr(prefix.size())), " among the items of ", list,
+                            ", or no such section"}));
+    }
+
+    void unknownSection(const Place& place, const std::string& section) {
+        std::vector<std::string> known;
+        for (const std::string& asked : askedSections_) {
+            if (!text_.hasSection(asked))
+                known.push_back(asked);
+        }
+        std::string near = nearestName(section, known);
+        if (near.empty()) {
+            known = {kSectionModel,          kSectionAnchor,        kSectionUpstreamPort,
+                     kPrefixAlternateAnchor, kPrefixInternalBridge, kPrefixDownstreamPort};
+            near = nearestName(section, known);
+        }
+        findings_.add(
+            "unknown-section", place, join({"nothing asks for a section ", inBrackets(section)}),
+            near.empty() ? "a section of a description, or none" : join({inBrackets(near), "?"}));
+    }
+
+    void checkKey(int number, const PositionedLine& line) {
+        const Place place = text_.placeOf(number, line.name);
+        if (!inSection_) {
+            findings_.add("key-outside-section", place,
+                          join({"the key ", line.name, " stands before the first section"}),
+                          "a section above it, such as [UpstreamTAV]");
+            return;
+        }
+        const std::string name = joinedName(line.name);
+        const auto lines = text_.linesOf(line.section, name);
+        const auto self = std::find(lines.begin(), lines.end(), number);
+        if (self != lines.end() && self != lines.begin())
+            findings_.add("duplicate-key", place,
+                          join({name, " was given before, in line ", std::to_string(lines.front()),
+                                "; the last value counts"}),
+                          "each key once in a section");
+        if (askedSections_.contains(line.section) && self == lines.begin() && self != lines.end())
+            checkAsked(place, line.section, name);
+    }
+
+    static std::string joinedName(std::string_view name) {
+        const auto piece =
+            nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::readContinuationName(name);
+        return std::string(piece ? piece->base : name);
+    }
+
+    void checkAsked(const Place& place, const std::string& section, const std::string& key) {
+        const auto& reads = description_.reads();
+        if (reads.asked().contains({section, key}))
+            return;
+        const bool isIdentifier = key == kVid || key == kPid || key == kSsVid || key == kSsPid;
+        const auto redirected = reads.idsSameAs().find(section);
+        if (isIdentifier && redirected != reads.idsSameAs().end()) {
+            findings_.add("unused-key", place,
+                          join({key, " is not read: IDsSameAs takes the identifiers from ",
+                                inBrackets(redirected->second)}),
+                          join({"either IDsSameAs or identifiers in ", inBrackets(section)}));
+            return;
+        }
+        std::vector<std::string> known;
+        for (const auto& [askedSection, askedKey] : reads.asked()) {
+            if (askedSection == section)
+                known.push_back(askedKey);
+        }
+        std::string near = nearestName(key, known);
+        std::string expected =
+            near.empty() ? join({"one of ", enumerated(known)}) : join({near, "?"});
+        if (near.empty() &&
+            std::find(askedNames_.begin(), askedNames_.end(), key) != askedNames_.end())
+            expected = join({"this key has a meaning in other sections only; here, ", expected});
+        findings_.add("unknown-key", place,
+                      join({"nothing asks for a key ", key, " in ", inBrackets(section)}),
+                      std::move(expected));
+    }
+
+    const Description& description_;
+    const PositionedIni& text_;
+    Findings& findings_;
+    std::set<std::string> askedSections_;
+    std::vector<std::string> askedNames_;
+    std::set<std::string> seen_;
+    bool inSection_ = false;
+};
+
+} // namespace
+
+void checkLines(const Description& description, Findings& findings) {
+    if (!description.text().lines().empty())
+        LineCheck(description, findings).check();
+}
+
+} // namespace tavctl::lint

@@ -1,0 +1,45 @@
+// Items of lists: they are split at commas and not trimmed.
+#include "pxidrivertools/asciiText.h"
+#include "source/descriptionLoader.h"
+#include "tavctl/lint/findings.h"
+#include "tavctl/words.h"
+
+#include <algorithm>
+
+namespace tavctl::lint {
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0::nDescription;
+using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::trim;
+
+void checkList(const Description& description, const std::string& section, const char* key,
+               Findings& findings) {
+    const auto& items = description.list(section, key);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const std::string& item = items[i];
+        const auto place = [&] { return description.text().item(section, key, i); };
+        if (item.empty())
+            findings.add("empty-item", place(),
+                         join({"item ", std::to_string(i + 1), " of ", key, " is empty"}),
+                         "one comma between two items");
+        else if (trim(item) != item)
+            findings.add("blank-in-list", place(),
+                         join({"the item is ", quoted(item), ", with its blanks"}),
+                         join({quoted(trim(item)), ", without blanks around the commas"}));
+        const auto here = items.begin() + static_cast<std::ptrdiff_t>(i);
+        if (!item.empty() && std::find(items.begin(), here, item) != here)
+            findings.add("duplicate-item", place(),
+                         join({key, " names ", quoted(item), " a second time"}), "each item once");
+    }
+}
+
+} // namespace
+
+void checkLists(const Description& description, Findings& findings) {
+    for (const char* key : {kInternalBridges, kConnectorLabels, kDownstreamPorts})
+        checkList(description, kSectionModel, key, findings);
+    checkList(description, kSectionAnchor, kAlternateAnchors, findings);
+}
+
+} // namespace tavctl::lint

@@ -1,0 +1,35 @@
+// Checks description files: every problem of every file.
+#pragma once
+
+#include "tavctl/lint/description.h"
+#include "tavctl/lint/finding.h"
+
+#include <string>
+#include <vector>
+
+namespace tavctl::lint {
+
+// What a folder of descriptions, or some files, came to.
+struct Report {
+    std::vector<std::string> files; // in the order in which they are loaded
+    std::vector<Finding> findings;  // by file, then by line
+
+    [[nodiscard]] std::size_t errors() const;
+    [[nodiscard]] std::size_t warnings() const;
+    // Whether the plug-in cannot load the files.
+    [[nodiscard]] bool endsLoad() const;
+};
+
+Report lint(const std::vector<std::string>& files);
+
+// The report for people: each finding with its place, the line and what stands wrong in it.
+std::string reportAsText(const Report& report);
+
+// One JSON object in one line, with its line feed.
+std::string reportAsJson(const Report& report);
+
+// The table of rules, for people and as JSON.
+std::string rulesAsText();
+std::string rulesAsJson();
+
+} // namespace tavctl::lint

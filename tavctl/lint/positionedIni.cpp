@@ -1,0 +1,137 @@
+#include "tavctl/lint/positionedIni.h"
+
+#include "pxidrivertools/ini/iniContinuation.h"
+#include "pxidrivertools/ini/iniRecords.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tavctl::lint {
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0;
+
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+// The name that a key has once its pieces are joined; only the first piece gives it.
+std::string joinedName(std::string_view name) {
+    const auto continuation = readContinuationName(name);
+    return std::string(continuation && continuation->number == 1 ? continuation->base : name);
+}
+
+bool isPiece(std::string_view name) {
+    return readContinuationName(name).has_value();
+}
+
+} // namespace
+
+int characters(std::string_view text) {
+    return static_cast<int>(std::count_if(text.begin(), text.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+    }));
+}
+
+PositionedIni::PositionedIni(std::string bytes) : bytes_(std::move(bytes)) {
+    if (bytes_.starts_with(kUtf8Mark))
+        bytes_.erase(0, kUtf8Mark.size());
+    const IniBlock block{bytes_.data(), bytes_.size()};
+    IniLineCursor cursor(block, false);
+    const IniParseOptions options;
+    std::string section;
+    bool inSection = false;
+    for (std::string_view text; cursor.next(text);) {
+        const IniLine line = classifyLine(options, text);
+        PositionedLine positioned{text, line.kind, {}, line.name, line.value, 0};
+        const int number = static_cast<int>(lines_.size()) + 1;
+        if (line.kind == IniLineKind::header) {
+            section = std::string(line.name);
+            inSection = true;
+            if (headers_.emplace(section, number).second)
+                sections_.push_back(section);
+        } else if (line.kind == IniLineKind::key) {
+            positioned.quote = stripQuotes(options, positioned.value);
+            if (inSection)
+                keys_[{section, joinedName(line.name)}].push_back(number);
+        }
+        positioned.section = section;
+        lines_.push_back(std::move(positioned));
+    }
+}
+
+const PositionedLine* PositionedIni::line(int number) const {
+    return number < 1 || static_cast<std::size_t>(number) > lines_.size()
+               ? nullptr
+               : &lines_[static_cast<std::size_t>(number) - 1];
+}
+
+bool PositionedIni::hasSection(const std::string& section) const {
+    return headers_.contains(section);
+}
+
+std::vector<int> PositionedIni::linesOf(const std::string& section, const std::string& key) const {
+    const auto found = keys_.find({section, key});
+    return found == keys_.end() ? std::vector<int>() : found->second;
+}
+
+Place PositionedIni::placeOf(int number, std::string_view stretch) const {
+    const PositionedLine* const on = line(number);
+    if (on == nullptr)
+        return {};
+    const auto offset = static_cast<std::size_t>(stretch.data() - on->text.data());
+    return {number, characters(on->text.substr(0, offset)) + 1, characters(stretch)};
+}
+
+Place PositionedIni::header(const std::string& section) const {
+    const auto found = headers_.find(section);
+    return found == headers_.end()
+               ? Place()
+               : placeOf(found->second, lines_[static_cast<std::size_t>(found->second) - 1].name);
+}
+
+Place PositionedIni::name(const std::string& section, const std::string& key) const {
+    const auto numbers = linesOf(section, key);
+    return numbers.empty() ? header(section) : placeOf(numbers.back(), line(numbers.back())->name);
+}
+
+Place PositionedIni::value(const std::string& section, const std::string& key) const {
+    const auto numbers = linesOf(section, key);
+    if (numbers.empty())
+        return header(section);
+    return placeOf(numbers.back(), line(numbers.back())->value);
+}
+
+Place PositionedIni::part(const std::string& section, const std::string& key, std::size_t offset,
+                          std::size_t length) const {
+    const auto numbers = linesOf(section, key);
+    if (numbers.empty())
+        return header(section);
+    const PositionedLine& on = *line(numbers.back());
+    if (isPiece(on.name) || offset + length > on.value.size())
+        return value(section, key);
+    return placeOf(numbers.back(), on.value.substr(offset, length));
+}
+
+Place PositionedIni::item(const std::string& section, const std::string& key,
+                          std::size_t index) const {
+    const auto numbers = linesOf(section, key);
+    if (numbers.empty())
+        return header(section);
+    const std::string_view list = line(numbers.back())->value;
+    std::size_t start = 0;
+    for (; index > 0; --index) {
+        const std::size_t comma = list.find(',', start);
+        if (comma == std::string_view::npos)
+            return value(section, key);
+        start = comma + 1;
+    }
+    const std::size_t end = std::min(list.find(',', start), list.size());
+    return part(section, key, start, end - start);
+}
+
+std::string PositionedIni::textAt(const Place& place) const {
+    const PositionedLine* const on = line(place.line);
+    return on == nullptr ? std::string() : std::string(on->text);
+}
+
+} // namespace tavctl::lint

@@ -1,0 +1,155 @@
+// The two forms of a lint report.
+#include "tavctl/lint/lint.h"
+#include "tavctl/lint/rules.h"
+#include "tavctl/words.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+namespace tavctl::lint {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::size_t kIndent = 4;
+// Room for a line and its indentation.
+constexpr int kShownCharacters = 74;
+
+std::string_view severityName(Severity severity) {
+    return severity == Severity::error ? "error" : "warning";
+}
+
+bool isContinuationByte(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
+// A line cut to what fits, around the place that is pointed at, with control characters as blanks
+// so that the caret stands where it should.
+struct Excerpt {
+    std::string text;
+    int column = 0; // of the place, within the text
+};
+
+Excerpt excerptOf(const Finding& finding) {
+    std::vector<std::string> cells; // one character each
+    for (const char c : finding.text) {
+        if (isContinuationByte(c) && !cells.empty())
+            cells.back() += c;
+        else
+            cells.emplace_back(1, static_cast<unsigned char>(c) < 0x20 ? ' ' : c);
+    }
+    const int total = static_cast<int>(cells.size());
+    const int column = std::max(finding.place.column, 1);
+    const int last = std::min(column + std::max(finding.place.length, 1) - 1, total);
+    int begin = 1;
+    if (total > kShownCharacters && last > kShownCharacters)
+        begin = std::max(1, std::min(column - 10, total - kShownCharacters + 1));
+    const int end = std::min(total, begin + kShownCharacters - 1);
+    Excerpt excerpt;
+    for (int i = begin; i <= end; ++i)
+        excerpt.text += cells[static_cast<std::size_t>(i) - 1];
+    excerpt.column = column - begin + 1;
+    return excerpt;
+}
+
+std::string location(const Finding& finding) {
+    std::string text = finding.file;
+    for (const int number : {finding.place.line, finding.place.column}) {
+        if (number == 0)
+            break;
+        text.append(":").append(std::to_string(number));
+    }
+    return text;
+}
+
+void appendLine(std::string& out, const Finding& finding) {
+    if (finding.place.line == 0)
+        return;
+    const Excerpt excerpt = excerptOf(finding);
+    out.append(kIndent, ' ').append(excerpt.text).append("\n");
+    if (finding.place.column == 0)
+        return;
+    const int room = std::max(1, kShownCharacters - excerpt.column + 1);
+    const int length = std::clamp(finding.place.length, 1, room);
+    out.append(kIndent + static_cast<std::size_t>(excerpt.column) - 1, ' ').append("^");
+    out.append(static_cast<std::size_t>(length) - 1, '~').append("\n");
+}
+
+Json placeOrNull(int number) {
+    return number == 0 ? Json(nullptr) : Json(number);
+}
+
+std::string dumped(const Json& whole) {
+    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace
+
+std::string reportAsText(const Report& report) {
+    std::string out;
+    for (const Finding& finding : report.findings) {
+        out += join(
+            {location(finding), ": ", severityName(finding.severity), ": ", finding.rule, "\n"});
+        appendLine(out, finding);
+        out += wrapped("found: " + finding.found, 2);
+        out += wrapped("expected: " + finding.expected, 2);
+        out += '\n';
+    }
+    if (report.findings.empty())
+        out += join({counted(report.files.size(), "file"), ", no problems\n"});
+    else
+        out += join({counted(report.files.size(), "file"), ", ", counted(report.errors(), "error"),
+                     ", ", counted(report.warnings(), "warning"), "\n"});
+    if (report.endsLoad())
+        out += "The plug-in cannot load these files: it lists nothing at all.\n";
+    return out;
+}
+
+std::string reportAsJson(const Report& report) {
+    Json findings = Json::array();
+    for (const Finding& finding : report.findings)
+        findings.push_back(Json{{"file", finding.file},
+                                {"line", placeOrNull(finding.place.line)},
+                                {"column", placeOrNull(finding.place.column)},
+                                {"length", finding.place.length},
+                                {"severity", severityName(finding.severity)},
+                                {"rule", finding.rule},
+                                {"text", finding.text},
+                                {"found", finding.found},
+                                {"expected", finding.expected},
+                                {"endsLoad", finding.endsLoad}});
+    return dumped(Json{{"files", report.files},
+                       {"findings", std::move(findings)},
+                       {"errors", report.errors()},
+                       {"warnings", report.warnings()},
+                       {"loads", !report.endsLoad()}});
+}
+
+std::string rulesAsText() {
+    std::size_t width = 0;
+    for (const Rule& each : rules())
+        width = std::max(width, each.id.size());
+    std::string out;
+    for (const Rule& each : rules()) {
+        std::string line(severityName(each.severity));
+        line.append(9 - line.size(), ' ').append(each.id);
+        line.append(width + 11 - line.size(), ' ');
+        std::string summary = wrapped(each.summary, line.size());
+        summary.replace(0, line.size(), line);
+        out += summary;
+    }
+    return out;
+}
+
+std::string rulesAsJson() {
+    Json list = Json::array();
+    for (const Rule& each : rules())
+        list.push_back(Json{{"rule", each.id},
+                            {"severity", severityName(each.severity)},
+                            {"summary", each.summary}});
+    return dumped(Json{{"rules", std::move(list)}});
+}
+
+} // namespace tavctl::lint
