@@ -16,7 +16,7 @@ struct IniFileServices {
     IniFileOperations* files = &systemFileOperations();
 };
 
-class cIniFile final : public iIniFile {
+class cIniFile : public iIniFile {
 public:
     explicit cIniFile(const IniFileServices& services = {});
     ~cIniFile() override;

@@ -5,6 +5,7 @@
 #include "pciBrdWrapper/iPciBrdWrapper_ex.h"
 #include "source/foundAnchors.h"
 #include "source/iPciModelInfoDb.h"
+#include "source/matchObserver.h"
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
@@ -14,7 +15,8 @@ namespace nZoTavManagerPciPlugin_15_0 {
 // itself. Raises zoerr::Exception.
 void searchAnchors(const tAnchorIdentity& anchor, const iPciModelInfoDb& models,
                    std::uint32_t modelIndex,
-                   nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found);
+                   nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found,
+                   MatchObserver* observer = nullptr);
 
 // The model's bridge descriptions that belong to this anchor, those with its identifiers, in the
 // order in which the search takes them. With alternate anchors each anchor has its own copy of the

@@ -33,10 +33,16 @@ cSlotPath slotPathOfDevice(const tBusAddress& address, iPciBrdWrapper_ex& bridge
 // every anchor of the model, so with two such anchors the slot paths of the first anchor's devices
 // stand twice in the list; address and slot path of one number are what the walk goes by.
 void addDeviceAnchors(const tAnchorIdentity& anchor, iQUILDeviceFinder& deviceFinder,
-                      iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found) {
+                      iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found,
+                      MatchObserver* observer) {
     deviceFinder.FindByPciIds(anchor.ids, found.addresses);
-    for (const tBusAddress& address : found.addresses)
+    for (const tBusAddress& address : found.addresses) {
+        if (observer)
+            observer->onDeviceAnchor(address);
         found.slotPaths.push_back(slotPathOfDevice(address, bridgeWrapper));
+        if (observer)
+            observer->onDeviceAnchorPlaced(address, found.slotPaths.back());
+    }
 }
 
 // One build: the collaborators it works with, and whether any walk has come to its end.
@@ -44,20 +50,25 @@ class DeviceListBuild {
 public:
     DeviceListBuild(cPciTavPluginCache& cache, iQUILDeviceFinder& deviceFinder,
                     iPciBrdWrapper_ex& bridgeWrapper, cTerminalNameDb& terminalNames,
-                    const iPciModelInfoDb& models)
+                    const iPciModelInfoDb& models, MatchObserver* observer)
         : cache_(cache), deviceFinder_(deviceFinder), bridgeWrapper_(bridgeWrapper),
-          terminalNames_(terminalNames), models_(models) {}
+          terminalNames_(terminalNames), models_(models), observer_(observer) {}
 
     // A model that cannot be read from the bus is left out from there on; its records so far stay.
     void addModel(std::uint32_t modelIndex) {
+        if (observer_)
+            observer_->onModel(modelIndex);
         try {
             const FoundAnchors found = findAnchors(modelIndex);
             for (std::size_t i = 0; i < found.addresses.size(); ++i) {
                 cache_.Append(walkTopology(found.addresses[i], found.slotPaths.at(i),
-                                           terminalNames_, bridgeWrapper_, models_, modelIndex));
+                                           terminalNames_, bridgeWrapper_, models_, modelIndex,
+                                           observer_));
                 foundAny_ = true;
             }
-        } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): told above
+        } catch (const std::exception& exception) {
+            if (observer_)
+                observer_->onModelFailed(exception);
         }
     }
 
@@ -69,10 +80,12 @@ private:
         models_.GetAnchors(modelIndex, anchors);
         FoundAnchors found;
         for (const tAnchorIdentity& anchor : anchors) {
+            if (observer_)
+                observer_->onAnchor(anchor);
             if (anchor.headerType == kHeaderTypeBridge)
-                searchAnchors(anchor, models_, modelIndex, bridgeWrapper_, found);
+                searchAnchors(anchor, models_, modelIndex, bridgeWrapper_, found, observer_);
             else
-                addDeviceAnchors(anchor, deviceFinder_, bridgeWrapper_, found);
+                addDeviceAnchors(anchor, deviceFinder_, bridgeWrapper_, found, observer_);
         }
         return found;
     }
@@ -82,6 +95,7 @@ private:
     iPciBrdWrapper_ex& bridgeWrapper_;
     cTerminalNameDb& terminalNames_;
     const iPciModelInfoDb& models_;
+    MatchObserver* observer_;
     bool foundAny_ = false;
 };
 
@@ -89,13 +103,13 @@ private:
 
 void cPciTavPluginCache::Build(iQUILDeviceFinder& deviceFinder, iPciBrdWrapper_ex& bridgeWrapper,
                                iPciTavFilesystem& filesystem, cTerminalNameDb& terminalNames,
-                               iPciModelInfoDb& models) {
+                               iPciModelInfoDb& models, MatchObserver* observer) {
     if (built)
         return;
     terminalNames.Load();
     models.LoadDescriptions(filesystem);
     bridgeWrapper.OpenSession(kSessionOpenOption);
-    DeviceListBuild build(*this, deviceFinder, bridgeWrapper, terminalNames, models);
+    DeviceListBuild build(*this, deviceFinder, bridgeWrapper, terminalNames, models, observer);
     for (std::uint32_t model = 0; model < models.GetModelCount(); ++model)
         build.addModel(model);
     bridgeWrapper.CloseSession();

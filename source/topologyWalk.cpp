@@ -3,6 +3,7 @@
 #include "source/bridgePlace.h"
 #include "source/tavStatus.h"
 
+#include <iterator>
 #include <list>
 #include <string>
 #include <vector>
@@ -27,6 +28,9 @@ public:
         : next_(labels.begin()), end_(labels.end()) {}
 
     [[nodiscard]] bool atEnd() const { return next_ == end_; }
+    [[nodiscard]] std::size_t left() const {
+        return static_cast<std::size_t>(std::distance(next_, end_));
+    }
 
     const std::string& take() {
         if (atEnd())
@@ -58,9 +62,9 @@ private:
 class Walk {
 public:
     Walk(const cSlotPath& anchor, iPciBrdWrapper_ex& bridgeWrapper, const iPciModelInfoDb& models,
-         std::uint32_t modelIndex)
-        : anchor_(anchor), bridgeWrapper_(bridgeWrapper), models_(models), modelIndex_(modelIndex) {
-    }
+         std::uint32_t modelIndex, MatchObserver* observer)
+        : anchor_(anchor), bridgeWrapper_(bridgeWrapper), models_(models), modelIndex_(modelIndex),
+          observer_(observer) {}
 
     tBusAddress reportedAddress(const tBusAddress& anchorAddress) {
         std::vector<tBridgeDescription> bridges;
@@ -70,6 +74,8 @@ public:
             if (!description.reportAddressFromThisBridge)
                 continue;
             const std::uint32_t bridge = find(description);
+            if (observer_)
+                observer_->onReportingBridge(description, bridge);
             bridgeWrapper_.GetBridgeAddress(bridge, &reported.bus, &reported.device,
                                             &reported.function);
         }
@@ -85,12 +91,16 @@ public:
         LabelIterator label(labels);
         passUpstreamPort(label, record);
         addDownstreamPorts(label, record);
+        if (observer_)
+            observer_->onLabelsLeft(label.left());
         if (!label.atEnd())
             raiseSoftwareFault(kFile, kMessageLabelsRemain);
     }
 
 private:
     std::uint32_t find(const tBridgeDescription& description) {
+        if (observer_)
+            observer_->onLookUp(description);
         return findDescribedBridge(anchor_, description.traversalMap, bridgeWrapper_);
     }
 
@@ -105,6 +115,11 @@ private:
         return linkWidth / static_cast<std::uint32_t>(linkWidthPerLabel_);
     }
 
+    void tellLabels(std::uint32_t linkWidth, std::uint32_t wanted, const LabelIterator& label) {
+        if (observer_)
+            observer_->onPortLabels(linkWidth, wanted, label.left());
+    }
+
     // The upstream port takes labels, but has no port entries.
     void passUpstreamPort(LabelIterator& label, tDeviceRecord& record) {
         tBridgeDescription upstreamPort;
@@ -112,16 +127,21 @@ private:
         if (upstreamPort.traversalMap == kNoText)
             return;
         const std::uint32_t bridge = find(upstreamPort);
+        if (observer_)
+            observer_->onUpstreamPort(upstreamPort, bridge);
         std::uint8_t bus = 0;
         bridgeWrapper_.GetBridgeAddress(bridge, &bus, nullptr, nullptr);
         if (bus != 0)
             record.walkValue = bus;
         if (!models_.HasLinkWidthPerLabel(modelIndex_)) {
+            tellLabels(0, 1, label);
             label.take();
             return;
         }
         const OpenedBridge opened(bridgeWrapper_, bridge);
-        for (auto n = labelCount(attribute(bridge, kAttributeLinkWidth)); n > 0; --n)
+        const std::uint32_t linkWidth = attribute(bridge, kAttributeLinkWidth);
+        tellLabels(linkWidth, labelCount(linkWidth), label);
+        for (auto n = labelCount(linkWidth); n > 0; --n)
             label.take();
     }
 
@@ -132,6 +152,8 @@ private:
             if (label.atEnd())
                 return;
             const std::uint32_t bridge = find(port);
+            if (observer_)
+                observer_->onDownstreamPort(port, bridge);
             if (bridge != kNoHandle)
                 addPort(bridge, label, record);
         }
@@ -140,12 +162,14 @@ private:
     void addPort(std::uint32_t bridge, LabelIterator& label, tDeviceRecord& record) {
         const std::uint32_t secondaryBus = attribute(bridge, kAttributeSecondaryBus);
         if (!models_.HasLinkWidthPerLabel(modelIndex_)) {
+            tellLabels(0, 1, label);
             record.ports.push_back({label.take(), secondaryBus, 0, 0});
             return;
         }
         const OpenedBridge opened(bridgeWrapper_, bridge);
         const std::uint32_t linkWidth = attribute(bridge, kAttributeLinkWidth);
         const std::uint32_t linkSpeed = attribute(bridge, kAttributeLinkSpeed);
+        tellLabels(linkWidth, labelCount(linkWidth), label);
         for (auto n = labelCount(linkWidth); n > 0; --n)
             record.ports.push_back({label.take(), secondaryBus, linkWidth, linkSpeed});
     }
@@ -154,6 +178,7 @@ private:
     iPciBrdWrapper_ex& bridgeWrapper_;
     const iPciModelInfoDb& models_;
     std::uint32_t modelIndex_;
+    MatchObserver* observer_;
     std::int32_t linkWidthPerLabel_ = 0;
 };
 
@@ -172,8 +197,11 @@ std::string terminalNameFor(const cSlotPath& anchor, const std::string& model,
 
 tDeviceRecord walkTopology(const tBusAddress& address, const cSlotPath& anchor,
                            cTerminalNameDb& terminalNames, iPciBrdWrapper_ex& bridgeWrapper,
-                           const iPciModelInfoDb& models, std::uint32_t modelIndex) {
-    Walk walk(anchor, bridgeWrapper, models, modelIndex);
+                           const iPciModelInfoDb& models, std::uint32_t modelIndex,
+                           MatchObserver* observer) {
+    if (observer)
+        observer->onWalk(address, anchor);
+    Walk walk(anchor, bridgeWrapper, models, modelIndex, observer);
     tDeviceRecord record;
     const tBusAddress reported = walk.reportedAddress(address);
     record.bus = reported.bus;
@@ -184,6 +212,8 @@ tDeviceRecord walkTopology(const tBusAddress& address, const cSlotPath& anchor,
     record.deviceCategory = static_cast<std::uint32_t>(models.GetDeviceCategory(modelIndex));
     record.terminalName = terminalNameFor(anchor, record.modelName,
                                           models.GetTerminalNameBase(modelIndex), terminalNames);
+    if (observer)
+        observer->onDevice(record);
     return record;
 }
 

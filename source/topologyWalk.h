@@ -8,6 +8,7 @@
 #include "source/cTerminalNameDb.h"
 #include "source/deviceRecord.h"
 #include "source/iPciModelInfoDb.h"
+#include "source/matchObserver.h"
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
@@ -17,7 +18,8 @@ tDeviceRecord walkTopology(const tBusAddress& address,
                            const nZoPxiDriverTools_1_0::cSlotPath& anchor,
                            cTerminalNameDb& terminalNames,
                            nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& bridgeWrapper,
-                           const iPciModelInfoDb& models, std::uint32_t modelIndex);
+                           const iPciModelInfoDb& models, std::uint32_t modelIndex,
+                           MatchObserver* observer = nullptr);
 
 inline constexpr const char* kMessageLabelsRanOut = "Iterator advanced to End.";
 inline constexpr const char* kMessageLabelsRemain =

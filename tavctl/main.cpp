@@ -2,6 +2,7 @@
 #include "platform/commandLine.h"
 #include "tavctl/commonOptions.h"
 #include "tavctl/exitStatus.h"
+#include "tavctl/explainCommand.h"
 #include "tavctl/failure.h"
 #include "tavctl/lintCommand.h"
 #include "tavctl/listCommand.h"
@@ -30,7 +31,8 @@ ExitStatus run(std::vector<std::string> words) {
     options.addTo(*list);
     list->footer("Example: tavctl list --dump samples/switchboxes.dump "
                  "--descriptions descriptions --state /tmp/names");
-    const tavctl::Command commands[] = {tavctl::addLintCommand(app)};
+    const tavctl::Command commands[] = {tavctl::addLintCommand(app),
+                                        tavctl::addExplainCommand(app)};
 
     try {
         // Without the program's name, and the first word last.

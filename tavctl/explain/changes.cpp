@@ -1,0 +1,436 @@
+#include "tavctl/explain/changes.h"
+
+#include "pxidrivertools/cSlotPath.h"
+#include "source/descriptionLoader.h"
+#include "tavctl/words.h"
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <set>
+#include <utility>
+
+namespace tavctl::explain {
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0;
+using namespace nDescription;
+using nZoPxiDriverTools_1_0::cSlotPath;
+using Result = Step::Result;
+
+// Bounds on what is tried, so that an answer comes at once on any machine.
+constexpr std::size_t kMostCandidates = 4;
+constexpr std::size_t kMostMoves = 48;
+constexpr std::size_t kMostLabels = 64;
+constexpr std::size_t kMostNearFunctions = 12;
+constexpr std::size_t kShownNearFunctions = 5;
+
+bool equal(const tBridgeDescription& a, const tBridgeDescription& b) {
+    return a.traversalMap == b.traversalMap && a.ids == b.ids &&
+           a.reportAddressFromThisBridge == b.reportAddressFromThisBridge &&
+           a.isOptional == b.isOptional;
+}
+
+// The slot paths of the anchors whose devices are listed.
+class ListedAnchors : public MatchObserver {
+public:
+    void onWalk(const tBusAddress& address, const cSlotPath& anchor) override {
+        nZOQUIL000::tErrorStatus status;
+        anchor.FormatMachineText(path_, status);
+        address_ = address;
+    }
+    void onDevice(const tDeviceRecord&) override {
+        paths_.insert(path_);
+        addresses_.push_back(address_);
+    }
+    [[nodiscard]] bool has(const std::string& path) const { return paths_.contains(path); }
+    [[nodiscard]] bool has(const tBusAddress& address) const {
+        return std::find(addresses_.begin(), addresses_.end(), address) != addresses_.end();
+    }
+
+private:
+    std::string path_;
+    tBusAddress address_;
+    std::set<std::string> paths_;
+    std::vector<tBusAddress> addresses_;
+};
+
+std::string listText(const std::list<std::string>& labels) {
+    std::string text;
+    for (const std::string& label : labels)
+        text.append(text.empty() ? "" : ",").append(label);
+    return labels.empty() ? "\"\"" : text;
+}
+
+class ChangeSearch {
+public:
+    ChangeSearch(const lint::Description& description, ModelMatcher& matcher,
+                 const pcibus::Bus& bus)
+        : description_(description), model_(description.model()), matcher_(matcher), bus_(bus) {}
+
+    void search(Candidate& candidate) {
+        candidate_ = &candidate;
+        const Step* const failure = candidate.firstFailure();
+        if (failure == nullptr || candidate.slotPath.empty())
+            return;
+        if (!failure->section.empty())
+            changeSection(failure->section);
+        changeNoted();
+        describeAnchor();
+        changeLabels();
+        changeLinkWidth();
+    }
+
+    std::vector<NearFunction> searchNear() {
+        std::vector<NearFunction> near;
+        for (std::size_t anchor = 0; anchor < model_.anchors.size(); ++anchor) {
+            for (const pcibus::PciFunction& function : bus_.functions())
+                addIfNear(anchor, function, near);
+        }
+        const auto likeness = [&](const NearFunction& each) {
+            return sameIds(model_.anchors[each.anchor].ids, each.ids);
+        };
+        std::stable_sort(near.begin(), near.end(),
+                         [&](const auto& a, const auto& b) { return likeness(a) > likeness(b); });
+        if (near.size() > kMostNearFunctions)
+            near.resize(kMostNearFunctions);
+        for (NearFunction& each : near)
+            tryIdentifiers(each);
+        std::stable_partition(near.begin(), near.end(),
+                              [](const NearFunction& each) { return !each.changes.empty(); });
+        if (near.size() > kShownNearFunctions)
+            near.resize(kShownNearFunctions);
+        return near;
+    }
+
+private:
+    using Model = tModelDescription;
+
+    bool listsWith(const Model& model) {
+        ListedAnchors listed;
+        matcher_.match({model}, &listed);
+        return listed.has(candidate_->slotPath);
+    }
+
+    bool tryChange(const Model& model, Change change) {
+        if (!listsWith(model))
+            return false;
+        candidate_->changes.push_back(std::move(change));
+        return true;
+    }
+
+    // Applies a change to every description that a section gives.
+    void editSection(Model& model, const std::string& section,
+                     const std::function<void(tBridgeDescription&)>& edit) const {
+        for (std::size_t i = 0; i < model.downstreamPorts.size(); ++i) {
+            if (description_.downstreamPortSection(i) == section)
+                edit(model.downstreamPorts[i]);
+        }
+        for (std::size_t i = 0; i < model.internalBridges.size(); ++i) {
+            if (description_.internalBridgeSection(i) == section)
+                edit(model.internalBridges[i]);
+        }
+        if (section == kSectionUpstreamPort)
+            edit(model.upstreamPort);
+    }
+
+    [[nodiscard]] std::optional<tBridgeDescription>
+    descriptionOf(const std::string& section) const {
+        std::optional<tBridgeDescription> result;
+        Model copy = model_;
+        editSection(copy, section, [&](tBridgeDescription& each) {
+            if (!result)
+                result = each;
+        });
+        return result;
+    }
+
+    // A bridge that was not found: it may stand elsewhere, or need not be there.
+    void changeSection(const std::string& section) {
+        const auto described = descriptionOf(section);
+        if (!described)
+            return;
+        moveSection(section, *described);
+        if (!described->isOptional) {
+            Model model = model_;
+            editSection(model, section, [](auto& each) { each.isOptional = true; });
+            tryChange(model, {section, kIsOptional, "1", "if the bridge may be missing"});
+        }
+    }
+
+    [[nodiscard]] const pcibus::PciFunction* functionOf(const std::string& machineText) const {
+        cSlotPath path;
+        nZOQUIL000::tErrorStatus status;
+        path.ParseMachineText(machineText, status);
+        const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
+        return pcibus::functionAt(bus_, path.rootBus, hops);
+    }
+
+    [[nodiscard]] const pcibus::PciFunction* functionAtMap(const std::string& map) const {
+        cSlotPath path;
+        nZOQUIL000::tErrorStatus status;
+        path.ParseMachineText(candidate_->slotPath, status);
+        path.ApplyRelativePath(map, status);
+        if (status.failed())
+            return nullptr;
+        const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
+        return pcibus::functionAt(bus_, path.rootBus, hops);
+    }
+
+    // The bridges that no section describes, below the anchor, or beside it when it is no bridge;
+    // those with the described identifiers first.
+    [[nodiscard]] std::vector<const pcibus::PciFunction*>
+    freeBridges(const pcibus::PciFunction& anchor, const tPciIds& ids) const {
+        std::set<std::uint32_t> taken{anchor.handle()};
+        for (const std::string& section : description_.bridgeSections()) {
+            const auto described = descriptionOf(section);
+            const auto* const at = described ? functionAtMap(described->traversalMap) : nullptr;
+            if (at != nullptr)
+                taken.insert(at->handle());
+        }
+        const pcibus::PciFunction* const top =
+            anchor.isBridge() ? &anchor : bus_.parentOfBus(anchor.bus);
+        std::vector<const pcibus::PciFunction*> bridges;
+        for (const std::uint32_t handle : bus_.bridges()) {
+            const pcibus::PciFunction* const bridge = bus_.findBridge(handle);
+            if (!taken.contains(handle) && top != nullptr && isBelow(*bridge, *top))
+                bridges.push_back(bridge);
+        }
+        std::stable_partition(bridges.begin(), bridges.end(), [&](const auto* each) {
+            return tPciIds{each->vendorId, each->deviceId, each->subsystemVendorId,
+                           each->subsystemId} == ids;
+        });
+        if (bridges.size() > kMostMoves)
+            bridges.resize(kMostMoves);
+        return bridges;
+    }
+
+    [[nodiscard]] bool isBelow(const pcibus::PciFunction& function,
+                               const pcibus::PciFunction& bridge) const {
+        const pcibus::PciFunction* at = bus_.parentOfBus(function.bus);
+        while (at != nullptr && at != &bridge)
+            at = bus_.parentOfBus(at->bus);
+        return at == &bridge;
+    }
+
+    void moveSection(const std::string& section, const tBridgeDescription& described) {
+        const pcibus::PciFunction* const anchor = functionOf(candidate_->slotPath);
+        if (anchor == nullptr)
+            return;
+        const pcibus::Position from = pcibus::positionOf(bus_, *anchor);
+        for (const pcibus::PciFunction* bridge : freeBridges(*anchor, described.ids)) {
+            const std::string map = mapBetween(from, pcibus::positionOf(bus_, *bridge));
+            Model model = model_;
+            editSection(model, section, [&](auto& each) { each.traversalMap = map; });
+            if (tryChange(model,
+                          {section, kTraversalMapFromAnchor, map,
+                           join({"there stands ", pcibus::addressText(*bridge), ", ",
+                                 idsText({bridge->vendorId, bridge->deviceId,
+                                          bridge->subsystemVendorId, bridge->subsystemId})})}))
+                return;
+        }
+    }
+
+    // Bridges that were there but did not count, and ports that were not there.
+    void changeNoted() {
+        std::set<std::string> done;
+        const std::vector<Step> steps = candidate_->steps;
+        for (const Step& step : steps) {
+            if (step.result != Result::noted || step.section.empty() ||
+                !done.insert(step.section).second)
+                continue;
+            const auto described = descriptionOf(step.section);
+            if (!described)
+                continue;
+            const pcibus::PciFunction* const at = functionAtMap(described->traversalMap);
+            if (at == nullptr || !at->isBridge())
+                moveSection(step.section, *described);
+            else
+                takeIdentifiers(step.section, *at);
+        }
+    }
+
+    void takeIdentifiers(const std::string& section, const pcibus::PciFunction& at) {
+        const tPciIds ids{at.vendorId, at.deviceId, at.subsystemVendorId, at.subsystemId};
+        Model model = model_;
+        editSection(model, section, [&](auto& each) { each.ids = ids; });
+        if (!tryChange(model, {section, "Vid, Pid, SsVid, SsPid",
+                               join({hexadecimal(ids.vendor, 4), ", ", hexadecimal(ids.device, 4),
+                                     ", ", hexadecimal(ids.subsystemVendor, 4), ", ",
+                                     hexadecimal(ids.subsystem, 4)}),
+                               join({"the identifiers of ", pcibus::addressText(at),
+                                     ", in place of IDsSameAs if that is there"})})) {
+            model = model_;
+            editSection(model, section, [](auto& each) { each.isOptional = true; });
+            tryChange(model, {section, kIsOptional, "1", "so that it is not counted"});
+        }
+    }
+
+    void describeAnchor() {
+        const tAnchorIdentity& anchor = model_.anchors.at(candidate_->anchor);
+        if (anchor.headerType != kHeaderTypeBridge || candidate_->qualified)
+            return;
+        Model model = model_;
+        tBridgeDescription self;
+        self.traversalMap.clear();
+        self.ids = anchor.ids;
+        model.internalBridges.push_back(self);
+        tryChange(model, {"InternalBridgeAnchor", kTraversalMapFromAnchor, "\"\"",
+                          "a new section, with IDsSameAs = Anchor and named in InternalBridges: "
+                          "the anchor has to be described too"});
+    }
+
+    void changeLabels() {
+        if (!candidate_->qualified)
+            return;
+        Model fewer = model_;
+        while (!fewer.connectorLabels.empty()) {
+            fewer.connectorLabels.pop_back();
+            const std::size_t less = model_.connectorLabels.size() - fewer.connectorLabels.size();
+            if (tryChange(fewer,
+                          {kSectionModel, kConnectorLabels, listText(fewer.connectorLabels),
+                           join({counted(less, "label"), " less, for the ports that are there"})}))
+                return;
+        }
+        Model more = model_;
+        for (std::size_t n = 1; n <= kMostLabels; ++n) {
+            more.connectorLabels.push_back(join({"NEW", std::to_string(n)}));
+            if (tryChange(more, {kSectionModel, kConnectorLabels, listText(more.connectorLabels),
+                                 join({counted(n, "label"), " more"})}))
+                return;
+        }
+    }
+
+    void changeLinkWidth() {
+        if (!candidate_->qualified || model_.linkWidthPerLabel == 0)
+            return;
+        for (const std::int32_t width : {1, 2, 4, 8, 16, 32}) {
+            Model model = model_;
+            model.linkWidthPerLabel = width;
+            tryChange(model, {kSectionModel, kLinkWidthPerLabel, std::to_string(width),
+                              "with the labels as they are"});
+        }
+    }
+
+    static int sameIds(const tPciIds& a, const tPciIds& b) {
+        return (a.vendor == b.vendor ? 1 : 0) + (a.device == b.device ? 1 : 0) +
+               (a.subsystemVendor == b.subsystemVendor ? 1 : 0) +
+               (a.subsystem == b.subsystem ? 1 : 0);
+    }
+
+    // Near is a function with another header type or, of the four identifiers, at least vendor and
+    // device or all but one.
+    void addIfNear(std::size_t anchor, const pcibus::PciFunction& function,
+                   std::vector<NearFunction>& near) const {
+        const tPciIds ids{function.vendorId, function.deviceId, function.subsystemVendorId,
+                          function.subsystemId};
+        const tPciIds& wanted = model_.anchors[anchor].ids;
+        const bool wantsBridge = model_.anchors[anchor].headerType == kHeaderTypeBridge;
+        const bool alike = (ids.vendor == wanted.vendor && ids.device == wanted.device) ||
+                           sameIds(ids, wanted) == 3;
+        if (!alike || (ids == wanted && (!wantsBridge || function.isBridge())))
+            return;
+        NearFunction each;
+        each.anchor = anchor;
+        each.address = {function.bus, function.device, function.function};
+        each.ids = ids;
+        each.isBridge = function.isBridge();
+        near.push_back(std::move(each));
+    }
+
+    void tryIdentifiers(NearFunction& near) {
+        Model model = model_;
+        tAnchorIdentity& anchor = model.anchors[near.anchor];
+        const tAnchorIdentity before = anchor;
+        anchor.ids = near.ids;
+        anchor.headerType = near.isBridge == (before.headerType == kHeaderTypeBridge)
+                                ? before.headerType
+                                : (near.isBridge ? kHeaderTypeBridge : 0U);
+        // The bridges that take their identifiers from the anchor change with it.
+        const auto follow = [&](tBridgeDescription& each) {
+            if (each.ids == before.ids)
+                each.ids = near.ids;
+        };
+        for (tBridgeDescription& each : model.downstreamPorts)
+            follow(each);
+        for (tBridgeDescription& each : model.internalBridges)
+            follow(each);
+        follow(model.upstreamPort);
+        ListedAnchors listed;
+        matcher_.match({model}, &listed);
+        if (listed.has(near.address))
+            near.changes = identifierChanges(near, before, anchor);
+    }
+
+    [[nodiscard]] std::vector<Change> identifierChanges(const NearFunction& near,
+                                                        const tAnchorIdentity& before,
+                                                        const tAnchorIdentity& after) const {
+        const std::string section = description_.anchorSection(near.anchor);
+        std::vector<Change> changes;
+        const auto add = [&](const char* key, std::uint32_t from, std::uint32_t to, int digits) {
+            if (from != to)
+                changes.push_back({section, key, hexadecimal(to, digits),
+                                   join({"as ", addressText(near.address), " has it"})});
+        };
+        add(kPciHeaderType, before.headerType, after.headerType, 1);
+        add(kVid, before.ids.vendor, after.ids.vendor, 4);
+        add(kPid, before.ids.device, after.ids.device, 4);
+        add(kSsVid, before.ids.subsystemVendor, after.ids.subsystemVendor, 4);
+        add(kSsPid, before.ids.subsystem, after.ids.subsystem, 4);
+        return changes;
+    }
+
+    const lint::Description& description_;
+    const tModelDescription& model_;
+    ModelMatcher& matcher_;
+    const pcibus::Bus& bus_;
+    Candidate* candidate_ = nullptr;
+};
+
+} // namespace
+
+std::string sectionOf(const lint::Description& description, const tBridgeDescription& bridge) {
+    const tModelDescription& model = description.model();
+    for (std::size_t i = 0; i < model.downstreamPorts.size(); ++i) {
+        if (equal(model.downstreamPorts[i], bridge))
+            return description.downstreamPortSection(i);
+    }
+    for (std::size_t i = 0; i < model.internalBridges.size(); ++i) {
+        if (equal(model.internalBridges[i], bridge))
+            return description.internalBridgeSection(i);
+    }
+    return kSectionUpstreamPort;
+}
+
+std::string mapBetween(const pcibus::Position& from, const pcibus::Position& to) {
+    const auto a = from.hops();
+    const auto b = to.hops();
+    std::size_t common = 0;
+    while (common < a.size() && common < b.size() &&
+           a[a.size() - 1 - common] == b[b.size() - 1 - common])
+        ++common;
+    std::string map;
+    const auto add = [&](std::string_view step) {
+        map.append(map.empty() ? "" : ",").append(step);
+    };
+    for (std::size_t up = common; up < a.size(); ++up)
+        add("-");
+    for (std::size_t i = b.size() - common; i > 0; --i)
+        add(join({"d", std::to_string(b[i - 1] >> 3), "f", std::to_string(b[i - 1] & 7)}));
+    return map;
+}
+
+void findChanges(const lint::Description& description, ModelMatcher& matcher,
+                 const pcibus::Bus& bus, Explanation& explanation) {
+    ChangeSearch search(description, matcher, bus);
+    std::size_t searched = 0;
+    for (Candidate& candidate : explanation.candidates) {
+        if (candidate.outcome == Outcome::rejected && searched++ < kMostCandidates)
+            search.search(candidate);
+    }
+    if (explanation.listed() == 0)
+        explanation.near = search.searchNear();
+}
+
+} // namespace tavctl::explain

@@ -1,0 +1,46 @@
+#include "tavctl/explain/explanation.h"
+
+#include "tavctl/words.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace tavctl::explain {
+
+std::size_t Candidate::conditionsMet() const {
+    std::size_t met = 0;
+    for (const Step& step : steps) {
+        if (step.result == Step::Result::failed)
+            break;
+        met += step.result == Step::Result::met ? 1U : 0U;
+    }
+    return met;
+}
+
+const Step* Candidate::firstFailure() const {
+    const auto failed = std::find_if(steps.begin(), steps.end(), [](const Step& step) {
+        return step.result == Step::Result::failed;
+    });
+    return failed == steps.end() ? nullptr : &*failed;
+}
+
+std::size_t Explanation::listed() const {
+    return static_cast<std::size_t>(
+        std::count_if(candidates.begin(), candidates.end(),
+                      [](const Candidate& each) { return each.outcome == Outcome::listed; }));
+}
+
+std::string addressText(const nZoTavManagerPciPlugin_15_0::tBusAddress& address) {
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "%02x:%02x.%x", unsigned{address.bus},
+                  unsigned{address.device}, unsigned{address.function});
+    return text.data();
+}
+
+std::string idsText(const nZoTavManagerPciPlugin_15_0::tPciIds& ids) {
+    return join({hexadecimal(ids.vendor, 4), ":", hexadecimal(ids.device, 4), " subsystem ",
+                 hexadecimal(ids.subsystemVendor, 4), ":", hexadecimal(ids.subsystem, 4)});
+}
+
+} // namespace tavctl::explain

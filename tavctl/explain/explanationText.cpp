@@ -1,0 +1,209 @@
+// The two forms of explanations.
+#include "tavctl/explain/explanation.h"
+#include "tavctl/words.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+namespace tavctl::explain {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string_view resultName(Step::Result result) {
+    switch (result) {
+    case Step::Result::met:
+        return "ok";
+    case Step::Result::failed:
+        return "FAIL";
+    default:
+        return "note";
+    }
+}
+
+std::string_view outcomeName(Outcome outcome) {
+    switch (outcome) {
+    case Outcome::listed:
+        return "listed";
+    case Outcome::rejected:
+        return "not listed";
+    case Outcome::partOfOther:
+        return "part of another";
+    default:
+        return "not reached";
+    }
+}
+
+// A text behind a head of its own in the first line, indented alike in the following ones.
+std::string hanging(std::string_view head, std::string_view text) {
+    std::string lines = wrapped(text, head.size());
+    lines.replace(0, head.size(), head);
+    return lines;
+}
+
+std::string outcomeText(const Candidate& candidate, bool withSteps) {
+    switch (candidate.outcome) {
+    case Outcome::listed:
+        return candidate.reported == candidate.address
+                   ? "listed"
+                   : join({"listed, reported at ", addressText(candidate.reported)});
+    case Outcome::rejected: {
+        const Step* const failure = candidate.firstFailure();
+        return failure == nullptr || withSteps
+                   ? "not listed"
+                   : join({"not listed: expected that ", failure->condition, ", found ",
+                           failure->found});
+    }
+    case Outcome::partOfOther:
+        return "not an anchor of its own: it serves as a bridge of one above";
+    default:
+        return "not reached: an earlier one of this model failed, and that ends the model's turn";
+    }
+}
+
+std::string stepText(const Step& step) {
+    std::string head = "      ";
+    head.append(resultName(step.result));
+    head.append(12 - head.size(), ' ');
+    if (step.result == Step::Result::failed) {
+        std::string text = hanging(head, step.condition);
+        text += hanging(std::string(12, ' ').append("expected: "), step.expected);
+        text += hanging(std::string(12, ' ').append("found:    "), step.found);
+        return text;
+    }
+    return hanging(head,
+                   step.found.empty() ? step.condition : join({step.condition, ": ", step.found}));
+}
+
+std::string changeText(const Change& change) {
+    return hanging("      change: ", join({"[", change.section, "] ", change.key, " = ",
+                                           change.value, "\n(", change.reason, ")"}));
+}
+
+std::string candidateText(const Candidate& candidate, bool withSteps) {
+    std::string head = join({"    ", addressText(candidate.address), "  "});
+    std::string text = hanging(head, outcomeText(candidate, withSteps));
+    if (withSteps) {
+        for (const Step& step : candidate.steps)
+            text += stepText(step);
+    }
+    for (const Change& change : candidate.changes)
+        text += changeText(change);
+    return text;
+}
+
+std::string nearText(const Explanation& explanation) {
+    const bool anyListed =
+        std::any_of(explanation.near.begin(), explanation.near.end(),
+                    [](const NearFunction& each) { return !each.changes.empty(); });
+    // Functions that would not be listed either are of interest only for want of better ones.
+    if (!anyListed && !explanation.candidates.empty())
+        return {};
+    std::string text = "  Nearly the anchor's identifiers:\n";
+    for (const NearFunction& near : explanation.near) {
+        if (anyListed && near.changes.empty())
+            continue;
+        text += hanging(join({"    ", addressText(near.address), "  "}),
+                        join({idsText(near.ids), near.isBridge ? ", a bridge" : ", no bridge",
+                              near.changes.empty() ? "; not listed with these either" : ""}));
+        for (const Change& change : near.changes)
+            text += changeText(change);
+    }
+    return text;
+}
+
+std::string verdict(const Explanation& explanation) {
+    const std::size_t listed = explanation.listed();
+    if (listed == 0)
+        return "not listed";
+    return listed == 1 ? "listed once" : join({"listed ", std::to_string(listed), " times"});
+}
+
+std::string explanationText(const Explanation& explanation, bool all) {
+    std::string text = wrapped(join({explanation.model, ": ", verdict(explanation)}), 0);
+    text += join({"  ", explanation.file, "\n"});
+    for (const std::string& anchor : explanation.anchors)
+        text += hanging("  anchor: ", anchor);
+    if (explanation.candidates.empty())
+        text += "  No function of this bus has the anchor's identifiers.\n";
+    bool shownMiss = false;
+    for (const Candidate& candidate : explanation.candidates) {
+        const bool isMiss = candidate.outcome == Outcome::rejected;
+        const bool isAnswer = isMiss && !shownMiss && explanation.listed() == 0;
+        text += candidateText(candidate, all || isAnswer);
+        shownMiss = shownMiss || isMiss;
+    }
+    if (!explanation.near.empty())
+        text += nearText(explanation);
+    return text;
+}
+
+Json changesJson(const std::vector<Change>& changes) {
+    Json list = Json::array();
+    for (const Change& change : changes)
+        list.push_back(Json{{"section", change.section},
+                            {"key", change.key},
+                            {"value", change.value},
+                            {"reason", change.reason}});
+    return list;
+}
+
+Json candidateJson(const Candidate& candidate) {
+    Json steps = Json::array();
+    for (const Step& step : candidate.steps)
+        steps.push_back(
+            Json{{"result", resultName(step.result)},
+                 {"condition", step.condition},
+                 {"expected", step.expected},
+                 {"found", step.found},
+                 {"section", step.section.empty() ? Json(nullptr) : Json(step.section)}});
+    return Json{{"address", addressText(candidate.address)},
+                {"slotPath", candidate.slotPath},
+                {"anchor", candidate.anchor},
+                {"outcome", outcomeName(candidate.outcome)},
+                {"reported", candidate.outcome == Outcome::listed
+                                 ? Json(addressText(candidate.reported))
+                                 : Json(nullptr)},
+                {"steps", std::move(steps)},
+                {"changes", changesJson(candidate.changes)}};
+}
+
+} // namespace
+
+std::string explanationsAsText(const std::vector<Explanation>& explanations) {
+    std::string text;
+    for (const Explanation& explanation : explanations) {
+        text.append(text.empty() ? "" : "\n");
+        text += explanationText(explanation, explanations.size() == 1);
+    }
+    return text;
+}
+
+std::string explanationsAsJson(const std::vector<Explanation>& explanations) {
+    Json models = Json::array();
+    for (const Explanation& explanation : explanations) {
+        Json candidates = Json::array();
+        for (const Candidate& candidate : explanation.candidates)
+            candidates.push_back(candidateJson(candidate));
+        Json near = Json::array();
+        for (const NearFunction& each : explanation.near)
+            near.push_back(Json{{"address", addressText(each.address)},
+                                {"ids", idsText(each.ids)},
+                                {"isBridge", each.isBridge},
+                                {"changes", changesJson(each.changes)}});
+        models.push_back(Json{
+            {"model", explanation.model},
+            {"file", explanation.file},
+            {"listed", explanation.listed()},
+            {"anchors", explanation.anchors},
+            {"failure", explanation.failure.empty() ? Json(nullptr) : Json(explanation.failure)},
+            {"candidates", std::move(candidates)},
+            {"near", std::move(near)}});
+    }
+    const Json whole{{"models", std::move(models)}};
+    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+} // namespace tavctl::explain

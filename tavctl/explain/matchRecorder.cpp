@@ -1,0 +1,301 @@
+#include "tavctl/explain/matchRecorder.h"
+
+#include "pcibus/position.h"
+#include "quil/zoerr.h"
+#include "source/topologyWalk.h"
+#include "tavctl/statusText.h"
+#include "tavctl/words.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+namespace tavctl::explain {
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0;
+using nZoPciBrdWrapper_15_0::kNoHandle;
+using nZoPxiDriverTools_1_0::cSlotPath;
+using Result = Step::Result;
+
+std::string machineText(const cSlotPath& path) {
+    nZOQUIL000::tErrorStatus status;
+    std::string text;
+    path.FormatMachineText(text, status);
+    return text;
+}
+
+std::string mapText(const std::string& map) {
+    return map.empty() ? "\"\"" : map;
+}
+
+// What an exception says to a person: the plug-in's own message, or its status in words.
+std::string reasonOf(const std::exception& exception) {
+    const auto* const raised = dynamic_cast<const zoerr::Exception*>(&exception);
+    if (raised == nullptr)
+        return exception.what();
+    const auto record = nlohmann::json::parse(raised->text(), nullptr, false);
+    if (record.is_object() && record.contains("Message") && record["Message"].is_string())
+        return record["Message"].get<std::string>();
+    return describeStatus(raised->status().code);
+}
+
+} // namespace
+
+Candidate* MatchRecorder::current() {
+    return candidate_ == kNone ? nullptr : &explanation().candidates[candidate_];
+}
+
+void MatchRecorder::step(Step step) {
+    failedStep_ = failedStep_ || step.result == Result::failed;
+    if (Candidate* const candidate = current())
+        candidate->steps.push_back(std::move(step));
+}
+
+void MatchRecorder::failStep(std::string condition, std::string expected, std::string found) {
+    step(
+        {Result::failed, std::move(condition), std::move(expected), std::move(found), lookingFor_});
+}
+
+std::string MatchRecorder::partName(const tBridgeDescription& description) const {
+    return names_[model_].bridge(description);
+}
+
+void MatchRecorder::setAddress(Candidate& candidate) {
+    try {
+        wrapper_.GetBridgeAddress(candidate.handle, &candidate.address.bus,
+                                  &candidate.address.device, &candidate.address.function);
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the address stays unknown
+    }
+}
+
+std::string MatchRecorder::bridgeText(std::uint32_t bridge) {
+    Candidate at;
+    at.handle = bridge;
+    setAddress(at);
+    return join({"bridge ", addressText(at.address)});
+}
+
+// What stands where no bridge was found.
+std::string MatchRecorder::placeText(const tBridgeDescription& description) const {
+    cSlotPath path;
+    nZOQUIL000::tErrorStatus status;
+    path.ParseMachineText(anchorPath_, status);
+    path.ApplyRelativePath(description.traversalMap, status);
+    if (status.failed())
+        return "the way cannot be taken";
+    const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
+    const std::string place = machineText(path);
+    if (const pcibus::PciFunction* const at = pcibus::functionAt(bus_, path.rootBus, hops))
+        return join(
+            {"no bridge but ", addressText({at->bus, at->device, at->function}), " at ", place});
+    return join({"nothing at ", place});
+}
+
+void MatchRecorder::onModel(std::uint32_t index) {
+    model_ = index;
+    anchorsBegun_ = 0;
+    candidate_ = kNone;
+    lookingFor_.clear();
+    failedStep_ = false;
+    naming_ = false;
+    placing_ = false;
+}
+
+void MatchRecorder::onModelFailed(const std::exception& exception) {
+    explanation().failure = reasonOf(exception);
+    // A condition that failed by an answer is told already; one that raised is not.
+    if (failedStep_)
+        return;
+    std::string condition = "the bus can be read";
+    if (placing_)
+        condition = "a bridge stands above it";
+    else if (naming_)
+        condition = "a terminal name can be given";
+    else if (!lookingFor_.empty())
+        condition = join({"[", lookingFor_, "] can be looked up"});
+    const Candidate* const candidate = current();
+    if (placing_ && candidate != nullptr && bus_.parentOfBus(candidate->address.bus) == nullptr)
+        failStep(
+            std::move(condition), "a bridge",
+            join({"none, since bus ", hexadecimal(candidate->address.bus, 2), " is a root bus"}));
+    else
+        failStep(std::move(condition), "no failure", explanation().failure);
+}
+
+void MatchRecorder::onAnchor(const tAnchorIdentity&) {
+    anchor_ = anchorsBegun_++;
+    candidate_ = kNone;
+}
+
+void MatchRecorder::onDeviceAnchor(const tBusAddress& address) {
+    auto& candidates = explanation().candidates;
+    const auto known = std::find_if(candidates.begin(), candidates.end(), [&](const auto& each) {
+        return each.handle == kNoHandle && each.address == address;
+    });
+    if (known != candidates.end()) {
+        candidate_ = kNone; // the pass over all addresses begins again for each anchor
+        return;
+    }
+    Candidate candidate;
+    candidate.anchor = anchor_;
+    candidate.address = address;
+    candidate.qualified = true;
+    candidate_ = candidates.size();
+    candidates.push_back(std::move(candidate));
+    lookingFor_.clear();
+    placing_ = true;
+}
+
+void MatchRecorder::onDeviceAnchorPlaced(const tBusAddress& address, const cSlotPath& slotPath) {
+    placing_ = false;
+    Candidate* const candidate = current();
+    if (candidate == nullptr || candidate->address != address)
+        return;
+    candidate->slotPath = machineText(slotPath);
+    step({Result::met, "a bridge stands above it", {}, candidate->slotPath, {}});
+}
+
+void MatchRecorder::onCandidates(const Handles& bridges, std::size_t) {
+    for (const std::uint32_t bridge : bridges) {
+        Candidate candidate;
+        candidate.anchor = anchor_;
+        candidate.handle = bridge;
+        candidate.outcome = Outcome::notReached; // until it is tried
+        setAddress(candidate);
+        explanation().candidates.push_back(std::move(candidate));
+    }
+}
+
+void MatchRecorder::onCandidate(std::uint32_t bridge, const cSlotPath& slotPath) {
+    auto& candidates = explanation().candidates;
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        if (candidates[i].handle == bridge && candidates[i].anchor == anchor_)
+            candidate_ = i;
+    }
+    anchorPath_ = machineText(slotPath);
+    current()->slotPath = anchorPath_;
+    current()->outcome = Outcome::rejected;
+    lookingFor_.clear();
+}
+
+void MatchRecorder::onLookUp(const tBridgeDescription& description) {
+    lookingFor_ = partName(description);
+}
+
+void MatchRecorder::onDescribedBridge(const tBridgeDescription& description, std::uint32_t bridge,
+                                      bool counts) {
+    const std::string section = std::exchange(lookingFor_, {});
+    const std::string condition =
+        join({"[", section, "] stands at ", mapText(description.traversalMap)});
+    if (bridge == kNoHandle) {
+        step({Result::failed, condition, "a bridge", placeText(description), section});
+        failedStep_ = false; // the search goes on with the next candidate
+    } else if (counts)
+        step({Result::met, condition, "a bridge", bridgeText(bridge), section});
+    else
+        step({Result::noted, condition,
+              join({"a bridge with the anchor's identifiers, ", idsText(description.ids)}),
+              join({bridgeText(bridge), ", which has others or serves elsewhere; not counted"}),
+              section});
+}
+
+void MatchRecorder::onCandidateCounted(const Handles& matched, std::size_t required) {
+    const bool qualifies = matched.size() == required;
+    step({qualifies ? Result::met : Result::failed,
+          "the bridges found, the anchor included, are as many as described",
+          std::to_string(required),
+          std::to_string(matched.size()),
+          {}});
+    failedStep_ = false; // the search goes on with the next candidate
+    if (!qualifies)
+        return;
+    current()->qualified = true;
+    for (Candidate& each : explanation().candidates) {
+        if (each.anchor == anchor_ && each.outcome == Outcome::notReached &&
+            matched.contains(each.handle))
+            each.outcome = Outcome::partOfOther;
+    }
+}
+
+void MatchRecorder::onWalk(const tBusAddress& address, const cSlotPath& anchor) {
+    auto& candidates = explanation().candidates;
+    const std::string path = machineText(anchor);
+    candidate_ = kNone;
+    for (std::size_t i = 0; i < candidates.size() && candidate_ == kNone; ++i) {
+        if (candidates[i].qualified && !candidates[i].walked && candidates[i].address == address)
+            candidate_ = i;
+    }
+    failedStep_ = false;
+    naming_ = false;
+    labelsTaken_ = 0;
+    lookingFor_.clear();
+    anchorPath_ = path;
+    Candidate* const candidate = current();
+    if (candidate == nullptr)
+        return;
+    candidate->walked = true;
+    if (candidate->slotPath != path)
+        step({Result::noted,
+              "its places are looked for from its own slot path",
+              candidate->slotPath,
+              join({path, ", that of another anchor of the model"}),
+              {}});
+}
+
+void MatchRecorder::onReportingBridge(const tBridgeDescription& description, std::uint32_t bridge) {
+    const std::string section = std::exchange(lookingFor_, {});
+    step({bridge == kNoHandle ? Result::failed : Result::met,
+          join({"[", section, "], at whose address the device is reported, stands at ",
+                mapText(description.traversalMap)}),
+          "a bridge", bridge == kNoHandle ? placeText(description) : bridgeText(bridge), section});
+}
+
+void MatchRecorder::onUpstreamPort(const tBridgeDescription& description, std::uint32_t bridge) {
+    const std::string section = std::exchange(lookingFor_, {});
+    step({bridge == kNoHandle ? Result::failed : Result::met,
+          join({"the upstream port stands at ", mapText(description.traversalMap)}), "a bridge",
+          bridge == kNoHandle ? placeText(description) : bridgeText(bridge), section});
+}
+
+void MatchRecorder::onDownstreamPort(const tBridgeDescription& description, std::uint32_t bridge) {
+    const std::string section = std::exchange(lookingFor_, {});
+    if (bridge == kNoHandle)
+        step({Result::noted,
+              join({"[", section, "] stands at ", mapText(description.traversalMap)}), "a bridge",
+              join({placeText(description), "; the port takes no label"}), section});
+    else
+        step({Result::met, join({"[", section, "] stands at ", mapText(description.traversalMap)}),
+              "a bridge", bridgeText(bridge), section});
+}
+
+void MatchRecorder::onPortLabels(std::uint32_t linkWidth, std::uint32_t wanted, std::size_t left) {
+    const std::string width =
+        linkWidth == 0 ? std::string() : join({" (link width ", std::to_string(linkWidth), ")"});
+    step({wanted <= left ? Result::met : Result::failed,
+          join({"there are labels for this port", width}),
+          counted(wanted, "label"),
+          join({counted(left, "label"), " left"}),
+          {}});
+    labelsTaken_ += wanted;
+}
+
+void MatchRecorder::onLabelsLeft(std::size_t left) {
+    step({left == 0 ? Result::met : Result::failed,
+          "the labels come out even",
+          counted(labelsTaken_, "label"),
+          left == 0 ? counted(labelsTaken_, "label") : join({counted(left, "label"), " too many"}),
+          {}});
+    naming_ = left == 0;
+}
+
+void MatchRecorder::onDevice(const tDeviceRecord& record) {
+    Candidate* const candidate = current();
+    if (candidate == nullptr)
+        return;
+    candidate->outcome = Outcome::listed;
+    candidate->reported = {record.bus, record.device, record.function};
+}
+
+} // namespace tavctl::explain

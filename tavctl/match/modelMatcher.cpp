@@ -1,0 +1,48 @@
+#include "tavctl/match/modelMatcher.h"
+
+#include "pciBrdWrapper/cPciBrdWrapper_ex.h"
+#include "platform/dynamicLibrary.h"
+#include "quil/cQUILDeviceFinder.h"
+#include "quil/zoerr.h"
+#include "source/cPciTavPluginCache.h"
+#include "source/exceptionStatus.h"
+#include "source/modelList.h"
+#include "tavctl/diagnosis.h"
+#include "tavctl/failure.h"
+#include "tavctl/match/scratchNames.h"
+
+namespace tavctl {
+
+using namespace nZoTavManagerPciPlugin_15_0;
+
+MatchBus hostBus() {
+    nZOQUIL000::tErrorStatus status;
+    auto wrapper = std::make_unique<nZoPciBrdWrapper_15_0::cPciBrdWrapper_ex>(status);
+    if (status.failed())
+        throw FailureException({"load bridge library",
+                                platform::libraryFileName("zopcibrd"),
+                                {},
+                                status.code,
+                                status.textOrEmpty()});
+    return {std::make_unique<cQUILDeviceFinder>(), std::move(wrapper)};
+}
+
+std::vector<tDeviceRecord> ModelMatcher::match(const std::vector<tModelDescription>& models,
+                                               MatchObserver* observer) {
+    ScratchFilesystem filesystem;
+    ScratchIniFile iniFile;
+    cTerminalNameDb names(filesystem, iniFile);
+    ModelList list(models);
+    cPciTavPluginCache cache;
+    try {
+        cache.Build(*bus_.finder, *bus_.wrapper, filesystem, names, list, observer);
+    } catch (const zoerr::Exception&) {
+        throw FailureException(diagnoseInitialize(statusOfCurrentException(), {}));
+    }
+    std::vector<tDeviceRecord> records;
+    for (std::uint32_t i = 0; i < cache.Count(); ++i)
+        records.push_back(cache.RecordAt(i));
+    return records;
+}
+
+} // namespace tavctl

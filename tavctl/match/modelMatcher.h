@@ -1,0 +1,49 @@
+// Matches models against a bus with the plug-in's own code, without the plug-in's files: what comes
+// out is what the plug-in would list for these models, and an observer hears why.
+#pragma once
+
+#include "pciBrdWrapper/iPciBrdWrapper_ex.h"
+#include "quil/iQUILDeviceFinder.h"
+#include "source/deviceRecord.h"
+#include "source/matchObserver.h"
+#include "source/modelDescription.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tavctl {
+
+// The two ways to the bus that the plug-in has.
+struct MatchBus {
+    std::unique_ptr<nZoTavManagerPciPlugin_15_0::iQUILDeviceFinder> finder;
+    std::unique_ptr<nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex> wrapper;
+};
+
+// Those that the plug-in uses: the system's devices and the bridge library. Raises
+// FailureException when the library cannot be loaded.
+MatchBus hostBus();
+
+class ModelMatcher {
+public:
+    using tModelDescription = nZoTavManagerPciPlugin_15_0::tModelDescription;
+    using tDeviceRecord = nZoTavManagerPciPlugin_15_0::tDeviceRecord;
+    using MatchObserver = nZoTavManagerPciPlugin_15_0::MatchObserver;
+
+    explicit ModelMatcher(MatchBus bus) : bus_(std::move(bus)) {}
+
+    // The devices that the plug-in would list, under names as if none were stored. The bus is read
+    // anew each time. Raises FailureException when it cannot be.
+    std::vector<tDeviceRecord> match(const std::vector<tModelDescription>& models,
+                                     MatchObserver* observer = nullptr);
+
+    // The way to the bridges; its session is open only while match() works, for observers.
+    [[nodiscard]] nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& wrapper() {
+        return *bus_.wrapper;
+    }
+
+private:
+    MatchBus bus_;
+};
+
+} // namespace tavctl

@@ -1,0 +1,235 @@
+// What explain says agrees with what the plug-in lists, its reasons stand in the order in which the
+// plug-in tests, and the changes that it proposes do what they promise.
+#include "tavctl/lint/positionedIni.h"
+#include "tests/support/command.h"
+#include "tests/support/fileFolder.h"
+#include "tests/tavctl/descriptionMutations.h"
+#include "tests/tavctl/randomMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testsupport::FileFolder;
+
+testsupport::CommandResult tavctl(const std::string& arguments) {
+    return testsupport::runCommand(TAVCTL_FILE " " + arguments);
+}
+
+std::string inQuotes(const fs::path& path) {
+    return "'" + path.string() + "'";
+}
+
+// Model and address of each device, in a fixed order.
+using Devices = std::multiset<std::string>;
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+// A dump and a folder of descriptions.
+struct Machine {
+    fs::path dump;
+    fs::path descriptions;
+
+    [[nodiscard]] std::string options() const {
+        return " --json --dump " + inQuotes(dump) + " --descriptions " + inQuotes(descriptions);
+    }
+
+    // Nothing when the plug-in cannot be initialised.
+    [[nodiscard]] std::optional<Devices> listed() const {
+        const FileFolder state;
+        const auto result = tavctl("list" + options() + " --state " + inQuotes(state.file("")));
+        if (result.exitStatus != 0)
+            return std::nullopt;
+        Devices devices;
+        const json whole = json::parse(result.output);
+        for (const json& each : whole.at("devices")) {
+            char address[16];
+            std::snprintf(address, sizeof address, "%02x:%02x.%x", each.at("bus").get<unsigned>(),
+                          each.at("device").get<unsigned>(), each.at("function").get<unsigned>());
+            devices.insert(each.at("model").get<std::string>() + " " + address);
+        }
+        return devices;
+    }
+
+    [[nodiscard]] json explained(const std::string& model = {}) const {
+        const auto result =
+            tavctl("explain" + options() + (model.empty() ? "" : " '" + model + "'"));
+        const json whole = json::parse(result.output, nullptr, false);
+        if (whole.is_discarded())
+            throw std::runtime_error("explain printed " + result.output);
+        return whole;
+    }
+};
+
+Devices listedBy(const json& explanation) {
+    Devices devices;
+    for (const json& model : explanation.at("models")) {
+        std::size_t count = 0;
+        for (const json& candidate : model.at("candidates")) {
+            const bool failed =
+                std::any_of(candidate.at("steps").begin(), candidate.at("steps").end(),
+                            [](const json& step) { return step.at("result") == "FAIL"; });
+            if (candidate.at("outcome") == "listed") {
+                EXPECT_FALSE(failed) << candidate;
+                devices.insert(model.at("model").get<std::string>() + " " +
+                               candidate.at("reported").get<std::string>());
+                ++count;
+            } else if (candidate.at("outcome") == "not listed") {
+                EXPECT_TRUE(failed) << "no reason is given: " << model;
+                EXPECT_EQ(candidate.at("steps").back().at("result"), "FAIL")
+                    << "something was tested after the first failure: " << candidate;
+            }
+        }
+        EXPECT_EQ(model.at("listed"), count);
+    }
+    return devices;
+}
+
+TEST(Explain, AgreesWithThePluginOnEveryWholeSystemCase) {
+    std::size_t cases = 0;
+    for (const auto& entry :
+         fs::directory_iterator(fs::path(TAV_SOURCE_DIR) / "tests" / "system" / "cases")) {
+        const auto part = [&](const char* name, const char* link) {
+            if (fs::exists(entry.path() / name))
+                return entry.path() / name;
+            std::string target = contentOf(entry.path() / link);
+            target.erase(target.find_last_not_of('\n') + 1);
+            return fs::path(TAV_SOURCE_DIR) / target;
+        };
+        const Machine machine{part("bus.dump", "bus.path"),
+                              part("descriptions", "descriptions.path")};
+        ++cases;
+        const auto listed = machine.listed();
+        const auto result = tavctl("explain" + machine.options());
+        if (!listed || !fs::exists(machine.descriptions / "PCI Hardware Descriptions")) {
+            EXPECT_EQ(result.exitStatus, 3) << entry.path() << result.output;
+            EXPECT_TRUE(json::parse(result.output).contains("error"));
+            continue;
+        }
+        EXPECT_EQ(result.exitStatus, 0) << entry.path() << result.output;
+        EXPECT_EQ(listedBy(json::parse(result.output)), *listed) << entry.path();
+    }
+    EXPECT_GT(cases, 15U);
+}
+
+// The text of a description with one value changed or added; or, without a value, removed.
+std::string edited(const std::string& text, const std::string& section, const std::string& key,
+                   const std::string& value) {
+    const tavctl::lint::PositionedIni ini(text);
+    std::istringstream lines(text);
+    std::string result;
+    const auto replaced = ini.linesOf(section, key);
+    const int header = ini.header(section).line;
+    int number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        ++number;
+        const bool isReplaced =
+            std::find(replaced.begin(), replaced.end(), number) != replaced.end();
+        if (!isReplaced)
+            result += line + "\n";
+        if (number == header && !value.empty())
+            result += key + " = " + value + "\n";
+    }
+    if (header == 0) { // the section that describes the anchor is a new one
+        result += "[" + section + "]\nIDsSameAs = Anchor\n" + key + " = " + value + "\n";
+        result = edited(result, "UpstreamTAV", "InternalBridges", "Anchor");
+    }
+    return result;
+}
+
+struct Tally {
+    std::size_t listed = 0;
+    std::size_t rejected = 0;
+    std::size_t changes = 0;
+};
+
+// Makes each proposed change to the file and looks whether the plug-in lists the candidate then.
+void expectChangesWork(const Machine& machine, const fs::path& file, const json& model,
+                       Tally& tally) {
+    const std::string text = contentOf(file);
+    for (const json& candidate : model.at("candidates")) {
+        for (const json& change : candidate.at("changes")) {
+            const std::string section = change.at("section");
+            std::string changed = text;
+            std::string keys = change.at("key");
+            std::string values = change.at("value");
+            if (keys.find(',') == std::string::npos) {
+                changed = edited(changed, section, keys, values);
+            } else {
+                changed = edited(changed, section, "IDsSameAs", "");
+                std::istringstream keyList(keys);
+                std::istringstream valueList(values);
+                std::string key;
+                std::string value;
+                while (std::getline(keyList >> std::ws, key, ',') &&
+                       std::getline(valueList >> std::ws, value, ','))
+                    changed = edited(changed, section, key, value);
+            }
+            std::ofstream(file, std::ios::binary) << changed;
+            const json after = machine.explained(model.at("model").get<std::string>());
+            bool found = false;
+            for (const json& each : after.at("models").at(0).at("candidates"))
+                found = found || (each.at("address") == candidate.at("address") &&
+                                  each.at("outcome") == "listed");
+            EXPECT_TRUE(found) << change << "\n" << text << "\n" << changed << after;
+            const auto listed = machine.listed();
+            ASSERT_TRUE(listed) << changed;
+            EXPECT_EQ(listedBy(machine.explained()), *listed) << changed;
+            ++tally.changes;
+        }
+    }
+    std::ofstream(file, std::ios::binary) << text;
+}
+
+TEST(Explain, AgreesWithThePluginOnGeneratedMachines) {
+    std::mt19937 random(1503); // NOLINT(bugprone-random-generator-seed): the same each time
+    Tally tally;
+    for (int i = 0; i < 150; ++i) {
+        const FileFolder folder;
+        const auto made = testtavctl::randomMachine(random);
+        const fs::path descriptions = folder.file("PCI Hardware Descriptions");
+        fs::create_directory(descriptions);
+        Machine machine{folder.write("bus.dump", made.bus.dump()), folder.file("")};
+        for (const char* name : {"a", "b"})
+            std::ofstream(descriptions / (std::string(name) + ".ini"))
+                << testtavctl::randomDescription(made, random, std::string("Model ") + name);
+        const auto listed = machine.listed();
+        ASSERT_TRUE(listed);
+        const json explanation = machine.explained();
+        ASSERT_EQ(listedBy(explanation), *listed)
+            << contentOf(descriptions / "a.ini") << contentOf(descriptions / "b.ini")
+            << explanation;
+        tally.listed += listed->size();
+        for (const json& model : explanation.at("models")) {
+            for (const json& candidate : model.at("candidates"))
+                tally.rejected += candidate.at("outcome") == "not listed" ? 1U : 0U;
+            if (i < 60) {
+                ASSERT_NO_FATAL_FAILURE(
+                    expectChangesWork(machine, model.at("file").get<std::string>(), model, tally));
+            }
+        }
+    }
+    // Both kinds must occur often, or the test shows nothing.
+    EXPECT_GT(tally.listed, 50U);
+    EXPECT_GT(tally.rejected, 50U);
+    EXPECT_GT(tally.changes, 20U);
+}
+
+} // namespace
