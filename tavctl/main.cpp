@@ -1,6 +1,7 @@
 // tavctl, the plug-in's host on the command line.
 #include "platform/commandLine.h"
 #include "tavctl/commonOptions.h"
+#include "tavctl/describeCommand.h"
 #include "tavctl/exitStatus.h"
 #include "tavctl/explainCommand.h"
 #include "tavctl/failure.h"
@@ -31,8 +32,8 @@ ExitStatus run(std::vector<std::string> words) {
     options.addTo(*list);
     list->footer("Example: tavctl list --dump samples/switchboxes.dump "
                  "--descriptions descriptions --state /tmp/names");
-    const tavctl::Command commands[] = {tavctl::addLintCommand(app),
-                                        tavctl::addExplainCommand(app)};
+    const tavctl::Command commands[] = {tavctl::addLintCommand(app), tavctl::addExplainCommand(app),
+                                        tavctl::addDescribeCommand(app)};
 
     try {
         // Without the program's name, and the first word last.
