@@ -10,27 +10,54 @@
 
 namespace tavctl {
 
+namespace {
+
+using nZoTavManagerPciPlugin_15_0::cPciTavFilesystem;
+
+std::filesystem::path pathOf(const std::string& utf8) {
+    return {std::u8string(utf8.begin(), utf8.end())};
+}
+
+[[noreturn]] void fail(const std::string& object, const zoerr::Exception& exception) {
+    throw FailureException(
+        {"list descriptions", object, {}, exception.status().code, exception.text()});
+}
+
+std::vector<std::string> filesLike(cPciTavFilesystem& filesystem, const std::string& pattern) {
+    std::vector<std::string> files;
+    try {
+        filesystem.ListFiles(pattern, files);
+    } catch (const zoerr::Exception& exception) {
+        fail(pattern, exception);
+    }
+    const std::string folder = pattern.substr(0, platform::lastSeparator(pattern) + 1);
+    std::error_code error;
+    if (files.empty() && !std::filesystem::is_directory(pathOf(folder), error))
+        throw FailureException({"list descriptions", folder, "there is no such folder", {}, {}});
+    return files;
+}
+
+} // namespace
+
 std::vector<std::string> descriptionFiles() {
-    using nZoTavManagerPciPlugin_15_0::cPciTavFilesystem;
     cPciTavFilesystem filesystem;
     std::string pattern;
     try {
         pattern = filesystem.GetDescriptionFilePattern();
-        std::vector<std::string> files;
-        filesystem.ListFiles(pattern, files);
-        const std::string folder = pattern.substr(0, platform::lastSeparator(pattern) + 1);
-        std::error_code error;
-        if (files.empty() && !std::filesystem::is_directory(std::filesystem::u8path(folder), error))
-            throw FailureException(
-                {"list descriptions", folder, "there is no such folder", {}, {}});
-        return files;
     } catch (const zoerr::Exception& exception) {
-        throw FailureException({"list descriptions",
-                                pattern,
-                                {},
-                                nZoTavManagerPciPlugin_15_0::statusOfCurrentException(),
-                                exception.text()});
+        fail("configuration", exception);
     }
+    return filesLike(filesystem, pattern);
+}
+
+std::vector<std::string> descriptionFilesIn(const std::string& folder) {
+    cPciTavFilesystem filesystem;
+    const std::string separator(1, platform::pathSeparator());
+    std::string pattern = folder;
+    if (platform::lastSeparator(pattern) + 1 != pattern.size())
+        pattern += separator;
+    pattern.append("PCI Hardware Descriptions").append(separator).append("*.ini");
+    return filesLike(filesystem, pattern);
 }
 
 } // namespace tavctl

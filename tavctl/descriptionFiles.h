@@ -10,4 +10,7 @@ namespace tavctl {
 // the folder cannot be listed or is not there.
 std::vector<std::string> descriptionFiles();
 
+// The same for a folder that holds "PCI Hardware Descriptions".
+std::vector<std::string> descriptionFilesIn(const std::string& folder);
+
 } // namespace tavctl

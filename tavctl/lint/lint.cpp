@@ -2,6 +2,7 @@
 
 #include "source/descriptionLoader.h"
 #include "tavctl/lint/findings.h"
+#include "tavctl/lint/modelTree.h"
 #include "tavctl/words.h"
 
 #include <algorithm>
@@ -47,6 +48,23 @@ void checkModelNames(std::deque<Linted>& all) {
     }
 }
 
+void checkSameTree(std::deque<Linted>& all) {
+    for (std::size_t later = 1; later < all.size(); ++later) {
+        const Description& description = all[later].description;
+        for (std::size_t earlier = 0; earlier < later && description.loads(); ++earlier) {
+            const Description& other = all[earlier].description;
+            if (!other.loads() || !satisfiedByOneTree(other.model(), description.model()))
+                continue;
+            all[later].findings.add(
+                "same-tree", description.text().header(kSectionAnchor),
+                join({"a box can be taken for this model and for ", quoted(other.model().model),
+                      " (", other.path(), ") at once: it is listed twice then"}),
+                "an anchor, or counted bridges, that tell the models apart");
+            break;
+        }
+    }
+}
+
 } // namespace
 
 std::size_t Report::errors() const {
@@ -69,6 +87,7 @@ Report lint(const std::vector<std::string>& files) {
     for (const std::string& file : files)
         all.emplace_back(file).checkAlone();
     checkModelNames(all);
+    checkSameTree(all);
     Report report{files, {}};
     for (Linted& each : all) {
         auto findings = std::move(each.findings).sorted();

@@ -1,6 +1,7 @@
 // Checks description files: every problem of every file.
 #pragma once
 
+#include "tavctl/lint/against.h"
 #include "tavctl/lint/description.h"
 #include "tavctl/lint/finding.h"
 
@@ -26,7 +27,7 @@ Report lint(const std::vector<std::string>& files);
 std::string reportAsText(const Report& report);
 
 // One JSON object in one line, with its line feed.
-std::string reportAsJson(const Report& report);
+std::string reportAsJson(const Report& report, const std::vector<Comparison>& comparisons = {});
 
 // The table of rules, for people and as JSON.
 std::string rulesAsText();

@@ -81,6 +81,22 @@ Json placeOrNull(int number) {
     return number == 0 ? Json(nullptr) : Json(number);
 }
 
+Json againstJson(const std::vector<Comparison>& comparisons) {
+    Json list = Json::array();
+    for (const Comparison& comparison : comparisons) {
+        Json models = Json::array();
+        for (const FoundModel& each : comparison.models)
+            models.push_back(Json{{"change", each.change == FoundModel::Change::has     ? "has"
+                                             : each.change == FoundModel::Change::gains ? "gains"
+                                                                                        : "loses"},
+                                  {"model", each.model},
+                                  {"address", each.address},
+                                  {"slotPath", each.slotPath}});
+        list.push_back(Json{{"dump", comparison.dump}, {"models", std::move(models)}});
+    }
+    return list;
+}
+
 std::string dumped(const Json& whole) {
     return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -107,7 +123,7 @@ std::string reportAsText(const Report& report) {
     return out;
 }
 
-std::string reportAsJson(const Report& report) {
+std::string reportAsJson(const Report& report, const std::vector<Comparison>& comparisons) {
     Json findings = Json::array();
     for (const Finding& finding : report.findings)
         findings.push_back(Json{{"file", finding.file},
@@ -124,7 +140,8 @@ std::string reportAsJson(const Report& report) {
                        {"findings", std::move(findings)},
                        {"errors", report.errors()},
                        {"warnings", report.warnings()},
-                       {"loads", !report.endsLoad()}});
+                       {"loads", !report.endsLoad()},
+                       {"against", againstJson(comparisons)}});
 }
 
 std::string rulesAsText() {

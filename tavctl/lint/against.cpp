@@ -1,0 +1,121 @@
+#include "tavctl/lint/against.h"
+
+#include "pcibus/readBus.h"
+#include "tavctl/explain/explanation.h"
+#include "tavctl/failure.h"
+#include "tavctl/match/busBridges.h"
+#include "tavctl/words.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace tavctl::lint {
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0;
+using Change = FoundModel::Change;
+
+class FoundModels : public MatchObserver {
+public:
+    void onWalk(const tBusAddress&, const cSlotPath& anchor) override {
+        nZOQUIL000::tErrorStatus status;
+        anchor.FormatMachineText(path_, status);
+    }
+    void onDevice(const tDeviceRecord& record) override {
+        found.push_back({Change::has, record.modelName,
+                         explain::addressText({record.bus, record.device, record.function}),
+                         path_});
+    }
+    std::vector<FoundModel> found;
+
+private:
+    std::string path_;
+};
+
+std::vector<FoundModel> modelsOn(const std::shared_ptr<const pcibus::Bus>& bus,
+                                 const std::vector<tModelDescription>& models) {
+    FoundModels observer;
+    ModelMatcher(recordedBus(bus)).match(models, &observer);
+    return std::move(observer.found);
+}
+
+// Moves the first of `models` that is the same device out of them; whether there was one.
+bool takeSame(std::vector<FoundModel>& models, const FoundModel& wanted) {
+    const auto same = std::find_if(models.begin(), models.end(), [&](const FoundModel& each) {
+        return each.model == wanted.model && each.slotPath == wanted.slotPath;
+    });
+    if (same == models.end())
+        return false;
+    models.erase(same);
+    return true;
+}
+
+std::string_view changeName(Change change) {
+    if (change == Change::has)
+        return "has  ";
+    return change == Change::gains ? "gains" : "loses";
+}
+
+} // namespace
+
+std::vector<tModelDescription> loadModels(const std::vector<std::string>& files) {
+    std::vector<tModelDescription> models;
+    for (const std::string& file : files) {
+        const Description description(file);
+        if (!description.loads())
+            throw FailureException(
+                {"load description", file, "it has errors; tavctl lint shows them", {}, {}},
+                ExitStatus::problemFound);
+        models.push_back(description.model());
+    }
+    return models;
+}
+
+Comparison compare(const std::string& dump, const std::vector<tModelDescription>& models,
+                   const std::vector<tModelDescription>* before) {
+    std::shared_ptr<const pcibus::Bus> bus;
+    try {
+        bus = std::make_shared<const pcibus::Bus>(pcibus::readBus(dump));
+    } catch (const pcibus::BusError& error) {
+        throw FailureException({"read bus", dump, error.what(), {}, {}});
+    }
+    Comparison comparison{dump, modelsOn(bus, models)};
+    if (before != nullptr) {
+        std::vector<FoundModel> old = modelsOn(bus, *before);
+        for (FoundModel& each : comparison.models)
+            each.change = takeSame(old, each) ? Change::has : Change::gains;
+        for (FoundModel& each : old) {
+            each.change = Change::loses;
+            comparison.models.push_back(std::move(each));
+        }
+    }
+    std::stable_sort(comparison.models.begin(), comparison.models.end(),
+                     [](const FoundModel& a, const FoundModel& b) {
+                         return std::tuple(a.slotPath, a.change == Change::gains) <
+                                std::tuple(b.slotPath, b.change == Change::gains);
+                     });
+    return comparison;
+}
+
+bool losesAny(const std::vector<Comparison>& comparisons) {
+    return std::any_of(comparisons.begin(), comparisons.end(), [](const Comparison& comparison) {
+        return std::any_of(comparison.models.begin(), comparison.models.end(),
+                           [](const FoundModel& each) { return each.change == Change::loses; });
+    });
+}
+
+std::string comparisonsAsText(const std::vector<Comparison>& comparisons) {
+    std::string text;
+    for (const Comparison& comparison : comparisons) {
+        text += join({"\n", comparison.dump, "\n"});
+        if (comparison.models.empty())
+            text += "  has none of the models\n";
+        for (const FoundModel& each : comparison.models)
+            text +=
+                join({"  ", changeName(each.change), "  ", each.address, "  ", each.model, "\n"});
+    }
+    return text;
+}
+
+} // namespace tavctl::lint

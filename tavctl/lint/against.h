@@ -1,0 +1,38 @@
+// Which models recorded buses have, and what another folder of descriptions would change in that.
+#pragma once
+
+#include "tavctl/lint/description.h"
+
+#include <string>
+#include <vector>
+
+namespace tavctl::lint {
+
+struct FoundModel {
+    enum class Change { has, gains, loses };
+    Change change = Change::has;
+    std::string model;
+    std::string address;  // as the device is reported
+    std::string slotPath; // of its anchor
+};
+
+struct Comparison {
+    std::string dump;
+    std::vector<FoundModel> models; // by slot path; a model lost before one gained
+};
+
+// Loads files that must all load. Raises FailureException, with ExitStatus::problemFound, for one
+// that does not.
+std::vector<tModelDescription> loadModels(const std::vector<std::string>& files);
+
+// What the models find on a recorded bus; those that `before` finds as well are had, the others
+// gained, and what only `before` finds is lost. Without `before` everything is had. Raises
+// FailureException for a bus that cannot be read.
+Comparison compare(const std::string& dump, const std::vector<tModelDescription>& models,
+                   const std::vector<tModelDescription>* before);
+
+bool losesAny(const std::vector<Comparison>& comparisons);
+
+std::string comparisonsAsText(const std::vector<Comparison>& comparisons);
+
+} // namespace tavctl::lint
