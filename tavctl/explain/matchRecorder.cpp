@@ -203,10 +203,16 @@ void MatchRecorder::onDescribedBridge(const tBridgeDescription& description, std
 
 void MatchRecorder::onCandidateCounted(const Handles& matched, std::size_t required) {
     const bool qualifies = matched.size() == required;
+    std::string expected = counted(required, "bridge");
+    if (required == 0)
+        expected += "; none is described with its identifiers";
+    std::string found = counted(matched.size(), "bridge");
+    if (!qualifies && matched.size() == 1)
+        found += ", the candidate itself";
     step({qualifies ? Result::met : Result::failed,
-          "the bridges found, the anchor included, are as many as described",
-          std::to_string(required),
-          std::to_string(matched.size()),
+          "as many bridges are found, the anchor included, as must be",
+          std::move(expected),
+          std::move(found),
           {}});
     failedStep_ = false; // the search goes on with the next candidate
     if (!qualifies)

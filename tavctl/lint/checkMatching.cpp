@@ -7,7 +7,9 @@
 #include "tavctl/words.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <set>
+#include <string_view>
 
 namespace tavctl::lint {
 
@@ -26,16 +28,34 @@ public:
           models_({model_}), findings_(findings) {}
 
     void check() {
+        if (isRead({kVid, kPid, kSsVid, kSsPid, kPciHeaderType, kIDsSameAs, kAlternateAnchors,
+                    kInternalBridges, kDownstreamPorts, kHasUpstreamPort, kTraversalMapFromAnchor,
+                    kIsOptional}))
+            checkCounts();
+        if (isRead({kConnectorLabels, kLinkWidthPerLabel, kDownstreamPorts, kHasUpstreamPort,
+                    kAlternateAnchors}))
+            checkLabels();
+    }
+
+private:
+    // Whether nothing kept these keys from being read; what was not read cannot be judged.
+    [[nodiscard]] bool isRead(std::initializer_list<std::string_view> keys) const {
+        const auto& problems = description_.reads().problems();
+        return std::none_of(problems.begin(), problems.end(), [&](const LoadProblem& problem) {
+            return problem.kind == LoadProblem::Kind::cannotOpen ||
+                   std::find(keys.begin(), keys.end(), problem.key) != keys.end();
+        });
+    }
+
+    void checkCounts() {
         for (std::size_t i = 0; i < model_.anchors.size(); ++i) {
             if (model_.anchors[i].headerType == kHeaderTypeBridge)
                 checkCount(i);
         }
         if (model_.anchors.size() > 1)
             checkAlternates();
-        checkLabels();
     }
 
-private:
     // The candidate and the bridges found must come to the number of bridges described.
     void checkCount(std::size_t anchor) {
         const std::string section = description_.anchorSection(anchor);
@@ -175,8 +195,7 @@ private:
 } // namespace
 
 void checkMatching(const Description& description, Findings& findings) {
-    if (description.loads())
-        MatchingCheck(description, findings).check();
+    MatchingCheck(description, findings).check();
 }
 
 } // namespace tavctl::lint

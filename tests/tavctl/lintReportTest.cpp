@@ -51,6 +51,18 @@ TEST(LintReport, ShowsPlaceLineCaretFoundAndExpected) {
                      "The plug-in cannot load these files: it lists nothing at all.\n");
 }
 
+TEST(LintReport, AFaultThatEndsTheLoadHidesNoOther) {
+    const FileFolder folder;
+    std::string text = with(kSound, "DeviceCategory = PCI", "DeviceCategory = pci");
+    text = with(text, "ConnectorLabels = \"\"", "ConnectorLabels = A");
+    text = with(text, "PciHeaderType = 0", "PciHeaderType = 1");
+    const auto report = tavctl::lint::lint({folder.write("box.ini", text)});
+    ASSERT_EQ(report.findings.size(), 3U);
+    EXPECT_EQ(report.findings[0].rule, "unknown-category");
+    EXPECT_EQ(report.findings[1].rule, "too-many-labels");
+    EXPECT_EQ(report.findings[2].rule, "anchor-not-described");
+}
+
 TEST(LintReport, CountsCharactersAndNotBytes) {
     const FileFolder folder;
     const std::string file = folder.write(
