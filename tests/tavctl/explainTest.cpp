@@ -1,9 +1,9 @@
 // What explain says agrees with what the plug-in lists, its reasons stand in the order in which the
 // plug-in tests, and the changes that it proposes do what they promise.
-#include "tavctl/lint/positionedIni.h"
 #include "tests/support/command.h"
 #include "tests/support/fileFolder.h"
 #include "tests/tavctl/descriptionMutations.h"
+#include "tests/tavctl/guide.h"
 #include "tests/tavctl/randomMachine.h"
 
 #include <gtest/gtest.h>
@@ -129,31 +129,6 @@ TEST(Explain, AgreesWithThePluginOnEveryWholeSystemCase) {
     EXPECT_GT(cases, 15U);
 }
 
-// The text of a description with one value changed or added; or, without a value, removed.
-std::string edited(const std::string& text, const std::string& section, const std::string& key,
-                   const std::string& value) {
-    const tavctl::lint::PositionedIni ini(text);
-    std::istringstream lines(text);
-    std::string result;
-    const auto replaced = ini.linesOf(section, key);
-    const int header = ini.header(section).line;
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        ++number;
-        const bool isReplaced =
-            std::find(replaced.begin(), replaced.end(), number) != replaced.end();
-        if (!isReplaced)
-            result += line + "\n";
-        if (number == header && !value.empty())
-            result += key + " = " + value + "\n";
-    }
-    if (header == 0) { // the section that describes the anchor is a new one
-        result += "[" + section + "]\nIDsSameAs = Anchor\n" + key + " = " + value + "\n";
-        result = edited(result, "UpstreamTAV", "InternalBridges", "Anchor");
-    }
-    return result;
-}
-
 struct Tally {
     std::size_t listed = 0;
     std::size_t rejected = 0;
@@ -171,16 +146,22 @@ void expectChangesWork(const Machine& machine, const fs::path& file, const json&
             std::string keys = change.at("key");
             std::string values = change.at("value");
             if (keys.find(',') == std::string::npos) {
-                changed = edited(changed, section, keys, values);
+                const bool isNew = text.find("[" + section + "]") == std::string::npos;
+                changed = testtavctl::withValue(changed, section, keys, values);
+                if (isNew) { // the section that describes the anchor
+                    changed = testtavctl::withValue(changed, section, "IDsSameAs", "Anchor");
+                    changed =
+                        testtavctl::withValue(changed, "UpstreamTAV", "InternalBridges", "Anchor");
+                }
             } else {
-                changed = edited(changed, section, "IDsSameAs", "");
+                changed = testtavctl::withValue(changed, section, "IDsSameAs", "");
                 std::istringstream keyList(keys);
                 std::istringstream valueList(values);
                 std::string key;
                 std::string value;
                 while (std::getline(keyList >> std::ws, key, ',') &&
                        std::getline(valueList >> std::ws, value, ','))
-                    changed = edited(changed, section, key, value);
+                    changed = testtavctl::withValue(changed, section, key, value);
             }
             std::ofstream(file, std::ios::binary) << changed;
             const json after = machine.explained(model.at("model").get<std::string>());
