@@ -55,14 +55,15 @@ void requireFolder(const char* option, const std::string& folder) {
 } // namespace
 
 void CommonOptions::addTo(CLI::App& command) {
-    command.add_option("--plugin", plugin,
-                       "Plug-in to load (default: beside tavctl, then the system's search)");
-    command.add_option("--dump", dump,
-                       "Recorded bus instead of the machine's: a dump file as lspci -x prints it, "
-                       "or a folder that stands for /sys");
-    command.add_option("--descriptions", descriptions,
-                       "Folder that holds \"PCI Hardware Descriptions\" (default: as configured)");
-    command.add_option("--state", state, "Folder of the terminal names (default: as configured)");
+    command.add_option("--plugin", plugin, "Plug-in to load (default: beside tavctl, or as found)")
+        ->type_name("FILE");
+    command.add_option("--dump", dump, "Recorded bus: text of lspci -x, or a folder like /sys")
+        ->type_name("PATH");
+    command
+        .add_option("--descriptions", descriptions,
+                    "Folder that holds \"PCI Hardware Descriptions\"")
+        ->type_name("DIR");
+    command.add_option("--state", state, "Folder of the terminal names")->type_name("DIR");
     command.add_flag("--json", json, "Print JSON");
 }
 

@@ -1,5 +1,7 @@
 #include "tavctl/deviceListing.h"
 
+#include "tavctl/textTable.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -68,39 +70,31 @@ std::string categoryName(std::int32_t category) {
     }
 }
 
-// A link speed by its code in the link capabilities; 1 is 2.5 GT/s.
-std::string speedName(std::int32_t code) {
-    constexpr std::array kSpeeds{"2.5", "5", "8", "16", "32", "64"};
-    if (code < 1 || static_cast<std::size_t>(code) > kSpeeds.size())
-        return formatted("speed code %d", code);
-    return std::string(kSpeeds[static_cast<std::size_t>(code) - 1]) + " GT/s";
-}
-
 std::string portText(const ListedPort& port) {
     std::string text = formatted("bus %02x", static_cast<unsigned>(port.first.value_or(0)));
     if (port.second)
         text += formatted("  x%d", *port.second);
     if (port.third)
-        text += "  " + speedName(*port.third);
+        text += "  " + linkSpeedName(*port.third);
     return text;
 }
 
-using Row = std::vector<std::string>;
-
-// UTF-8 characters, not bytes, are what stands in a column.
-std::size_t width(const std::string& text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-    }));
+// Labels for a cell: "A,B,C".
+std::string labelsOf(const ListedDevice& device) {
+    std::string labels;
+    for (const ListedPort& port : device.ports)
+        labels.append(labels.empty() ? "" : ",").append(port.label);
+    return labels.empty() ? "-" : labels;
 }
 
-void appendRow(std::string& out, const Row& row, const std::vector<std::size_t>& widths) {
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        out += row[i];
-        if (i + 1 < row.size())
-            out += std::string(widths[i] - width(row[i]) + 2, ' ');
-    }
-    out += '\n';
+std::string portLines(const ListedDevice& device) {
+    std::vector<TableRow> rows;
+    for (const ListedPort& port : device.ports)
+        rows.push_back({"  port", port.label, portText(port)});
+    std::string out;
+    for (const std::string& line : tableLines(rows, {}))
+        out.append(line).append("\n");
+    return out;
 }
 
 } // namespace
@@ -138,32 +132,33 @@ std::string listingAsJson(const std::vector<ListedDevice>& devices) {
     return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-std::string listingAsTable(const std::vector<ListedDevice>& devices) {
-    std::vector<Row> rows{{"NAME", "MODEL", "ADDRESS", "CATEGORY", "UPSTREAM"}};
+std::string linkSpeedName(std::int32_t code) {
+    constexpr std::array kSpeeds{"2.5", "5", "8", "16", "32", "64"};
+    if (code < 1 || static_cast<std::size_t>(code) > kSpeeds.size())
+        return formatted("speed code %d", code);
+    return std::string(kSpeeds[static_cast<std::size_t>(code) - 1]) + " GT/s";
+}
+
+std::string listingAsTable(const std::vector<ListedDevice>& devices, bool verbose) {
+    std::vector<TableRow> rows{{"NAME", "MODEL", "ADDRESS", "CATEGORY", "PORTS"}};
     for (const ListedDevice& device : devices)
         rows.push_back({device.terminalName, device.model,
                         formatted("%02x:%02x.%x", static_cast<unsigned>(device.bus),
                                   static_cast<unsigned>(device.device),
                                   static_cast<unsigned>(device.function)),
-                        categoryName(device.category),
-                        device.walkValue
-                            ? formatted("bus %02x", static_cast<unsigned>(*device.walkValue))
-                            : "-"});
-    std::vector<std::size_t> widths(rows.front().size());
-    for (const Row& row : rows) {
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], width(row[i]));
-    }
-
-    std::string out;
-    appendRow(out, rows.front(), widths);
+                        categoryName(device.category), labelsOf(device)});
+    // Labels first: how many there are can be told by -v; the name last.
+    const auto lines = verbose ? tableLines(rows, {}) : tableLines(rows, {4, 1, 0});
+    std::string out = lines.front() + "\n";
     for (std::size_t i = 0; i < devices.size(); ++i) {
-        appendRow(out, rows[i + 1], widths);
-        std::size_t labelWidth = 0;
-        for (const ListedPort& port : devices[i].ports)
-            labelWidth = std::max(labelWidth, width(port.label));
-        for (const ListedPort& port : devices[i].ports)
-            appendRow(out, {"  port", port.label, portText(port)}, {6, labelWidth});
+        out.append(lines[i + 1]).append("\n");
+        if (!verbose)
+            continue;
+        if (devices[i].walkValue)
+            out.append("  upstream  ")
+                .append(formatted("bus %02x", static_cast<unsigned>(*devices[i].walkValue)))
+                .append("\n");
+        out.append(portLines(devices[i]));
     }
     return out;
 }

@@ -36,7 +36,11 @@ std::vector<ListedDevice> readDevices(const HostPlugin& plugin);
 // One JSON object in one line, with its line feed. Bytes that are not UTF-8 are replaced.
 std::string listingAsJson(const std::vector<ListedDevice>& devices);
 
-// A table, terminal name first, with a line for each port below its device.
-std::string listingAsTable(const std::vector<ListedDevice>& devices);
+// A link speed by its code in the link capabilities: 1 is "2.5 GT/s".
+std::string linkSpeedName(std::int32_t code);
+
+// A table, terminal name first, of lines of at most 80 columns. With `verbose` nothing is cut, and
+// each port has a line below its device.
+std::string listingAsTable(const std::vector<ListedDevice>& devices, bool verbose);
 
 } // namespace tavctl

@@ -1,12 +1,10 @@
 // tavctl list: the devices that the plug-in reports.
 #pragma once
 
-#include "tavctl/commonOptions.h"
-#include "tavctl/exitStatus.h"
+#include "tavctl/command.h"
 
 namespace tavctl {
 
-// Raises FailureException.
-ExitStatus runList(const CommonOptions& options);
+Command addListCommand(CLI::App& app);
 
 } // namespace tavctl

@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -36,7 +39,8 @@ testing::AssertionResult says(const CommandResult& result, int exitStatus,
 TEST(CommandLine, ListsTheSampleMachine) {
     const TemporaryFolder folder;
     const auto result = tavctl("list " + kDump + kDescriptions + state(folder));
-    EXPECT_TRUE(says(result, 0, "TAVCard1  TAV-C1 Adapter Card     04:00.0  PCI"));
+    EXPECT_TRUE(
+        says(result, 0, "TAVCard1  TAV-C1 Adapter Card     04:00.0  PCI           LEFT,RIGHT"));
 }
 
 TEST(CommandLine, LinesFitEightyColumns) {
@@ -57,10 +61,92 @@ TEST(CommandLine, FolderNamesMayEndWithASeparator) {
     EXPECT_TRUE(says(result, 0, "TAV3"));
 }
 
-TEST(CommandLine, WrongUsageExitsWithTwo) {
-    EXPECT_TRUE(says(tavctl(""), 2, "subcommand"));
-    EXPECT_TRUE(says(tavctl("frobnicate"), 2, "subcommand is required"));
-    EXPECT_TRUE(says(tavctl("list --no-such-option"), 2, "--no-such-option"));
+TEST(CommandLine, WrongUsageExitsWithTwoAndNamesTheWrongWord) {
+    EXPECT_TRUE(says(tavctl(""), 2, "tavctl: read the command line: no command given\nCommands: "));
+    EXPECT_TRUE(says(tavctl("frobnicate"), 2,
+                     "tavctl: read the command line (frobnicate): unknown command\n"));
+    EXPECT_TRUE(says(tavctl("lst"), 2, "(lst): unknown command; did you mean \"list\"?\n"));
+    EXPECT_TRUE(says(tavctl("list --no-such-option"), 2,
+                     "tavctl: read the command line (--no-such-option): unknown option\n"
+                     "\"tavctl list --help\" says more.\n"));
+    EXPECT_TRUE(says(tavctl("list --descriptons=x"), 2,
+                     "(--descriptons): unknown option; did you mean \"--descriptions\"?\n"));
+    EXPECT_TRUE(says(tavctl("list --dump"), 2, "--dump: 1 required PATH missing"));
+    EXPECT_TRUE(says(tavctl("tree extra"), 2, "extra"));
+}
+
+TEST(CommandLine, WrongUsageIsJsonOnDemand) {
+    EXPECT_TRUE(says(tavctl("tre --json"), 2,
+                     R"({"error":{"operation":"read the command line","object":"tre",)"
+                     R"("reason":"unknown command; did you mean \"tree\"?"}})"
+                     "\n"));
+}
+
+TEST(CommandLine, TreeMarksTheDevicesOfTheSampleMachine) {
+    const TemporaryFolder folder;
+    const std::string options = kDump + kDescriptions + state(folder);
+    const auto whole = tavctl("tree " + options);
+    EXPECT_TRUE(says(whole, 0, " |  |     |  \\-00.0-[05-07]  {TAVCard1: TAV-C1 Adapter Card}  "));
+    EXPECT_TRUE(says(whole, 0, "{TAVCard1 anchor}"));
+    EXPECT_TRUE(says(whole, 0, "{TAV3 ports \"C1\" \"C2\" \"C3\" \"C4\", empty}"));
+    const auto part = tavctl("tree -n -s 0000:05:01.0 " + options);
+    EXPECT_EQ(part.output, "-[0000:00]\n"
+                           " \\-04.0-[01-08]  8086:3420 8086:0000\n"
+                           "    \\-00.0-[02-08]  {TAV1: TAV-B3 Switch Box}  104c:8232 0000:0000\n"
+                           "       \\-01.0-[04-07]  {TAV1 port \"2\"}  104c:8233 0000:0000\n"
+                           "          \\-00.0-[05-07]  {TAVCard1: TAV-C1 Adapter Card}  "
+                           "1b36:000e 0000:0000\n"
+                           "             \\-01.0  {TAVCard1 anchor}  1b36:0002 1af4:1100\n");
+}
+
+TEST(CommandLine, TreeOfAModelShowsNoOtherDevices) {
+    const TemporaryFolder folder;
+    const auto result = tavctl("tree -n --model TAV-W7 " + kDump + kDescriptions + state(folder));
+    EXPECT_TRUE(says(result, 0, "-[0000:40]\n"));
+    EXPECT_TRUE(says(result, 0, "{TAV3: TAV-W7 Wide Switch Box}"));
+    EXPECT_EQ(result.output.find("TAV1"), std::string::npos) << result.output;
+}
+
+TEST(CommandLine, TreeOfWhatIsNotThereExitsWithOne) {
+    const TemporaryFolder folder;
+    const std::string options = kDump + kDescriptions + state(folder);
+    EXPECT_TRUE(says(tavctl("tree -s 01:01.0 " + options), 1,
+                     "tavctl: find function (01:01.0): there is no function at this address"));
+    EXPECT_TRUE(says(tavctl("tree -s 1.0 " + options), 1, "expected an address such as 01:00.0"));
+    EXPECT_TRUE(says(tavctl("tree --model X " + options), 1,
+                     "tavctl: find model (X): no device of this model is present; there is "
+                     "TAV-B3 Switch Box, TAV-C1 Adapter Card, TAV-W7 Wide Switch Box\n"));
+    EXPECT_TRUE(says(tavctl("tree --json --model X " + options), 1,
+                     R"({"error":{"operation":"find model","object":"X",)"));
+}
+
+TEST(CommandLine, NamesOfVendorsComeFromTheNamedFile) {
+    const TemporaryFolder folder;
+    const std::string options = kDump + kDescriptions + state(folder);
+    const auto ids = folder.file("pci.ids", "8086  The Maker\n\t3420  The Port\n").string();
+    EXPECT_TRUE(says(tavctl("tree --pci-ids " + ids + " " + options), 0,
+                     "+-04.0-[01-08]  The Maker The Port\n"));
+    EXPECT_TRUE(says(tavctl("tree --pci-ids /nonexistent " + options), 3,
+                     "read names of vendors and devices (/nonexistent): No such file"));
+}
+
+TEST(CommandLine, EveryHelpFitsAScreenAndHasAnExample) {
+    const std::string commands = tavctl("").output;
+    const std::size_t start = commands.find("Commands: ") + 10;
+    std::stringstream words(commands.substr(start, commands.find('\n', start) - start));
+    std::vector<std::string> lines;
+    std::string word;
+    for (words >> word; words; words >> word) {
+        word.erase(word.find_last_not_of(',') + 1);
+        const auto help = tavctl(word + " --help");
+        EXPECT_TRUE(says(help, 0, "Example: tavctl " + word));
+        EXPECT_LE(std::count(help.output.begin(), help.output.end(), '\n'), 24) << help.output;
+        std::stringstream text(help.output);
+        for (std::string line; std::getline(text, line);)
+            EXPECT_LE(line.size(), 80U) << line;
+        lines.push_back(word);
+    }
+    EXPECT_GE(lines.size(), 2U);
 }
 
 TEST(CommandLine, HelpAndVersionExitWithZero) {

@@ -36,19 +36,53 @@ TEST(ListingAsJson, BytesThatAreNotUtf8AreReplaced) {
     EXPECT_NE(listingAsJson({device}).find("B\xEF\xBF\xBDx"), std::string::npos);
 }
 
-TEST(ListingAsTable, ShowsNameFirstAndAPortALine) {
+ListedDevice wideBox() {
     ListedDevice wide = box();
     wide.terminalName = "Wide10";
     wide.bus = 0x41;
     wide.walkValue.reset();
     wide.category = kTavCategoryPci;
     wide.ports = {{"B1", 0x44, 8, 3}, {"LONG", 0x45, 16, 99}};
-    EXPECT_EQ(listingAsTable({box(), wide}), "NAME    MODEL  ADDRESS  CATEGORY      UPSTREAM\n"
-                                             "TAV1    Box    01:00.0  SwitchboxTav  bus 01\n"
-                                             "  port  A  bus 03\n"
-                                             "Wide10  Box    41:00.0  PCI           -\n"
-                                             "  port  B1    bus 44  x8  8 GT/s\n"
-                                             "  port  LONG  bus 45  x16  speed code 99\n");
+    return wide;
+}
+
+TEST(ListingAsTable, ShowsNameFirstAndADeviceALine) {
+    EXPECT_EQ(listingAsTable({box(), wideBox()}, false),
+              "NAME    MODEL  ADDRESS  CATEGORY      PORTS\n"
+              "TAV1    Box    01:00.0  SwitchboxTav  A\n"
+              "Wide10  Box    41:00.0  PCI           B1,LONG\n");
+}
+
+TEST(ListingAsTable, VerboselyHasALineForThePortsAndTheirValues) {
+    EXPECT_EQ(listingAsTable({box(), wideBox()}, true),
+              "NAME    MODEL  ADDRESS  CATEGORY      PORTS\n"
+              "TAV1    Box    01:00.0  SwitchboxTav  A\n"
+              "  upstream  bus 01\n"
+              "  port  A  bus 03\n"
+              "Wide10  Box    41:00.0  PCI           B1,LONG\n"
+              "  port  B1    bus 44  x8  8 GT/s\n"
+              "  port  LONG  bus 45  x16  speed code 99\n");
+}
+
+TEST(ListingAsTable, DeviceWithoutPortsHasADash) {
+    ListedDevice bare = box();
+    bare.ports.clear();
+    EXPECT_EQ(listingAsTable({bare}, false), "NAME  MODEL  ADDRESS  CATEGORY      PORTS\n"
+                                             "TAV1  Box    01:00.0  SwitchboxTav  -\n");
+}
+
+TEST(ListingAsTable, CutsLabelsThenModelThenNameToEightyColumns) {
+    ListedDevice longOne = box();
+    longOne.model = std::string(60, 'm');
+    longOne.ports.push_back({std::string(60, 'l'), 4, {}, {}});
+    EXPECT_EQ(listingAsTable({longOne}, false),
+              "NAME  MODEL                                      ADDRESS  CATEGORY      PORTS\n"
+              "TAV1  mmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmmm...  01:00.0  SwitchboxTav  A,lll...\n");
+    longOne.terminalName = std::string(255, 'n');
+    EXPECT_EQ(listingAsTable({longOne}, false),
+              "NAME                                   MODEL     ADDRESS  CATEGORY      PORTS\n"
+              "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...  mmmmm...  01:00.0  SwitchboxTav  A,lll...\n");
+    EXPECT_NE(listingAsTable({longOne}, true).find(longOne.terminalName), std::string::npos);
 }
 
 TEST(ListingAsTable, ColumnsCountCharactersNotBytes) {
@@ -57,7 +91,7 @@ TEST(ListingAsTable, ColumnsCountCharactersNotBytes) {
     umlaut.ports.clear();
     ListedDevice plain = umlaut;
     plain.model = "Boxes";
-    const std::string table = listingAsTable({umlaut, plain});
+    const std::string table = listingAsTable({umlaut, plain}, false);
     EXPECT_NE(table.find("B\xC3\xB6xes  01:00.0"), std::string::npos) << table;
     EXPECT_NE(table.find("Boxes  01:00.0"), std::string::npos) << table;
 }

@@ -1,0 +1,19 @@
+#include "platform/terminal.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string_view>
+
+namespace platform {
+
+bool isTerminal(std::FILE* stream) noexcept {
+    return isatty(fileno(stream)) == 1;
+}
+
+bool showsColour(std::FILE* stream) noexcept {
+    const char* const type = std::getenv("TERM");
+    return isTerminal(stream) && type != nullptr && std::string_view(type) != "dumb";
+}
+
+} // namespace platform

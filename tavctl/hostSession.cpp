@@ -1,0 +1,73 @@
+#include "tavctl/hostSession.h"
+
+#include "pcibus/readBus.h"
+#include "platform/busLocation.h"
+#include "quil/zoerr.h"
+#include "source/cPciTavFilesystem.h"
+#include "source/cTerminalNameDb.h"
+#include "tavctl/diagnosis.h"
+#include "tavctl/failure.h"
+#include "tavctl/hostPlugin.h"
+#include "tavctl/progress.h"
+
+#include <optional>
+#include <set>
+#include <string>
+
+namespace tavctl {
+
+std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options) {
+    const Progress progress("the plug-in looks for devices");
+    const HostPlugin plugin(options.plugin);
+    const std::int32_t status = plugin.initialize();
+    if (status < 0)
+        throw FailureException(diagnoseInitialize(status, plugin.path()));
+    return readDevices(plugin);
+}
+
+pcibus::Bus readChosenBus() {
+    const std::optional<std::string> location = platform::busLocation();
+    if (!location)
+        throw FailureException({"read the bus",
+                                "this machine",
+                                "this system publishes none; name a recorded one with --dump",
+                                {},
+                                {}});
+    const Progress progress("reading the bus");
+    try {
+        return pcibus::readBus(*location);
+    } catch (const pcibus::BusError& error) {
+        throw FailureException({"read the bus", *location, error.what(), {}, {}});
+    }
+}
+
+std::filesystem::path nameFilePath() {
+    using namespace nZoTavManagerPciPlugin_15_0;
+    try {
+        return cPciTavFilesystem().GetConfigPath() + kNameFile;
+    } catch (const zoerr::Exception& exception) {
+        throw FailureException(diagnoseInitialize(exception.status().code, "this program"));
+    }
+}
+
+std::vector<std::uint32_t> functionsOfModel(const std::vector<PlacedDevice>& devices,
+                                            const std::string& model) {
+    std::vector<std::uint32_t> functions;
+    std::set<std::string> models;
+    for (const PlacedDevice& device : devices) {
+        models.insert(device.listed.model);
+        if (device.listed.model.find(model) == std::string::npos)
+            continue;
+        const auto found = functionsOf(device);
+        functions.insert(functions.end(), found.begin(), found.end());
+    }
+    if (functions.empty()) {
+        std::string reason = "no device of this model is present";
+        for (const std::string& present : models)
+            reason.append(present == *models.begin() ? "; there is " : ", ").append(present);
+        throw FailureException({"find model", model, reason, {}, {}}, ExitStatus::problemFound);
+    }
+    return functions;
+}
+
+} // namespace tavctl

@@ -1,0 +1,31 @@
+// The steps that the commands share: the devices that the plug-in reports, and the bus that it
+// sees.
+#pragma once
+
+#include "pcibus/bus.h"
+#include "tavctl/commonOptions.h"
+#include "tavctl/deviceListing.h"
+#include "tavctl/placedDevices.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace tavctl {
+
+// Loads the plug-in as a host does, initialises it and reads its devices. The options must be in
+// force (see HostSetup). Raises FailureException.
+std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options);
+
+// The bus that this process sees: the one that --dump names, else the machine's. Raises
+// FailureException.
+pcibus::Bus readChosenBus();
+
+// Where the terminal names are stored, by the configuration in force. Raises FailureException.
+std::filesystem::path nameFilePath();
+
+// The functions of every device whose model has this text in its name. Raises FailureException with
+// ExitStatus::problemFound when there is none.
+std::vector<std::uint32_t> functionsOfModel(const std::vector<PlacedDevice>& devices,
+                                            const std::string& model);
+
+} // namespace tavctl
