@@ -5,6 +5,7 @@
 #include "tavctl/failure.h"
 #include "tavctl/lintCommand.h"
 #include "tavctl/listCommand.h"
+#include "tavctl/namesCommand.h"
 #include "tavctl/nearestName.h"
 #include "tavctl/treeCommand.h"
 
@@ -26,6 +27,7 @@ constexpr Command (*kCommands[])(CLI::App&) = {
     addLintCommand,
     addExplainCommand,
     addDescribeCommand,
+    addNamesCommand,
 };
 // clang-format on
 

@@ -10,6 +10,7 @@
 #include "source/exceptionStatus.h"
 #include "tavctl/diagnosis.h"
 #include "tavctl/failure.h"
+#include "tavctl/nameFile.h"
 #include "tavctl/progress.h"
 #include "tavctl/scratchFolder.h"
 
@@ -79,16 +80,22 @@ void build(cPciTavPluginCache& cache, SurveyFilesystem& filesystem, SurveyNames&
     cache.Build(deviceFinder, bridgeWrapper, filesystem, terminalNames, models);
 }
 
+// While nobody writes them.
+void copyNames(const fs::path& names, const fs::path& copy) {
+    const NameLock lock(names, NameLock::Purpose::reading);
+    std::error_code error;
+    if (fs::exists(names, error))
+        fs::copy_file(names, copy, error);
+    if (error)
+        throw FailureException({"read terminal names", names.string(), error.message(), {}, {}});
+}
+
 } // namespace
 
 Survey surveyDevices(const fs::path& names) {
     const Progress progress("looking for devices");
     const ScratchFolder folder;
-    std::error_code error;
-    if (fs::exists(names, error))
-        fs::copy_file(names, folder.path() / kNameFile, error);
-    if (error)
-        throw FailureException({"read terminal names", names.string(), error.message(), {}, {}});
+    copyNames(names, folder.path() / kNameFile);
 
     SurveyFilesystem filesystem(folder.path());
     SurveyModels models;

@@ -1,9 +1,7 @@
 // tavctl as a person runs it: usage, exit statuses, sentences.
-#include "tests/support/command.h"
 #include "tests/support/environmentValue.h"
 #include "tests/support/temporaryFolder.h"
-
-#include <gtest/gtest.h>
+#include "tests/tavctl/runTavctl.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -14,26 +12,11 @@
 namespace {
 
 namespace fs = std::filesystem;
-using testsupport::CommandResult;
+using namespace tavctltest;
 using testsupport::TemporaryFolder;
-
-const std::string kDump = "--dump " TAV_SOURCE_DIR "/samples/switchboxes.dump ";
-const std::string kDescriptions = "--descriptions " TAV_SOURCE_DIR "/descriptions ";
-
-CommandResult tavctl(const std::string& arguments) {
-    return testsupport::runCommand(TAVCTL_FILE " " + arguments + " 2>&1");
-}
 
 std::string state(const TemporaryFolder& folder) {
     return "--state " + folder.path().string() + " ";
-}
-
-testing::AssertionResult says(const CommandResult& result, int exitStatus,
-                              const std::string& text) {
-    if (result.exitStatus == exitStatus && result.output.find(text) != std::string::npos)
-        return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "exit status " << result.exitStatus << ", output:\n"
-                                       << result.output;
 }
 
 TEST(CommandLine, ListsTheSampleMachine) {

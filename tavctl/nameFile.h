@@ -1,0 +1,63 @@
+// The file of terminal names as a whole: read as the plug-in reads it, and written back safely.
+#pragma once
+
+#include "pxidrivertools/ini/iniFileObject.h"
+#include "source/cPciTavFilesystem.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tavctl {
+
+// Keeps the plug-in and other tools off the name file beside it while it exists. Raises
+// FailureException.
+class NameLock {
+public:
+    enum class Purpose { reading, writing };
+
+    // Waits while another process holds the lock. For reading a lock file that is missing is not
+    // made: nobody has used the folder yet.
+    NameLock(const std::filesystem::path& nameFile, Purpose purpose);
+
+private:
+    nZoTavManagerPciPlugin_15_0::cPciTavFilesystem filesystem_; // releases the lock
+};
+
+// What is stored for one slot. Empty texts stand for what is missing.
+struct NameEntry {
+    std::string slotPath; // the section, in machine form when it is well formed
+    std::string model;
+    std::string terminalName;
+    std::int32_t line = 0; // of the section's header, the last one where it is repeated
+};
+
+class NameFile {
+public:
+    // Raises FailureException for a file that cannot be read. With `mayBeMissing` a file that is
+    // not there is an empty one.
+    NameFile(const std::filesystem::path& path, bool mayBeMissing);
+
+    // In file order.
+    [[nodiscard]] const std::vector<NameEntry>& entries() const { return entries_; }
+
+    // The slot of a name file that stands a second time, by the line of its later header. The
+    // plug-in takes both for one.
+    struct Repeated {
+        std::string slotPath;
+        std::int32_t line = 0;
+    };
+    [[nodiscard]] const std::vector<Repeated>& repeated() const { return repeated_; }
+
+    // Replaces `target` by this content, readable by its owner only, forced onto the disk; a
+    // failure leaves it as it was. Raises FailureException.
+    void write(const std::filesystem::path& target) const;
+
+private:
+    nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::IniFileOwner file_;
+    std::vector<NameEntry> entries_;
+    std::vector<Repeated> repeated_;
+};
+
+} // namespace tavctl
