@@ -41,7 +41,7 @@ std::string hexText(std::size_t value) {
 // One pass over the lines, with the function whose rows are being read.
 class DumpReader {
 public:
-    explicit DumpReader(const std::string& name) : name_(name) {}
+    DumpReader(const std::string& name, const ConfigSink& sink) : name_(name), sink_(sink) {}
 
     Bus read(std::string_view text) {
         while (!text.empty()) {
@@ -143,8 +143,11 @@ private:
                                       ", got " + std::to_string(size_));
         if (!decodeConfigSpace(std::span(bytes_).first(size_), current_))
             refuse(current_.line, "capabilities of " + addressText(current_) + " form a loop");
-        if (address_->domain == 0)
+        if (address_->domain == 0) {
             functions_.push_back(current_);
+            if (sink_)
+                sink_(current_, std::span(bytes_).first(size_));
+        }
         address_.reset();
     }
 
@@ -157,6 +160,7 @@ private:
     [[noreturn]] void refuse(const std::string& reason) const { refuse(line_, reason); }
 
     const std::string& name_;
+    const ConfigSink& sink_;
     std::uint32_t line_ = 0;
     std::vector<PciFunction> functions_;
     std::bitset<0x10000> seen_;                // handles of domain 0
@@ -171,12 +175,12 @@ private:
 
 } // namespace
 
-Bus parseDump(std::string_view text, const std::string& name) {
-    return DumpReader(name).read(text);
+Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink) {
+    return DumpReader(name, sink).read(text);
 }
 
-Bus readDump(const std::filesystem::path& file) {
-    return parseDump(readWholeFile(file), pathText(file));
+Bus readDump(const std::filesystem::path& file, const ConfigSink& sink) {
+    return parseDump(readWholeFile(file), pathText(file), sink);
 }
 
 } // namespace pcibus

@@ -8,18 +8,25 @@
 
 #include "pcibus/bus.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace pcibus {
 
+// Is given each function of domain 0 with the bytes that the dump has of its configuration space,
+// in the order of the dump. The bytes are good until it returns.
+using ConfigSink = std::function<void(const PciFunction&, std::span<const std::uint8_t>)>;
+
 // The functions of domain 0; those of other domains are checked and passed over. A text without
 // functions is an empty bus. `name` stands for the dump in messages. Raises BusError
 // ("name:line: reason") for a text that is malformed, and std::bad_alloc.
-Bus parseDump(std::string_view text, const std::string& name);
+Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink = {});
 
 // The same for a file. A file that cannot be read raises BusError ("file: reason").
-Bus readDump(const std::filesystem::path& file);
+Bus readDump(const std::filesystem::path& file, const ConfigSink& sink = {});
 
 } // namespace pcibus

@@ -7,6 +7,7 @@
 #include "tavctl/listCommand.h"
 #include "tavctl/namesCommand.h"
 #include "tavctl/nearestName.h"
+#include "tavctl/recordCommand.h"
 #include "tavctl/treeCommand.h"
 
 #include <algorithm>
@@ -27,6 +28,7 @@ constexpr Command (*kCommands[])(CLI::App&) = {
     addLintCommand,
     addExplainCommand,
     addDescribeCommand,
+    addRecordCommand,
     addNamesCommand,
 };
 // clang-format on

@@ -25,7 +25,7 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options) {
     return readDevices(plugin);
 }
 
-pcibus::Bus readChosenBus() {
+std::string chosenBusLocation() {
     const std::optional<std::string> location = platform::busLocation();
     if (!location)
         throw FailureException({"read the bus",
@@ -33,11 +33,16 @@ pcibus::Bus readChosenBus() {
                                 "this system publishes none; name a recorded one with --dump",
                                 {},
                                 {}});
+    return *location;
+}
+
+pcibus::Bus readChosenBus() {
+    const std::string location = chosenBusLocation();
     const Progress progress("reading the bus");
     try {
-        return pcibus::readBus(*location);
+        return pcibus::readBus(location);
     } catch (const pcibus::BusError& error) {
-        throw FailureException({"read the bus", *location, error.what(), {}, {}});
+        throw FailureException({"read the bus", location, error.what(), {}, {}});
     }
 }
 

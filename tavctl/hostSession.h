@@ -16,8 +16,11 @@ namespace tavctl {
 // force (see HostSetup). Raises FailureException.
 std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options);
 
-// The bus that this process sees: the one that --dump names, else the machine's. Raises
-// FailureException.
+// Where the bus stands that this process sees (see pcibus/readBus.h): what --dump names, else the
+// machine's own. Raises FailureException when the system publishes none.
+std::string chosenBusLocation();
+
+// That bus. Raises FailureException.
 pcibus::Bus readChosenBus();
 
 // Where the terminal names are stored, by the configuration in force. Raises FailureException.

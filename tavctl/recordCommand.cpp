@@ -1,0 +1,52 @@
+#include "tavctl/recordCommand.h"
+
+#include "tavctl/busRecording.h"
+#include "tavctl/failure.h"
+#include "tavctl/hostSession.h"
+#include "tavctl/progress.h"
+#include "tavctl/resultFile.h"
+
+#include <CLI/CLI.hpp>
+
+namespace tavctl {
+
+namespace {
+
+struct RecordOptions {
+    CommonOptions common;
+    bool scrub = false;
+    std::string file;
+};
+
+BusRecording recordChosenBus() {
+    const std::string location = chosenBusLocation();
+    const Progress progress("recording the bus");
+    try {
+        return recordBus(location);
+    } catch (const pcibus::BusError& error) {
+        throw FailureException({"read the bus", location, error.what(), {}, {}});
+    }
+}
+
+ExitStatus runRecord(const RecordOptions& options) {
+    const HostSetup setup(options.common);
+    const BusRecording recording =
+        options.scrub ? scrubbedRecording(readChosenBus()) : recordChosenBus();
+    writeResult(recordingText(recording, TAVCTL_VERSION), options.file);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command addRecordCommand(CLI::App& app) {
+    auto options = std::make_shared<RecordOptions>();
+    CLI::App* const command = app.add_subcommand("record", "Write the bus as a dump");
+    command->add_flag("--scrub", options->scrub, "Leave out what does not matter to matching");
+    command->add_option("-o", options->file, "File to write (default: standard output)")
+        ->type_name("FILE");
+    options->common.addTo(*command);
+    command->footer("Example: tavctl record --scrub -o bus.txt");
+    return makeCommand(command, std::move(options), runRecord);
+}
+
+} // namespace tavctl
