@@ -1,6 +1,7 @@
 #include "tavctl/commandLine.h"
 
 #include "tavctl/describeCommand.h"
+#include "tavctl/drawCommand.h"
 #include "tavctl/explainCommand.h"
 #include "tavctl/failure.h"
 #include "tavctl/lintCommand.h"
@@ -25,6 +26,7 @@ namespace {
 constexpr Command (*kCommands[])(CLI::App&) = {
     addListCommand,
     addTreeCommand,
+    addDrawCommand,
     addLintCommand,
     addExplainCommand,
     addDescribeCommand,

@@ -11,7 +11,6 @@
 #include "tavctl/progress.h"
 
 #include <optional>
-#include <set>
 #include <string>
 
 namespace tavctl {
@@ -53,26 +52,6 @@ std::filesystem::path nameFilePath() {
     } catch (const zoerr::Exception& exception) {
         throw FailureException(diagnoseInitialize(exception.status().code, "this program"));
     }
-}
-
-std::vector<std::uint32_t> functionsOfModel(const std::vector<PlacedDevice>& devices,
-                                            const std::string& model) {
-    std::vector<std::uint32_t> functions;
-    std::set<std::string> models;
-    for (const PlacedDevice& device : devices) {
-        models.insert(device.listed.model);
-        if (device.listed.model.find(model) == std::string::npos)
-            continue;
-        const auto found = functionsOf(device);
-        functions.insert(functions.end(), found.begin(), found.end());
-    }
-    if (functions.empty()) {
-        std::string reason = "no device of this model is present";
-        for (const std::string& present : models)
-            reason.append(present == *models.begin() ? "; there is " : ", ").append(present);
-        throw FailureException({"find model", model, reason, {}, {}}, ExitStatus::problemFound);
-    }
-    return functions;
 }
 
 } // namespace tavctl

@@ -5,7 +5,6 @@
 #include "pcibus/bus.h"
 #include "tavctl/commonOptions.h"
 #include "tavctl/deviceListing.h"
-#include "tavctl/placedDevices.h"
 
 #include <filesystem>
 #include <vector>
@@ -25,10 +24,5 @@ pcibus::Bus readChosenBus();
 
 // Where the terminal names are stored, by the configuration in force. Raises FailureException.
 std::filesystem::path nameFilePath();
-
-// The functions of every device whose model has this text in its name. Raises FailureException with
-// ExitStatus::problemFound when there is none.
-std::vector<std::uint32_t> functionsOfModel(const std::vector<PlacedDevice>& devices,
-                                            const std::string& model);
 
 } // namespace tavctl

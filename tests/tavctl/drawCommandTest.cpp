@@ -1,0 +1,75 @@
+// tavctl draw as a person runs it, with Graphviz.
+#include "tests/support/fileFolder.h"
+#include "tests/tavctl/runTavctl.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace {
+
+using namespace tavctltest;
+using testsupport::FileFolder;
+
+std::string optionsOf(const FileFolder& folder) {
+    return kDump + kDescriptions + "--state " +
+           std::filesystem::path(folder.file("x")).parent_path().string() + " ";
+}
+
+TEST(DrawCommand, WritesAnSvgFileWithEveryDeviceAndConnector) {
+    const FileFolder folder;
+    const std::string file = folder.file("bus.svg");
+    EXPECT_TRUE(says(tavctl("draw -o " + file + " " + optionsOf(folder)), 0, ""));
+    const std::string svg = folder.read("bus.svg");
+    EXPECT_TRUE(svg.starts_with("<?xml"));
+    EXPECT_TRUE(svg.ends_with("</svg>\n"));
+    for (const char* text : {"switchboxes.dump", "4 devices", "TAV1", "TAV2", "TAV3", "TAVCard1",
+                             "TAV&#45;W7 Wide Switch Box", "LEFT", "RIGHT", "C4", "x16 16 GT/s"})
+        EXPECT_NE(svg.find(">" + std::string(text)), std::string::npos) << text;
+    EXPECT_EQ(tavctl("draw -o " + file + " " + optionsOf(folder)).output, "");
+}
+
+TEST(DrawCommand, OfNoDevicesIsADrawingThatSaysSo) {
+    const FileFolder folder;
+    const std::string empty = folder.write("empty.dump", "");
+    const auto result = tavctl("draw --dump " + empty + " " + kDescriptions + "--state " +
+                               std::filesystem::path(empty).parent_path().string());
+    EXPECT_TRUE(says(result, 0, "no described device is present</text>"));
+}
+
+TEST(DrawCommand, DotNeedsNoGraphviz) {
+    const FileFolder folder;
+    const auto result = testsupport::runCommand(
+        "PATH=/nonexistent " TAVCTL_FILE " draw --format dot " + optionsOf(folder) + "2>&1");
+    EXPECT_TRUE(says(result, 0, "digraph tavctl {\n"));
+}
+
+TEST(DrawCommand, MissingGraphvizIsNamed) {
+    const FileFolder folder;
+    const auto result = testsupport::runCommand("PATH=/nonexistent " TAVCTL_FILE " draw " +
+                                                optionsOf(folder) + "2>&1");
+    EXPECT_TRUE(says(result, 3,
+                     "tavctl: lay out the drawing (dot): No such file or directory; Graphviz does "
+                     "this, --format dot works without it\n"));
+}
+
+TEST(DrawCommand, FailingGraphvizIsNamed) {
+    const FileFolder folder;
+    const std::string program = folder.write("dot", "#!/bin/sh\nexit 7\n");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    const auto result =
+        testsupport::runCommand("PATH=" + std::filesystem::path(program).parent_path().string() +
+                                " " TAVCTL_FILE " draw " + optionsOf(folder) + "2>&1");
+    EXPECT_TRUE(says(result, 3, "(dot): it ended with status 7; "));
+}
+
+TEST(DrawCommand, UnknownFormatIsWrongUsage) {
+    EXPECT_TRUE(says(tavctl("draw --format png"), 2, "--format: png not in {svg,dot}"));
+}
+
+TEST(DrawCommand, PartThatIsNotThereExitsWithOne) {
+    const FileFolder folder;
+    EXPECT_TRUE(says(tavctl("draw -s 09:09.0 " + optionsOf(folder)), 1,
+                     "there is no function at this address"));
+}
+
+} // namespace
