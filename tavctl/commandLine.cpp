@@ -1,5 +1,6 @@
 #include "tavctl/commandLine.h"
 
+#include "tavctl/completionCommand.h"
 #include "tavctl/describeCommand.h"
 #include "tavctl/drawCommand.h"
 #include "tavctl/explainCommand.h"
@@ -32,6 +33,7 @@ constexpr Command (*kCommands[])(CLI::App&) = {
     addDescribeCommand,
     addRecordCommand,
     addNamesCommand,
+    addCompletionCommand,
 };
 // clang-format on
 

@@ -64,7 +64,7 @@ ExitStatus runDraw(const DrawOptions& options) {
 Command addDrawCommand(CLI::App& app) {
     auto options = std::make_shared<DrawOptions>();
     CLI::App* const command = app.add_subcommand("draw", "Draw the devices and their connectors");
-    command->add_option("-o", options->file, "File to write (default: standard output)")
+    command->add_option("-o,--output", options->file, "File to write (default: standard output)")
         ->type_name("FILE");
     command->add_option("--format", options->format, "svg (by Graphviz) or dot (for Graphviz)")
         ->check(CLI::IsMember({"svg", "dot"}))

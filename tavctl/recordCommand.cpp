@@ -42,7 +42,7 @@ Command addRecordCommand(CLI::App& app) {
     auto options = std::make_shared<RecordOptions>();
     CLI::App* const command = app.add_subcommand("record", "Write the bus as a dump");
     command->add_flag("--scrub", options->scrub, "Leave out what does not matter to matching");
-    command->add_option("-o", options->file, "File to write (default: standard output)")
+    command->add_option("-o,--output", options->file, "File to write (default: standard output)")
         ->type_name("FILE");
     options->common.addTo(*command);
     command->footer("Example: tavctl record --scrub -o bus.txt");

@@ -1,6 +1,7 @@
 #include "platform/childProgram.h"
 
 #include "platform/text.h"
+#include "platform/windows/commandLineText.h"
 #include "platform/windows/uniqueHandle.h"
 
 #include <array>
@@ -15,100 +16,96 @@ struct ProcessKind {
     static Handle none() noexcept { return nullptr; }
     static void close(Handle handle) noexcept { CloseHandle(handle); }
 };
-using PipeHandle = UniqueHandle<ProcessKind>;
-using ProcessHandle = UniqueHandle<ProcessKind>;
+using Process = UniqueHandle<ProcessKind>;
 
-// A word as the C library of the program takes it from the command line.
-void appendQuoted(std::wstring& line, const std::wstring& word) {
-    line += L'"';
-    std::size_t backslashes = 0;
-    for (const wchar_t c : word) {
-        if (c == L'"')
-            line.append(backslashes + 1, L'\\');
-        backslashes = c == L'\\' ? backslashes + 1 : 0;
-        line += c;
-    }
-    line.append(backslashes, L'\\');
-    line += L'"';
+// Both ends of a pipe; the program is given one of them.
+struct Pipe {
+    FileHandle readEnd;
+    FileHandle writeEnd;
+};
+
+bool open(Pipe& pipe) {
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    HANDLE readEnd = nullptr;
+    HANDLE writeEnd = nullptr;
+    if (!CreatePipe(&readEnd, &writeEnd, &inherited, 0))
+        return false;
+    pipe.readEnd = FileHandle(readEnd);
+    pipe.writeEnd = FileHandle(writeEnd);
+    return true;
 }
 
-std::wstring commandLineOf(const std::vector<std::string>& words) {
-    std::wstring line;
-    for (const std::string& word : words) {
-        std::wstring wide;
-        static_cast<void>(toWide(word, wide));
-        if (!line.empty())
-            line += L' ';
-        appendQuoted(line, wide);
-    }
-    return line;
-}
-
-// Makes a pipe of which the program inherits one end.
-bool makePipe(PipeHandle& read, PipeHandle& write, const PipeHandle& ours) {
-    SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    return CreatePipe(read.out(), write.out(), &inherited, 0) != 0 &&
-           SetHandleInformation(ours.get(), HANDLE_FLAG_INHERIT, 0) != 0;
-}
-
-void writeWhole(HANDLE pipe, std::string_view text) {
-    constexpr std::size_t kMost = std::size_t{1} << 20;
+void writeWhole(HANDLE handle, std::string_view text) {
     while (!text.empty()) {
         DWORD written = 0;
-        const auto size = static_cast<DWORD>(text.size() < kMost ? text.size() : kMost);
-        if (WriteFile(pipe, text.data(), size, &written, nullptr) == 0)
+        if (!WriteFile(handle, text.data(), static_cast<DWORD>(text.size()), &written, nullptr))
             return;
         text.remove_prefix(written);
     }
 }
 
-void readWhole(HANDLE pipe, std::string& text) {
+void readWhole(HANDLE handle, std::string& text) {
     std::array<char, 1 << 16> chunk;
     DWORD size = 0;
-    while (ReadFile(pipe, chunk.data(), static_cast<DWORD>(chunk.size()), &size, nullptr) != 0 &&
+    while (ReadFile(handle, chunk.data(), static_cast<DWORD>(chunk.size()), &size, nullptr) &&
            size != 0)
         text.append(chunk.data(), size);
+}
+
+// False for a text that is no UTF-8.
+bool joinWords(const std::vector<std::string>& words, std::wstring& line) {
+    for (const std::string& word : words) {
+        std::wstring wide;
+        if (toWide(word, wide) != Conversion::done)
+            return false;
+        if (!line.empty())
+            line.push_back(L' ');
+        line.append(quotedWord(wide));
+    }
+    return true;
 }
 
 } // namespace
 
 ProgramRun runProgram(const std::vector<std::string>& words, std::string_view input) {
     ProgramRun run;
-    PipeHandle inputRead;
-    PipeHandle inputWrite;
-    PipeHandle outputRead;
-    PipeHandle outputWrite;
-    if (!makePipe(inputRead, inputWrite, inputWrite) ||
-        !makePipe(outputRead, outputWrite, outputRead)) {
+    Pipe toProgram;
+    Pipe fromProgram;
+    std::wstring line;
+    if (!joinWords(words, line)) {
+        run.failure = ERROR_NO_UNICODE_TRANSLATION;
+        return run;
+    }
+    PROCESS_INFORMATION started = {};
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    const bool ready =
+        open(toProgram) && open(fromProgram) &&
+        // The program must not hold our own ends, or neither of us would see the other's end.
+        SetHandleInformation(toProgram.writeEnd.get(), HANDLE_FLAG_INHERIT, 0) &&
+        SetHandleInformation(fromProgram.readEnd.get(), HANDLE_FLAG_INHERIT, 0);
+    start.hStdInput = toProgram.readEnd.get();
+    start.hStdOutput = fromProgram.writeEnd.get();
+    start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    if (!ready || !CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                                  &start, &started)) {
         run.failure = lastSystemCode();
         return run;
     }
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = inputRead.get();
-    startup.hStdOutput = outputWrite.get();
-    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    PROCESS_INFORMATION process{};
-    std::wstring line = commandLineOf(words);
-    if (CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                       &process) == 0) {
-        run.failure = lastSystemCode();
-        return run;
-    }
-    const ProcessHandle thread(process.hThread);
-    const ProcessHandle program(process.hProcess);
-    inputRead.reset();
-    outputWrite.reset();
+    const Process process(started.hProcess);
+    CloseHandle(started.hThread);
+    toProgram.readEnd.reset();
+    fromProgram.writeEnd.reset();
     std::thread writer([&] {
-        writeWhole(inputWrite.get(), input);
-        inputWrite.reset();
+        writeWhole(toProgram.writeEnd.get(), input);
+        toProgram.writeEnd.reset();
     });
-    readWhole(outputRead.get(), run.output);
+    readWhole(fromProgram.readEnd.get(), run.output);
     writer.join();
-    WaitForSingleObject(program.get(), INFINITE);
     DWORD status = 0;
-    if (GetExitCodeProcess(program.get(), &status) != 0)
+    if (WaitForSingleObject(process.get(), INFINITE) == WAIT_OBJECT_0 &&
+        GetExitCodeProcess(process.get(), &status))
         run.exitStatus = static_cast<int>(status);
     return run;
 }

@@ -6,24 +6,16 @@
 
 namespace platform {
 
-namespace {
 
-HANDLE handleOf(std::FILE* stream) noexcept {
-    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
-}
-
-} // namespace
-
-// Other character devices, as the null device, are no consoles and have no mode.
 bool isTerminal(std::FILE* stream) noexcept {
-    DWORD mode = 0;
-    return GetConsoleMode(handleOf(stream), &mode) != 0;
+    return _isatty(_fileno(stream)) != 0;
 }
 
 bool showsColour(std::FILE* stream) noexcept {
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
     DWORD mode = 0;
-    return GetConsoleMode(handleOf(stream), &mode) != 0 &&
-           SetConsoleMode(handleOf(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+    return isTerminal(stream) && GetConsoleMode(handle, &mode) &&
+           SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
 } // namespace platform

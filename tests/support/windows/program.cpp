@@ -1,5 +1,7 @@
 #include "tests/support/program.h"
 
+#include "platform/utf8Path.h"
+#include "platform/windows/commandLineText.h"
 #include "platform/windows/uniqueHandle.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -23,19 +25,6 @@ std::string read(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// As the C library takes a command line apart again: backslashes count before a quote only.
-std::wstring quoted(const std::wstring& word) {
-    std::wstring result = L"\"";
-    std::size_t backslashes = 0;
-    for (const wchar_t character : word) {
-        if (character == L'"')
-            result.append(backslashes + 1, L'\\');
-        backslashes = character == L'\\' ? backslashes + 1 : 0;
-        result.push_back(character);
-    }
-    return result.append(backslashes, L'\\').append(L"\"");
-}
-
 platform::FileHandle create(const std::filesystem::path& file) {
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
     return platform::FileHandle(CreateFileW(file.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
@@ -53,9 +42,9 @@ struct RunningProgram::State {
 RunningProgram::RunningProgram(const std::filesystem::path& program,
                                const std::vector<std::string>& arguments)
     : state_(new State) {
-    std::wstring line = quoted(program.wstring());
+    std::wstring line = platform::quotedWord(program.wstring());
     for (const std::string& argument : arguments)
-        line.append(L" ").append(quoted(std::filesystem::path(argument).wstring()));
+        line.append(L" ").append(platform::quotedWord(platform::utf8Path(argument).wstring()));
     const auto output = create(state_->folder.path() / "output");
     const auto error = create(state_->folder.path() / "error");
     STARTUPINFOW start = {};
