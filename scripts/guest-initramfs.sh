@@ -27,6 +27,7 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 chmod 755 "$root" # it becomes the guest's "/", which ordinary users may enter as well
 mkdir -p "$root"/{bin,dev,proc,sys,tmp,etc}
+chmod 1777 "$root/tmp"
 
 # Puts a file at a path of the guest, following links: the guest gets the file, not the link.
 place() {

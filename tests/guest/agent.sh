@@ -14,7 +14,7 @@ exec 7<>/dev/ttyS1
 
 echo "=== ready" >&7
 while read -r command <&7; do
-    eval "$command" >/tmp/.output 2>/tmp/.errors 7>&-
+    eval "$command" </dev/null >/tmp/.output 2>/tmp/.errors 7>&-
     {
         echo "=== status $?"
         gzip -c /tmp/.output | base64

@@ -3,6 +3,7 @@ import base64
 import difflib
 import json
 import os
+import shutil
 import subprocess
 import tempfile
 from pathlib import Path
@@ -100,25 +101,39 @@ class Steps:
             self._same(expected, json.loads(listed.output), f"{run} listing in the guest")
         names = self._names()
         dump = self.guest.output("lspci -n -xxxx")
-        self._check_recorded(dump, expected, names_before, names)
-        self._check_views(dump)
+        file = self._work_file("bus.dump")
+        write_text(file, dump)
+        copy = self._copied_sysfs()
+        for bus in (file, copy):
+            self._check_recorded(bus, expected, names_before, names)
+        self._check_views(file, copy)
         self.last_check = samples.Sample(self.machine, dump, expected, names_before, names)
         self.checks += 1
 
-    def _check_recorded(self, dump, expected, names_before, names):
-        file = self._work_file("bus.dump")
-        write_text(file, dump)
+    def _copied_sysfs(self):
+        """A folder on the host that stands for the guest's /sys, with what a user may read there."""
+        answer = self._run_as("user", busViews.COPY_COMMAND)
+        if answer.status != 0 or answer.errors:
+            raise self.guest.error(f"copying /sys: exit status {answer.status}\n{answer.errors}")
+        folder = self._work_file("sys")
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir()
+        subprocess.run(["tar", "-xz", "-C", folder], input=base64.b64decode(answer.output),
+                       check=True)
+        return folder
+
+    def _check_recorded(self, bus, expected, names_before, names):
         with tempfile.TemporaryDirectory(prefix="state-") as state:
             name_file = Path(state, "zotavpci.ini")
             if names_before is not None:
                 write_text(name_file, names_before)
-            listed = self._host("tavctl", "list", "--json", "--dump", file, "--descriptions",
+            listed = self._host("tavctl", "list", "--json", "--dump", bus, "--descriptions",
                                 self.machine.descriptions, "--state", state)
-            self._same(expected, json.loads(listed), "listing of the recorded bus")
+            self._same(expected, json.loads(listed), f"listing of {bus.name}, recorded")
             self._same(names, read_text(name_file) if name_file.exists() else None,
-                       "names after listing the recorded bus, against the guest's")
+                       f"names after listing {bus.name}, recorded, against the guest's")
 
-    def _check_views(self, dump):
+    def _check_views(self, *recorded):
         lspci = busViews.seen_by_lspci(self.guest.output(busViews.LSPCI_COMMAND))
         if not lspci:
             raise self.guest.error("the guest's bus has no functions")
@@ -128,8 +143,9 @@ class Steps:
             seen = self._run_as(user, "busReport /sys")
             self._same(lspci, (seen.output + seen.errors).splitlines(),
                        f"the live bus, read as {user or 'root'}, is not lspci's")
-        self._same(lspci, self._host("busReport", self._work_file("bus.dump")).splitlines(),
-                   "the recorded bus is not lspci's")
+        for bus in recorded:
+            self._same(lspci, self._host("busReport", bus).splitlines(),
+                       f"{bus.name}, recorded, is not lspci's")
 
     def step_names(self, rest):
         self._same(read_text(self.machine.path / rest), self._names(),
