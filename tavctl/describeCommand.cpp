@@ -136,7 +136,7 @@ Command addDescribeCommand(CLI::App& app) {
         ->type_name("WORD");
     command
         ->add_option("--lanes", options->request.linkWidthPerLabel,
-                     "Lanes of each connector: wider ports get several labels")
+                     "Lanes of a connector: wider ports get several labels")
         ->check(CLI::Range(1, 32))
         ->type_name("N");
     command->add_flag("--whole", options->request.whole,

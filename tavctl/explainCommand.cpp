@@ -79,8 +79,7 @@ Command addExplainCommand(CLI::App& app) {
     command->add_option("MODEL", options->model, "Model to explain in full (default: all)")
         ->type_name("");
     command->footer("Exit status 1 when MODEL is not listed.\n"
-                    "Example: tavctl explain --dump samples/switchboxes.dump "
-                    "--descriptions descriptions");
+                    "Example: tavctl explain \"My Box\" --dump bus.txt");
     return makeCommand<ExplainOptions>(command, options, runExplain);
 }
 

@@ -81,7 +81,7 @@ Command addLintCommand(CLI::App& app) {
                               ->type_name("DUMP...");
     command
         ->add_option("--compared-with", options->comparedWith,
-                     "Folder of other descriptions: say what each bus gains and loses")
+                     "Other descriptions: say what buses gain and lose")
         ->type_name("DIR")
         ->needs(against);
     command->add_flag("--rules", options->rules, "Print the rules and check nothing");
