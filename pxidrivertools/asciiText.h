@@ -7,6 +7,8 @@
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 constexpr bool isSpace(char c) noexcept {
+    if (static_cast<unsigned char>(c) > ' ') // most characters
+        return false;
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 

@@ -64,7 +64,11 @@ std::string formatNumber(Number number, int base) {
 class OpenStream {
 public:
     OpenStream(IniFileOperations& files, const char* path) noexcept
-        : files_(files), stream_(files.open(path, "rb")) {}
+        : files_(files), stream_(files.open(path, "rb")) {
+        // Files are read in few large pieces, which need no buffer between.
+        if (stream_ != nullptr)
+            std::setvbuf(stream_, nullptr, _IONBF, 0);
+    }
     ~OpenStream() {
         if (stream_ != nullptr)
             files_.close(stream_);

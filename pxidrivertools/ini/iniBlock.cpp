@@ -1,12 +1,17 @@
 #include "pxidrivertools/ini/iniBlock.h"
 
+#include <cstring>
+
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
+// With its closing NUL byte.
+constexpr std::size_t kBeginning = 16384;
+
 // Makes room for one more chunk and the closing NUL byte, doubling. The first room is for two,
 // since the end of a short file shows at the second read.
-bool makeRoom(const IniMemory& memory, IniBlock& block, std::size_t& capacity) noexcept {
+bool makeChunkRoom(const IniMemory& memory, IniBlock& block, std::size_t& capacity) noexcept {
     const std::size_t wanted = block.size + kReadChunk + 1;
     if (wanted <= capacity)
         return true;
@@ -19,13 +24,21 @@ bool makeRoom(const IniMemory& memory, IniBlock& block, std::size_t& capacity) n
     return true;
 }
 
+// Gives back what the text does not need.
+void fit(const IniMemory& memory, IniBlock& block, std::size_t capacity) noexcept {
+    if (block.data == nullptr || block.size + 1 == capacity)
+        return;
+    if (void* const fitted = memory.grow(block.data, block.size + 1))
+        block.data = static_cast<char*>(fitted);
+}
+
 } // namespace
 
 IniStatus readBlock(const IniMemory& memory, const IniReader& reader, IniBlock& block) noexcept {
     IniStatus status = kIniDone;
     std::size_t capacity = 0;
     for (;;) {
-        if (!makeRoom(memory, block, capacity)) {
+        if (!makeChunkRoom(memory, block, capacity)) {
             status = kIniOutOfMemory;
             break;
         }
@@ -36,12 +49,61 @@ IniStatus readBlock(const IniMemory& memory, const IniReader& reader, IniBlock& 
             break;
         block.size += static_cast<std::size_t>(got);
     }
-    if (block.data == nullptr)
-        return status;
-    block.data[block.size] = '\0';
-    if (void* const fitted = memory.grow(block.data, block.size + 1))
-        block.data = static_cast<char*>(fitted);
+    if (block.data != nullptr)
+        block.data[block.size] = '\0';
+    fit(memory, block, capacity);
     return status;
+}
+
+IniStatus IniStreamBlock::readBeginning() noexcept {
+    return makeRoom(kBeginning) ? fill() : kIniOutOfMemory;
+}
+
+IniStatus IniStreamBlock::readRest() noexcept {
+    IniStatus status = kIniDone;
+    // One byte more than there should be shows the end in the same read.
+    if (!ended_ && !makeRoom(capacity_ + sizeOfRest() + 1))
+        status = kIniOutOfMemory;
+    while (status == kIniDone && !ended_) {
+        status = fill();
+        if (status == kIniDone && !ended_ && !makeRoom(capacity_ * 2))
+            status = kIniOutOfMemory;
+    }
+    fit(memory_, block_, capacity_);
+    return status;
+}
+
+IniStatus IniStreamBlock::fill() noexcept {
+    const std::size_t room = capacity_ - 1 - block_.size;
+    const std::size_t got = std::fread(block_.data + block_.size, 1, room, stream_);
+    block_.size += got;
+    block_.data[block_.size] = '\0';
+    ended_ = got < room;
+    return ended_ && std::ferror(stream_) != 0 ? kIniReadFailed : kIniDone;
+}
+
+bool IniStreamBlock::makeRoom(std::size_t capacity) noexcept {
+    // A new block instead of a grown one, so that a large one may be of large pages from the start.
+    char* const wider = static_cast<char*>(memory_.allocate(capacity));
+    if (wider == nullptr)
+        return false;
+    if (block_.data != nullptr)
+        std::memcpy(wider, block_.data, block_.size);
+    memory_.release(block_.data);
+    block_.data = wider;
+    block_.data[block_.size] = '\0';
+    capacity_ = capacity;
+    return true;
+}
+
+// As far as the system tells; more may come, or less.
+std::size_t IniStreamBlock::sizeOfRest() noexcept {
+    const long here = std::ftell(stream_);
+    if (here < 0 || std::fseek(stream_, 0, SEEK_END) != 0)
+        return 0;
+    const long end = std::ftell(stream_);
+    std::fseek(stream_, here, SEEK_SET);
+    return end > here ? static_cast<std::size_t>(end - here) : 0;
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -6,6 +6,7 @@
 #include "pxidrivertools/ini/iniStatus.h"
 
 #include <cstddef>
+#include <cstdio>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
@@ -19,5 +20,29 @@ struct IniBlock {
 // Reads to the end. On a failure (kIniReadFailed, kIniOutOfMemory) the block holds what was read
 // before it. The block is the caller's to release in any case.
 IniStatus readBlock(const IniMemory& memory, const IniReader& reader, IniBlock& block) noexcept;
+
+// The same from a stream, in two steps: its beginning, which is the whole of most files, and the
+// rest, which is read straight into the block. The stream stands where reading starts. A failure of
+// the first step need not be followed by the second.
+class IniStreamBlock {
+public:
+    IniStreamBlock(const IniMemory& memory, std::FILE* stream, IniBlock& block) noexcept
+        : memory_(memory), stream_(stream), block_(block) {}
+
+    IniStatus readBeginning() noexcept;
+    IniStatus readRest() noexcept;
+
+private:
+    // Reads until the room that there is is full or the stream ends.
+    IniStatus fill() noexcept;
+    bool makeRoom(std::size_t capacity) noexcept;
+    std::size_t sizeOfRest() noexcept;
+
+    const IniMemory& memory_;
+    std::FILE* stream_;
+    IniBlock& block_;
+    std::size_t capacity_ = 0;
+    bool ended_ = false;
+};
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -1,8 +1,9 @@
 #include "pxidrivertools/ini/iniContinuation.h"
 
-#include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/ini/iniIndex.h"
 #include "pxidrivertools/ini/iniList.h"
+#include "pxidrivertools/ini/iniNames.h"
+#include "pxidrivertools/ini/iniSectionKeys.h"
 
 #include <cstring>
 #include <limits>
@@ -48,12 +49,12 @@ bool concatenate(const IniMemory& memory, std::span<IniNamed* const> run,
         end += piece.length;
     }
     *end = '\0';
-    result = {joined, static_cast<std::uint32_t>(size), 1};
+    result = {joined, static_cast<std::uint32_t>(size), 0, true};
     return true;
 }
 
 // Makes the first key of the run the whole; the others are discarded.
-bool joinRun(IniFileObject& file, std::span<IniNamed* const> run) noexcept {
+bool joinRun(IniFileObject& file, IniSection& section, std::span<IniNamed* const> run) noexcept {
     IniKey& whole = keyOf(run.front());
     if (run.size() > 1) {
         IniText value;
@@ -61,9 +62,11 @@ bool joinRun(IniFileObject& file, std::span<IniNamed* const> run) noexcept {
             return false;
         releaseText(file.memory, whole.value);
         whole.value = value;
+        section.keysOwnText = true;
     }
     // Names come from the load and are views: shortening one is enough.
     whole.name = viewText(readContinuationName(whole.name.view())->base);
+    whole.name.tag = tagName(whole.name.view());
     for (IniNamed* element : run.subspan(1))
         discardKey(file, &keyOf(element));
     return true;
@@ -97,7 +100,7 @@ IniStatus joinContinuations(IniFileObject& file, IniSection& section) noexcept {
         const std::size_t run = status == kIniDone ? runLength(elements.subspan(next)) : 0;
         std::size_t consumed = 1;
         if (run != 0) {
-            if (joinRun(file, elements.subspan(next, run)))
+            if (joinRun(file, section, elements.subspan(next, run)))
                 consumed = run;
             else
                 status = kIniOutOfMemory; // the rest stays in pieces
@@ -105,8 +108,10 @@ IniStatus joinContinuations(IniFileObject& file, IniSection& section) noexcept {
         elements[kept++] = elements[next];
         next += consumed;
     }
-    if (section.keys != nullptr)
+    if (section.keys != nullptr) {
         truncateList(*section.keys, static_cast<std::uint32_t>(kept));
+        trimKeys(file, section);
+    }
     invalidateIndex(section.index);
     return status;
 }

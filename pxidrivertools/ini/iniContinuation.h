@@ -1,6 +1,7 @@
 // Long values that were written in pieces: keys "<name> Line0001", "<name> Line0002" and so on.
 #pragma once
 
+#include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniStatus.h"
 
@@ -20,6 +21,14 @@ struct IniContinuationName {
     std::int32_t number;
 };
 std::optional<IniContinuationName> readContinuationName(std::string_view name) noexcept;
+
+// Whether a look at the end of a name lets it be of this form; false for most names.
+inline bool mayBeContinuation(std::string_view name) noexcept {
+    std::size_t digits = name.size();
+    while (digits != 0 && isDecimalDigit(name[digits - 1]))
+        --digits;
+    return digits != name.size() && digits != 0 && name[digits - 1] == kContinuationWord.back();
+}
 
 // Replaces each run of continuation keys in the section by one key. A run starts at a key numbered
 // 1 and goes on over the directly following continuation keys up to the next one numbered 1; their

@@ -2,6 +2,7 @@
 
 #include "pxidrivertools/ini/iniIndex.h"
 #include "pxidrivertools/ini/iniList.h"
+#include "pxidrivertools/ini/iniSectionKeys.h"
 
 #include <new>
 
@@ -11,11 +12,12 @@ namespace {
 
 // Everything a section owns but its records' places in the pools.
 void releaseContent(const IniMemory& memory, IniSection& section) noexcept {
-    for (IniNamed* element : elementsOf(section.keys)) {
-        IniKey* const key = static_cast<IniKey*>(element);
-        releaseText(memory, key->name);
-        releaseText(memory, key->value);
-    }
+    if (section.keysOwnText)
+        for (IniNamed* element : elementsOf(section.keys)) {
+            IniKey* const key = static_cast<IniKey*>(element);
+            releaseText(memory, key->name);
+            releaseText(memory, key->value);
+        }
     releaseText(memory, section.name);
     releaseIndex(memory, section.index);
 }
@@ -45,12 +47,13 @@ void discardSections(IniFileObject& file) noexcept {
     for (IniNamed* element : elementsOf(file.sections)) {
         IniSection* const section = static_cast<IniSection*>(element);
         releaseContent(file.memory, *section);
-        releaseList(file.memory, section->keys);
+        releaseKeys(file.memory, *section);
     }
     releaseList(file.memory, file.sections);
     releaseIndex(file.memory, file.sectionIndex);
-    file.sectionPool.release(file.memory);
-    file.keyPool.release(file.memory);
+    file.sectionPool.forget();
+    file.keyPool.forget();
+    file.arena.release(file.memory);
     file.memory.release(file.block);
     file.block = nullptr;
     file.current = nullptr;
@@ -60,7 +63,7 @@ void discardSection(IniFileObject& file, IniSection* section) noexcept {
     releaseContent(file.memory, *section);
     for (IniNamed* element : elementsOf(section->keys))
         file.keyPool.giveBack(static_cast<IniKey*>(element));
-    releaseList(file.memory, section->keys);
+    releaseKeys(file.memory, *section);
     if (file.current == section)
         file.current = nullptr;
     file.sectionPool.giveBack(section);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/file.h"
+#include "pxidrivertools/ini/iniArena.h"
 #include "pxidrivertools/ini/iniMemory.h"
 #include "pxidrivertools/ini/iniOptions.h"
 #include "pxidrivertools/ini/iniPool.h"
@@ -40,6 +41,7 @@ struct IniFileObject {
 
     // The loaded text, which names and values look into.
     char* block = nullptr;
+    IniArena arena;
     IniPool<IniSection> sectionPool;
     IniPool<IniKey> keyPool;
 };

@@ -14,7 +14,7 @@ struct Slot {
     std::uint32_t hash;
     std::uint32_t element; // 1-based index in the list, plus IniIndex::gone; 0: the slot is empty
 };
-constexpr std::uint32_t kFirstSlots = 16;
+constexpr std::uint32_t kFirstSlots = 64;
 constexpr std::uint32_t kMostSlots = 0x80000000U;
 constexpr std::uint32_t kMostGone = 0x40000000U;
 // Looking up one slot by its hash costs as much as going past this many.
@@ -179,10 +179,16 @@ bool isCovered(const IniIndex* index, std::uint32_t element) noexcept {
 } // namespace
 
 std::uint32_t walkByName(const IniList* list, bool caseSensitive, std::string_view name) noexcept {
+    return walkByTag(list, caseSensitive, name, tagName(name));
+}
+
+std::uint32_t walkByTag(const IniList* list, bool caseSensitive, std::string_view name,
+                        std::uint16_t tag) noexcept {
     std::uint32_t position = 0;
     for (const IniNamed* element : elementsOf(list)) {
         ++position;
-        if (equalNames(caseSensitive, element->name.view(), name))
+        const bool mayBeEqual = element->name.tag == tag || element->name.tag == 0;
+        if (mayBeEqual && equalNames(caseSensitive, element->name.view(), name))
             return position;
     }
     return 0;
@@ -190,6 +196,13 @@ std::uint32_t walkByName(const IniList* list, bool caseSensitive, std::string_vi
 
 std::uint32_t findByName(const IniMemory& memory, IniIndex*& index, const IniList* list,
                          bool caseSensitive, std::string_view name) noexcept {
+    if (countOf(list) <= kLongestWalk)
+        return walkByName(list, caseSensitive, name);
+    return findByHash(memory, index, list, caseSensitive, name, hashName(caseSensitive, name));
+}
+
+std::uint32_t findByHash(const IniMemory& memory, IniIndex*& index, const IniList* list,
+                         bool caseSensitive, std::string_view name, std::uint32_t hash) noexcept {
     const std::span<IniNamed* const> elements = elementsOf(list);
     if (elements.size() <= kLongestWalk)
         return walkByName(list, caseSensitive, name);
@@ -202,7 +215,6 @@ std::uint32_t findByName(const IniMemory& memory, IniIndex*& index, const IniLis
     }
     if (!cover(memory, index, elements, caseSensitive))
         return walkByName(list, caseSensitive, name);
-    const std::uint32_t hash = hashName(caseSensitive, name);
     const Slot* const slots = slotsOf(index);
     std::uint32_t at = hash & index->mask;
     for (; slots[at].element != 0; at = (at + 1) & index->mask)
@@ -210,6 +222,20 @@ std::uint32_t findByName(const IniMemory& memory, IniIndex*& index, const IniLis
             equalNames(caseSensitive, nameAt(elements, slots[at].element - index->gone), name))
             return slots[at].element - index->gone;
     return 0;
+}
+
+void prefetchSlot(const IniIndex& index, std::uint32_t hash) noexcept {
+    const Slot* const slots = reinterpret_cast<const Slot*>(&index + 1);
+    __builtin_prefetch(slots + (hash & index.mask));
+}
+
+void elementArrives(IniIndex* index, const IniList* list, std::uint32_t hash) noexcept {
+    const std::uint32_t element = countOf(list);
+    if (index == nullptr || index->covered == 0 || index->covered + 1 != element || isFull(*index))
+        return;
+    place(*index, {hash, element + index->gone});
+    ++index->used;
+    ++index->covered;
 }
 
 void elementLeaves(IniIndex* index, const IniList* list, bool caseSensitive,

@@ -1,10 +1,15 @@
-// The lines of an INI file: where they end, and what each of them is.
+// The lines of an INI file: where they end, and what each of them is. All of it is inline, because
+// a load is little else.
 #pragma once
 
+#include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/ini/iniBlock.h"
+#include "pxidrivertools/ini/iniLineScan.h"
 #include "pxidrivertools/ini/iniOptions.h"
+#include "pxidrivertools/ini/iniRecords.h"
 
 #include <cstdint>
+#include <limits>
 #include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -15,19 +20,43 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 class IniLineCursor {
 public:
     // With `completeOnly`, text that no line end follows is not a line.
-    IniLineCursor(const IniBlock& block, bool completeOnly) noexcept;
+    IniLineCursor(const IniBlock& block, bool completeOnly) noexcept
+        : position_(block.data), end_(block.data + block.size), completeOnly_(completeOnly) {}
 
     // Gives the next line without its end. False after the last one.
-    bool next(std::string_view& line) noexcept;
+    bool next(std::string_view& line) noexcept {
+        if (position_ == end_)
+            return false;
+        const IniLineScan scan = scanLine(position_, end_);
+        if (scan.end == end_ && completeOnly_) {
+            position_ = end_;
+            return false;
+        }
+        line = {position_, static_cast<std::size_t>(scan.end - position_)};
+        separator_ = scan.equals == nullptr ? std::string_view::npos
+                                            : static_cast<std::size_t>(scan.equals - position_);
+        position_ = scan.end;
+        if (position_ != end_) {
+            ++position_;
+            if (position_ != end_ && endsLine(*position_) && *position_ != *scan.end)
+                ++position_;
+        }
+        if (number_ < std::numeric_limits<std::int32_t>::max())
+            ++number_;
+        return true;
+    }
 
+    // Of the line given last: where its first "=" is, or npos.
+    std::size_t separator() const noexcept { return separator_; }
     // Of the line given last, counted from 1.
     std::int32_t number() const noexcept { return number_; }
 
 private:
     const char* position_;
     const char* end_;
-    bool completeOnly_;
+    std::size_t separator_ = std::string_view::npos;
     std::int32_t number_ = 0;
+    bool completeOnly_;
 };
 
 enum class IniLineKind { comment, header, key, odd };
@@ -38,10 +67,64 @@ struct IniLine {
     std::string_view value; // of a key; trimmed, with its quotes
 };
 
-IniLine classifyLine(const IniParseOptions& options, std::string_view line) noexcept;
+inline IniLine classifyHeader(std::string_view line) noexcept {
+    const std::size_t end = line.find(']');
+    if (end == std::string_view::npos)
+        return {};
+    const std::string_view name = trim(line.substr(1, end - 1));
+    if (name.empty())
+        return {};
+    return {IniLineKind::header, name, {}};
+}
+
+// `separator` is where the line's first "=" is, or npos.
+inline IniLine classifyLine(const IniParseOptions& options, std::string_view line,
+                            std::size_t separator) noexcept {
+    const std::string_view start = trimLeft(line);
+    if (start.empty())
+        return {};
+    if (start.front() == ';')
+        return {IniLineKind::comment, {}, {}};
+    if (start.front() == '[')
+        return classifyHeader(start);
+
+    if (options.colonAndUnnamedSection)
+        separator = line.find_first_of(":=");
+    if (separator == std::string_view::npos)
+        return {};
+    const char* const lineEnd = line.data() + line.size();
+    const char* const nameEnd = line.data() + separator;
+    const char* valueStart = nameEnd + 1;
+    if (*nameEnd == ':' && valueStart != lineEnd && *valueStart == '=')
+        ++valueStart;
+    const std::string_view name =
+        trimRight({start.data(), static_cast<std::size_t>(nameEnd - start.data())});
+    const std::string_view value =
+        trim({valueStart, static_cast<std::size_t>(lineEnd - valueStart)});
+    if (name.empty() || (value.empty() && !options.emptyValues))
+        return {};
+    return {IniLineKind::key, name, value};
+}
+
+inline IniLine classifyLine(const IniParseOptions& options, std::string_view line) noexcept {
+    return classifyLine(options, line, line.find('='));
+}
+
+constexpr bool enclosedIn(std::string_view value, char quote) noexcept {
+    return value.size() >= 2 && value.front() == quote && value.back() == quote;
+}
 
 // Takes the quotes off a value that is enclosed in quotes of a kind that is on. Returns the quote
 // character, or kNoQuote.
-char stripQuotes(const IniParseOptions& options, std::string_view& value) noexcept;
+inline char stripQuotes(const IniParseOptions& options, std::string_view& value) noexcept {
+    char quote = kNoQuote;
+    if (options.doubleQuotes && enclosedIn(value, kDoubleQuote))
+        quote = kDoubleQuote;
+    else if (options.singleQuotes && enclosedIn(value, kSingleQuote))
+        quote = kSingleQuote;
+    if (quote != kNoQuote)
+        value = value.substr(1, value.size() - 2);
+    return quote;
+}
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

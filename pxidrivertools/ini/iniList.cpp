@@ -15,7 +15,7 @@ constexpr std::size_t kMostElements =
     (std::numeric_limits<std::int32_t>::max() - sizeof(IniList)) / kElementSize;
 
 bool resize(const IniMemory& memory, IniList*& list, std::uint32_t capacity) noexcept {
-    void* const block = memory.grow(list, sizeof(IniList) + capacity * kElementSize);
+    void* const block = memory.grow(list, listSize(capacity));
     if (block == nullptr)
         return false;
     IniList* const resized = static_cast<IniList*>(block);
@@ -47,9 +47,25 @@ bool reserveElement(const IniMemory& memory, IniList*& list, IniGrowth growth) n
     return resize(memory, list, wanted);
 }
 
-void appendElement(IniList& list, IniNamed* record) noexcept {
-    const std::uint32_t position = list.count++;
-    elementsOf(&list)[position] = record;
+std::size_t listSize(std::uint32_t count) noexcept {
+    return sizeof(IniList) + count * kElementSize;
+}
+
+IniList* copyList(const IniList& list, void* place) noexcept {
+    IniList* const copy = static_cast<IniList*>(std::memcpy(place, &list, listSize(list.count)));
+    copy->capacity = copy->count;
+    return copy;
+}
+
+IniList* copyWithRoom(const IniMemory& memory, const IniList& list) noexcept {
+    if (list.count >= kMostElements)
+        return nullptr;
+    void* const place = memory.allocate(listSize(list.count + 1));
+    if (place == nullptr)
+        return nullptr;
+    IniList* const copy = copyList(list, place);
+    copy->capacity = copy->count + 1;
+    return copy;
 }
 
 void removeElement(IniList& list, std::uint32_t index) noexcept {
@@ -83,22 +99,6 @@ IniNamed* elementAt(const IniList* list, std::int32_t index) noexcept {
     if (index < 1 || static_cast<std::uint32_t>(index) > countOf(list))
         return nullptr;
     return elementsOf(list)[static_cast<std::uint32_t>(index) - 1];
-}
-
-std::uint32_t countOf(const IniList* list) noexcept {
-    return list == nullptr ? 0 : list->count;
-}
-
-std::span<IniNamed*> elementsOf(IniList* list) noexcept {
-    if (list == nullptr)
-        return {};
-    return {reinterpret_cast<IniNamed**>(list + 1), list->count};
-}
-
-std::span<IniNamed* const> elementsOf(const IniList* list) noexcept {
-    if (list == nullptr)
-        return {};
-    return {reinterpret_cast<IniNamed* const*>(list + 1), list->count};
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -26,8 +26,19 @@ enum class IniGrowth { oneSlot, proportional };
 // Makes sure that one more element fits. False when there is no memory; the list is then as it was.
 bool reserveElement(const IniMemory& memory, IniList*& list, IniGrowth growth) noexcept;
 
+// The bytes of a list of this many elements.
+std::size_t listSize(std::uint32_t count) noexcept;
+
+// A copy at a place of listSize(list.count) bytes, with no room for more.
+IniList* copyList(const IniList& list, void* place) noexcept;
+
+// A copy with room for one more element, or null when there is no memory.
+IniList* copyWithRoom(const IniMemory& memory, const IniList& list) noexcept;
+
 // The element must fit.
-void appendElement(IniList& list, IniNamed* record) noexcept;
+inline void appendElement(IniList& list, IniNamed* record) noexcept {
+    reinterpret_cast<IniNamed**>(&list + 1)[list.count++] = record;
+}
 
 // By 1-based index, which must be within the list; what follows moves up.
 void removeElement(IniList& list, std::uint32_t index) noexcept;
@@ -43,10 +54,16 @@ void releaseList(const IniMemory& memory, IniList*& list) noexcept;
 // By 1-based index; 0 and -1 mean the first element. Null when there is no such element.
 IniNamed* elementAt(const IniList* list, std::int32_t index) noexcept;
 
-std::uint32_t countOf(const IniList* list) noexcept;
+inline std::uint32_t countOf(const IniList* list) noexcept {
+    return list == nullptr ? 0 : list->count;
+}
 
 // All elements in order. Invalid once the list changes.
-std::span<IniNamed*> elementsOf(IniList* list) noexcept;
-std::span<IniNamed* const> elementsOf(const IniList* list) noexcept;
+inline std::span<IniNamed*> elementsOf(IniList* list) noexcept {
+    return {reinterpret_cast<IniNamed**>(list + 1), countOf(list)};
+}
+inline std::span<IniNamed* const> elementsOf(const IniList* list) noexcept {
+    return {reinterpret_cast<IniNamed* const*>(list + 1), countOf(list)};
+}
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -2,10 +2,12 @@
 
 #include "pxidrivertools/ini/iniBlock.h"
 #include "pxidrivertools/ini/iniContinuation.h"
+#include "pxidrivertools/ini/iniKeyCollector.h"
 #include "pxidrivertools/ini/iniLines.h"
 #include "pxidrivertools/ini/iniList.h"
-#include "pxidrivertools/ini/iniLookup.h"
+#include "pxidrivertools/ini/iniSearch.h"
 
+#include <array>
 #include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -15,18 +17,12 @@ namespace {
 // One load: what its lines do to the file object.
 class Parser {
 public:
-    explicit Parser(IniFileObject& file) noexcept : file_(file) {}
+    explicit Parser(IniFileObject& file) noexcept : file_(file), keys_(file) {}
 
     IniStatus parse(IniLineCursor& lines) noexcept {
-        std::string_view line;
-        while (lines.next(line)) {
-            if (!fitsText(line))
-                return kIniOutOfMemory;
-            const IniStatus status = take(classifyLine(file_.parse, line), lines.number());
-            if (status != kIniDone)
-                return status;
-        }
-        return kIniDone;
+        const IniStatus status = takeLines(lines);
+        keys_.finish();
+        return status;
     }
 
     IniStatus joinPieces() noexcept {
@@ -41,131 +37,189 @@ public:
     }
 
 private:
-    IniStatus take(const IniLine& line, std::int32_t number) noexcept {
-        switch (line.kind) {
-        case IniLineKind::header:
-            return takeHeader(line.name, number);
-        case IniLineKind::key:
-            return takeKey(line, number);
-        case IniLineKind::odd:
-            if (file_.firstOddLine == kNotFromFile)
-                file_.firstOddLine = number;
-            break;
-        case IniLineKind::comment:
-            break;
+    // A line and the search for its name.
+    struct Line {
+        IniLine content;
+        IniSearch search;
+        std::int32_t number = 0;
+        bool fits = true;
+    };
+
+    // Each line is read before the one before it is taken, so that its search has time to begin.
+    IniStatus takeLines(IniLineCursor& lines) noexcept {
+        std::array<Line, 2> pair;
+        std::size_t now = 0;
+        IniStatus status = kIniDone;
+        for (bool isThere = read(lines, pair[now]); isThere && status == kIniDone; now ^= 1) {
+            isThere = read(lines, pair[now ^ 1]);
+            status = take(pair[now]);
         }
+        return status;
+    }
+
+    // The next header or key line.
+    bool read(IniLineCursor& lines, Line& line) noexcept {
+        std::string_view text;
+        while (lines.next(text)) {
+            line.content = classifyLine(file_.parse, text, lines.separator());
+            switch (line.content.kind) {
+            case IniLineKind::header:
+                line.search.begin(file_.caseSensitive, line.content.name);
+                line.search.prepare(file_.sectionIndex);
+                break;
+            case IniLineKind::key:
+                line.search.begin(file_.caseSensitive, line.content.name);
+                if (const IniSection* const section = keys_.section())
+                    line.search.prepare(section->index);
+                break;
+            case IniLineKind::odd:
+                if (file_.firstOddLine == kNotFromFile)
+                    file_.firstOddLine = lines.number();
+                continue;
+            case IniLineKind::comment:
+                continue;
+            }
+            line.number = lines.number();
+            line.fits = fitsText(text);
+            return true;
+        }
+        return false;
+    }
+
+    IniStatus take(Line& line) noexcept {
+        if (!line.fits)
+            return kIniOutOfMemory;
+        return line.content.kind == IniLineKind::header ? takeHeader(line.search, line.number)
+                                                        : takeKey(line);
+    }
+
+    IniStatus takeHeader(IniSearch& search, std::int32_t number) noexcept {
+        const std::uint32_t same =
+            file_.mergeDuplicates
+                ? search.find(file_.memory, file_.sectionIndex, file_.sections, seenSections_)
+                : 0;
+        if (same == 0)
+            return addSection(search, number);
+        IniSection& section = static_cast<IniSection&>(*elementsOf(file_.sections)[same - 1]);
+        section.line = number;
+        keys_.begin(section);
         return kIniDone;
     }
 
-    IniStatus takeHeader(std::string_view name, std::int32_t number) noexcept {
-        IniSection* const same = file_.mergeDuplicates ? findSection(file_, name) : nullptr;
-        if (same == nullptr)
-            return addSection(name, number);
-        same->line = number;
-        section_ = same;
-        return kIniDone;
-    }
-
-    IniStatus takeKey(const IniLine& line, std::int32_t number) noexcept {
-        if (section_ == nullptr) {
+    IniStatus takeKey(Line& line) noexcept {
+        if (keys_.section() == nullptr) {
             if (!file_.parse.colonAndUnnamedSection)
                 return kIniDone;
-            const IniStatus status = addSection(kUnnamedSection, kNotFromFile);
+            IniSearch unnamed;
+            unnamed.begin(file_.caseSensitive, kUnnamedSection);
+            const IniStatus status = addSection(unnamed, kNotFromFile);
             if (status != kIniDone)
                 return status;
         }
-        std::string_view value = line.value;
+        std::string_view value = line.content.value;
         const char quote = stripQuotes(file_.parse, value);
-        IniKey* const same = file_.mergeDuplicates ? findKey(file_, *section_, line.name) : nullptr;
-        if (same == nullptr)
-            return addKey(line.name, value, quote, number);
-        same->value = viewText(value);
-        same->quote = quote;
+        const std::uint32_t same =
+            file_.mergeDuplicates
+                ? line.search.find(file_.memory, keys_.section()->index, keys_.keys(), keys_.seen())
+                : 0;
+        if (same == 0)
+            return addKey(line, value, quote);
+        IniKey& key = static_cast<IniKey&>(*elementsOf(keys_.keys())[same - 1]);
+        key.value = viewText(value);
+        key.quote = quote;
         return kIniDone;
     }
 
-    IniStatus addSection(std::string_view name, std::int32_t number) noexcept {
+    IniStatus addSection(const IniSearch& search, std::int32_t number) noexcept {
         if (!reserveElement(file_.memory, file_.sections, IniGrowth::proportional))
             return kIniOutOfMemory;
-        IniSection* const section = file_.sectionPool.take(file_.memory);
+        IniSection* const section = file_.sectionPool.take(file_.arena, file_.memory);
         if (section == nullptr)
             return kIniOutOfMemory;
-        section->name = viewText(name);
+        section->name = search.nameText();
         section->caseSensitive = file_.caseSensitive;
         section->line = number;
         appendElement(*file_.sections, section);
-        section_ = section;
+        search.arrived(file_.sectionIndex, file_.sections, seenSections_);
+        keys_.begin(*section);
         return kIniDone;
     }
 
-    IniStatus addKey(std::string_view name, std::string_view value, char quote,
-                     std::int32_t number) noexcept {
-        if (!reserveElement(file_.memory, section_->keys, IniGrowth::proportional))
+    IniStatus addKey(const Line& line, std::string_view value, char quote) noexcept {
+        if (!keys_.reserve())
             return kIniOutOfMemory;
-        IniKey* const key = file_.keyPool.take(file_.memory);
+        IniKey* const key = file_.keyPool.take(file_.arena, file_.memory);
         if (key == nullptr)
             return kIniOutOfMemory;
-        key->name = viewText(name);
+        key->name = line.search.nameText();
         key->value = viewText(value);
         key->quote = quote;
-        key->line = number;
-        appendElement(*section_->keys, key);
+        key->line = line.number;
+        keys_.append(key);
+        line.search.arrived(keys_.section()->index, keys_.keys(), keys_.seen());
         // Looking now, while the name is at hand, spares most files the second pass.
-        sawPieces_ = sawPieces_ || readContinuationName(name).has_value();
+        sawPieces_ = sawPieces_ || mayBeContinuation(line.search.name());
         return kIniDone;
     }
 
     IniFileObject& file_;
-    IniSection* section_ = nullptr;
+    IniKeyCollector keys_;
+    IniSeenTags seenSections_;
     bool sawPieces_ = false;
 };
 
-// Gives back the room that the lists took in advance.
-void trimLists(IniFileObject& file) noexcept {
-    trimList(file.memory, file.sections);
-    for (IniNamed* element : elementsOf(file.sections))
-        trimList(file.memory, static_cast<IniSection*>(element)->keys);
-}
-
-} // namespace
-
-IniStatus loadIni(IniFileObject& file, const IniReader& reader) noexcept {
-    discardSections(file);
-    file.firstOddLine = kNotFromFile;
-
-    IniBlock block;
-    IniStatus status = readBlock(file.memory, reader, block);
+// Makes the block, of which reading came to this status, the content. `start` is where its text
+// begins.
+IniStatus loadBlock(IniFileObject& file, const IniBlock& block, std::size_t start,
+                    IniStatus status) noexcept {
     if (block.data == nullptr)
         return status;
     file.block = block.data;
+    file.arena.expect(block.size * 2);
     Parser parser(file);
-    IniLineCursor lines(block, status != kIniDone);
+    IniLineCursor lines({block.data + start, block.size - start}, status != kIniDone);
     const IniStatus parsed = parser.parse(lines);
     if (status == kIniDone)
         status = parsed;
     if (status == kIniDone)
         status = parser.joinPieces();
-    trimLists(file);
-    // Of several sections of one name, the first is to be found.
-    file.current = nullptr;
+    trimList(file.memory, file.sections);
     return status;
+}
+
+void dropContent(IniFileObject& file) noexcept {
+    discardSections(file);
+    file.firstOddLine = kNotFromFile;
+}
+
+} // namespace
+
+IniStatus loadIni(IniFileObject& file, const IniReader& reader) noexcept {
+    dropContent(file);
+    IniBlock block;
+    const IniStatus status = readBlock(file.memory, reader, block);
+    return loadBlock(file, block, 0, status);
 }
 
 IniStatus loadIni(IniFileObject& file, std::FILE* stream) noexcept {
     using namespace std::string_view_literals;
-    char start[4];
-    const std::string_view mark(start, std::fread(start, 1, sizeof start, stream));
+    constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+    IniBlock block;
+    IniStreamBlock reader(file.memory, stream, block);
+    IniStatus status =
+        std::fseek(stream, 0, SEEK_SET) == 0 ? reader.readBeginning() : kIniReadFailed;
+    const std::string_view beginning(block.data, block.size);
     for (const std::string_view wide :
          {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv, "\xFF\xFE"sv, "\xFE\xFF"sv})
-        if (mark.starts_with(wide))
+        if (beginning.starts_with(wide)) {
+            file.memory.release(block.data);
             return kIniWideEncoding;
-    const bool failed = std::ferror(stream) != 0;
-    const long textStart = mark.starts_with("\xEF\xBB\xBF"sv) ? 3 : 0;
-    // Going back forgets an error, which the reader has to report.
-    if (!failed && std::fseek(stream, textStart, SEEK_SET) == 0)
-        return loadIni(file, streamReader(stream));
-    const auto fail = [](void*, char*, std::uint32_t) -> std::int32_t { return -1; };
-    return loadIni(file, IniReader{fail, nullptr});
+        }
+    const std::size_t textStart = beginning.starts_with(kUtf8Mark) ? kUtf8Mark.size() : 0;
+    dropContent(file);
+    if (status == kIniDone)
+        status = reader.readRest();
+    return loadBlock(file, block, textStart, status);
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

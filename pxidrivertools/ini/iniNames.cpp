@@ -1,9 +1,7 @@
 #include "pxidrivertools/ini/iniNames.h"
 
-#include "pxidrivertools/asciiText.h"
-
 #include <algorithm>
-#include <cstring>
+#include <utility>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
@@ -25,6 +23,8 @@ std::uint64_t upperEight(std::uint64_t bytes) noexcept {
     return bytes - (lower >> 2); // 0x80 becomes 0x20, the distance between the cases
 }
 
+constexpr std::uint64_t kOddFactor = 0x9E3779B97F4A7C15U;
+
 } // namespace
 
 bool equalNames(bool caseSensitive, std::string_view left, std::string_view right) noexcept {
@@ -43,18 +43,20 @@ bool hidesName(bool caseSensitive, std::string_view earlier, std::string_view la
 }
 
 std::uint32_t hashName(bool caseSensitive, std::string_view name) noexcept {
-    constexpr std::uint64_t kOddFactor = 0x9E3779B97F4A7C15U;
     if (!caseSensitive)
         name = trim(name);
     std::uint64_t hash = name.size();
-    while (!name.empty()) {
-        std::uint64_t bytes = 0;
-        const std::size_t taken = std::min(name.size(), sizeof bytes);
-        std::memcpy(&bytes, name.data(), taken);
-        name.remove_prefix(taken);
+    const auto mix = [&](std::uint64_t bytes) {
         hash = (hash ^ (caseSensitive ? bytes : upperEight(bytes))) * kOddFactor;
         hash ^= hash >> 32;
+    };
+    // All but the last bytes, which may overlap those before.
+    for (std::size_t at = 0; at + 8 < name.size(); at += 8) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, name.data() + at, 8);
+        mix(bytes);
     }
+    mix(lastEight(name));
     return static_cast<std::uint32_t>(hash ^ (hash >> 15));
 }
 

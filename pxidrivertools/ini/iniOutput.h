@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -15,9 +16,17 @@ public:
     // Both outlive the output, which neither flushes nor closes the stream at its end.
     IniOutput(IniFileOperations& files, std::FILE* stream) noexcept;
 
-    // Text: a "\n" in it becomes the two bytes 13 and 10.
+    // Text that may have line feeds in it: each becomes the two bytes 13 and 10.
     void put(std::string_view text) noexcept;
-    void put(char character) noexcept;
+    // Text, or a character, that is written as it is.
+    void putAsIs(std::string_view text) noexcept {
+        if (text.size() > buffer_.size() - used_)
+            return putLong(text);
+        std::memcpy(buffer_.data() + used_, text.data(), text.size());
+        used_ += text.size();
+    }
+    void putAsIs(char character) noexcept { putAsIs(std::string_view(&character, 1)); }
+    void endLine() noexcept { putAsIs("\r\n"); }
 
     // Writes what is left and flushes the stream. False when that or any write before failed.
     bool finish() noexcept;
@@ -25,13 +34,15 @@ public:
     bool ok() const noexcept { return ok_; }
 
 private:
+    void putLong(std::string_view text) noexcept;
     void writeOut() noexcept;
 
     IniFileOperations& files_;
     std::FILE* stream_;
     std::size_t used_ = 0;
     bool ok_ = true;
-    std::array<char, 4096> buffer_{};
+    // Few large writes; not filled before it is used, since most files are short.
+    std::array<char, 65536> buffer_;
 };
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -27,12 +27,16 @@ struct IniNamed {
 };
 
 struct IniSection : IniNamed {
-    // Key records in file order; null while there is none.
+    // Key records in file order; null while there is none. To be changed through iniSectionKeys.h.
     IniList* keys = nullptr;
     // Over `keys`; null until a look-up needs it.
     IniIndex* index = nullptr;
     // Of the names of the keys; the file object's setting when the section was made.
     bool caseSensitive = false;
+    // Whether `keys` lives in the file object's arena.
+    bool keysInArena = false;
+    // Whether a name or value of a key may be a copy of its own.
+    bool keysOwnText = false;
     // Of the header, counted from 1; or kNotFromFile.
     std::int32_t line = kNotFromFile;
 };

@@ -50,6 +50,7 @@ IniStatus writeFile(const IniFileObject& file, const std::string& path, bool isO
             files.remove(path.c_str());
         return kIniOpenFailed;
     }
+    std::setvbuf(stream, nullptr, _IONBF, 0); // the output has a buffer of its own
     IniOutput output(files, stream);
     IniStatus status = writeContents(file, output);
     if (status == kIniDone && file.write.flush && !files.force(stream))

@@ -5,6 +5,7 @@
 #include "pxidrivertools/ini/iniMemory.h"
 
 #include <cstdint>
+#include <limits>
 #include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -12,17 +13,25 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 struct IniText {
     const char* data = "";
     std::uint32_t length = 0;
+    // Of a name: what tagName() says of it, so that a search need not look at other names' text;
+    // 0 when that is not known.
+    std::uint16_t tag = 0;
     // Whether `data` is this text's own and ends with a NUL byte after its length.
-    std::uint32_t owned = 0;
+    bool owned = false;
 
     std::string_view view() const noexcept { return {data, length}; }
 };
 
-// Whether a text may be as long as this.
-bool fitsText(std::string_view text) noexcept;
+// Whether a text may be as long as this: one below the largest length, so that length and closing
+// NUL byte fit 32 bits too.
+constexpr bool fitsText(std::string_view text) noexcept {
+    return text.size() < std::numeric_limits<std::uint32_t>::max();
+}
 
 // A text that looks at memory that outlives it. The text must fit.
-IniText viewText(std::string_view text) noexcept;
+constexpr IniText viewText(std::string_view text) noexcept {
+    return {text.data(), static_cast<std::uint32_t>(text.size())};
+}
 
 // Makes `result`, whose old content is not released, an own copy. False, with `result` as it was,
 // when there is no memory or the text does not fit.

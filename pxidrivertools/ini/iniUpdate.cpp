@@ -3,6 +3,8 @@
 #include "pxidrivertools/ini/iniIndex.h"
 #include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniLookup.h"
+#include "pxidrivertools/ini/iniNames.h"
+#include "pxidrivertools/ini/iniSectionKeys.h"
 
 #include <algorithm>
 #include <span>
@@ -11,33 +13,35 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-IniStatus replaceValue(IniFileObject& file, IniKey& key, std::string_view value,
-                       char quote) noexcept {
+IniStatus replaceValue(IniFileObject& file, IniSection& section, IniKey& key,
+                       std::string_view value, char quote) noexcept {
     IniText copy;
     if (!copyText(file.memory, value, copy))
         return kIniOutOfMemory;
     releaseText(file.memory, key.value);
     key.value = copy;
     key.quote = quote;
+    section.keysOwnText = true;
     return kIniStored;
 }
 
 // A key that is in no list yet, or null.
 IniKey* makeKey(IniFileObject& file, std::string_view name, std::string_view value,
                 char quote) noexcept {
-    IniKey* const key = file.keyPool.take(file.memory);
+    IniKey* const key = file.keyPool.take(file.arena, file.memory);
     if (key == nullptr)
         return nullptr;
     if (!copyText(file.memory, name, key->name) || !copyText(file.memory, value, key->value)) {
         discardKey(file, key);
         return nullptr;
     }
+    key->name.tag = tagName(name);
     key->quote = quote;
     return key;
 }
 
 IniSection* makeSection(IniFileObject& file, std::string_view name) noexcept {
-    IniSection* const section = file.sectionPool.take(file.memory);
+    IniSection* const section = file.sectionPool.take(file.arena, file.memory);
     if (section == nullptr)
         return nullptr;
     if (!copyText(file.memory, name, section->name)) {
@@ -53,11 +57,12 @@ IniStatus appendKey(IniFileObject& file, IniSection& section, std::string_view n
     IniKey* const key = makeKey(file, name, value, quote);
     if (key == nullptr)
         return kIniOutOfMemory;
-    if (!reserveElement(file.memory, section.keys, IniGrowth::oneSlot)) {
+    if (!reserveKey(file, section, IniGrowth::oneSlot)) {
         discardKey(file, key);
         return kIniNotStored;
     }
     appendElement(*section.keys, key);
+    section.keysOwnText = true;
     return kIniStored;
 }
 
@@ -88,7 +93,7 @@ IniStatus setValue(IniFileObject& file, std::string_view section, std::string_vi
         return kIniEmptyName;
     if (IniSection* const existing = findSection(file, section)) {
         IniKey* const same = file.mergeDuplicates ? findKey(file, *existing, key) : nullptr;
-        return same != nullptr ? replaceValue(file, *same, value, quote)
+        return same != nullptr ? replaceValue(file, *existing, *same, value, quote)
                                : appendKey(file, *existing, key, value, quote);
     }
     IniSection* const created = makeSection(file, section);

@@ -27,9 +27,9 @@ public:
 
     IniStatus writeSection(const IniSection& section) noexcept {
         if (!isUnnamed(section)) {
-            output_.put('[');
-            output_.put(section.name.view());
-            output_.put("]\n");
+            output_.putAsIs('[');
+            put(section.name);
+            output_.putAsIs("]\r\n");
         }
         for (const IniNamed* element : elementsOf(static_cast<const IniList*>(section.keys))) {
             const IniStatus status = writeKey(static_cast<const IniKey&>(*element));
@@ -40,6 +40,15 @@ public:
     }
 
 private:
+    // What stands in the loaded text has no line feeds in it.
+    void put(const IniText& text) noexcept { put(text.view(), text.owned); }
+    void put(std::string_view text, bool mayHaveFeeds) noexcept {
+        if (mayHaveFeeds)
+            output_.put(text);
+        else
+            output_.putAsIs(text);
+    }
+
     IniStatus writeKey(const IniKey& key) noexcept {
         const std::string_view name = key.name.view();
         const std::string_view value = key.value.view();
@@ -48,8 +57,8 @@ private:
             static_cast<std::int64_t>(name.size() + separator_.size() + value.size()) + quotes;
         if (options_.maximumLineLength == kNoMaximumLineLength ||
             lineLength <= options_.maximumLineLength) {
-            output_.put(name);
-            writeValue(value, key.quote);
+            put(key.name);
+            writeValue(value, key.value.owned, key.quote);
             return kIniDone;
         }
         const std::int64_t room = options_.maximumLineLength - kPieceOverhead - quotes -
@@ -65,10 +74,10 @@ private:
         for (std::uint32_t number = 1; !rest.empty() && output_.ok(); ++number) {
             const std::string_view piece = rest.substr(0, pieceLength(rest, room));
             rest.remove_prefix(piece.size());
-            output_.put(key.name.view());
-            output_.put(kContinuationWord);
+            put(key.name);
+            output_.putAsIs(kContinuationWord);
             writeNumber(number);
-            writeValue(piece, key.quote);
+            writeValue(piece, key.value.owned, key.quote);
         }
     }
 
@@ -87,19 +96,19 @@ private:
         std::array<char, 10> digits{};
         const char* const end = std::to_chars(digits.begin(), digits.end(), number).ptr;
         for (std::ptrdiff_t missing = kDigits - (end - digits.data()); missing > 0; --missing)
-            output_.put('0');
-        output_.put({digits.data(), static_cast<std::size_t>(end - digits.data())});
+            output_.putAsIs('0');
+        output_.putAsIs({digits.data(), static_cast<std::size_t>(end - digits.data())});
     }
 
     // What follows the name of a key line.
-    void writeValue(std::string_view value, char quote) noexcept {
-        output_.put(separator_);
+    void writeValue(std::string_view value, bool mayHaveFeeds, char quote) noexcept {
+        output_.putAsIs(separator_);
         if (quote != kNoQuote)
-            output_.put(quote);
-        output_.put(value);
+            output_.putAsIs(quote);
+        put(value, mayHaveFeeds);
         if (quote != kNoQuote)
-            output_.put(quote);
-        output_.put('\n');
+            output_.putAsIs(quote);
+        output_.endLine();
     }
 
     const IniWriteOptions& options_;
@@ -125,13 +134,13 @@ bool isSeparated(const IniWriteOptions& options, const IniSection& before,
 
 IniStatus writeContents(const IniFileObject& file, IniOutput& output) noexcept {
     if (file.write.byteOrderMark)
-        output.put(kByteOrderMark);
+        output.putAsIs(kByteOrderMark);
     Writer writer(file.write, output);
     const IniSection* before = nullptr;
     for (const IniNamed* element : elementsOf(static_cast<const IniList*>(file.sections))) {
         const IniSection& section = static_cast<const IniSection&>(*element);
         if (before != nullptr && isSeparated(file.write, *before, section))
-            output.put('\n');
+            output.endLine();
         const IniStatus status = writer.writeSection(section);
         if (status != kIniDone)
             return status;

@@ -3,6 +3,9 @@
 
 #include "tests/pxidrivertools/iniHelpers.h"
 
+#include <algorithm>
+#include <random>
+
 namespace {
 
 using namespace ini;
@@ -56,6 +59,29 @@ TEST(IniLines, AnUnfinishedLineIsLeftOutOnRequest) {
     EXPECT_EQ(split("a\nb\r", true), (Lines{"a", "b"}));
     EXPECT_EQ(split("b", true), Lines{});
     EXPECT_EQ(split("", true), Lines{});
+}
+
+// Whatever stands before, between and behind, at every distance from the start of the memory.
+TEST(IniLines, AreFoundWhereverTheyEnd) {
+    const std::string letters = {'\0', '\n', '\r', '=', '\t', '\v', 'a', 'b', '\x80', '\xFF'};
+    std::mt19937 random(7);
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        const std::size_t length = random() % 70;
+        const std::size_t kinds = round % 3 == 0 ? 10 : 7; // few line ends, or many
+        while (text.size() < length)
+            text += letters[letters.size() - 1 - (random() % 4 == 0 ? random() % kinds : 0)];
+        const char* const bound = text.data() + text.size();
+        for (const char* start = text.data(); start != bound; ++start) {
+            const char* end = start;
+            while (!endsLine(*end))
+                ++end;
+            const char* equals = std::find(start, end, '=');
+            const IniLineScan scan = scanLine(start, bound);
+            ASSERT_EQ(scan.end - start, end - start);
+            ASSERT_EQ(scan.equals, equals == end ? nullptr : equals);
+        }
+    }
 }
 
 // One letter for the kind, then name and value.

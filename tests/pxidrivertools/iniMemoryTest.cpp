@@ -16,7 +16,7 @@ TEST(IniMemory, ALoadThatRunsOutKeepsWhatItHas) {
     std::string text;
     for (int n = 0; n < 20; ++n) {
         text += "[s" + std::to_string(n) + "]\n";
-        for (int k = 0; k < n; ++k)
+        for (int k = 0; k < 8 * n; ++k) // from none to more than any list or index starts with
             text += numbered("k", k) + "=1\n";
         text += "long Line0001=x\nlong Line0002=y\n";
     }
@@ -77,16 +77,26 @@ TEST(IniMemory, SettingAValueChangesNothingWhenItFails) {
         << "section name, key name, value, list of keys, list of sections";
 }
 
-TEST(IniMemory, PoolsThatCannotGrowAreReported) {
+TEST(IniMemory, RecordsForWhichThereIsNoRoomAreReported) {
     TestMemory memory;
     const IniFileOwner file(createIniFile(memory.memory()));
     memory.failAt(1);
     EXPECT_EQ(setValue(*file, "a", "x", "1", kNoQuote), -12) << "no room for the section";
-    memory.failAt(3);
-    EXPECT_EQ(setValue(*file, "a", "x", "1", kNoQuote), -12) << "no room for the key";
-    EXPECT_EQ(sectionCount(*file), 0U);
     memory.failAt(0);
     EXPECT_EQ(setValue(*file, "a", "x", "1", kNoQuote), 1);
+    // More keys than fit the first room for records, when there is no memory for a second.
+    memory.failAbove(1000);
+    int stored = 1;
+    IniStatus status = kIniStored;
+    while (status == kIniStored && stored < 1000) {
+        status = setValue(*file, "a", numbered("key", stored), "1", kNoQuote);
+        stored += status == kIniStored;
+    }
+    EXPECT_EQ(status, -12);
+    EXPECT_GT(stored, 20);
+    EXPECT_EQ(keyCount(*findSection(*file, "a")), static_cast<std::uint32_t>(stored));
+    memory.failAbove(SIZE_MAX);
+    EXPECT_EQ(setValue(*file, "a", numbered("key", stored), "1", kNoQuote), 1);
 }
 
 TEST(IniMemory, RenamingChangesNothingWhenItFails) {

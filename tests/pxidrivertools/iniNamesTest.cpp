@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,28 @@ TEST(IniNames, EqualNamesHaveEqualHashes) {
         EXPECT_EQ(hashName(false, name), hashName(false, same.front()));
     EXPECT_NE(hashName(true, "model"), hashName(true, "Model"));
     EXPECT_NE(hashName(true, "model"), hashName(true, "model "));
+}
+
+TEST(IniNames, EqualNamesHaveEqualTags) {
+    for (const std::size_t length : {1U, 2U, 3U, 4U, 5U, 7U, 8U, 9U, 20U})
+        for (int a = 1; a < 256; ++a)
+            for (int b = 1; b < 256; ++b) {
+                std::string left(length, 'k');
+                std::string right(length, 'K');
+                left.back() = static_cast<char>(a);
+                right.back() = static_cast<char>(b);
+                if (equalNames(false, left, right)) {
+                    ASSERT_EQ(tagName(left), tagName(right)) << length << " " << a << " " << b;
+                }
+            }
+    EXPECT_EQ(tagName(" Model"), tagName("MODEL \t"));
+    EXPECT_EQ(tagTrimmedName("model"), tagName("model"));
+    EXPECT_NE(tagName(""), 0);
+    // Numbered names, the most common kind, have different ones.
+    std::set<std::uint16_t> tags;
+    for (int n = 0; n < 100; ++n)
+        tags.insert(tagName("key" + std::to_string(n)));
+    EXPECT_GT(tags.size(), 95U);
 }
 
 TEST(IniNames, HashesSeeTheWholeLength) {

@@ -137,7 +137,7 @@ TEST_F(IniSafeWriteTest, ContentsThatCannotBeWrittenLeaveTheTarget) {
 TEST_F(IniSafeWriteTest, EveryWriteOfALongFileIsChecked) {
     file->write.safeWrite = false;
     file->write.maximumLineLength = kNoMaximumLineLength;
-    ASSERT_EQ(setValue(*file, "a", "x", std::string(20000, 'v'), kNoQuote), kIniStored);
+    ASSERT_EQ(setValue(*file, "a", "x", std::string(300000, 'v'), kNoQuote), kIniStored);
     files.failAt(0);
     ASSERT_EQ(write(), kIniDone);
     const auto writes = std::count(files.calls.begin(), files.calls.end(), "write");

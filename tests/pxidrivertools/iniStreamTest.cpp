@@ -66,6 +66,35 @@ TEST_F(IniStreamTest, ReadsMoreThanOneChunk) {
     EXPECT_EQ(listing(*file), "a@1{x@2=" + value + ";}");
 }
 
+TEST_F(IniStreamTest, FilesOfAnySizeAreReadWhole) {
+    for (const std::size_t size :
+         {16360U, 16381U, 16382U, 16383U, 16384U, 16385U, 40000U, 5000000U}) {
+        const std::string value(size - 6, 'v');
+        for (const int buffered : {_IOFBF, _IONBF}) {
+            folder.write("file.ini", "[a]\nx=" + value);
+            const platform::Stream stream =
+                platform::openStream(folder.file("file.ini").c_str(), "rb");
+            ASSERT_EQ(std::setvbuf(stream.get(), nullptr, buffered, BUFSIZ), 0);
+            ASSERT_EQ(loadIni(*file, stream.get()), kIniDone);
+            ASSERT_EQ(findKey(*file, *findSection(*file, "a"), "x")->value.view(), value) << size;
+        }
+    }
+}
+
+// Each refused request leaves the sections of the complete lines that were read.
+TEST_F(IniStreamTest, AFileThatDoesNotFitMemoryIsReadAsFarAsItDoes) {
+    folder.write("file.ini", "[a]\nx=1\n[b]\nx=" + std::string(100000, 'v') + "\n[c]\n");
+    TestMemory memory;
+    file.reset(createIniFile(memory.memory()));
+    memory.failAbove(50000);
+    EXPECT_EQ(loadPath(folder.file("file.ini")), kIniOutOfMemory);
+    EXPECT_EQ(listing(*file), "a@1{x@2=1;}b@3{}");
+    memory.failAbove(10000);
+    EXPECT_EQ(loadPath(folder.file("file.ini")), kIniOutOfMemory);
+    EXPECT_EQ(listing(*file), "");
+    file.reset();
+}
+
 TEST_F(IniStreamTest, StartsAtTheFirstByteWhereverTheStreamStood) {
     folder.write("file.ini", "[a]\nx=1");
     const platform::Stream stream = platform::openStream(folder.file("file.ini").c_str(), "rb");
