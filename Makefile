@@ -6,8 +6,8 @@ DEMO_STATE = build/demo-state
 TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
-.PHONY: help build demo test test-guest test-sanitizers bench format check-format tidy clang \
-        update-expectations record-sample record-guests install clean
+.PHONY: help build demo test test-guest test-sanitizers build-bench bench bench-detail format \
+        check-format tidy clang update-expectations record-sample record-guests install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -44,12 +44,18 @@ test-guest: ## the tests among them that boot emulated machines, and no others
 test-sanitizers: ## every test under address, leak and undefined-behaviour checking
 	@$(MAKE) test PRESET=sanitizers
 
-bench: ## measure, and print one table (FILTER=regular expression, TMPDIR=where)
+BENCH_TMPDIR = $${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)}
+
+build-bench:
 	@scripts/install-packages.sh build bench
 	@cmake --preset bench >/dev/null
 	@cmake --build --preset bench -j $(JOBS)
-	@TMPDIR=$${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)} \
-	    build/bench/bin/tav_bench --benchmark_filter='$(or $(FILTER),.)'
+
+bench: build-bench ## measure beside the peers, in turn, and print one table (ROUNDS, TMPDIR=where)
+	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_compare $(or $(ROUNDS),5)
+
+bench-detail: build-bench ## measure single steps and growth (FILTER=regular expression, TMPDIR=where)
+	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_bench --benchmark_filter='$(or $(FILTER),.)'
 
 format: ## format every source file
 	@scripts/install-packages.sh lint

@@ -7,7 +7,7 @@
 namespace platform {
 
 // Below this a block is better allocated as any other.
-inline constexpr std::size_t kLargeBlock = std::size_t{4} << 20;
+inline constexpr std::size_t kLargeBlock = std::size_t{2} << 20;
 
 // A block that std::realloc and std::free take, or null when there is no memory.
 void* allocateLargeBlock(std::size_t size) noexcept;

@@ -9,7 +9,7 @@ declare -A packages=(
     [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev"
     [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish"
     [lint]="clang clang-format clang-tidy"
-    [bench]="libbenchmark-dev"
+    [bench]="libbenchmark-dev libinih-dev libsimpleini-dev libglib2.0-dev pkg-config pciutils"
     [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix googletest wine wine64 zip"
     [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils python3"
 )

@@ -53,9 +53,9 @@ void place(IniIndex& index, Slot slot) noexcept {
 // Twice the slots. The copy goes along the probe sequence, starting behind an empty slot (there is
 // always one), and so keeps the order of equal hashes.
 bool widen(const IniMemory& memory, IniIndex*& index) noexcept {
-    if (index->mask >= kMostSlots - 1)
+    if (index->mask >= kMostSlots / 2 - 1)
         return false;
-    IniIndex* const wider = makeIndex(memory, (index->mask + 1) * 2);
+    IniIndex* const wider = makeIndex(memory, (index->mask + 1) * 4);
     if (wider == nullptr)
         return false;
     wider->used = index->used;

@@ -1,0 +1,97 @@
+#include "bench/compare/iniRun.h"
+
+#include "bench/compare/stopwatch.h"
+#include "bench/require.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <vector>
+
+namespace bench {
+
+namespace {
+
+constexpr std::size_t kSmallFile = 100'000; // bytes; below, one run is too short to be timed alone
+constexpr int kRunsOfSmall = 200;
+constexpr int kTries = 3;
+
+double residentBytes() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        unsigned long kilobytes = 0;
+        if (std::sscanf(line.c_str(), "VmRSS: %lu kB", &kilobytes) == 1)
+            return static_cast<double>(kilobytes) * 1024;
+    }
+    throw std::runtime_error("the system does not say how much memory is resident");
+}
+
+// Without what it takes to drop the load before.
+double loadSeconds(IniContender& contender, const std::string& path, int runs) {
+    double seconds = 0;
+    for (int run = 0; run < runs; ++run) {
+        contender.unload();
+        seconds += secondsOf([&] { contender.load(path); });
+    }
+    return seconds / runs;
+}
+
+struct Question {
+    std::string section;
+    std::string key;
+};
+// Names in random order, always the same.
+std::vector<Question> questions(const IniShape& shape) {
+    constexpr std::size_t kQuestions = 65'536;
+    std::mt19937 random(1); // NOLINT(bugprone-random-generator-seed): the same ones in every run
+    std::vector<Question> result;
+    for (std::size_t i = 0; i < kQuestions; ++i)
+        result.push_back({sectionName(random() % shape.sections), keyName(random() % shape.keys)});
+    return result;
+}
+
+double findSeconds(IniContender& contender, const std::vector<Question>& asked,
+                   std::size_t valueSize) {
+    std::size_t bytes = 0;
+    const double seconds = secondsOf([&] {
+        for (const Question& question : asked)
+            bytes += contender.find(question.section, question.key).size();
+    });
+    require(bytes == asked.size() * valueSize, "a key was not found");
+    return seconds / static_cast<double>(asked.size());
+}
+
+} // namespace
+
+IniFigures runIni(const IniEntrant& entrant, const std::string& path, const IniShape* shape) {
+    const int runs = std::filesystem::file_size(path) < kSmallFile ? kRunsOfSmall : 1;
+    const IniContenderOwner contender = entrant.make();
+    IniFigures figures;
+    contender->load(path);
+    figures.resident = residentBytes();
+    Best load;
+    for (int attempt = 0; attempt < kTries; ++attempt)
+        load.take(loadSeconds(*contender, path, runs));
+    figures.load = load.value();
+    if (shape != nullptr) {
+        const std::vector<Question> asked = questions(*shape);
+        Best find;
+        for (int attempt = 0; attempt < kTries; ++attempt)
+            find.take(findSeconds(*contender, asked, shape->value));
+        figures.find = find.value();
+    }
+    if (entrant.canSave) {
+        Best save;
+        for (int attempt = 0; attempt < kTries; ++attempt)
+            save.take(secondsOf([&] {
+                for (int run = 0; run < runs; ++run)
+                    contender->save(path);
+            }));
+        figures.save = save.value() / runs;
+    }
+    contender->unload();
+    return figures;
+}
+
+} // namespace bench

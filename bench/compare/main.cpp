@@ -1,0 +1,35 @@
+// This project beside its peers and beside what the machine allows: one table, best of several
+// rounds in which everybody has a turn.
+//
+//     tav_compare [ROUNDS]
+#include "bench/compare/busRace.h"
+#include "bench/compare/iniRace.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <string>
+
+int main(int argc, char** argv) {
+    try {
+        const std::string first = argc > 1 ? argv[1] : "5";
+        if (first == "--ini" && argc == 5) {
+            bench::runIniChild(std::strtoul(argv[2], nullptr, 10),
+                               std::strtoul(argv[3], nullptr, 10), argv[4]);
+            return 0;
+        }
+        const int rounds = std::atoi(first.c_str());
+        if (argc > 2 || rounds < 1) {
+            std::fprintf(stderr, "usage: tav_compare [ROUNDS]\n");
+            return 2;
+        }
+        std::vector<bench::Row> rows = bench::raceInis("/proc/self/exe", rounds);
+        for (const bench::Row& row : bench::raceBuses(rounds * 2))
+            rows.push_back(row);
+        bench::printTable(rows);
+        return 0;
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "tav_compare: %s\n", failure.what());
+        return 1;
+    }
+}
