@@ -57,6 +57,8 @@ public:
 
 private:
     void takeLine(std::string_view line) {
+        if (takeFullRow(line))
+            return;
         while (!line.empty() && (isBlank(line.back()) || line.back() == '\r'))
             line.remove_suffix(1);
         if (line.empty() || isBlank(line.front()))
@@ -66,6 +68,42 @@ private:
         const auto address = readAddress(line);
         if (address && (line.size() == address->length || isBlank(line[address->length])))
             beginFunction(line, *address);
+    }
+
+    // Nearly every line is a row of sixteen bytes just as lspci prints them, at the offset that is
+    // due. Any other line is left to those who can say what is wrong with it.
+    bool takeFullRow(std::string_view line) {
+        constexpr std::size_t kBytes = 16;
+        constexpr std::size_t kCharacters = 3; // " hh"
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        const std::size_t digits = size_ < 0x100 ? 2 : 3;
+        if (!address_ || line.size() != digits + 1 + kBytes * kCharacters ||
+            size_ + kBytes > bytes_.size() || line[digits] != ':')
+            return false;
+        std::size_t offset = 0;
+        int wrong = 0; // negative once a character is no digit
+        for (std::size_t i = 0; i < digits; ++i) {
+            wrong |= hexValue(line[i]);
+            offset = offset << 4 | static_cast<std::size_t>(hexValue(line[i]));
+        }
+        std::array<std::uint8_t, kBytes> row;
+        unsigned blanks = 0; // 0 as long as every separator is one
+        const char* at = line.data() + digits + 1;
+        for (std::uint8_t& byte : row) {
+            const int high = hexValue(at[1]);
+            const int low = hexValue(at[2]);
+            blanks |= static_cast<unsigned>(at[0] ^ ' ');
+            wrong |= high | low;
+            byte = static_cast<std::uint8_t>(static_cast<unsigned>(high) << 4 |
+                                             static_cast<unsigned>(low));
+            at += kCharacters;
+        }
+        if (wrong < 0 || blanks != 0 || offset != size_)
+            return false;
+        std::copy(row.begin(), row.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(size_));
+        size_ += kBytes;
+        return true;
     }
 
     // How many digits of offset a row's line begins with; 0 for a line that is no row.

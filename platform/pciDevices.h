@@ -21,6 +21,14 @@ struct PropertyRead {
     std::uint32_t value = 0;
 };
 
+// What a search looks for, in the order in which it is published.
+struct SoughtIds {
+    std::uint16_t vendor = 0;
+    std::uint16_t device = 0;
+    std::uint16_t subsystemVendor = 0;
+    std::uint16_t subsystem = 0;
+};
+
 // One enumeration of devices. Tests put their own behind it.
 class PciDevices {
 public:
@@ -31,6 +39,10 @@ public:
 
     // True while there is a device at this position, counted from 0 in enumeration order.
     virtual bool has(std::size_t index) = 0;
+
+    // The first position from `index` on whose device has to be asked whether it has these
+    // identifiers. Only a list that knows the answer for others passes over them.
+    virtual std::size_t nextToAsk(std::size_t index, const SoughtIds& /*sought*/) { return index; }
 
     // Reads the four-byte value `name` published for a device ("busType", "pciVendorID" and so on),
     // opening and closing whatever holds it.

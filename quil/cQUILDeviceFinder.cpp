@@ -73,7 +73,9 @@ void cQUILDeviceFinder::FindByPciIds(const tPciIds& ids, std::vector<tBusAddress
         return;
     }
     const ListCloser closer(*devices_);
-    for (std::size_t index = 0; devices_->has(index); ++index) {
+    const platform::SoughtIds sought{ids.vendor, ids.device, ids.subsystemVendor, ids.subsystem};
+    const auto next = [&](std::size_t index) { return devices_->nextToAsk(index, sought); };
+    for (std::size_t index = next(0); devices_->has(index); index = next(index + 1)) {
         tEnumeratedDevice device{*devices_, index};
         if (!isPci(device))
             continue;

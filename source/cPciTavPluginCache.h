@@ -50,6 +50,13 @@ public:
     void GetAttributeI32(std::uint32_t index, std::uint32_t attribute, std::int32_t* value) const;
     void GetAttributeUTF8(std::uint32_t index, std::uint32_t attribute, char* buffer) const;
 
+    // The same, but an attribute that the device does not carry is the result
+    // kTavManErrAttributeNotSupported and nothing is raised; kTavManSuccess otherwise.
+    std::int32_t FindAttributeI32(std::uint32_t index, std::uint32_t attribute,
+                                  std::int32_t* value) const;
+    std::int32_t FindAttributeUTF8(std::uint32_t index, std::uint32_t attribute,
+                                   char* buffer) const;
+
 private:
     std::uint8_t built = 0;
     std::vector<tDeviceRecord> records;

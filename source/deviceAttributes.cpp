@@ -15,21 +15,19 @@ constexpr const char* kMessageNotIndexable =
 
 constexpr std::uint32_t kIndexMask = 0xFF;
 
-[[noreturn]] void raiseNotSupported(std::int32_t line = __builtin_LINE()) {
-    zoerr::raise(kTavManErrAttributeNotSupported,
-                 nZOQUIL000::siteHere(kFile, "kTavManErrAttributeNotSupported", line));
+// Hosts ask every device for everything: what one does not carry is no exception on the way there.
+std::int32_t carried(bool isCarried) {
+    return isCarried ? kTavManSuccess : kTavManErrAttributeNotSupported;
+}
+
+void raiseUnless(std::int32_t status, std::int32_t line = __builtin_LINE()) {
+    if (status != kTavManSuccess)
+        zoerr::raise(status, nZOQUIL000::siteHere(kFile, "kTavManErrAttributeNotSupported", line));
 }
 
 void refuseIndex(std::uint32_t index) {
     if (index != 0)
         raiseInvalidParam(kFile, kMessageNotIndexable);
-}
-
-// Some values say by a value of their own that the device does not carry the attribute.
-std::uint32_t supported(std::uint32_t value, std::uint32_t absent) {
-    if (value == absent)
-        raiseNotSupported();
-    return value;
 }
 
 // Copies a text with its NUL into a buffer of TAVPLUGIN_TEXT_SIZE bytes. A text that does not fit
@@ -46,12 +44,23 @@ bool copyBounded(const std::string& text, char* buffer) {
 
 void cPciTavPluginCache::GetAttributeI32(std::uint32_t index, std::uint32_t attribute,
                                          std::int32_t* value) const {
+    raiseUnless(FindAttributeI32(index, attribute, value));
+}
+
+void cPciTavPluginCache::GetAttributeUTF8(std::uint32_t index, std::uint32_t attribute,
+                                          char* buffer) const {
+    raiseUnless(FindAttributeUTF8(index, attribute, buffer));
+}
+
+std::int32_t cPciTavPluginCache::FindAttributeI32(std::uint32_t index, std::uint32_t attribute,
+                                                  std::int32_t* value) const {
     if (!built)
         raiseSoftwareFault(kFile);
     if (!value)
         raiseInvalidParam(kFile);
     const std::uint32_t element = attribute & kIndexMask;
     std::uint32_t result = 0;
+    bool isCarried = true;
     switch (attribute & ~kIndexMask) {
     case kTavAttrDeviceCategory:
         refuseIndex(element);
@@ -71,7 +80,8 @@ void cPciTavPluginCache::GetAttributeI32(std::uint32_t index, std::uint32_t attr
         break;
     case kTavAttrUpstreamPortBus:
         refuseIndex(element);
-        result = supported(RecordAt(index).walkValue, kNoWalkValue);
+        result = RecordAt(index).walkValue;
+        isCarried = result != kNoWalkValue;
         break;
     case kTavAttrPortCount:
         refuseIndex(element);
@@ -81,26 +91,32 @@ void cPciTavPluginCache::GetAttributeI32(std::uint32_t index, std::uint32_t attr
         result = RecordAt(index).ports.at(element).first;
         break;
     case kTavAttrLinkWidthPerLabel: // whatever the element index
-        result = supported(RecordAt(index).linkWidthPerLabel, 0);
+        result = RecordAt(index).linkWidthPerLabel;
+        isCarried = result != 0;
         break;
     case kTavAttrReserved9:
     case kTavAttrReservedA: // whatever the device index
         refuseIndex(element);
-        raiseNotSupported();
+        isCarried = false;
+        break;
     case kTavAttrPortLinkWidth:
-        result = supported(RecordAt(index).ports.at(element).second, 0);
+        result = RecordAt(index).ports.at(element).second;
+        isCarried = result != 0;
         break;
     case kTavAttrPortLinkSpeed:
-        result = supported(RecordAt(index).ports.at(element).third, 0);
+        result = RecordAt(index).ports.at(element).third;
+        isCarried = result != 0;
         break;
     default:
         raiseInvalidParam(kFile);
     }
-    *value = static_cast<std::int32_t>(result);
+    if (isCarried)
+        *value = static_cast<std::int32_t>(result);
+    return carried(isCarried);
 }
 
-void cPciTavPluginCache::GetAttributeUTF8(std::uint32_t index, std::uint32_t attribute,
-                                          char* buffer) const {
+std::int32_t cPciTavPluginCache::FindAttributeUTF8(std::uint32_t index, std::uint32_t attribute,
+                                                   char* buffer) const {
     if (!built)
         raiseSoftwareFault(kFile);
     if (!buffer)
@@ -114,7 +130,7 @@ void cPciTavPluginCache::GetAttributeUTF8(std::uint32_t index, std::uint32_t att
         break;
     case kTavAttrReservedText2:
     case kTavAttrReservedText3: // whatever the device and the element index
-        raiseNotSupported();
+        return carried(false);
     case kTavAttrConnectorLabel:
         text = RecordAt(index).ports.at(element).connectorLabel;
         break;
@@ -127,6 +143,7 @@ void cPciTavPluginCache::GetAttributeUTF8(std::uint32_t index, std::uint32_t att
     }
     if (!copyBounded(text, buffer))
         raiseSoftwareFault(kFile);
+    return kTavManSuccess;
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0

@@ -45,12 +45,11 @@ void buildCache() {
     pluginCache->Build(deviceFinder, bridgeWrapper, filesystem, terminalNames, modelDatabase());
 }
 
-// Runs the body of an export; no exception leaves it.
+// Runs the body of an export, which gives a status or raises one; no exception leaves it.
 template <typename Body>
 std::int32_t guarded(Body body) noexcept {
     try {
-        body();
-        return kTavManSuccess;
+        return body();
     } catch (...) {
         return statusOfCurrentException();
     }
@@ -59,7 +58,10 @@ std::int32_t guarded(Body body) noexcept {
 } // namespace
 
 std::int32_t tavPlugin_initialize() {
-    const std::int32_t status = guarded([] { buildCache(); });
+    const std::int32_t status = guarded([] {
+        buildCache();
+        return kTavManSuccess;
+    });
     if (status != kTavManSuccess)
         destroyCache();
     return status;
@@ -72,15 +74,18 @@ void tavPlugin_finalize() {
 std::int32_t tavPlugin_getDeviceCount(std::uint32_t* count) {
     if (!count)
         return kTavManErrInvalidParam;
-    return guarded([&] { *count = getCache().Count(); });
+    return guarded([&] {
+        *count = getCache().Count();
+        return kTavManSuccess;
+    });
 }
 
 std::int32_t tavPlugin_getDeviceAttributeI32(std::uint32_t index, std::uint32_t attribute,
                                              std::int32_t* value) {
-    return guarded([&] { getCache().GetAttributeI32(index, attribute, value); });
+    return guarded([&] { return getCache().FindAttributeI32(index, attribute, value); });
 }
 
 std::int32_t tavPlugin_getDeviceAttributeUTF8(std::uint32_t index, std::uint32_t attribute,
                                               char* buffer) {
-    return guarded([&] { getCache().GetAttributeUTF8(index, attribute, buffer); });
+    return guarded([&] { return getCache().FindAttributeUTF8(index, attribute, buffer); });
 }

@@ -3,7 +3,12 @@
 #include "platform/bus/busTree.h"
 #include "platform/bus/machineBus.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <span>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace platform {
 
@@ -30,6 +35,25 @@ constexpr Property kProperties[] = {
     {"pciFunctionNumber", [](const PciFunction& f) -> std::uint32_t { return f.function; }},
 };
 
+constexpr std::uint64_t packed(std::uint16_t vendor, std::uint16_t device,
+                               std::uint16_t subsystemVendor, std::uint16_t subsystem) {
+    return std::uint64_t{vendor} << 48 | std::uint64_t{device} << 32 |
+           std::uint64_t{subsystemVendor} << 16 | subsystem;
+}
+
+// A function's identifiers and its position.
+using Identified = std::pair<std::uint64_t, std::size_t>;
+
+std::vector<Identified> sortedByIds(std::span<const PciFunction> functions) {
+    std::vector<Identified> result;
+    result.reserve(functions.size());
+    for (const PciFunction& f : functions)
+        result.emplace_back(packed(f.vendorId, f.deviceId, f.subsystemVendorId, f.subsystemId),
+                            result.size());
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
 PropertyRead failure(PropertyRead::Step step, SystemCode code) {
     PropertyRead read;
     read.step = step;
@@ -49,6 +73,7 @@ public:
             const SystemCode code = location ? readMachineBus(*location, machine_) : kNotFound;
             if (code != kNoSystemError)
                 return code;
+            byIds_ = sortedByIds(machine_->bus.functions());
         }
         listed_ = true;
         return kNoSystemError;
@@ -56,6 +81,13 @@ public:
 
     bool has(std::size_t index) override {
         return listed_ && index < machine_->bus.functions().size();
+    }
+
+    std::size_t nextToAsk(std::size_t index, const SoughtIds& sought) override {
+        const Identified from{
+            packed(sought.vendor, sought.device, sought.subsystemVendor, sought.subsystem), index};
+        const auto found = std::lower_bound(byIds_.begin(), byIds_.end(), from);
+        return found != byIds_.end() && found->first == from.first ? found->second : byIds_.size();
     }
 
     PropertyRead readProperty(std::size_t index, const char* name) override {
@@ -85,6 +117,7 @@ public:
 private:
     BusLocator locate_;
     std::shared_ptr<const MachineBus> machine_;
+    std::vector<Identified> byIds_; // ascending
     std::unique_ptr<BusTree> tree_;
     bool listed_ = false;
 };

@@ -57,6 +57,26 @@ TEST_F(Devices, AreTheFunctionsOfTheBusWithTheirNumbers) {
     EXPECT_FALSE(devices_->has(functions.size()));
 }
 
+TEST_F(Devices, OnlyThoseWithTheIdentifiersAreToBeAsked) {
+    ASSERT_EQ(devices_->open(), 0U);
+    const auto functions = machine_.bus.functions();
+    for (const auto& wanted : functions) {
+        const platform::SoughtIds sought{wanted.vendorId, wanted.deviceId, wanted.subsystemVendorId,
+                                         wanted.subsystemId};
+        std::size_t expected = functions.size();
+        for (std::size_t index = functions.size() + 1; index-- > 0;) {
+            if (index < functions.size() && functions[index].vendorId == wanted.vendorId &&
+                functions[index].deviceId == wanted.deviceId &&
+                functions[index].subsystemVendorId == wanted.subsystemVendorId &&
+                functions[index].subsystemId == wanted.subsystemId)
+                expected = index;
+            EXPECT_EQ(devices_->nextToAsk(index, sought), expected) << index;
+        }
+    }
+    EXPECT_FALSE(devices_->has(devices_->nextToAsk(0, {1, 2, 3, 4})));
+    EXPECT_FALSE(devices_->has(devices_->nextToAsk(0, {0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF})));
+}
+
 TEST_F(Devices, AreFoundInSysfsToo) {
     const std::filesystem::path root = folder_.path() / "sys";
     machine_.bus.writeSysfs(root);

@@ -136,6 +136,18 @@ TEST_F(Finder, KeepsTheOrderOfEnumerationAndDuplicates) {
                                     tBusAddress{2, 3, 0}, tBusAddress{9, 0, 1}));
 }
 
+TEST_F(Finder, DevicesThatTheListKnowsNotToMatchAreNotAsked) {
+    devices_->knows = true;
+    devices_->list = {pci(kSought, 1, 0, 0), pci(kSought, 2, 0, 0), pci(kSought, 3, 0, 0)};
+    devices_->list[2]["pciDeviceID"] = 1;
+    EXPECT_THAT(find(), ElementsAre(tBusAddress{1, 0, 0}));
+    EXPECT_EQ(record_.reads, 8 + 5) << "the one found, and the one that is asked in vain";
+    EXPECT_EQ(devices_->asked.vendor, kSought.vendor);
+    EXPECT_EQ(devices_->asked.device, kSought.device);
+    EXPECT_EQ(devices_->asked.subsystemVendor, kSought.subsystemVendor);
+    EXPECT_EQ(devices_->asked.subsystem, kSought.subsystem);
+}
+
 TEST_F(Finder, DeviceOfAnotherBusTypeIsPassedOver) {
     devices_->list = {pci(kSought, 1, 0, 0), pci(kSought, 2, 0, 0)};
     devices_->list[0]["busType"] = kPci + 1;

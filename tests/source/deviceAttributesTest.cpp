@@ -464,6 +464,43 @@ TEST(DeviceAttributes, ReadingAnIntegerAllocatesNothing) {
     }
 }
 
+// The export asks by way of these: the answers are the same, and what is not carried costs nothing.
+TEST(DeviceAttributes, WhatADeviceDoesNotCarryIsAResultWhereOthersRaise) {
+    const cPciTavPluginCache cache = threeDevices();
+    int notCarried = 0;
+    for (std::uint32_t device = 0; device < 4; ++device)
+        for (std::uint32_t attribute = 0x01000000; attribute < 0x01000D00; attribute += 0x80) {
+            std::int32_t number = kUntouched;
+            std::int32_t found = kUntouched;
+            const Answer raised =
+                answerOf([&] { cache.GetAttributeI32(device, attribute, &number); });
+            std::int32_t status = kUntouched;
+            const std::size_t allocations = allocationsOf([&] {
+                try {
+                    status = cache.FindAttributeI32(device, attribute, &found);
+                } catch (const std::bad_alloc&) {
+                    throw;
+                } catch (...) {
+                    status = statusOfCurrentException();
+                }
+            });
+            EXPECT_EQ(status, raised.status) << device << " " << attribute;
+            EXPECT_EQ(found, number) << device << " " << attribute;
+            if (status == kTavManErrAttributeNotSupported) {
+                ++notCarried;
+                EXPECT_EQ(allocations, 0U);
+            }
+        }
+    EXPECT_GT(notCarried, 8);
+    std::array<char, TAVPLUGIN_TEXT_SIZE> buffer{};
+    EXPECT_EQ(cache.FindAttributeUTF8(0, 0x02000205, buffer.data()),
+              kTavManErrAttributeNotSupported);
+    EXPECT_EQ(cache.FindAttributeUTF8(9, 0x02000300, buffer.data()),
+              kTavManErrAttributeNotSupported);
+    EXPECT_EQ(cache.FindAttributeUTF8(0, kTavAttrModelName, buffer.data()), kTavManSuccess);
+    EXPECT_NE(buffer[0], 0);
+}
+
 TEST(DeviceAttributes, ReadingATextAllocatesItsLocalCopyAlone) {
     const cPciTavPluginCache longTexts = deviceWithTexts(std::string(255, 'x'));
     const cPciTavPluginCache shortTexts = deviceWithTexts("TAV1");
