@@ -3,6 +3,7 @@
 #include "pcibus/address.h"
 #include "pcibus/configSpace.h"
 #include "pcibus/fileBytes.h"
+#include "pcibus/hexRow.h"
 
 #include <algorithm>
 #include <array>
@@ -43,13 +44,17 @@ class DumpReader {
 public:
     DumpReader(const std::string& name, const ConfigSink& sink) : name_(name), sink_(sink) {}
 
-    Bus read(std::string_view text) {
+    // Whole lines, the next ones.
+    void take(std::string_view text) {
         while (!text.empty()) {
             const std::size_t end = std::min(text.find('\n'), text.size());
             ++line_;
             takeLine(text.substr(0, end));
             text.remove_prefix(std::min(end + 1, text.size()));
         }
+    }
+
+    Bus finish() {
         finishFunction();
         return Bus(std::move(functions_),
                    [this](const PciFunction& function) { return place(function.line); });
@@ -73,36 +78,19 @@ private:
     // Nearly every line is a row of sixteen bytes just as lspci prints them, at the offset that is
     // due. Any other line is left to those who can say what is wrong with it.
     bool takeFullRow(std::string_view line) {
-        constexpr std::size_t kBytes = 16;
-        constexpr std::size_t kCharacters = 3; // " hh"
         if (!line.empty() && line.back() == '\r')
             line.remove_suffix(1);
         const std::size_t digits = size_ < 0x100 ? 2 : 3;
-        if (!address_ || line.size() != digits + 1 + kBytes * kCharacters ||
-            size_ + kBytes > bytes_.size() || line[digits] != ':')
+        if (!address_ || line.size() != digits + 1 + kRowCharacters ||
+            size_ + kRowBytes > bytes_.size() || line[digits] != ':')
             return false;
-        std::size_t offset = 0;
-        int wrong = 0; // negative once a character is no digit
-        for (std::size_t i = 0; i < digits; ++i) {
-            wrong |= hexValue(line[i]);
-            offset = offset << 4 | static_cast<std::size_t>(hexValue(line[i]));
-        }
-        std::array<std::uint8_t, kBytes> row;
-        unsigned blanks = 0; // 0 as long as every separator is one
-        const char* at = line.data() + digits + 1;
-        for (std::uint8_t& byte : row) {
-            const int high = hexValue(at[1]);
-            const int low = hexValue(at[2]);
-            blanks |= static_cast<unsigned>(at[0] ^ ' ');
-            wrong |= high | low;
-            byte = static_cast<std::uint8_t>(static_cast<unsigned>(high) << 4 |
-                                             static_cast<unsigned>(low));
-            at += kCharacters;
-        }
-        if (wrong < 0 || blanks != 0 || offset != size_)
+        int offset = 0; // negative once a character is no digit
+        for (std::size_t i = 0; i < digits; ++i)
+            offset = offset * 16 | hexValue(line[i]);
+        if (offset < 0 || static_cast<std::size_t>(offset) != size_ ||
+            !readHexRow(line.data() + digits + 1, bytes_.data() + size_))
             return false;
-        std::copy(row.begin(), row.end(), bytes_.begin() + static_cast<std::ptrdiff_t>(size_));
-        size_ += kBytes;
+        size_ += kRowBytes;
         return true;
     }
 
@@ -214,11 +202,18 @@ private:
 } // namespace
 
 Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink) {
-    return DumpReader(name, sink).read(text);
+    DumpReader reader(name, sink);
+    reader.take(text);
+    return reader.finish();
 }
 
 Bus readDump(const std::filesystem::path& file, const ConfigSink& sink) {
-    return parseDump(readWholeFile(file), pathText(file), sink);
+    const std::string name = pathText(file);
+    DumpReader reader(name, sink);
+    FilePieces pieces(file);
+    for (std::string_view lines = pieces.next(); !lines.empty(); lines = pieces.next())
+        reader.take(lines);
+    return reader.finish();
 }
 
 } // namespace pcibus

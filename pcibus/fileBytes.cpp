@@ -2,43 +2,20 @@
 
 #include "pcibus/busError.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <fstream>
+#include <cstring>
 #include <ios>
 #include <system_error>
 
 namespace pcibus {
 namespace {
 
+constexpr std::size_t kPiece = 128 * std::size_t{1024};
+
 [[noreturn]] void refuse(const std::filesystem::path& file, int code) {
     throw BusError(pathText(file) + ": " +
                    (code != 0 ? std::generic_category().message(code) : "cannot be read"));
 }
-
-// A file buffer takes paths of any character set on every system, which std::fopen does not.
-class UnbufferedFile {
-public:
-    explicit UnbufferedFile(const std::filesystem::path& file) : name_(file) {
-        buffer_.pubsetbuf(nullptr, 0);
-        errno = 0;
-        if (buffer_.open(file, std::ios_base::in | std::ios_base::binary) == nullptr)
-            refuse(name_, errno);
-    }
-
-    std::size_t read(char* to, std::size_t size) {
-        errno = 0;
-        try {
-            return static_cast<std::size_t>(buffer_.sgetn(to, static_cast<std::streamsize>(size)));
-        } catch (const std::ios_base::failure&) {
-            refuse(name_, errno);
-        }
-    }
-
-private:
-    const std::filesystem::path& name_;
-    std::filebuf buffer_;
-};
 
 } // namespace
 
@@ -47,28 +24,39 @@ std::string pathText(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-std::string readWholeFile(const std::filesystem::path& file) {
-    UnbufferedFile source(file);
-    // One byte more than the size, so that the end of an ordinary file is met by the first read.
-    std::error_code unknown;
-    const std::uintmax_t size = std::filesystem::file_size(file, unknown);
-    constexpr std::size_t kLeastRoom = 64 * std::size_t{1024};
-    std::string text(unknown ? kLeastRoom : static_cast<std::size_t>(size) + 1, '\0');
-    std::size_t used = 0;
-    for (;;) {
-        const std::size_t got = source.read(text.data() + used, text.size() - used);
-        used += got;
-        if (used < text.size())
-            break;
-        text.resize(text.size() + std::max(text.size(), kLeastRoom));
-    }
-    text.resize(used);
-    return text;
+FilePieces::FilePieces(const std::filesystem::path& file) : name_(file) {
+    file_.pubsetbuf(nullptr, 0);
+    errno = 0;
+    if (file_.open(file, std::ios_base::in | std::ios_base::binary) == nullptr)
+        refuse(name_, errno);
+    buffer_.resize(kPiece);
 }
 
-std::size_t readFirstBytes(const std::filesystem::path& file, std::span<std::uint8_t> result) {
-    UnbufferedFile source(file);
-    return source.read(reinterpret_cast<char*>(result.data()), result.size());
+std::string_view FilePieces::next() {
+    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+    end_ -= begin_;
+    begin_ = 0;
+    for (;;) {
+        if (end_ == buffer_.size())
+            buffer_.resize(buffer_.size() * 2); // a line that is longer than a piece
+        const std::size_t got = read(buffer_.data() + end_, buffer_.size() - end_);
+        end_ += got;
+        const std::string_view all(buffer_.data(), end_);
+        const std::size_t lastLine = all.rfind('\n');
+        if (got != 0 && lastLine == std::string_view::npos)
+            continue;
+        begin_ = got != 0 ? lastLine + 1 : end_;
+        return all.substr(0, begin_);
+    }
+}
+
+std::size_t FilePieces::read(char* to, std::size_t size) {
+    errno = 0;
+    try {
+        return static_cast<std::size_t>(file_.sgetn(to, static_cast<std::streamsize>(size)));
+    } catch (const std::ios_base::failure&) {
+        refuse(name_, errno);
+    }
 }
 
 } // namespace pcibus

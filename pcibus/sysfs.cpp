@@ -3,8 +3,10 @@
 #include "pcibus/address.h"
 #include "pcibus/configSpace.h"
 #include "pcibus/fileBytes.h"
+#include "platform/folderReader.h"
 
 #include <array>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -15,17 +17,48 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// The folder of all functions, and the one whose files are being read.
+class FunctionFiles {
+public:
+    explicit FunctionFiles(const fs::path& devices) : path_(devices), reader_(devices) {}
+
+    [[nodiscard]] const fs::path& path() const { return path_; }
+    std::vector<std::string> names() {
+        std::vector<std::string> result;
+        if (const int failure = reader_.list(result); failure != 0)
+            refuse(path_, failure);
+        return result;
+    }
+
+    [[nodiscard]] const std::string& function() const { return function_; }
+    void enter(const std::string& function) { function_ = function; }
+    [[nodiscard]] fs::path pathOf(const char* file) const { return path_ / function_ / file; }
+    // 0, or the error number.
+    int read(const char* file, std::span<std::uint8_t> bytes, std::size_t& size) {
+        name_.assign(function_).append(1, '/').append(file);
+        return reader_.readFirst(name_, bytes, size);
+    }
+
+    [[noreturn]] static void refuse(const fs::path& file, int code) {
+        throw BusError(pathText(file) + ": " +
+                       (code != 0 ? std::generic_category().message(code) : "cannot be read"));
+    }
+
+private:
+    const fs::path& path_;
+    platform::FolderReader reader_;
+    std::string function_;
+    std::string name_; // here so that its memory is used again
+};
+
 // A value of sysfs is one short line; its end is left out.
 class Value {
 public:
     // Empty when the file is missing or cannot be read: bridges without a link have no link files,
     // and some refuse to be read.
-    explicit Value(const fs::path& file) {
-        try {
-            size_ = readFirstBytes(file, bytes_);
-        } catch (const BusError&) {
+    Value(FunctionFiles& files, const char* file) {
+        if (files.read(file, bytes_, size_) != 0)
             size_ = 0;
-        }
         while (size_ != 0 && (bytes_[size_ - 1] == '\n' || bytes_[size_ - 1] == ' '))
             --size_;
     }
@@ -40,8 +73,8 @@ private:
 };
 
 // "0x10b5"; a file that is there says nothing else.
-std::uint16_t readIdentifier(const fs::path& file) {
-    const Value value(file);
+std::uint16_t readIdentifier(FunctionFiles& files, const char* file) {
+    const Value value(files, file);
     std::string_view digits = value.text();
     if (digits.empty())
         return 0;
@@ -50,7 +83,8 @@ std::uint16_t readIdentifier(const fs::path& file) {
     unsigned number = 0;
     for (const char digit : digits) {
         if (hexValue(digit) < 0 || number > 0xFFF)
-            throw BusError(pathText(file) + ": expected an identifier such as 0x10b5, got \"" +
+            throw BusError(pathText(files.pathOf(file)) +
+                           ": expected an identifier such as 0x10b5, got \"" +
                            std::string(value.text()) + '"');
         number = number << 4 | static_cast<unsigned>(hexValue(digit));
     }
@@ -58,8 +92,8 @@ std::uint16_t readIdentifier(const fs::path& file) {
 }
 
 // Lanes in decimal; 255 stands for an unknown width.
-std::uint8_t readLinkWidth(const fs::path& file) {
-    const Value value(file);
+std::uint8_t readLinkWidth(FunctionFiles& files, const char* file) {
+    const Value value(files, file);
     unsigned number = 0;
     for (const char digit : value.text()) {
         if (digit < '0' || digit > '9' || number > 0xFF)
@@ -70,7 +104,7 @@ std::uint8_t readLinkWidth(const fs::path& file) {
 }
 
 // "5.0 GT/s PCIe", the older "5 GT/s", or "Unknown".
-std::uint8_t readLinkSpeed(const fs::path& file) {
+std::uint8_t readLinkSpeed(FunctionFiles& files, const char* file) {
     struct Speed {
         std::string_view text;
         std::uint8_t number;
@@ -78,7 +112,7 @@ std::uint8_t readLinkSpeed(const fs::path& file) {
     static constexpr Speed kSpeeds[] = {{"2.5", 1},  {"5.0", 2},  {"8.0", 3}, {"16.0", 4},
                                         {"32.0", 5}, {"64.0", 6}, {"5", 2},   {"8", 3},
                                         {"16", 4},   {"32", 5},   {"64", 6}};
-    const Value value(file);
+    const Value value(files, file);
     const std::string_view text = value.text();
     const std::size_t blank = text.find(' ');
     if (blank == std::string_view::npos || !text.substr(blank + 1).starts_with("GT/s"))
@@ -91,31 +125,29 @@ std::uint8_t readLinkSpeed(const fs::path& file) {
 }
 
 // False when the function was unplugged since its folder was listed.
-bool readFunction(const fs::path& folder, PciFunction& function) {
+bool readFunction(FunctionFiles& files, PciFunction& function) {
     std::array<std::uint8_t, kHeaderSize> header{};
-    const fs::path config = folder / "config";
     std::size_t size = 0;
-    try {
-        size = readFirstBytes(config, header);
-    } catch (const BusError&) {
+    if (const int failure = files.read("config", header, size); failure != 0) {
         // The entry itself, not what it leads to: a copied tree of links that lead nowhere is a
         // tree that cannot be read.
         std::error_code ignored;
-        if (fs::symlink_status(folder, ignored).type() == fs::file_type::not_found)
+        if (fs::symlink_status(files.path() / files.function(), ignored).type() ==
+            fs::file_type::not_found)
             return false;
-        throw;
+        FunctionFiles::refuse(files.pathOf("config"), failure);
     }
     if (size < kHeaderSize)
-        throw BusError(pathText(config) + ": expected at least 64 bytes, got " +
+        throw BusError(pathText(files.pathOf("config")) + ": expected at least 64 bytes, got " +
                        std::to_string(size));
     // The header alone holds no capability, and so no loop of them.
     static_cast<void>(decodeConfigSpace(header, function));
     if (!function.isBridge())
         return true;
-    function.subsystemVendorId = readIdentifier(folder / "subsystem_vendor");
-    function.subsystemId = readIdentifier(folder / "subsystem_device");
-    function.linkWidth = readLinkWidth(folder / "max_link_width");
-    function.linkSpeed = readLinkSpeed(folder / "max_link_speed");
+    function.subsystemVendorId = readIdentifier(files, "subsystem_vendor");
+    function.subsystemId = readIdentifier(files, "subsystem_device");
+    function.linkWidth = readLinkWidth(files, "max_link_width");
+    function.linkSpeed = readLinkSpeed(files, "max_link_speed");
     return true;
 }
 
@@ -123,11 +155,9 @@ bool readFunction(const fs::path& folder, PciFunction& function) {
 
 Bus readSysfs(const fs::path& root) {
     const fs::path devices = root / "bus" / "pci" / "devices";
+    FunctionFiles files(devices);
     std::vector<PciFunction> functions;
-    std::error_code failure;
-    fs::directory_iterator entry(devices, failure);
-    for (; !failure && entry != fs::directory_iterator(); entry.increment(failure)) {
-        const std::string name = pathText(entry->path().filename());
+    for (const std::string& name : files.names()) {
         const auto address = readAddress(name);
         if (!address || address->length != name.size() || address->domain != 0 ||
             address->device > kMaxDevice || address->function > kMaxFunction)
@@ -136,11 +166,10 @@ Bus readSysfs(const fs::path& root) {
         function.bus = address->bus;
         function.device = address->device;
         function.function = address->function;
-        if (readFunction(entry->path(), function))
+        files.enter(name);
+        if (readFunction(files, function))
             functions.push_back(function);
     }
-    if (failure)
-        throw BusError(pathText(devices) + ": " + failure.message());
     return Bus(std::move(functions), [&](const PciFunction& function) {
         return pathText(devices / ("0000:" + addressText(function)));
     });

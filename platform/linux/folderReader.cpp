@@ -1,0 +1,93 @@
+#include "platform/folderReader.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string_view>
+
+namespace platform {
+
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int number) noexcept : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0)
+            close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] int number() const noexcept { return number_; }
+
+private:
+    int number_;
+};
+
+struct ListCloser {
+    void operator()(DIR* list) const noexcept { closedir(list); }
+};
+
+} // namespace
+
+struct FolderReader::Folder {
+    explicit Folder(const char* path) noexcept
+        : descriptor(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+          error(descriptor.number() < 0 ? errno : 0) {}
+
+    Descriptor descriptor;
+    int error;
+};
+
+FolderReader::FolderReader(const std::filesystem::path& folder)
+    : folder_(std::make_unique<Folder>(folder.c_str())) {}
+
+FolderReader::~FolderReader() = default;
+
+int FolderReader::list(std::vector<std::string>& names) {
+    if (folder_->error != 0)
+        return folder_->error;
+    // The list has a descriptor of its own, which closes with it.
+    const int again = openat(folder_->descriptor.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const std::unique_ptr<DIR, ListCloser> entries(again < 0 ? nullptr : fdopendir(again));
+    if (!entries) {
+        const int failure = errno;
+        const Descriptor closer(again);
+        return failure;
+    }
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = readdir(entries.get());
+        if (entry == nullptr)
+            return errno;
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+}
+
+int FolderReader::readFirst(const std::string& name, std::span<std::uint8_t> result,
+                            std::size_t& size) {
+    size = 0;
+    if (folder_->error != 0)
+        return folder_->error;
+    const Descriptor file(openat(folder_->descriptor.number(), name.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.number() < 0)
+        return errno;
+    while (size < result.size()) {
+        const ssize_t got = read(file.number(), result.data() + size, result.size() - size);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return errno;
+        if (got == 0)
+            break;
+        size += static_cast<std::size_t>(got);
+    }
+    return 0;
+}
+
+} // namespace platform
