@@ -6,7 +6,7 @@ DEMO_STATE = build/demo-state
 TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
-.PHONY: help build demo test test-guest test-sanitizers build-bench bench bench-detail format \
+.PHONY: help build demo test test-native windows test-windows test-guest test-sanitizers build-bench bench bench-detail format \
         check-format tidy clang update-expectations record-sample record-guests install clean
 
 help: ## list these targets
@@ -29,11 +29,29 @@ demo: ## list the devices of a recorded bus, twice: the names stay
 	        --state $(DEMO_STATE) || exit $$?; \
 	done
 
-test: ## install what is missing, build, and run every test
+test: ## install what is missing, build, and run every test, of every target
+	@scripts/install-packages.sh build test guest windows
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS)
+	@$(MAKE) --no-print-directory test-windows
+	ctest --preset $(PRESET)
+
+test-native: ## the tests among them that run on this system itself
 	@scripts/install-packages.sh build test guest
 	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 	ctest --preset $(PRESET)
+
+windows: ## cross compile everything for 64- and 32-bit Windows
+	@scripts/install-packages.sh build windows
+	@for target in x64 x86; do \
+	    cmake --preset windows-$$target -DZOTAVPCI_TESTS=ON >/dev/null && \
+	    cmake --build --preset windows-$$target -j $(JOBS) || exit 1; \
+	done
+
+test-windows: windows ## the tests among them that run under Wine, for both
+	@scripts/install-wine32.sh
+	@for target in x64 x86; do ctest --preset windows-$$target || exit 1; done
 
 test-guest: ## the tests among them that boot emulated machines, and no others
 	@scripts/install-packages.sh build test guest
@@ -41,8 +59,8 @@ test-guest: ## the tests among them that boot emulated machines, and no others
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
 	ctest --preset $(PRESET) -L guest
 
-test-sanitizers: ## every test under address, leak and undefined-behaviour checking
-	@$(MAKE) test PRESET=sanitizers
+test-sanitizers: ## the native tests under address, leak and undefined-behaviour checking
+	@$(MAKE) --no-print-directory test-native PRESET=sanitizers
 
 BENCH_TMPDIR = $${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)}
 
