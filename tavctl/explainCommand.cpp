@@ -21,13 +21,20 @@ struct ExplainOptions {
     std::string model; // empty: every model
 };
 
+// As the plug-in fails; whoever asks why is the one who can mend it.
+[[noreturn]] void failToLoad(std::int32_t status) {
+    Failure failure = diagnoseInitialize(status, {});
+    if (!failure.reason.empty())
+        failure.reason += "; \"tavctl lint\" shows every problem";
+    throw FailureException(std::move(failure));
+}
+
 explain::Descriptions loadDescriptions() {
     explain::Descriptions descriptions;
     for (const std::string& file : descriptionFiles()) {
         descriptions.push_back(std::make_unique<lint::Description>(file));
         if (!descriptions.back()->loads())
-            throw FailureException(
-                diagnoseInitialize(descriptions.back()->reads().problems().front().status, {}));
+            failToLoad(descriptions.back()->reads().problems().front().status);
     }
     return descriptions;
 }

@@ -158,7 +158,7 @@ std::shared_ptr<const pcibus::Bus> Watch::run(Draft& draft, const std::string& a
     draft.internalBridges.clear();
     std::vector<std::string> portPaths;
     auto before = readBus_();
-    std::string label = "1";
+    std::string label;
     std::string answer;
     while (
         ask("What is printed beside the next connector? (An empty line ends the list.)", label) &&
@@ -199,6 +199,8 @@ std::shared_ptr<const pcibus::Bus> Watch::run(Draft& draft, const std::string& a
         say(join({"Connector ", quoted(label), " is the port ", pcibus::addressText(*port),
                   ": TraversalMapFromAnchor = ", draft.ports[index].map, "."}));
     }
+    if (draft.ports.empty())
+        fail("no connector was found");
     settleLinkWidth(draft, *before, anchorPath, portPaths);
     return before;
 }

@@ -261,6 +261,15 @@ TEST(DescribeWatch, LabelsThatNoWidthExplainsAreRefused) {
         << result.output;
 }
 
+TEST(DescribeWatch, WithoutAnyConnectorNothingIsWritten) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    const auto result = watch(folder, {"A", "s", ""});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("no connector was found"), std::string::npos) << result.output;
+    EXPECT_FALSE(folder.has("box.ini"));
+}
+
 TEST(DescribeWatch, BoxThatGoesAwayIsTold) {
     const FileFolder folder;
     folder.write("bus.dump", box(false, false, false));

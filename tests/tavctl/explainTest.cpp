@@ -135,6 +135,59 @@ struct Tally {
     std::size_t changes = 0;
 };
 
+TEST(Explain, SendsWhoeverCannotLoadToLint) {
+    const FileFolder folder;
+    fs::create_directory(folder.file("PCI Hardware Descriptions"));
+    folder.write("PCI Hardware Descriptions/box.ini", "[UpstreamTAV]\nModel = Box\n");
+    const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", folder.file("")};
+    const auto result = tavctl("explain" + machine.options());
+    EXPECT_EQ(result.exitStatus, 3);
+    const json error = json::parse(result.output).at("error");
+    EXPECT_EQ(error.at("operation"), "load description");
+    EXPECT_EQ(error.at("status"), -313322);
+    EXPECT_NE(error.at("reason").get<std::string>().find("[UpstreamTAV] DeviceCategory"),
+              std::string::npos);
+    EXPECT_NE(error.at("reason").get<std::string>().find("tavctl lint"), std::string::npos);
+}
+
+TEST(Explain, ModelThatIsNotListedOrNotDescribedExitsWithOne) {
+    const std::string sample = " --dump " TAV_SOURCE_DIR "/samples/switchboxes.dump";
+    const std::string descriptions = " --descriptions " TAV_SOURCE_DIR "/descriptions";
+    EXPECT_EQ(tavctl("explain 'TAV-B3 Switch Box'" + sample + descriptions).exitStatus, 0);
+    const FileFolder folder;
+    const std::string nothing = " --dump " + folder.write("empty.dump", "");
+    EXPECT_EQ(tavctl("explain 'TAV-B3 Switch Box'" + nothing + descriptions).exitStatus, 1);
+    EXPECT_EQ(tavctl("explain" + nothing + descriptions).exitStatus, 0);
+    const auto unknown = tavctl("explain 'TAV-B3 Switchbox'" + sample + descriptions);
+    EXPECT_EQ(unknown.exitStatus, 1);
+    EXPECT_NE(unknown.output.find("did you mean \"TAV-B3 Switch Box\"?"), std::string::npos)
+        << unknown.output;
+}
+
+TEST(Explain, NamesOtherIdentifiersWhenNothingHasTheAnchors) {
+    const std::string cases = TAV_SOURCE_DIR "/tests/system/cases/nothing-described";
+    const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", cases + "/descriptions"};
+    const json whole = machine.explained();
+    const json& model = whole.at("models").at(0);
+    EXPECT_TRUE(model.at("candidates").empty());
+    const json& near = model.at("near").at(0);
+    EXPECT_EQ(near.at("address"), "01:00.0");
+    ASSERT_EQ(near.at("changes").size(), 1U);
+    EXPECT_EQ(near.at("changes").at(0).at("section"), "Anchor");
+    EXPECT_EQ(near.at("changes").at(0).at("key"), "Pid");
+    EXPECT_EQ(near.at("changes").at(0).at("value"), "8232");
+}
+
+TEST(Explain, AnchorOnARootBusHasNoBridgeAboveIt) {
+    const std::string folder = TAV_SOURCE_DIR "/tests/system/cases/endpoint-on-root-bus";
+    const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", folder + "/descriptions"};
+    const json whole = machine.explained();
+    const json& step = whole.at("models").at(0).at("candidates").at(0).at("steps").at(0);
+    EXPECT_EQ(step.at("result"), "FAIL");
+    EXPECT_EQ(step.at("condition"), "a bridge stands above it");
+    EXPECT_EQ(step.at("found"), "none, since bus 00 is a root bus");
+}
+
 // Makes each proposed change to the file and looks whether the plug-in lists the candidate then.
 void expectChangesWork(const Machine& machine, const fs::path& file, const json& model,
                        Tally& tally) {
