@@ -103,6 +103,7 @@ std::string listOf(const std::vector<std::string>& items) {
 
 std::vector<std::string> namesOf(const std::vector<DraftBridge>& bridges) {
     std::vector<std::string> names;
+    names.reserve(bridges.size());
     for (const DraftBridge& each : bridges)
         names.push_back(each.name);
     return names;

@@ -16,7 +16,6 @@ using explain::Outcome;
 
 explain::PartNames namesOf(const Draft& draft) {
     explain::PartNames names;
-    names.anchors = {"Anchor"};
     names.bridge = [&draft](const tBridgeDescription& bridge) -> std::string {
         for (const DraftBridge& port : draft.ports) {
             if (port.map == bridge.traversalMap)

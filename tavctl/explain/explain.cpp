@@ -26,8 +26,6 @@ std::vector<std::string> anchorTexts(const lint::Description& description) {
 
 PartNames partNames(const lint::Description& description) {
     PartNames names;
-    for (std::size_t i = 0; i < description.model().anchors.size(); ++i)
-        names.anchors.push_back(description.anchorSection(i));
     names.bridge = [&description](const tBridgeDescription& bridge) {
         return sectionOf(description, bridge);
     };

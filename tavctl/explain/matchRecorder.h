@@ -14,7 +14,6 @@ namespace tavctl::explain {
 
 // How a model's parts are called in its file.
 struct PartNames {
-    std::vector<std::string> anchors; // sections
     std::function<std::string(const nZoTavManagerPciPlugin_15_0::tBridgeDescription&)> bridge;
 };
 
