@@ -109,7 +109,7 @@ Proof makeProvable(Draft& draft, const std::shared_ptr<const pcibus::Bus>& bus,
     uncounted.notes.push_back("Bridges of this box have the same identifiers as one above it, "
                               "which would be taken for the box. So they are marked IsOptional: "
                               "the search counts the anchor alone, and the labels decide.");
-    const Proof second = prove(uncounted, bus, bridge);
+    Proof second = prove(uncounted, bus, bridge);
     if (!second.lists)
         return proof;
     draft = std::move(uncounted);

@@ -12,7 +12,6 @@ namespace {
 
 using namespace nZoTavManagerPciPlugin_15_0;
 using namespace nZoPciBrdWrapper_15_0;
-using nZoPxiDriverTools_1_0::cSlotPath;
 
 constexpr std::uint32_t kSession = 1;
 
