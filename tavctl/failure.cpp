@@ -1,5 +1,6 @@
 #include "tavctl/failure.h"
 
+#include "pxidrivertools/configuration.h"
 #include "tavctl/statusText.h"
 
 #include <cstdio>
@@ -33,6 +34,9 @@ void printPlain(const Failure& failure) {
     std::fprintf(stderr, "tavctl: %s\n", failure.sentence().c_str());
     if (failure.status)
         std::fprintf(stderr, "  status %s\n", describeStatus(*failure.status).c_str());
+    if (failure.status ==
+        nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::kConfigurationErrNoKey)
+        std::fputs("  --descriptions and --state take the place of the configuration\n", stderr);
     const Json record = parsedRecord(failure.record);
     if (record.is_object() && !record.empty()) {
         std::fprintf(stderr, "  error record\n");

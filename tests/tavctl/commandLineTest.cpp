@@ -113,23 +113,38 @@ TEST(CommandLine, NamesOfVendorsComeFromTheNamedFile) {
                      "read names of vendors and devices (/nonexistent): No such file"));
 }
 
-TEST(CommandLine, EveryHelpFitsAScreenAndHasAnExample) {
-    const std::string commands = tavctl("").output;
-    const std::size_t start = commands.find("Commands: ") + 10;
-    std::stringstream words(commands.substr(start, commands.find('\n', start) - start));
-    std::vector<std::string> lines;
-    std::string word;
-    for (words >> word; words; words >> word) {
+// The commands that a wrong word makes the program name, each with its blank before it.
+std::vector<std::string> commandsNamed(const std::string& words) {
+    const std::string output = tavctl(words).output;
+    const std::size_t start = output.find("Commands: ") + std::string("Commands: ").size();
+    std::stringstream list(output.substr(start, output.find('\n', start) - start));
+    std::vector<std::string> commands;
+    for (std::string word; list >> word;) {
         word.erase(word.find_last_not_of(',') + 1);
-        const auto help = tavctl(word + " --help");
-        EXPECT_TRUE(says(help, 0, "Example: tavctl " + word));
-        EXPECT_LE(std::count(help.output.begin(), help.output.end(), '\n'), 24) << help.output;
-        std::stringstream text(help.output);
-        for (std::string line; std::getline(text, line);)
-            EXPECT_LE(line.size(), 80U) << line;
-        lines.push_back(word);
+        commands.push_back(word);
     }
-    EXPECT_GE(lines.size(), 2U);
+    return commands;
+}
+
+void expectHelpFitsAScreen(const std::string& words) {
+    const auto help = tavctl(words + " --help");
+    EXPECT_TRUE(says(help, 0, "Example: tavctl " + words));
+    EXPECT_LE(std::count(help.output.begin(), help.output.end(), '\n'), 24) << help.output;
+    std::stringstream text(help.output);
+    for (std::string line; std::getline(text, line);)
+        EXPECT_LE(line.size(), 80U) << line;
+}
+
+TEST(CommandLine, EveryHelpFitsAScreenAndHasAnExample) {
+    expectHelpFitsAScreen("");
+    const auto commands = commandsNamed("");
+    EXPECT_EQ(commands.size(), 9U);
+    for (const std::string& command : commands)
+        expectHelpFitsAScreen(command);
+    const auto actions = commandsNamed("names wrong");
+    EXPECT_EQ(actions.size(), 5U);
+    for (const std::string& action : actions)
+        expectHelpFitsAScreen("names " + action);
 }
 
 TEST(CommandLine, HelpAndVersionExitWithZero) {
@@ -187,6 +202,7 @@ TEST(CommandLine, MissingConfigurationIsNamed) {
     const auto result = tavctl("list " + kDump);
     EXPECT_TRUE(says(result, 3, "read configuration value \"ConfigPath\" (/nonexistent.conf"));
     EXPECT_TRUE(says(result, 3, "-52003 (0xFFFF34DD)"));
+    EXPECT_TRUE(says(result, 3, "--descriptions and --state take the place of the configuration"));
 }
 
 TEST(CommandLine, FailuresAreJsonOnDemand) {
