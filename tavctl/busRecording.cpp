@@ -210,7 +210,7 @@ std::string recordingText(const BusRecording& recording, const std::string& prog
         std::count_if(recording.functions.begin(), recording.functions.end(),
                       [](const RecordedFunction& recorded) { return recorded.madeTo != 0; }));
     if (recording.scrubbed)
-        text.line("# Scrubbed: only what matters to matching is as on the bus.");
+        text.out += "# Scrubbed: only what matters to matching is as on the bus.\n";
     if (recording.headersOnly != 0)
         text.line("# Of %zu functions only the first 64 bytes could be read; run as root for more.",
                   recording.headersOnly);
