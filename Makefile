@@ -6,8 +6,9 @@ DEMO_STATE = build/demo-state
 TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
-.PHONY: help build demo test test-native windows test-windows test-guest test-sanitizers build-bench bench bench-detail format \
-        check-format tidy clang update-expectations record-sample record-guests install clean
+.PHONY: help build demo test test-native windows test-windows test-guest test-sanitizers \
+        build-bench bench bench-detail format check-format tidy clang update-expectations \
+        record-sample record-guests package-windows install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -104,6 +105,16 @@ record-guests: ## record the emulated machines of tests/guest anew, as samples a
 	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
 	@tests/guest/recordAll.sh build/$(PRESET)/bin
+
+package-windows: ## pack what Windows users need, for x64 and x86, into one archive
+	@scripts/install-packages.sh build windows
+	@for target in x64 x86; do \
+	    cmake --preset windows-$$target >/dev/null && \
+	    cmake --build --preset windows-$$target -j $(JOBS) --target zotavpci zopcibrd tavctl \
+	        || exit $$?; \
+	done
+	@scripts/package-windows.sh build/zotavpci-windows.zip build/windows-x64 build/windows-x86
+	@unzip -l build/zotavpci-windows.zip
 
 install: build ## install below DESTDIR and the configured prefix
 	@cmake --install build/$(PRESET)

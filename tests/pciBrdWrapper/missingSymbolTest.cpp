@@ -1,5 +1,6 @@
 // A bridge library that lacks the seventh function: this program's run path leads to one.
 #include "pciBrdWrapper/cPciBrdDynLib.h"
+#include "tests/pciBrdWrapper/loaderFailure.h"
 #include "tests/pciBrdWrapper/operations.h"
 #include "tests/pciBrdWrapper/scriptedLibrary.h"
 #include "tests/pciBrdWrapper/unbound.h"
@@ -27,12 +28,13 @@ TEST(MissingSymbol, IsNamedInTheRecordWithTheLoadersWords) {
     const cPciBrdDynLib binding(status);
     EXPECT_EQ(status.code, -52005);
     EXPECT_STREQ(status.textOrEmpty(),
-                 R"({"error_constant":"zoquilerr_invalidParameter","file":"zodynlib\\dynload",)"
-                 R"("line":49,"component":"zotavpci",)"
-                 R"("zodynlib_debug":{"debug":"failed to get symbol",)"
-                 R"("zodynlib_symbol":"ZoPciBrd_GetBridgeParent"},)"
-                 R"("internal_error":{"api":"posix","code":0,"string":")" TAV_BRIDGE_LIBRARY
-                 R"(: undefined symbol: ZoPciBrd_GetBridgeParent"}})");
+                 (R"({"error_constant":"zoquilerr_invalidParameter","file":"zodynlib\\dynload",)"
+                  R"("line":49,"component":"zotavpci",)"
+                  R"("zodynlib_debug":{"debug":"failed to get symbol",)"
+                  R"("zodynlib_symbol":"ZoPciBrd_GetBridgeParent"},)" +
+                  loaderfailure::missingSymbol(TAV_BRIDGE_LIBRARY, "ZoPciBrd_GetBridgeParent") +
+                  "}")
+                     .c_str());
 }
 
 TEST(MissingSymbol, ReplacesAWarning) {

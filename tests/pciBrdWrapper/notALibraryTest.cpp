@@ -1,5 +1,6 @@
 // A file that has the bridge library's name and is no library: this program's run path leads to it.
 #include "pciBrdWrapper/cPciBrdDynLib.h"
+#include "tests/pciBrdWrapper/loaderFailure.h"
 #include "tests/pciBrdWrapper/unbound.h"
 
 #include <gtest/gtest.h>
@@ -14,12 +15,13 @@ TEST(NotALibrary, IsReportedWithTheNameAskedForAndTheLoadersWords) {
     const cPciBrdDynLib binding(status);
     EXPECT_EQ(status.code, -52005);
     EXPECT_STREQ(status.textOrEmpty(),
-                 R"({"error_constant":"zoquilerr_invalidParameter","file":"zodynlib\\dynload",)"
-                 R"("line":49,"component":"zotavpci",)"
-                 R"("zodynlib_debug":{"debug":"failed to zodynlib_load library",)"
-                 R"("path":"zopcibrd.so"},)"
-                 R"("internal_error":{"api":"posix","code":0,"string":")" TAV_BRIDGE_LIBRARY
-                 R"(: invalid ELF header"}})");
+                 (R"({"error_constant":"zoquilerr_invalidParameter","file":"zodynlib\\dynload",)"
+                  R"("line":49,"component":"zotavpci",)"
+                  R"("zodynlib_debug":{"debug":"failed to zodynlib_load library",)"
+                  R"("path":")" +
+                  loaderfailure::kBridgeLibrary + R"("},)" +
+                  loaderfailure::notALibrary(TAV_BRIDGE_LIBRARY) + "}")
+                     .c_str());
 }
 
 TEST(NotALibrary, LeavesEveryFunctionUnbound) {

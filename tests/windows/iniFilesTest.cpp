@@ -252,12 +252,12 @@ struct FileCalls {
     static inline std::vector<std::string> made;
     static inline DWORD createError = ERROR_SUCCESS;
     static inline BOOL flushed = TRUE;
-    static inline decltype(&CreateFileW) realCreate = nullptr;
-    static inline decltype(&MoveFileExW) realMove = nullptr;
+    static inline decltype(&CreateFileA) realCreate = nullptr;
+    static inline decltype(&MoveFileExA) realMove = nullptr;
     static inline decltype(&FlushFileBuffers) realFlush = nullptr;
 
-    static std::string nameOf(const wchar_t* path) { return fs::path(path).filename().string(); }
-    static HANDLE WINAPI create(LPCWSTR path, DWORD access, DWORD sharing,
+    static std::string nameOf(const std::string& path) { return fs::path(path).filename().string(); }
+    static HANDLE WINAPI create(LPCSTR path, DWORD access, DWORD sharing,
                                 LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
                                 HANDLE model) {
         made.push_back("create " + nameOf(path) + " " + std::to_string(sharing) + " " +
@@ -267,7 +267,7 @@ struct FileCalls {
         SetLastError(createError);
         return INVALID_HANDLE_VALUE;
     }
-    static BOOL WINAPI move(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    static BOOL WINAPI move(LPCSTR from, LPCSTR to, DWORD flags) {
         made.push_back("move " + nameOf(from) + " " + nameOf(to) + " " + std::to_string(flags));
         return realMove(from, to, flags);
     }
@@ -286,8 +286,8 @@ struct FileCalls {
     }
 
 private:
-    ImportedFunction create_{"CreateFileW", reinterpret_cast<void*>(&create)};
-    ImportedFunction move_{"MoveFileExW", reinterpret_cast<void*>(&move)};
+    ImportedFunction create_{"CreateFileA", reinterpret_cast<void*>(&create)};
+    ImportedFunction move_{"MoveFileExA", reinterpret_cast<void*>(&move)};
     ImportedFunction flush_{"FlushFileBuffers", reinterpret_cast<void*>(&flush)};
 };
 

@@ -1,0 +1,21 @@
+// What this system's loader says of a bridge library that it cannot load or bind: the member
+// "internal_error" of the error record, without a comma before it.
+#pragma once
+
+#include <string>
+
+namespace loaderfailure {
+
+// The name under which the bridge library is looked for.
+extern const char* const kBridgeLibrary;
+
+// There is no library of that name.
+std::string noLibrary();
+
+// The file at this path is no library.
+std::string notALibrary(const std::string& path);
+
+// The library at this path has no such symbol.
+std::string missingSymbol(const std::string& path, const std::string& symbol);
+
+} // namespace loaderfailure

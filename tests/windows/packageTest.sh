@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# Packs a build for Windows, unpacks the archive elsewhere and follows its README there.
+#
+#   packageTest.sh SOURCE BUILD TARGET     TARGET is x64 or x86
+set -euo pipefail
+
+source=$1
+build=$2
+target=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+    echo "$0: $*" >&2
+    exit 1
+}
+
+"$source/scripts/package-windows.sh" "$work/package.zip" "$build"
+mkdir "$work/unpacked"
+unzip -q "$work/package.zip" -d "$work/unpacked"
+cd "$work/unpacked"
+folders=(*)
+[ "${#folders[@]}" -eq 1 ] || fail "not one folder at the top: ${folders[*]}"
+cd "${folders[0]}"
+
+{
+    printf '%s\n' README.txt docs/descriptions.md include/tavPlugin.h include/zopcibrd.h \
+        samples/switchboxes.dump "$target"/{tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
+    (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini')
+} | LC_ALL=C sort >"$work/expected"
+find . -type f | sed 's|^\./||' | LC_ALL=C sort >"$work/found"
+diff -u "$work/expected" "$work/found" || fail "the archive does not hold what it should"
+
+# Every line of every text ends as Windows has it, and nothing is left to fill in.
+while read -r file; do
+    case $file in *.exe | *.dll | *.lib) continue ;; esac
+    lines=$(wc -l <"$file")
+    [ "$lines" -gt 0 ] || fail "$file: no lines"
+    [ "$(grep -c $'\r$' "$file")" -eq "$lines" ] || fail "$file: lines without CR LF"
+    ! grep -q '@[A-Z_]*@' "$file" || fail "$file: a value is missing"
+done <"$work/found"
+
+# The README's first command, to the letter, and what it says of it.
+cd "$target"
+command=$(sed -n 's/\r$//; s/^  \(tavctl list --dump .*\)/\1/p' ../README.txt)
+[ -n "$command" ] || fail "the README has no first command"
+read -r -a words <<<"${command//\\/\\\\}"
+export TAV_WINEPREFIX=$build/wine
+"$source/scripts/wine-run.sh" ./tavctl.exe "${words[@]:1}" --json >"$work/listed"
+devices=$(grep -o '"index":' "$work/listed" | wc -l)
+[ "$devices" -eq 4 ] || fail "$devices devices instead of 4: $(cat "$work/listed")"
+[ -s zotavpci.ini ] || fail "no stored names beside the tool"
+for name in TAV1 TAV2 TAV3 TAVCard1; do
+    grep -q "\"terminalName\":\"$name\"" "$work/listed" || fail "no device is called $name"
+done
