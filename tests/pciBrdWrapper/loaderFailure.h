@@ -7,7 +7,7 @@
 namespace loaderfailure {
 
 // The name under which the bridge library is looked for.
-extern const char* const kBridgeLibrary;
+std::string bridgeLibrary();
 
 // There is no library of that name.
 std::string noLibrary();

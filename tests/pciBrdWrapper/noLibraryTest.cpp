@@ -22,7 +22,7 @@ TEST(NoLibrary, IsReportedWithItsNameAndTheLoadersWords) {
                   R"("line":49,"component":"zotavpci",)"
                   R"("zodynlib_debug":{"debug":"failed to zodynlib_load library",)"
                   R"("path":")" +
-                  loaderfailure::kBridgeLibrary + R"("},)" + loaderfailure::noLibrary() + "}")
+                  loaderfailure::bridgeLibrary() + R"("},)" + loaderfailure::noLibrary() + "}")
                      .c_str());
 }
 

@@ -19,7 +19,7 @@ TEST(NotALibrary, IsReportedWithTheNameAskedForAndTheLoadersWords) {
                   R"("line":49,"component":"zotavpci",)"
                   R"("zodynlib_debug":{"debug":"failed to zodynlib_load library",)"
                   R"("path":")" +
-                  loaderfailure::kBridgeLibrary + R"("},)" +
+                  loaderfailure::bridgeLibrary() + R"("},)" +
                   loaderfailure::notALibrary(TAV_BRIDGE_LIBRARY) + "}")
                      .c_str());
 }

@@ -11,7 +11,9 @@ std::string withText(const std::string& text) {
 
 } // namespace
 
-const char* const kBridgeLibrary = "zopcibrd.so";
+std::string bridgeLibrary() {
+    return "zopcibrd.so";
+}
 
 std::string noLibrary() {
     return withText("zopcibrd.so: cannot open shared object file: No such file or directory");

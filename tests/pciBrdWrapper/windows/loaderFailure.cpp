@@ -19,7 +19,9 @@ std::string withCode(DWORD code) {
 
 } // namespace
 
-const char* const kBridgeLibrary = "zopcibrd.dll";
+std::string bridgeLibrary() {
+    return "zopcibrd.dll";
+}
 
 std::string noLibrary() {
     return withCode(126); // ERROR_MOD_NOT_FOUND
