@@ -7,6 +7,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
+#include <cstdio>
+#include <initializer_list>
 #include <string>
 
 namespace {
@@ -41,19 +43,31 @@ void InitializeByModels(benchmark::State& state) {
     run(state, machine, machine.devices());
 }
 
-// Switches of 25 bridges each, by number of bridges, up to what bus numbers allow.
+// Bridges that are not configured, so that there may be more of them than there are bus numbers;
+// the first one is the one device.
 void InitializeByBridges(benchmark::State& state) {
-    constexpr unsigned kPorts = 23;
-    BusBuilder bus;
-    for (unsigned box = 0; box < size(state) / (kPorts + 2); ++box) {
-        const auto root = bus.rootPort(0, box + 1, 0, {0x8086, 0xA110}, 8, 3);
-        const auto up = bus.bridge(root, 0, 0, {0x10B5, 0x8749, 0x1234, 0x0100}, 8, 3);
-        for (unsigned port = 0; port < kPorts; ++port)
-            bus.bridge(up, port, 0, {0x10B5, 0x8749, 0x1234, 0x0200}, 4, 2);
+    constexpr std::size_t kFunctionsOfBus = 256;
+    std::string dump;
+    for (std::size_t bridge = 0; bridge < size(state); ++bridge) {
+        char text[512];
+        const std::size_t place = bridge % kFunctionsOfBus;
+        std::snprintf(text, sizeof text,
+                      "%02zx:%02zx.%zx 0604: 10b5:%04x\n"
+                      "00: b5 10 %02x 87 00 00 00 00 00 00 04 06 00 00 01 00\n"
+                      "10: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"
+                      "20: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"
+                      "30: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n\n",
+                      bridge / kFunctionsOfBus, place / 8, place % 8,
+                      bridge == 0 ? 0x8749U : 0x8748U, bridge == 0 ? 0x49U : 0x48U);
+        dump += text;
     }
-    bench::Machine machine(bus);
-    machine.describe(bench::switchDescription(0, 0x0100));
-    run(state, machine, size(state) / (kPorts + 2));
+    bench::Machine machine(dump);
+    machine.describe("[UpstreamTAV]\nModel = Box\nDeviceCategory = PCI\nInternalBridges = \"\"\n"
+                     "ConnectorLabels = HOST\nDownstreamPorts = \"\"\nHasUpstreamPort = 1\n"
+                     "[Anchor]\nPciHeaderType = 1\nVid = 10B5\nPid = 8749\nSsVid = 0\n"
+                     "SsPid = 0\n[UpstreamPort]\nIDsSameAs = Anchor\n"
+                     "TraversalMapFromAnchor = \"\"\n");
+    run(state, machine, 1);
 }
 
 // Equal bridges that are one device each, all of one model.
@@ -99,31 +113,26 @@ void InitializeByNames(benchmark::State& state) {
     run(state, machine, machine.devices());
 }
 
-BENCHMARK(InitializeByModels)
-    ->RangeMultiplier(2)
-    ->Range(50, 1600)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(InitializeByBridges)
-    ->DenseRange(50, 250, 50)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(InitializeByBridgeDevices)
-    ->DenseRange(40, 240, 40)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(InitializeByDevices)
-    ->RangeMultiplier(2)
-    ->Range(256, 4096)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(InitializeByNames)
-    ->Arg(0)
-    ->Arg(1'000)
-    ->Arg(10'000)
-    ->Arg(50'000)
-    ->Arg(100'000)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+void sizes(benchmark::internal::Benchmark* benchmark, std::initializer_list<std::int64_t> list) {
+    for (const std::int64_t size : list)
+        benchmark->Arg(size);
+    benchmark->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(InitializeByModels)->Apply([](auto* benchmark) {
+    sizes(benchmark, {1, 10, 50, 100, 200, 500, 1'000, 2'000});
+});
+BENCHMARK(InitializeByBridges)->Apply([](auto* benchmark) {
+    sizes(benchmark, {10, 100, 1'000, 3'000, 10'000, 30'000, 60'000});
+});
+BENCHMARK(InitializeByBridgeDevices)->Apply([](auto* benchmark) {
+    sizes(benchmark, {40, 80, 120, 160, 200, 240});
+});
+BENCHMARK(InitializeByDevices)->Apply([](auto* benchmark) {
+    sizes(benchmark, {1, 10, 100, 250, 500, 1'000, 2'000, 4'000});
+});
+BENCHMARK(InitializeByNames)->Apply([](auto* benchmark) {
+    sizes(benchmark, {0, 100, 1'000, 3'000, 10'000, 30'000, 100'000});
+});
 
 } // namespace

@@ -57,8 +57,8 @@ std::string cardDescription(std::size_t number, unsigned function, unsigned subs
            "TraversalMapFromAnchor = -\n";
 }
 
-Machine::Machine(const testsupport::BusBuilder& bus)
-    : dump_("TAV_PCI_DUMP", folder_.file("bus.dump", bus.dump()).string()),
+Machine::Machine(const std::string& dump)
+    : dump_("TAV_PCI_DUMP", folder_.file("bus.dump", dump).string()),
       configuration_("TAV_MANAGER_CONF",
                      folder_
                          .file("host.conf", "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n"

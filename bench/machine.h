@@ -21,7 +21,9 @@ std::string cardDescription(std::size_t number, unsigned function, unsigned subs
 
 class Machine {
 public:
-    explicit Machine(const testsupport::BusBuilder& bus);
+    explicit Machine(const testsupport::BusBuilder& bus) : Machine(bus.dump()) {}
+    // On a recorded bus of another make.
+    explicit Machine(const std::string& dump);
 
     // `models` description files, of which every fourth is on bigBus(), once each: first its ten
     // switches, then cards. Of the others a third have an anchor that is on the bus.

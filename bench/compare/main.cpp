@@ -4,6 +4,7 @@
 //     tav_compare [ROUNDS]
 #include "bench/compare/busRace.h"
 #include "bench/compare/iniRace.h"
+#include "bench/compare/pluginRows.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,6 +26,8 @@ int main(int argc, char** argv) {
         }
         std::vector<bench::Row> rows = bench::raceInis("/proc/self/exe", rounds);
         for (const bench::Row& row : bench::raceBuses(rounds * 2))
+            rows.push_back(row);
+        for (const bench::Row& row : bench::pluginRows())
             rows.push_back(row);
         bench::printTable(rows);
         return 0;

@@ -38,8 +38,9 @@ void printTable(const std::vector<Row>& rows) {
     std::vector<std::array<std::string, 6>> lines = {
         {"what", "ours", "best peer", "ratio", "target", "limit"}};
     for (const Row& row : rows)
-        lines.push_back({row.what, row.ours, row.peer, row.ratio != 0 ? ratioText(row.ratio) : "",
-                         row.target != 0 ? ratioText(row.target) : "", row.limit});
+        lines.push_back({row.what, row.ours, row.peer,
+                         row.ratio != 0 ? ratioText(row.ratio) : std::string(),
+                         row.target != 0 ? ratioText(row.target) : std::string(), row.limit});
     std::array<std::size_t, 6> widths{};
     for (const auto& line : lines)
         for (std::size_t column = 0; column < line.size(); ++column)
