@@ -1,7 +1,9 @@
 // Loads the plug-in, initialises it once, and prints how many seconds that call took, how many of
-// them the processor worked for it, and how many devices it found. The bus and the configuration
+// them the processor worked for it, how many devices it found, and how many bytes of memory the
+// process has then. The bus and the configuration
 // are those that the environment names.
 #include "bench/plugin.h"
+#include "bench/residentMemory.h"
 
 #include <chrono>
 #include <cstdio>
@@ -17,9 +19,9 @@ int main() {
         plugin.initializeOrThrow();
         const std::clock_t processorEnd = std::clock();
         const std::chrono::duration<double> taken = Clock::now() - start;
-        std::printf("%.9f %.9f %lu\n", taken.count(),
+        std::printf("%.9f %.9f %lu %.0f\n", taken.count(),
                     static_cast<double>(processorEnd - processorStart) / CLOCKS_PER_SEC,
-                    static_cast<unsigned long>(plugin.deviceCount()));
+                    static_cast<unsigned long>(plugin.deviceCount()), bench::residentBytes());
         plugin.finalize();
         return 0;
     } catch (const std::exception& failure) {

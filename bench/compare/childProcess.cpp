@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,7 +42,6 @@ ChildRun runChild(const std::vector<std::string>& arguments, bool keepsOutput) {
 
     ChildRun run;
     int status = 0;
-    rusage usage{};
     run.seconds = secondsOf([&] {
         pid_t process = 0;
         require(posix_spawn(&process, pointers[0], &actions, nullptr, pointers.data(), environ) ==
@@ -54,11 +52,10 @@ ChildRun runChild(const std::vector<std::string>& arguments, bool keepsOutput) {
             run.output = readAll(ends[0]);
             close(ends[0]);
         }
-        wait4(process, &status, 0, &usage);
+        waitpid(process, &status, 0);
     });
     posix_spawn_file_actions_destroy(&actions);
     require(WIFEXITED(status) && WEXITSTATUS(status) == 0, arguments[0] + " failed");
-    run.resident = static_cast<double>(usage.ru_maxrss) * 1024;
     return run;
 }
 

@@ -8,8 +8,7 @@ namespace bench {
 
 struct ChildRun {
     double seconds = 0;
-    double resident = 0; // bytes, the most it had
-    std::string output;  // of standard output
+    std::string output; // of standard output
 };
 
 // Runs a program; the first argument is its path. With `keepsOutput`, standard output is read while

@@ -2,10 +2,9 @@
 
 #include "bench/compare/stopwatch.h"
 #include "bench/require.h"
+#include "bench/residentMemory.h"
 
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <vector>
 
@@ -16,16 +15,6 @@ namespace {
 constexpr std::size_t kSmallFile = 100'000; // bytes; below, one run is too short to be timed alone
 constexpr int kRunsOfSmall = 200;
 constexpr int kTries = 3;
-
-double residentBytes() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        unsigned long kilobytes = 0;
-        if (std::sscanf(line.c_str(), "VmRSS: %lu kB", &kilobytes) == 1)
-            return static_cast<double>(kilobytes) * 1024;
-    }
-    throw std::runtime_error("the system does not say how much memory is resident");
-}
 
 // Without what it takes to drop the load before.
 double loadSeconds(IniContender& contender, const std::string& path, int runs) {

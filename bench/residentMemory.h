@@ -1,0 +1,21 @@
+// How much memory this process has, as the system counts it.
+#pragma once
+
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+
+inline double residentBytes() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        unsigned long kilobytes = 0;
+        if (std::sscanf(line.c_str(), "VmRSS: %lu kB", &kilobytes) == 1)
+            return static_cast<double>(kilobytes) * 1024;
+    }
+    throw std::runtime_error("the system does not say how much memory is resident");
+}
+
+} // namespace bench
