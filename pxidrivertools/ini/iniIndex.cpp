@@ -50,8 +50,9 @@ void place(IniIndex& index, Slot slot) noexcept {
     slots[at] = slot;
 }
 
-// Twice the slots. The copy goes along the probe sequence, starting behind an empty slot (there is
-// always one), and so keeps the order of equal hashes.
+// Four times the slots, so that a long list is not copied often. The copy goes along the probe
+// sequence, starting behind an empty slot (there is always one), and so keeps the order of equal
+// hashes.
 bool widen(const IniMemory& memory, IniIndex*& index) noexcept {
     if (index->mask >= kMostSlots / 2 - 1)
         return false;
