@@ -256,7 +256,9 @@ struct FileCalls {
     static inline decltype(&MoveFileExA) realMove = nullptr;
     static inline decltype(&FlushFileBuffers) realFlush = nullptr;
 
-    static std::string nameOf(const std::string& path) { return fs::path(path).filename().string(); }
+    static std::string nameOf(const std::string& path) {
+        return fs::path(path).filename().string();
+    }
     static HANDLE WINAPI create(LPCSTR path, DWORD access, DWORD sharing,
                                 LPSECURITY_ATTRIBUTES security, DWORD disposition, DWORD flags,
                                 HANDLE model) {
