@@ -4,6 +4,7 @@
 #include "pcibus/dump.h"
 #include "pcibus/sysfs.h"
 #include "platform/file.h"
+#include "platform/utf8Path.h"
 #include "tavctl/madeCapabilities.h"
 
 #include <algorithm>
@@ -48,7 +49,7 @@ void complete(RecordedFunction& recorded) {
 
 std::vector<std::uint8_t> readBytes(const fs::path& file) {
     std::vector<std::uint8_t> bytes(kStandardSize);
-    const platform::Stream stream = platform::openStream(file.string().c_str(), "rb");
+    const platform::Stream stream = platform::openStream(platform::utf8Text(file).c_str(), "rb");
     bytes.resize(stream ? std::fread(bytes.data(), 1, bytes.size(), stream.get()) : 0);
     return bytes;
 }
@@ -60,7 +61,7 @@ std::size_t countOtherDomains(const fs::path& devices) {
     std::error_code error;
     for (fs::directory_iterator entry(devices, error); !error && entry != fs::directory_iterator();
          entry.increment(error)) {
-        if (!entry->path().filename().string().starts_with(kDomain))
+        if (!platform::utf8Text(entry->path().filename()).starts_with(kDomain))
             ++count;
     }
     return count;

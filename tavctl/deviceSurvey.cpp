@@ -1,6 +1,7 @@
 #include "tavctl/deviceSurvey.h"
 
 #include "pciBrdWrapper/cPciBrdWrapper_ex.h"
+#include "platform/utf8Path.h"
 #include "pxidrivertools/cIniFile.h"
 #include "quil/cQUILDeviceFinder.h"
 #include "source/cPciModelInfoDb.h"
@@ -28,7 +29,7 @@ using nZoPxiDriverTools_1_0::cIniFile;
 // Names and lock live in the scratch folder; descriptions are where the configuration says.
 class SurveyFilesystem : public cPciTavFilesystem {
 public:
-    explicit SurveyFilesystem(const fs::path& folder) : folder_((folder / "").string()) {}
+    explicit SurveyFilesystem(const fs::path& folder) : folder_(platform::utf8Text(folder / "")) {}
     std::string GetConfigPath() override { return folder_; }
 
 private:
@@ -87,7 +88,8 @@ void copyNames(const fs::path& names, const fs::path& copy) {
     if (fs::exists(names, error))
         fs::copy_file(names, copy, error);
     if (error)
-        throw FailureException({"read terminal names", names.string(), error.message(), {}, {}});
+        throw FailureException(
+            {"read terminal names", platform::utf8Text(names), error.message(), {}, {}});
 }
 
 } // namespace

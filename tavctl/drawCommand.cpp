@@ -1,6 +1,7 @@
 #include "tavctl/drawCommand.h"
 
 #include "platform/childProgram.h"
+#include "platform/utf8Path.h"
 #include "tavctl/drawing.h"
 #include "tavctl/failure.h"
 #include "tavctl/hostSession.h"
@@ -52,7 +53,7 @@ ExitStatus runDraw(const DrawOptions& options) {
     DrawingOptions drawing;
     drawing.title = options.common.dump.empty()
                         ? "This machine"
-                        : std::filesystem::path(options.common.dump).filename().string();
+                        : platform::utf8Text(platform::utf8Path(options.common.dump).filename());
     drawing.allFunctions = options.all;
     const std::string dot = drawingAsDot(view, names, drawing);
     writeResult(options.format == "dot" ? dot : laidOut(dot), options.file);

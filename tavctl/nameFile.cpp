@@ -1,6 +1,7 @@
 #include "tavctl/nameFile.h"
 
 #include "platform/file.h"
+#include "platform/utf8Path.h"
 #include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniLoad.h"
 #include "pxidrivertools/ini/iniLookup.h"
@@ -77,7 +78,7 @@ void forEachSection(IniFileObject& file, Use use) {
 } // namespace
 
 NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
-    const std::string lockFile = (nameFile.parent_path() / kNameLockFile).string();
+    const std::string lockFile = platform::utf8Text(nameFile.parent_path() / kNameLockFile);
     if (purpose == Purpose::writing)
         filesystem_.EnsureFileExists(lockFile);
     else if (!platform::lastWriteTime(lockFile.c_str()))
@@ -96,7 +97,7 @@ NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
 }
 
 NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {
-    const std::string name = path.string();
+    const std::string name = platform::utf8Text(path);
     if (mayBeMissing && !platform::lastWriteTime(name.c_str()))
         return;
     load(*file_, name);
@@ -117,7 +118,7 @@ NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) 
 }
 
 void NameFile::write(const fs::path& target) const {
-    const std::string name = target.string();
+    const std::string name = platform::utf8Text(target);
     const IniStatus status = writeIni(*file_, name.c_str());
     if (status != kIniDone)
         throw FailureException({"write terminal names", name, wordsOf(status), {}, {}});

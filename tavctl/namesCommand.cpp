@@ -1,5 +1,6 @@
 #include "tavctl/namesCommand.h"
 
+#include "platform/utf8Path.h"
 #include "tavctl/failure.h"
 #include "tavctl/hostSession.h"
 #include "tavctl/nameReport.h"
@@ -51,7 +52,8 @@ ExitStatus listNames(const NamesOptions& options) {
     if (options.common.json)
         print(namesAsJson(file, pointerTo(survey)));
     else if (file.entries().empty())
-        std::fprintf(stderr, "tavctl: no names are stored in %s\n", path.string().c_str());
+        std::fprintf(stderr, "tavctl: no names are stored in %s\n",
+                     platform::utf8Text(path).c_str());
     else
         print(namesAsTable(file, pointerTo(survey), options.verbose));
     return ExitStatus::done;
@@ -63,11 +65,11 @@ ExitStatus checkStored(const NamesOptions& options) {
     const NameFile file = readStored(path);
     const auto survey = surveyUnlessStored(options, path);
     const auto problems = checkNames(file, pointerTo(survey));
-    print(options.common.json ? problemsAsJson(problems, path.string())
-                              : problemsAsText(problems, path.string()));
+    print(options.common.json ? problemsAsJson(problems, platform::utf8Text(path))
+                              : problemsAsText(problems, platform::utf8Text(path)));
     if (problems.empty() && !options.common.json)
         std::fprintf(stderr, "tavctl: no problem with %zu names in %s\n", file.entries().size(),
-                     path.string().c_str());
+                     platform::utf8Text(path).c_str());
     return problems.empty() ? ExitStatus::done : ExitStatus::problemFound;
 }
 
@@ -113,7 +115,7 @@ ExitStatus restore(const NamesOptions& options) {
     }
     const NameLock lock(path, NameLock::Purpose::writing);
     file.write(path);
-    report(options, "restored", file.entries().size(), path.string());
+    report(options, "restored", file.entries().size(), platform::utf8Text(path));
     return ExitStatus::done;
 }
 

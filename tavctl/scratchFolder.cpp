@@ -1,5 +1,6 @@
 #include "tavctl/scratchFolder.h"
 
+#include "platform/utf8Path.h"
 #include "tavctl/failure.h"
 
 #include <random>
@@ -25,8 +26,11 @@ ScratchFolder::ScratchFolder() {
             return;
         }
     }
-    throw FailureException(
-        {"make a temporary folder", parent.string(), error ? error.message() : "", {}, {}});
+    throw FailureException({"make a temporary folder",
+                            platform::utf8Text(parent),
+                            error ? error.message() : "",
+                            {},
+                            {}});
 }
 
 ScratchFolder::~ScratchFolder() {

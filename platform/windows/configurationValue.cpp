@@ -6,7 +6,7 @@
 #include "platform/windows/hostVariable.h"
 #include "platform/windows/uniqueHandle.h"
 
-#include <new>
+#include <exception>
 
 namespace platform {
 
@@ -70,7 +70,7 @@ ConfigurationValue readConfigurationValue(const char* key, const char* name,
         if (const auto file = hostVariable(kHostConfigurationFile))
             return readConfigurationText(openStream(file->c_str(), "rb"), key, name, readText);
         return readRegistry(key, name);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) { // memory ran out, or the registry told an absurd size
         return failure(ConfigurationOutcome::outOfMemory, ERROR_OUTOFMEMORY);
     }
 }

@@ -6,7 +6,6 @@
 
 namespace platform {
 
-
 bool isTerminal(std::FILE* stream) noexcept {
     return _isatty(_fileno(stream)) != 0;
 }

@@ -52,7 +52,7 @@ TEST(PciNames, NamedFileThatCannotBeReadIsAFailure) {
         FAIL() << "nothing was raised";
     } catch (const FailureException& exception) {
         EXPECT_EQ(exception.failure().object, "/nonexistent/pci.ids");
-        EXPECT_EQ(exception.failure().reason, "No such file or directory");
+        EXPECT_NE(exception.failure().reason, "");
     }
 }
 
