@@ -1,6 +1,7 @@
 #include "tavctl/descriptionFiles.h"
 
 #include "platform/directorySearch.h"
+#include "platform/utf8Path.h"
 #include "quil/zoerr.h"
 #include "source/cPciTavFilesystem.h"
 #include "source/exceptionStatus.h"
@@ -13,10 +14,6 @@ namespace tavctl {
 namespace {
 
 using nZoTavManagerPciPlugin_15_0::cPciTavFilesystem;
-
-std::filesystem::path pathOf(const std::string& utf8) {
-    return {std::u8string(utf8.begin(), utf8.end())};
-}
 
 [[noreturn]] void fail(const std::string& object, const zoerr::Exception& exception) {
     throw FailureException(
@@ -32,7 +29,7 @@ std::vector<std::string> filesLike(cPciTavFilesystem& filesystem, const std::str
     }
     const std::string folder = pattern.substr(0, platform::lastSeparator(pattern) + 1);
     std::error_code error;
-    if (files.empty() && !std::filesystem::is_directory(pathOf(folder), error))
+    if (files.empty() && !std::filesystem::is_directory(platform::utf8Path(folder), error))
         throw FailureException({"list descriptions", folder, "there is no such folder", {}, {}});
     return files;
 }

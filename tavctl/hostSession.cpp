@@ -2,6 +2,7 @@
 
 #include "pcibus/readBus.h"
 #include "platform/busLocation.h"
+#include "platform/utf8Path.h"
 #include "quil/zoerr.h"
 #include "source/cPciTavFilesystem.h"
 #include "source/cTerminalNameDb.h"
@@ -48,7 +49,7 @@ pcibus::Bus readChosenBus() {
 std::filesystem::path nameFilePath() {
     using namespace nZoTavManagerPciPlugin_15_0;
     try {
-        return cPciTavFilesystem().GetConfigPath() + kNameFile;
+        return platform::utf8Path(cPciTavFilesystem().GetConfigPath() + kNameFile);
     } catch (const zoerr::Exception& exception) {
         throw FailureException(diagnoseInitialize(exception.status().code, "this program"));
     }
