@@ -72,6 +72,7 @@ void readWhole(int descriptor, std::string& text) {
 SystemCode start(const std::vector<std::string>& words, const Pipe& input, const Pipe& output,
                  pid_t& child) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
