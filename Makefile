@@ -41,7 +41,7 @@ test-native: ## the tests among them that run on this system itself
 	@scripts/install-packages.sh build test guest
 	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
 	@cmake --build --preset $(PRESET) -j $(JOBS)
-	ctest --preset $(PRESET)
+	ctest --preset $(PRESET) $(CTEST_ARGUMENTS)
 
 windows: ## cross compile everything for 64- and 32-bit Windows
 	@scripts/install-packages.sh build windows
@@ -60,8 +60,8 @@ test-guest: ## the tests among them that boot emulated machines, and no others
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
 	ctest --preset $(PRESET) -L guest
 
-test-sanitizers: ## the native tests under address, leak and undefined-behaviour checking
-	@$(MAKE) --no-print-directory test-native PRESET=sanitizers
+test-sanitizers: ## the same but for guests, under address, leak and undefined-behaviour checking
+	@$(MAKE) --no-print-directory test-native PRESET=sanitizers CTEST_ARGUMENTS="-LE guest"
 
 BENCH_TMPDIR = $${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)}
 
