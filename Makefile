@@ -31,11 +31,8 @@ demo: ## list the devices of a recorded bus, twice: the names stay
 	done
 
 test: ## install what is missing, build, and run every test, of every target
-	@scripts/install-packages.sh build test guest windows
-	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
-	@cmake --build --preset $(PRESET) -j $(JOBS)
 	@$(MAKE) --no-print-directory test-windows
-	ctest --preset $(PRESET)
+	@$(MAKE) --no-print-directory test-native
 
 test-native: ## the tests among them that run on this system itself
 	@scripts/install-packages.sh build test guest
