@@ -29,6 +29,9 @@ struct SoughtIds {
     std::uint16_t subsystem = 0;
 };
 
+// What "busType" reads for a device on a PCI bus: "PCI " as four bytes.
+inline constexpr std::uint32_t kPciBusType = 0x20706369;
+
 // One enumeration of devices. Tests put their own behind it.
 class PciDevices {
 public:

@@ -18,8 +18,6 @@ using nZOQUIL000::tErrorStatus;
 constexpr tErrorSite kListSite{"zoquil\\protons\\enumeration\\windows\\tdeviceiterator", 41,
                                nZOQUIL000::kComponent, "status"};
 
-constexpr std::uint32_t kPciBusType = 0x20706369;
-
 // Gives the list up whichever way the search ends.
 class ListCloser {
 public:
@@ -36,7 +34,7 @@ private:
 bool isPci(tEnumeratedDevice& device) {
     tErrorStatus status;
     const std::uint32_t busType = readNumber(device, "busType", status);
-    return !status.failed() && busType == kPciBusType;
+    return !status.failed() && busType == platform::kPciBusType;
 }
 
 // One number of a device and the field that it goes into; fields are narrower than numbers.

@@ -14,8 +14,6 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint32_t kPciBusType = 0x20706369;
-
 struct Property {
     std::string_view name;
     std::uint32_t (*value)(const pcibus::PciFunction& function);

@@ -11,13 +11,6 @@ namespace platform {
 
 namespace {
 
-struct ProcessKind {
-    using Handle = HANDLE;
-    static Handle none() noexcept { return nullptr; }
-    static void close(Handle handle) noexcept { CloseHandle(handle); }
-};
-using Process = UniqueHandle<ProcessKind>;
-
 // Both ends of a pipe; the program is given one of them.
 struct Pipe {
     FileHandle readEnd;
@@ -93,7 +86,7 @@ ProgramRun runProgram(const std::vector<std::string>& words, std::string_view in
         run.failure = lastSystemCode();
         return run;
     }
-    const Process process(started.hProcess);
+    const ProcessHandle process(started.hProcess);
     CloseHandle(started.hThread);
     toProgram.readEnd.reset();
     fromProgram.writeEnd.reset();

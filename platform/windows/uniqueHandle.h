@@ -69,6 +69,13 @@ struct FileSearchKind {
 };
 using FileSearchHandle = UniqueHandle<FileSearchKind>;
 
+struct ProcessKind {
+    using Handle = HANDLE;
+    static Handle none() noexcept { return nullptr; }
+    static void close(Handle handle) noexcept { CloseHandle(handle); }
+};
+using ProcessHandle = UniqueHandle<ProcessKind>;
+
 struct LocalMemoryKind {
     using Handle = void*;
     static Handle none() noexcept { return nullptr; }

@@ -13,13 +13,6 @@ namespace testsupport {
 
 namespace {
 
-struct ProcessKind {
-    using Handle = HANDLE;
-    static Handle none() noexcept { return nullptr; }
-    static void close(Handle handle) noexcept { CloseHandle(handle); }
-};
-using Process = platform::UniqueHandle<ProcessKind>;
-
 std::string read(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
@@ -36,7 +29,7 @@ platform::FileHandle create(const std::filesystem::path& file) {
 
 struct RunningProgram::State {
     TemporaryFolder folder;
-    Process process;
+    platform::ProcessHandle process;
 };
 
 RunningProgram::RunningProgram(const std::filesystem::path& program,
@@ -61,7 +54,7 @@ RunningProgram::RunningProgram(const std::filesystem::path& program,
         throw std::runtime_error("cannot run " + program.string() + ": system error " + code);
     }
     CloseHandle(process.hThread);
-    state_->process = Process(process.hProcess);
+    state_->process = platform::ProcessHandle(process.hProcess);
 }
 
 RunningProgram::~RunningProgram() {
