@@ -10,6 +10,7 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0 {
 inline constexpr std::uint32_t kNoHandle = 0xFFFFFFFF;
 
 // The library's answers that its users tell apart.
+inline constexpr std::int32_t kPciBrdErrInvalidArgument = -313001; // a bad handle or attribute
 inline constexpr std::int32_t kPciBrdErrBufferTooSmall =
     -313002; // the needed count is written back
 inline constexpr std::int32_t kPciBrdErrNotFound = -313003;

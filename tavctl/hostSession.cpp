@@ -1,11 +1,11 @@
 #include "tavctl/hostSession.h"
 
-#include "pcibus/readBus.h"
 #include "platform/busLocation.h"
 #include "platform/utf8Path.h"
 #include "quil/zoerr.h"
 #include "source/cPciTavFilesystem.h"
 #include "source/cTerminalNameDb.h"
+#include "tavctl/busFile.h"
 #include "tavctl/diagnosis.h"
 #include "tavctl/failure.h"
 #include "tavctl/hostPlugin.h"
@@ -39,11 +39,7 @@ std::string chosenBusLocation() {
 pcibus::Bus readChosenBus() {
     const std::string location = chosenBusLocation();
     const Progress progress("reading the bus");
-    try {
-        return pcibus::readBus(location);
-    } catch (const pcibus::BusError& error) {
-        throw FailureException({"read the bus", location, error.what(), {}, {}});
-    }
+    return readBusFile(location);
 }
 
 std::filesystem::path nameFilePath() {

@@ -1,5 +1,6 @@
 #include "tavctl/recordCommand.h"
 
+#include "platform/utf8Path.h"
 #include "tavctl/busRecording.h"
 #include "tavctl/failure.h"
 #include "tavctl/hostSession.h"
@@ -22,7 +23,7 @@ BusRecording recordChosenBus() {
     const std::string location = chosenBusLocation();
     const Progress progress("recording the bus");
     try {
-        return recordBus(location);
+        return recordBus(platform::utf8Path(location));
     } catch (const pcibus::BusError& error) {
         throw FailureException({"read the bus", location, error.what(), {}, {}});
     }

@@ -1,6 +1,6 @@
 #include "tavctl/lint/against.h"
 
-#include "pcibus/readBus.h"
+#include "tavctl/busFile.h"
 #include "tavctl/explain/explanation.h"
 #include "tavctl/failure.h"
 #include "tavctl/match/busBridges.h"
@@ -74,12 +74,7 @@ std::vector<tModelDescription> loadModels(const std::vector<std::string>& files)
 
 Comparison compare(const std::string& dump, const std::vector<tModelDescription>& models,
                    const std::vector<tModelDescription>* before) {
-    std::shared_ptr<const pcibus::Bus> bus;
-    try {
-        bus = std::make_shared<const pcibus::Bus>(pcibus::readBus(dump));
-    } catch (const pcibus::BusError& error) {
-        throw FailureException({"read bus", dump, error.what(), {}, {}});
-    }
+    const auto bus = std::make_shared<const pcibus::Bus>(readBusFile(dump));
     Comparison comparison{dump, modelsOn(bus, models)};
     if (before != nullptr) {
         std::vector<FoundModel> old = modelsOn(bus, *before);

@@ -15,9 +15,6 @@ using namespace nZoPciBrdWrapper_15_0;
 
 constexpr std::uint32_t kSession = 1;
 
-// A bad handle or attribute; the bridge library's own status for it.
-constexpr std::int32_t kPciBrdErrInvalidParam = -313001;
-
 [[noreturn]] void refuse(std::int32_t status, std::int32_t line = __builtin_LINE()) {
     zoerr::raise(status, nZOQUIL000::siteHere("tavctl\\busBridges", "refused", line));
 }
@@ -111,7 +108,7 @@ public:
             value = at.linkSpeed;
             return 0;
         default:
-            refuse(kPciBrdErrInvalidParam);
+            refuse(kPciBrdErrInvalidArgument);
         }
     }
     std::int32_t OpenBridge(std::uint32_t bridge) override {
@@ -133,7 +130,7 @@ private:
     const pcibus::PciFunction& require(std::uint32_t bridge) const {
         const pcibus::PciFunction* const at = bus_->findBridge(bridge);
         if (at == nullptr)
-            refuse(kPciBrdErrInvalidParam);
+            refuse(kPciBrdErrInvalidArgument);
         return *at;
     }
 

@@ -1,11 +1,11 @@
 #include "tavctl/match/machineBus.h"
 
-#include "pcibus/readBus.h"
 #include "platform/busLocation.h"
 #include "platform/pciDevices.h"
 #include "quil/systemStatus.h"
 #include "quil/zoerr.h"
 #include "source/exceptionStatus.h"
+#include "tavctl/busFile.h"
 #include "tavctl/failure.h"
 #include "tavctl/match/modelMatcher.h"
 
@@ -82,6 +82,7 @@ void addDevices(std::vector<pcibus::PciFunction>& functions) {
             complete = complete && property.step == platform::PropertyRead::Step::done;
             return property.value;
         };
+        const std::uint32_t busType = read("busType");
         pcibus::PciFunction function;
         function.bus = static_cast<std::uint8_t>(read("pciBusNumber"));
         function.device = static_cast<std::uint8_t>(read("pciDeviceNumber"));
@@ -90,7 +91,7 @@ void addDevices(std::vector<pcibus::PciFunction>& functions) {
         function.deviceId = static_cast<std::uint16_t>(read("pciDeviceID"));
         function.subsystemVendorId = static_cast<std::uint16_t>(read("pciSubsystemVendorID"));
         function.subsystemId = static_cast<std::uint16_t>(read("pciSubsystemID"));
-        if (complete && known.insert(function.handle()).second)
+        if (complete && busType == platform::kPciBusType && known.insert(function.handle()).second)
             functions.push_back(function);
     }
     devices->close();
@@ -108,21 +109,15 @@ pcibus::Bus busOfBridgeLibrary() {
         return {std::move(functions), pcibus::addressText};
     } catch (const zoerr::Exception& exception) {
         throw FailureException(
-            {"read bus", "bridge library", {}, statusOfCurrentException(), exception.text()});
+            {"read the bus", "bridge library", {}, statusOfCurrentException(), exception.text()});
     } catch (const pcibus::BusError& error) {
-        throw FailureException({"read bus", "bridge library", error.what(), {}, {}});
+        throw FailureException({"read the bus", "bridge library", error.what(), {}, {}});
     }
 }
 
 pcibus::Bus machineBus() {
     const std::optional<std::string> location = platform::busLocation();
-    if (!location)
-        return busOfBridgeLibrary();
-    try {
-        return pcibus::readBus(*location);
-    } catch (const pcibus::BusError& error) {
-        throw FailureException({"read bus", *location, error.what(), {}, {}});
-    }
+    return location ? readBusFile(*location) : busOfBridgeLibrary();
 }
 
 } // namespace tavctl
