@@ -70,6 +70,36 @@ TEST(HostileLibrary, UnspoiltItListsTheSampleMachine) {
     EXPECT_THAT(host.calls(), testing::Not(testing::IsEmpty()));
 }
 
+// Two boxes "B3", one box "W7" on a bus with five bridges of its anchor's identifiers, of which the
+// first is tried in vain, and the card "C1".
+TEST(HostileLibrary, EachQuestionIsAskedAsOftenAsTheSearchAndTheWalkNeedIt) {
+    const HostileLibrary host("");
+    ASSERT_EQ(host.plugin.initialize(), 0);
+    std::map<std::string, int> counts;
+    for (const std::string& name : host.calls())
+        ++counts[name];
+    const std::map<std::string, int> needed{
+        {"OpenSession", 1},
+        // The anchor, and each described bridge of its identifiers: size and content.
+        {"FindBridgesByPciIds", 2 * 2 + 2 * 5},
+        // Each candidate's: size and content. The card's is that of the bridge above it.
+        {"GetBridgeSlotPath", 2 * 2 + 2 * 2 + 2},
+        {"FindParentBridgeForBus", 1},
+        // The described bridges of the candidates of W7, and in the walks the reporting bridge, the
+        // upstream port and the downstream ports.
+        {"FindBridgeBySlotPath", (2 + 3) + 2 * (1 + 3) + (1 + 2) + (1 + 3)},
+        // The anchors and upstream ports of the boxes, the reporting bridge of the card.
+        {"GetBridgeAddress", 3 * 2 + 1},
+        // A port's secondary bus; where labels go by width, also the width of the upstream port and
+        // the width and speed of each port.
+        {"GetAttributeU32", 2 * 3 + 2 + (1 + 3 * 3)},
+        {"OpenBridge", 1 + 3},
+        {"CloseBridge", 1 + 3},
+        {"CloseSession", 1},
+    };
+    EXPECT_EQ(counts, needed);
+}
+
 TEST(HostileLibrary, WithoutTheSeventhFunctionNothingIsListed) {
     HostileLibrary host("");
     host.replaceBridgeLibrary(BRIDGE_WITHOUT_FILE);
