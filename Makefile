@@ -67,8 +67,16 @@ build-bench:
 	@cmake --preset bench >/dev/null
 	@cmake --build --preset bench -j $(JOBS)
 
-bench: build-bench ## measure beside the peers, in turn, and print one table (ROUNDS, TMPDIR=where)
-	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_compare $(or $(ROUNDS),5)
+BENCH_DLLS = build/windows-x64/bin/zotavpci.dll build/windows-x86/bin/zotavpci.dll
+
+$(BENCH_DLLS): build/%/bin/zotavpci.dll: FORCE
+	@scripts/install-packages.sh build windows
+	@cmake --preset $* >/dev/null
+	@cmake --build --preset $* -j $(JOBS) --target zotavpci
+FORCE:
+
+bench: build-bench $(BENCH_DLLS) ## measure beside the peers, in turn, and print one table (ROUNDS, TMPDIR=where)
+	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_compare $(or $(ROUNDS),5) $(BENCH_DLLS)
 
 bench-detail: build-bench ## measure single steps and growth (FILTER=regular expression, TMPDIR=where)
 	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_bench --benchmark_filter='$(or $(FILTER),.)'

@@ -1,11 +1,12 @@
 // This project beside its peers and beside what the machine allows: one table, best of several
 // rounds in which everybody has a turn.
 //
-//     tav_compare [ROUNDS]
+//     tav_compare [ROUNDS [DLL...]]      DLL: the plug-in for Windows, told by its size only
 #include "bench/compare/busRace.h"
 #include "bench/compare/iniRace.h"
 #include "bench/compare/pluginRows.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -20,14 +21,14 @@ int main(int argc, char** argv) {
             return 0;
         }
         const int rounds = std::atoi(first.c_str());
-        if (argc > 2 || rounds < 1) {
-            std::fprintf(stderr, "usage: tav_compare [ROUNDS]\n");
+        if (rounds < 1) {
+            std::fprintf(stderr, "usage: tav_compare [ROUNDS [DLL...]]\n");
             return 2;
         }
         std::vector<bench::Row> rows = bench::raceInis("/proc/self/exe", rounds);
         for (const bench::Row& row : bench::raceBuses(rounds * 2))
             rows.push_back(row);
-        for (const bench::Row& row : bench::pluginRows())
+        for (const bench::Row& row : bench::pluginRows({argv + std::min(argc, 2), argv + argc}))
             rows.push_back(row);
         bench::printTable(rows);
         return 0;

@@ -42,9 +42,9 @@ Row plain(const std::string& what, const std::string& figure) {
 }
 
 // Of the library as it is installed.
-double strippedBytes(const std::filesystem::path& folder) {
-    const std::string copy = (folder / "stripped.so").string();
-    runChild({"/usr/bin/strip", "-o", copy, TAV_BENCH_PLUGIN});
+double strippedBytes(const std::string& library, const std::filesystem::path& folder) {
+    const std::string copy = (folder / "stripped").string();
+    runChild({"/usr/bin/strip", "-o", copy, library});
     return static_cast<double>(std::filesystem::file_size(copy));
 }
 
@@ -57,7 +57,7 @@ std::size_t countOf(const std::string& text, const std::string& what) {
 
 } // namespace
 
-std::vector<Row> pluginRows() {
+std::vector<Row> pluginRows(const std::vector<std::string>& dlls) {
     const testsupport::TemporaryFolder folder;
     Machine machine(testsupport::bigBus());
     machine.describe(kModels);
@@ -78,7 +78,8 @@ std::vector<Row> pluginRows() {
                              kTextTarget));
         plugin.finalize();
     }
-    rows.push_back(plain("zotavpci.so, stripped", memoryText(strippedBytes(folder.path()))));
+    rows.push_back(
+        plain("zotavpci.so, stripped", memoryText(strippedBytes(TAV_BENCH_PLUGIN, folder.path()))));
     const std::string relocations =
         runChild({"/usr/bin/readelf", "-rW", TAV_BENCH_PLUGIN}, true).output;
     rows.push_back(plain("  relocations at its start",
@@ -88,6 +89,8 @@ std::vector<Row> pluginRows() {
     const std::string libraries =
         runChild({"/usr/bin/readelf", "-dW", TAV_BENCH_PLUGIN}, true).output;
     rows.push_back(plain("  libraries it needs", std::to_string(countOf(libraries, "(NEEDED)"))));
+    for (const std::string& dll : dlls)
+        rows.push_back(plain(dll, memoryText(strippedBytes(dll, folder.path()))));
     const std::string host = runChild({TAV_BENCH_INITIALIZE_ONCE}, true).output;
     double resident = 0;
     require(std::sscanf(host.c_str(), "%*f %*f %*u %lf", &resident) == 1, "no figures: " + host);

@@ -4,10 +4,12 @@
 
 #include "bench/compare/table.h"
 
+#include <string>
 #include <vector>
 
 namespace bench {
 
-std::vector<Row> pluginRows();
+// `dlls` are the plug-in for other systems, of which only the size is told.
+std::vector<Row> pluginRows(const std::vector<std::string>& dlls);
 
 } // namespace bench
