@@ -2,9 +2,8 @@
 
 #include "pcibus/busError.h"
 
-#include <cerrno>
 #include <cstring>
-#include <ios>
+#include <span>
 #include <system_error>
 
 namespace pcibus {
@@ -12,9 +11,8 @@ namespace {
 
 constexpr std::size_t kPiece = 128 * std::size_t{1024};
 
-[[noreturn]] void refuse(const std::filesystem::path& file, int code) {
-    throw BusError(pathText(file) + ": " +
-                   (code != 0 ? std::generic_category().message(code) : "cannot be read"));
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason) {
+    throw BusError(pathText(file) + ": " + reason);
 }
 
 } // namespace
@@ -24,22 +22,22 @@ std::string pathText(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-FilePieces::FilePieces(const std::filesystem::path& file) : name_(file) {
-    file_.pubsetbuf(nullptr, 0);
-    errno = 0;
-    if (file_.open(file, std::ios_base::in | std::ios_base::binary) == nullptr)
-        refuse(name_, errno);
-    buffer_.resize(kPiece);
-}
+FilePieces::FilePieces(const std::filesystem::path& file)
+    : name_(file), file_(file), buffer_(kPiece, '\0') {}
 
 std::string_view FilePieces::next() {
     std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
     end_ -= begin_;
     begin_ = 0;
     for (;;) {
-        if (end_ == buffer_.size())
+        if (end_ == buffer_.size()) {
+            if (end_ >= kLongestLine)
+                refuse(name_, "a line is longer than " + std::to_string(kLongestLine) + " bytes");
             buffer_.resize(buffer_.size() * 2); // a line that is longer than a piece
-        const std::size_t got = read(buffer_.data() + end_, buffer_.size() - end_);
+        }
+        std::size_t got = 0;
+        if (const int code = file_.read(std::span(buffer_).subspan(end_), got); code != 0)
+            refuse(name_, std::generic_category().message(code));
         end_ += got;
         const std::string_view all(buffer_.data(), end_);
         const std::size_t lastLine = all.rfind('\n');
@@ -47,15 +45,6 @@ std::string_view FilePieces::next() {
             continue;
         begin_ = got != 0 ? lastLine + 1 : end_;
         return all.substr(0, begin_);
-    }
-}
-
-std::size_t FilePieces::read(char* to, std::size_t size) {
-    errno = 0;
-    try {
-        return static_cast<std::size_t>(file_.sgetn(to, static_cast<std::streamsize>(size)));
-    } catch (const std::ios_base::failure&) {
-        refuse(name_, errno);
     }
 }
 

@@ -19,8 +19,9 @@ public:
     DynamicLibrary& operator=(const DynamicLibrary&) = delete;
 
     // Loads the library of this UTF-8 name. A name without a folder is searched for as the system
-    // does for the calling module; a name with one is taken as it is. False on failure, with
-    // failure() and failureText() set. Raises std::bad_alloc.
+    // does for the calling module, but on Linux never in the current folder, even where the
+    // environment names that; a name with one is taken as it is. False on failure, with failure()
+    // and failureText() set. Raises std::bad_alloc.
     bool load(const char* utf8Name);
 
     // The address of an exported symbol; null on failure, with failure() and failureText() set.

@@ -21,7 +21,10 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 // Paths are UTF-8. On Windows those may also be in the program's code page, as they come from the
 // registry, as long as they are not valid UTF-8 by accident.
 
-// Opens a file with a mode of fopen. Null on failure; lastSystemCode() says why.
+// Opens a file with a mode of fopen. Null on failure; lastSystemCode() says why. What is read,
+// updated or appended to must be a file, so that a pipe or a device in its place holds nobody up;
+// the null device may be read, as an empty file. A file that appending creates is readable and
+// writable by its owner only. Writing from the start ("w") goes to whatever there is.
 Stream openStream(const char* path, const char* mode) noexcept;
 
 // A last-write time, in the system's own units since its own epoch: to be compared for equality
@@ -35,7 +38,8 @@ std::optional<FileTime> lastWriteTime(const char* path) noexcept;
 // 0, or -1 with lastSystemCode() set.
 int restrictToOwner(const char* path) noexcept;
 
-// Creates an empty file that must not exist yet, and closes it.
+// Creates an empty file that must not exist yet, and closes it. It is readable and writable by its
+// owner only, as far as the system knows owners.
 SystemCode createExclusively(const char* path) noexcept;
 
 // True for the code with which createExclusively() says that the name is taken.

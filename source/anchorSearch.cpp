@@ -1,7 +1,9 @@
 #include "source/anchorSearch.h"
 
 #include "source/bridgePlace.h"
+#include "source/tavStatus.h"
 
+#include <cstddef>
 #include <set>
 
 namespace nZoTavManagerPciPlugin_15_0 {
@@ -14,9 +16,17 @@ using nZoPciBrdWrapper_15_0::tBridgeList;
 using nZoPxiDriverTools_1_0::cSlotPath;
 using Handles = std::set<std::uint32_t>;
 
+constexpr const char* kFile = "source\\cPciTavPluginCache";
+
+// As many as bus, device and function numbers tell apart. A longer list is not worth the time that
+// looking at each of its elements takes.
+constexpr std::size_t kMostBridges = 0x10000;
+
 void addBridgesWithIds(const tPciIds& ids, iPciBrdWrapper_ex& bridgeWrapper, Handles& handles) {
     tBridgeList bridges;
     bridgeWrapper.FindBridgesByPciIds(ids, bridges);
+    if (bridges.size() > kMostBridges)
+        raiseSoftwareFault(kFile, kMessageTooManyBridges);
     handles.insert(bridges.begin(), bridges.end());
 }
 

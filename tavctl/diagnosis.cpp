@@ -80,6 +80,15 @@ std::optional<Failure> tryConfiguration(const char* name) {
                    });
 }
 
+// The system's words for why a file that an INI file object could not open cannot be; none when it
+// can be.
+std::string openingTrouble(const std::string& path, const Failure& failure) {
+    if (failure.status != nZoPxiDriverTools_1_0::kIniFileErrCannotOpen ||
+        platform::openStream(path.c_str(), "rb"))
+        return {};
+    return platform::systemMessage(platform::lastSystemCode());
+}
+
 std::optional<Failure> tryNames() {
     if (auto failure = tryConfiguration(kConfigPathValue))
         return failure;
@@ -90,12 +99,15 @@ std::optional<Failure> tryNames() {
             tryStep("lock terminal names", lockFile, [&] { filesystem.LockFile(lockFile); }))
         return failure;
     const std::string nameFile = folder + kNameFile;
-    return tryStep("read terminal names", nameFile, [&] {
+    auto failure = tryStep("read terminal names", nameFile, [&] {
         nZoPxiDriverTools_1_0::cIniFile file;
         nZOQUIL000::tFixedStatus status;
         file.open(nameFile.c_str(), 0, status);
         zoerr::raiseIfFailed(status);
     });
+    if (failure && failure->reason.empty())
+        failure->reason = openingTrouble(nameFile, *failure);
+    return failure;
 }
 
 // What is wrong with the value that a load stopped at. The loader's own two checks report a status
@@ -116,6 +128,8 @@ std::optional<Failure> tryDescription(const std::string& path) {
     if (failure && !file.lastKey().empty())
         failure->reason = "[" + file.lastSection() + "] " + file.lastKey() + ": " +
                           valueTrouble(file, failure->status.value_or(0));
+    else if (failure && failure->reason.empty())
+        failure->reason = openingTrouble(path, *failure);
     return failure;
 }
 

@@ -1,10 +1,14 @@
 #include "platform/bus/busTree.h"
 
+#include "platform/folderReader.h"
+
+#include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <span>
 #include <string_view>
 #include <system_error>
@@ -28,12 +32,15 @@ std::string busText(std::size_t bus) {
     return text.data();
 }
 
-// Empty when the firmware does not describe the root bridge.
+// Empty when the firmware does not describe the root bridge. Identifiers are eight characters or a
+// few more.
 std::string hardwareId(const std::filesystem::path& rootFolder) {
-    std::ifstream file(rootFolder / "firmware_node" / "hid");
-    std::string id;
-    std::getline(file, id);
-    return id;
+    std::array<std::uint8_t, 64> bytes{};
+    std::size_t size = 0;
+    if (FolderReader(rootFolder).readFirst("firmware_node/hid", bytes, size) != 0)
+        return {};
+    const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(size);
+    return {bytes.begin(), std::find(bytes.begin(), end, '\n')};
 }
 
 bool copyText(std::string_view text, char* buffer, std::size_t capacity) {

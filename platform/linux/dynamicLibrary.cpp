@@ -1,10 +1,74 @@
 #include "platform/dynamicLibrary.h"
 
 #include <dlfcn.h>
+#include <link.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <vector>
 
 namespace platform {
+
+namespace {
+
+// Not dlopen, which is the same for the base namespace: sanitizers put a function of their own in
+// its place, and then their run path would count.
+void* open(const char* name, int flags) noexcept {
+    return dlmopen(LM_ID_BASE, name, flags);
+}
+
+// The folders in which the loader looks for what the module that this code is linked into asks for.
+// None when the loader does not tell.
+std::vector<std::string> searchedFolders() {
+    Dl_info information = {};
+    void* module = nullptr;
+    static const char kInThisModule = 0;
+    if (dladdr1(&kInThisModule, &information, &module, RTLD_DL_LINKMAP) == 0)
+        return {};
+    void* const handle =
+        open(static_cast<const link_map*>(module)->l_name, RTLD_LAZY | RTLD_NOLOAD);
+    if (handle == nullptr)
+        return {};
+    std::vector<std::string> folders;
+    Dl_serinfo header = {};
+    if (dlinfo(handle, RTLD_DI_SERINFOSIZE, &header) == 0) {
+        std::vector<std::max_align_t> room(header.dls_size / sizeof(std::max_align_t) + 1);
+        auto* const list = reinterpret_cast<Dl_serinfo*>(room.data());
+        *list = header;
+        if (dlinfo(handle, RTLD_DI_SERINFO, list) == 0) {
+            for (unsigned i = 0; i < list->dls_cnt; ++i)
+                folders.emplace_back(list->dls_serpath[i].dls_name);
+        }
+    }
+    dlclose(handle);
+    return folders;
+}
+
+bool isAbsolute(const std::string& folder) {
+    return folder.starts_with('/');
+}
+
+// An empty element in LD_LIBRARY_PATH, which is soon made by mistake, means the current folder to
+// the loader: whoever can write there would decide what the host runs. In such an environment the
+// loader gets a whole path, from its other folders. Empty when the file is in none of them.
+std::string nameForLoader(const char* name) {
+    if (std::strchr(name, '/') != nullptr)
+        return name;
+    const std::vector<std::string> folders = searchedFolders();
+    if (std::all_of(folders.begin(), folders.end(), isAbsolute))
+        return name;
+    for (const std::string& folder : folders) {
+        std::string path = folder + "/" + name;
+        if (isAbsolute(folder) && access(path.c_str(), R_OK) == 0)
+            return path;
+    }
+    return {};
+}
+
+} // namespace
 
 std::string libraryFileName(const char* baseName) {
     return std::string(baseName) + ".so";
@@ -14,13 +78,17 @@ DynamicLibrary::~DynamicLibrary() {
     unload();
 }
 
-// A bare name is searched for along the run path of the module that this code is linked into, and
-// never in the current folder. Not dlopen, which is the same for the base namespace: sanitizers put
-// a function of their own in its place, and then their run path would count.
 bool DynamicLibrary::load(const char* utf8Name) {
     unload();
+    const std::string name = nameForLoader(utf8Name);
+    if (name.empty()) {
+        failure_ = ENOENT;
+        failureText_.assign(utf8Name).append(": cannot open shared object file: ");
+        failureText_.append(std::strerror(ENOENT));
+        return false;
+    }
     errno = 0;
-    handle_ = dlmopen(LM_ID_BASE, utf8Name, RTLD_NOW | RTLD_LOCAL);
+    handle_ = open(name.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle_)
         return true;
     failure_ = lastSystemCode();

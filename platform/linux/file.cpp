@@ -1,24 +1,54 @@
 #include "platform/file.h"
 
+#include "platform/linux/openFile.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 namespace platform {
 
 namespace {
 
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+
 SystemCode codeOf(int result) noexcept {
     return result == 0 ? kNoSystemError : lastSystemCode();
 }
 
+// The stream of a descriptor, or none of -1.
+Stream streamOf(int descriptor, const char* mode) noexcept {
+    if (descriptor < 0)
+        return nullptr;
+    Stream stream(fdopen(descriptor, mode));
+    if (!stream) {
+        const int error = errno;
+        close(descriptor);
+        errno = error;
+    }
+    return stream;
+}
+
 } // namespace
 
+// What is appended to is a file of the product's state, and nobody else's from the start.
 Stream openStream(const char* path, const char* mode) noexcept {
-    return Stream(std::fopen(path, mode));
+    switch (mode[0]) {
+    case 'r':
+        return streamOf(std::strchr(mode, '+') != nullptr
+                            ? openFile(path, O_RDWR, BesideFiles::none)
+                            : openFile(path, O_RDONLY, BesideFiles::theNullDevice),
+                        mode);
+    case 'a':
+        return streamOf(
+            openFile(path, O_WRONLY | O_APPEND | O_CREAT, BesideFiles::none, kOwnerOnly), mode);
+    default:
+        return Stream(std::fopen(path, mode));
+    }
 }
 
 std::optional<FileTime> lastWriteTime(const char* path) noexcept {
@@ -31,12 +61,11 @@ std::optional<FileTime> lastWriteTime(const char* path) noexcept {
 }
 
 int restrictToOwner(const char* path) noexcept {
-    return chmod(path, S_IRUSR | S_IWUSR);
+    return chmod(path, kOwnerOnly);
 }
 
 SystemCode createExclusively(const char* path) noexcept {
-    constexpr mode_t kAsFopen = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-    const int descriptor = open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kAsFopen);
+    const int descriptor = open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
     return descriptor < 0 ? lastSystemCode() : codeOf(close(descriptor));
 }
 

@@ -2,6 +2,8 @@
 // process exclude each other, and closing some other descriptor of the file does not release.
 #include "platform/fileLock.h"
 
+#include "platform/linux/openFile.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -32,10 +34,7 @@ FileLock::~FileLock() {
 }
 
 SystemCode FileLock::open(const char* path) noexcept {
-    int descriptor = -1;
-    do
-        descriptor = ::open(path, O_RDWR | O_CLOEXEC);
-    while (descriptor < 0 && errno == EINTR);
+    const int descriptor = openFile(path, O_RDWR, BesideFiles::none);
     if (descriptor < 0)
         return lastSystemCode();
     close();

@@ -29,7 +29,10 @@ const char* systemCodeOrigin() noexcept {
     return "posix";
 }
 
+// The system has this code for discs in a drive only; here a path that leads to no file gets it.
 std::string systemMessage(SystemCode code) {
+    if (code == EMEDIUMTYPE)
+        return "Not a regular file";
     return std::generic_category().message(static_cast<int>(code));
 }
 

@@ -163,6 +163,15 @@ TEST(HostileLibrary, ListsThatShrinkBetweenTheCallsLeaveOutTheModelsThatMetThem)
     EXPECT_EQ(host.plugin.countOrStatus(), 1); // handle 0 is no bridge; the card needs no list
 }
 
+TEST(HostileLibrary, ListsOfAbsurdLengthLeaveOutTheModelsThatMetThem) {
+    const HostileLibrary host("FindBridgesByPciIds=absurd");
+    EXPECT_EQ(host.plugin.initialize(), 0);
+    EXPECT_EQ(host.plugin.countOrStatus(), 1);
+    // Each of the two other models asked for the length and for the list once, if there was room.
+    const auto calls = host.calls();
+    EXPECT_LE(std::count(calls.begin(), calls.end(), "FindBridgesByPciIds"), 4);
+}
+
 TEST(HostileLibrary, TextsWithoutAnEndAreReadToTheirBuffersEnd) {
     const HostileLibrary host("GetBridgeSlotPath=endless");
     EXPECT_EQ(host.plugin.initialize(), 0);

@@ -1,0 +1,17 @@
+// Opening what is meant to be a file. A pipe in a file's place would hold its reader until somebody
+// writes to it, and a device without an end would fill the memory. Private to this folder.
+#pragma once
+
+#include <sys/types.h>
+
+namespace platform {
+
+// What else than a file may stand at the path.
+enum class BesideFiles { none, theNullDevice };
+
+// Opens the path with flags of open(2), for this process alone, without waiting for anybody.
+// The descriptor, or -1 with errno set: EISDIR for a folder, EMEDIUMTYPE for anything else that is
+// no file.
+int openFile(const char* path, int flags, BesideFiles accepted, mode_t permissions = 0) noexcept;
+
+} // namespace platform

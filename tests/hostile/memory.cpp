@@ -1,0 +1,48 @@
+#include "tests/hostile/memory.h"
+
+#include <malloc.h>
+#include <sys/resource.h>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/allocator_interface.h>
+#endif
+
+namespace testhostile {
+
+namespace {
+
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+
+} // namespace
+
+bool isSanitized() {
+#if defined(__SANITIZE_ADDRESS__)
+    return true;
+#else
+    return false;
+#endif
+}
+
+std::size_t liveBytes() {
+#if defined(__SANITIZE_ADDRESS__)
+    return __sanitizer_get_current_allocated_bytes();
+#else
+    const auto information = mallinfo2();
+    return information.uordblks + information.hblkhd;
+#endif
+}
+
+std::size_t peakResidentBytes() {
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
+}
+
+std::size_t memoryBound(std::size_t inputBytes, std::size_t perByte) {
+    // Freed memory stays with the sanitizer for a while (a quarter of a gigabyte), and every
+    // allocation has zones around it.
+    const std::size_t own = isSanitized() ? 768 * kMegabyte : 64 * kMegabyte;
+    return own + inputBytes * perByte * (isSanitized() ? 3 : 1);
+}
+
+} // namespace testhostile
