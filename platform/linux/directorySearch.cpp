@@ -1,5 +1,6 @@
 #include "platform/directorySearch.h"
 
+#include "platform/linux/interruption.h"
 #include "platform/namePattern.h"
 #include "platform/utf8.h"
 
@@ -43,7 +44,7 @@ SearchOutcome DirectorySearch::open(const std::string& utf8Pattern) {
     const std::string folder = nameStart == 0 ? "." : utf8Pattern.substr(0, nameStart);
     const std::string namePattern = utf8Pattern.substr(nameStart);
 
-    const Directory directory(opendir(folder.c_str()));
+    const Directory directory(pastInterruptions([&] { return opendir(folder.c_str()); }));
     if (!directory)
         return errno == ENOENT ? SearchOutcome::nothingMatches : SearchOutcome::failed;
     auto state = std::make_unique<State>();

@@ -87,8 +87,9 @@ bool DynamicLibrary::load(const char* utf8Name) {
         failureText_.append(std::strerror(ENOENT));
         return false;
     }
-    errno = 0;
-    handle_ = open(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    do // again where the loader gave up for a signal
+        errno = 0;
+    while ((handle_ = open(name.c_str(), RTLD_NOW | RTLD_LOCAL)) == nullptr && errno == EINTR);
     if (handle_)
         return true;
     failure_ = lastSystemCode();

@@ -1,5 +1,6 @@
 #include "platform/file.h"
 
+#include "platform/linux/interruption.h"
 #include "platform/linux/openFile.h"
 
 #include <fcntl.h>
@@ -47,7 +48,7 @@ Stream openStream(const char* path, const char* mode) noexcept {
         return streamOf(
             openFile(path, O_WRONLY | O_APPEND | O_CREAT, BesideFiles::none, kOwnerOnly), mode);
     default:
-        return Stream(std::fopen(path, mode));
+        return Stream(pastInterruptions([&] { return std::fopen(path, mode); }));
     }
 }
 
@@ -61,12 +62,19 @@ std::optional<FileTime> lastWriteTime(const char* path) noexcept {
 }
 
 int restrictToOwner(const char* path) noexcept {
-    return chmod(path, kOwnerOnly);
+    return pastInterruptions([&] { return chmod(path, kOwnerOnly); });
 }
 
 SystemCode createExclusively(const char* path) noexcept {
-    const int descriptor = open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
-    return descriptor < 0 ? lastSystemCode() : codeOf(close(descriptor));
+    const int descriptor = pastInterruptions(
+        [&] { return open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly); });
+    if (descriptor < 0)
+        return lastSystemCode();
+    const SystemCode closed = codeOf(close(descriptor));
+    if (closed == kNoSystemError || closed == EINTR) // it is closed, with nothing to write
+        return kNoSystemError;
+    unlink(path); // what is said to have failed is not there
+    return closed;
 }
 
 bool isNameTaken(SystemCode code) noexcept {
@@ -74,7 +82,7 @@ bool isNameTaken(SystemCode code) noexcept {
 }
 
 SystemCode forceToDisk(std::FILE* stream) noexcept {
-    return codeOf(fsync(fileno(stream)));
+    return codeOf(pastInterruptions([&] { return fsync(fileno(stream)); }));
 }
 
 SystemCode renameReplacing(const char* from, const char* to) noexcept {

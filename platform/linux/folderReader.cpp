@@ -1,5 +1,7 @@
 #include "platform/folderReader.h"
 
+#include "platform/linux/interruption.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -35,7 +37,8 @@ struct ListCloser {
 
 struct FolderReader::Folder {
     explicit Folder(const char* path) noexcept
-        : descriptor(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+        : descriptor(
+              pastInterruptions([&] { return open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); })),
           error(descriptor.number() < 0 ? errno : 0) {}
 
     Descriptor descriptor;
@@ -51,7 +54,9 @@ int FolderReader::list(std::vector<std::string>& names) {
     if (folder_->error != 0)
         return folder_->error;
     // The list has a descriptor of its own, which closes with it.
-    const int again = openat(folder_->descriptor.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int again = pastInterruptions([&] {
+        return openat(folder_->descriptor.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    });
     const std::unique_ptr<DIR, ListCloser> entries(again < 0 ? nullptr : fdopendir(again));
     if (!entries) {
         const int failure = errno;
@@ -75,8 +80,10 @@ int FolderReader::readFirst(const std::string& name, std::span<std::uint8_t> res
     if (folder_->error != 0)
         return folder_->error;
     // A pipe in the file's place gives what is in it, and nobody waits for more.
-    const Descriptor file(openat(folder_->descriptor.number(), name.c_str(),
-                                 O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const Descriptor file(pastInterruptions([&] {
+        return openat(folder_->descriptor.number(), name.c_str(),
+                      O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    }));
     if (file.number() < 0)
         return errno;
     while (size < result.size()) {

@@ -1,5 +1,7 @@
 #include "platform/inputFile.h"
 
+#include "platform/linux/interruption.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -17,10 +19,9 @@ constexpr int kWithoutEnd = -1;
 } // namespace
 
 struct InputFile::File {
-    explicit File(const char* path) noexcept {
-        do
-            descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-        while (descriptor < 0 && errno == EINTR);
+    explicit File(const char* path) noexcept
+        : descriptor(pastInterruptions(
+              [&] { return open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); })) {
         struct stat status = {};
         if (descriptor < 0 || fstat(descriptor, &status) != 0)
             error = errno;
@@ -36,14 +37,10 @@ struct InputFile::File {
     // Until there is something to read, or nobody left to write. False when that takes too long.
     bool wait(int milliseconds) const noexcept {
         pollfd one{descriptor, POLLIN, 0};
-        int ready = 0;
-        do
-            ready = poll(&one, 1, milliseconds);
-        while (ready < 0 && errno == EINTR);
-        return ready > 0;
+        return pastInterruptions([&] { return poll(&one, 1, milliseconds); }) > 0;
     }
 
-    int descriptor = -1;
+    int descriptor;
     int error = 0;
     bool isNewPipe = false; // and no sign of a writer has been seen
 };

@@ -1,5 +1,7 @@
 #include "platform/linux/openFile.h"
 
+#include "platform/linux/interruption.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -28,10 +30,8 @@ int reasonToRefuse(const struct stat& status, BesideFiles accepted) noexcept {
 } // namespace
 
 int openFile(const char* path, int flags, BesideFiles accepted, mode_t permissions) noexcept {
-    int descriptor = -1;
-    do
-        descriptor = open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, permissions);
-    while (descriptor < 0 && errno == EINTR);
+    const int descriptor = pastInterruptions(
+        [&] { return open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, permissions); });
     if (descriptor < 0)
         return -1;
     struct stat status = {};

@@ -1,5 +1,7 @@
 #include "pxidrivertools/ini/iniBlock.h"
 
+#include "platform/stream.h"
+
 #include <cstring>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -75,7 +77,7 @@ IniStatus IniStreamBlock::readRest() noexcept {
 
 IniStatus IniStreamBlock::fill() noexcept {
     const std::size_t room = capacity_ - 1 - block_.size;
-    const std::size_t got = std::fread(block_.data + block_.size, 1, room, stream_);
+    const std::size_t got = platform::readStream(stream_, block_.data + block_.size, room);
     block_.size += got;
     block_.data[block_.size] = '\0';
     ended_ = got < room;

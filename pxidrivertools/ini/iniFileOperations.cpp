@@ -1,5 +1,7 @@
 #include "pxidrivertools/ini/iniFileOperations.h"
 
+#include "platform/stream.h"
+
 #include <thread>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -12,13 +14,13 @@ public:
         return platform::openStream(path, mode).release();
     }
     bool write(std::FILE* stream, const char* data, std::size_t size) noexcept override {
-        return std::fwrite(data, 1, size, stream) == size;
+        return platform::writeStream(stream, data, size) == size;
     }
-    bool flush(std::FILE* stream) noexcept override { return std::fflush(stream) == 0; }
+    bool flush(std::FILE* stream) noexcept override { return platform::flushStream(stream); }
     bool force(std::FILE* stream) noexcept override {
         return platform::forceToDisk(stream) == platform::kNoSystemError;
     }
-    bool close(std::FILE* stream) noexcept override { return std::fclose(stream) == 0; }
+    bool close(std::FILE* stream) noexcept override { return platform::closeStream(stream); }
     Creation createExclusively(const char* path) noexcept override {
         const platform::SystemCode code = platform::createExclusively(path);
         if (code == platform::kNoSystemError)

@@ -1,5 +1,7 @@
 #include "pxidrivertools/ini/iniReader.h"
 
+#include "platform/stream.h"
+
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
@@ -9,7 +11,7 @@ std::int32_t readStream(void* context, char* buffer, std::uint32_t size) noexcep
     // What came before an error has been handed out by the call before.
     if (std::ferror(stream) != 0)
         return -1;
-    const std::size_t got = std::fread(buffer, 1, size, stream);
+    const std::size_t got = platform::readStream(stream, buffer, size);
     if (got == 0 && std::ferror(stream) != 0)
         return -1;
     return static_cast<std::int32_t>(got);
