@@ -6,13 +6,15 @@
 #include "pxidrivertools/ini/iniLoad.h"
 #include "pxidrivertools/ini/iniLookup.h"
 #include "pxidrivertools/ini/iniSafeWrite.h"
+#include "source/cPciTavFilesystem.h"
 #include "source/cTerminalNameDb.h"
+#include "source/patientOpening.h"
 #include "tavctl/failure.h"
 #include "tavctl/progress.h"
 
-#include <boost/interprocess/exceptions.hpp>
 #include <new>
 #include <set>
+#include <thread>
 
 namespace tavctl {
 
@@ -80,20 +82,18 @@ void forEachSection(IniFileObject& file, Use use) {
 NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
     const std::string lockFile = platform::utf8Text(nameFile.parent_path() / kNameLockFile);
     if (purpose == Purpose::writing)
-        filesystem_.EnsureFileExists(lockFile);
+        cPciTavFilesystem().EnsureFileExists(lockFile);
     else if (!platform::lastWriteTime(lockFile.c_str()))
         return;
     const Progress progress("waiting for whoever uses the terminal names");
-    try {
-        filesystem_.LockFile(lockFile);
-    } catch (const boost::interprocess::interprocess_exception& exception) {
-        throw FailureException({"lock terminal names",
-                                lockFile,
-                                platform::systemMessage(static_cast<platform::SystemCode>(
-                                    exception.get_native_error())),
-                                {},
-                                {}});
-    }
+    platform::SystemCode code =
+        openPatiently([&] { return lock_.open(lockFile.c_str()); }, &platform::isSharingViolation,
+                      [](auto delay) { std::this_thread::sleep_for(delay); });
+    if (code == platform::kNoSystemError)
+        code = lock_.lock();
+    if (code != platform::kNoSystemError)
+        throw FailureException(
+            {"lock terminal names", lockFile, platform::systemMessage(code), {}, {}});
 }
 
 NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {

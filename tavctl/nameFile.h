@@ -1,8 +1,8 @@
 // The file of terminal names as a whole: read as the plug-in reads it, and written back safely.
 #pragma once
 
+#include "platform/fileLock.h"
 #include "pxidrivertools/ini/iniFileObject.h"
-#include "source/cPciTavFilesystem.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -22,7 +22,7 @@ public:
     NameLock(const std::filesystem::path& nameFile, Purpose purpose);
 
 private:
-    nZoTavManagerPciPlugin_15_0::cPciTavFilesystem filesystem_; // releases the lock
+    platform::FileLock lock_; // releases it by closing the file, which cannot fail
 };
 
 // What is stored for one slot. Empty texts stand for what is missing.
