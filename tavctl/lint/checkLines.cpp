@@ -31,33 +31,33 @@ public:
     }
 
     void check() {
-        for (std::size_t i = 0; i < text_.lines().size(); ++i)
-            checkLine(static_cast<int>(i) + 1, text_.lines()[i]);
+        for (const PositionedLine& line : text_.lines())
+            checkLine(line);
     }
 
 private:
-    void checkLine(int number, const PositionedLine& line) {
+    void checkLine(const PositionedLine& line) {
         switch (line.kind) {
         case IniLineKind::comment:
             break;
         case IniLineKind::odd:
-            checkOdd(number, line);
+            checkOdd(line);
             break;
         case IniLineKind::header:
             inSection_ = true;
-            checkHeader(number, line);
+            checkHeader(line);
             break;
         case IniLineKind::key:
-            checkKey(number, line);
+            checkKey(line);
             break;
         }
     }
 
-    void checkOdd(int number, const PositionedLine& line) {
+    void checkOdd(const PositionedLine& line) {
         const std::string_view written = trim(line.text);
-        if (written.empty() || isReportedAsMissing(line.section, written))
+        if (written.empty() || isReportedAsMissing(line.section(), written))
             return;
-        const Place place = text_.placeOf(number, written);
+        const Place place = text_.placeOf(line.number, written);
         const std::string found = "the line is ignored: it is no section, no key and no comment";
         if (written.front() == '[')
             findings_.add("odd-line", place, found, "a section is written [name]");
@@ -83,22 +83,22 @@ private:
         });
     }
 
-    void checkHeader(int number, const PositionedLine& line) {
-        const Place place = text_.placeOf(number, line.name);
-        if (!seen_.insert(line.section).second) {
+    void checkHeader(const PositionedLine& line) {
+        const Place place = text_.placeOf(line.number, line.name);
+        if (!seen_.insert(line.section()).second) {
             findings_.add(
                 "duplicate-section", place,
                 join({inBrackets(line.name), " was begun before, in line ",
-                      std::to_string(text_.header(line.section).line), "; this continues it"}),
+                      std::to_string(text_.header(line.section()).line), "; this continues it"}),
                 "each section once");
             return;
         }
-        if (askedSections_.contains(line.section))
+        if (askedSections_.contains(line.section()))
             return;
         for (const char* prefix :
              {kPrefixAlternateAnchor, kPrefixInternalBridge, kPrefixDownstreamPort}) {
             if (line.name.starts_with(prefix)) {
-                unusedItem(place, line.section, prefix);
+                unusedItem(place, line.section(), prefix);
                 return;
             }
         }
@@ -108,7 +108,7 @@ private:
                           "HasUpstreamPort = 1, or no such section");
             return;
         }
-        unknownSection(place, line.section);
+        unknownSection(place, line.section());
     }
 
     void unusedItem(const Place& place, const std::string& section, std::string_view prefix) {
@@ -138,8 +138,8 @@ private:
             near.empty() ? "a section of a description, or none" : join({inBrackets(near), "?"}));
     }
 
-    void checkKey(int number, const PositionedLine& line) {
-        const Place place = text_.placeOf(number, line.name);
+    void checkKey(const PositionedLine& line) {
+        const Place place = text_.placeOf(line.number, line.name);
         if (!inSection_) {
             findings_.add("key-outside-section", place,
                           join({"the key ", line.name, " stands before the first section"}),
@@ -147,15 +147,16 @@ private:
             return;
         }
         const std::string name = joinedName(line.name);
-        const auto lines = text_.linesOf(line.section, name);
-        const auto self = std::find(lines.begin(), lines.end(), number);
-        if (self != lines.end() && self != lines.begin())
+        const auto& lines = text_.linesOf(line.section(), name);
+        const auto self = std::lower_bound(lines.begin(), lines.end(), line.number);
+        const bool isListed = self != lines.end() && *self == line.number;
+        if (isListed && self != lines.begin())
             findings_.add("duplicate-key", place,
                           join({name, " was given before, in line ", std::to_string(lines.front()),
                                 "; the last value counts"}),
                           "each key once in a section");
-        if (askedSections_.contains(line.section) && self == lines.begin() && self != lines.end())
-            checkAsked(place, line.section, name);
+        if (askedSections_.contains(line.section()) && self == lines.begin() && isListed)
+            checkAsked(place, line.section(), name);
     }
 
     static std::string joinedName(std::string_view name) {

@@ -141,14 +141,13 @@ private:
     // A line of the section that would give the key if it had a value.
     [[nodiscard]] Place emptyLine(const LoadProblem& problem) const {
         using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::trim;
-        for (std::size_t i = 0; i < text_.lines().size(); ++i) {
-            const PositionedLine& line = text_.lines()[i];
-            if (line.kind != IniLineKind::odd || line.section != problem.section)
+        for (const PositionedLine& line : text_.lines()) {
+            if (line.kind != IniLineKind::odd || line.section() != problem.section)
                 continue;
             const std::string_view written = trim(line.text);
             if (written.ends_with('=') &&
                 trim(written.substr(0, written.size() - 1)) == problem.key)
-                return text_.placeOf(static_cast<int>(i) + 1, written);
+                return text_.placeOf(line.number, written);
         }
         return {};
     }

@@ -52,7 +52,7 @@ private:
 
     void checkHexadecimal(const std::string& section, const std::string& key,
                           std::uint32_t number) {
-        const auto lines = text_.linesOf(section, key);
+        const auto& lines = text_.linesOf(section, key);
         if (!lines.empty()) {
             std::string_view rest = text_.line(lines.back())->value;
             scanHexadecimal(rest);
@@ -156,7 +156,7 @@ private:
                 notUtf8(place, "the label");
         }
         for (const char* key : {kConnectorLabels, kInternalBridges, kDownstreamPorts}) {
-            const auto lines = text_.linesOf(kSectionModel, key);
+            const auto& lines = text_.linesOf(kSectionModel, key);
             if (!lines.empty())
                 checkComment(key, text_.line(lines.back())->value);
         }

@@ -1,5 +1,6 @@
 #include "tavctl/lint/positionedIni.h"
 
+#include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/ini/iniContinuation.h"
 #include "pxidrivertools/ini/iniRecords.h"
 
@@ -38,40 +39,45 @@ PositionedIni::PositionedIni(std::string bytes) : bytes_(std::move(bytes)) {
     const IniBlock block{bytes_.data(), bytes_.size()};
     IniLineCursor cursor(block, false);
     const IniParseOptions options;
-    std::string section;
-    bool inSection = false;
+    static const std::string kNoSection;
+    const std::string* section = nullptr; // none yet
     for (std::string_view text; cursor.next(text);) {
+        if (trim(text).empty())
+            continue;
         const IniLine line = classifyLine(options, text);
-        PositionedLine positioned{text, line.kind, {}, line.name, line.value, 0};
-        const int number = static_cast<int>(lines_.size()) + 1;
+        const int number = cursor.number();
+        PositionedLine positioned{number, text, line.kind, nullptr, line.name, line.value, 0};
         if (line.kind == IniLineKind::header) {
-            section = std::string(line.name);
-            inSection = true;
-            if (headers_.emplace(section, number).second)
-                sections_.push_back(section);
+            const auto [header, isFirst] = headers_.emplace(line.name, number);
+            section = &header->first;
+            if (isFirst)
+                sections_.push_back(*section);
         } else if (line.kind == IniLineKind::key) {
             positioned.quote = stripQuotes(options, positioned.value);
-            if (inSection)
-                keys_[{section, joinedName(line.name)}].push_back(number);
+            if (section != nullptr)
+                keys_[{*section, joinedName(line.name)}].push_back(number);
         }
-        positioned.section = section;
-        lines_.push_back(std::move(positioned));
+        positioned.inSection = section != nullptr ? section : &kNoSection;
+        lines_.push_back(positioned);
     }
 }
 
 const PositionedLine* PositionedIni::line(int number) const {
-    return number < 1 || static_cast<std::size_t>(number) > lines_.size()
-               ? nullptr
-               : &lines_[static_cast<std::size_t>(number) - 1];
+    const auto found = std::lower_bound(
+        lines_.begin(), lines_.end(), number,
+        [](const PositionedLine& each, int sought) { return each.number < sought; });
+    return found != lines_.end() && found->number == number ? &*found : nullptr;
 }
 
 bool PositionedIni::hasSection(const std::string& section) const {
     return headers_.contains(section);
 }
 
-std::vector<int> PositionedIni::linesOf(const std::string& section, const std::string& key) const {
+const std::vector<int>& PositionedIni::linesOf(const std::string& section,
+                                               const std::string& key) const {
+    static const std::vector<int> kNone;
     const auto found = keys_.find({section, key});
-    return found == keys_.end() ? std::vector<int>() : found->second;
+    return found == keys_.end() ? kNone : found->second;
 }
 
 Place PositionedIni::placeOf(int number, std::string_view stretch) const {
@@ -84,18 +90,16 @@ Place PositionedIni::placeOf(int number, std::string_view stretch) const {
 
 Place PositionedIni::header(const std::string& section) const {
     const auto found = headers_.find(section);
-    return found == headers_.end()
-               ? Place()
-               : placeOf(found->second, lines_[static_cast<std::size_t>(found->second) - 1].name);
+    return found == headers_.end() ? Place() : placeOf(found->second, line(found->second)->name);
 }
 
 Place PositionedIni::name(const std::string& section, const std::string& key) const {
-    const auto numbers = linesOf(section, key);
+    const auto& numbers = linesOf(section, key);
     return numbers.empty() ? header(section) : placeOf(numbers.back(), line(numbers.back())->name);
 }
 
 Place PositionedIni::value(const std::string& section, const std::string& key) const {
-    const auto numbers = linesOf(section, key);
+    const auto& numbers = linesOf(section, key);
     if (numbers.empty())
         return header(section);
     return placeOf(numbers.back(), line(numbers.back())->value);
@@ -103,7 +107,7 @@ Place PositionedIni::value(const std::string& section, const std::string& key) c
 
 Place PositionedIni::part(const std::string& section, const std::string& key, std::size_t offset,
                           std::size_t length) const {
-    const auto numbers = linesOf(section, key);
+    const auto& numbers = linesOf(section, key);
     if (numbers.empty())
         return header(section);
     const PositionedLine& on = *line(numbers.back());
@@ -114,7 +118,7 @@ Place PositionedIni::part(const std::string& section, const std::string& key, st
 
 Place PositionedIni::item(const std::string& section, const std::string& key,
                           std::size_t index) const {
-    const auto numbers = linesOf(section, key);
+    const auto& numbers = linesOf(section, key);
     if (numbers.empty())
         return header(section);
     const std::string_view list = line(numbers.back())->value;

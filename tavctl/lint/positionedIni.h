@@ -16,12 +16,16 @@ using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::IniLineKind;
 
 // One line. The views look into the file's text.
 struct PositionedLine {
+    int number = 0;        // counted from 1
     std::string_view text; // without its end
     IniLineKind kind = IniLineKind::odd;
-    std::string section;    // the section that it stands in, or that it begins
-    std::string_view name;  // of a header or key
-    std::string_view value; // of a key, without its quotes
-    char quote = 0;         // the quote character that was around the value
+    const std::string* inSection = nullptr; // which it stands in, or which it begins
+    std::string_view name;                  // of a header or key
+    std::string_view value;                 // of a key, without its quotes
+    char quote = 0;                         // the quote character that was around the value
+
+    // Empty before the first section.
+    [[nodiscard]] const std::string& section() const { return *inSection; }
 };
 
 class PositionedIni {
@@ -31,8 +35,9 @@ public:
     PositionedIni(const PositionedIni&) = delete;
     PositionedIni& operator=(const PositionedIni&) = delete;
 
-    // In file order; line n is element n - 1.
+    // In file order, without the blank ones.
     [[nodiscard]] const std::vector<PositionedLine>& lines() const { return lines_; }
+    // Null for a blank line, and for one that there is not.
     [[nodiscard]] const PositionedLine* line(int number) const;
 
     // The names of the sections, each once, in the order of their first headers.
@@ -40,8 +45,8 @@ public:
     [[nodiscard]] bool hasSection(const std::string& section) const;
 
     // The numbers of the lines that give a key, in file order; the last one counts.
-    [[nodiscard]] std::vector<int> linesOf(const std::string& section,
-                                           const std::string& key) const;
+    [[nodiscard]] const std::vector<int>& linesOf(const std::string& section,
+                                                  const std::string& key) const;
 
     // Places of what counts. Without the key: that of the section; without that: none.
     [[nodiscard]] Place header(const std::string& section) const;

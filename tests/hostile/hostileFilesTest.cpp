@@ -200,6 +200,10 @@ TEST_F(HostileFiles, SectionsAndKeysOfOneName) {
                           .numbered("Joined Line# = a\n", count / 2)
                           .finish();
     EXPECT_EQ(list(size, 16).size(), 2U) << error;
+    // Lint tells of each of them, so it takes a part of them.
+    const auto part =
+        HugeFile(box).text(description("Box")).numbered("[One]\nOne=#\n", count / 20).finish();
+    EXPECT_EQ(runAsTold("lint", {"lint", box.string()}, part, 1'000).exitStatus, 0);
 }
 
 // Every slot has the name that the first device would get.
