@@ -7,7 +7,7 @@ TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
 .PHONY: help build demo test test-native windows test-windows test-guest test-sanitizers \
-        build-bench bench bench-detail format check-format tidy clang update-expectations \
+        check-valgrind build-bench bench bench-detail format check-format tidy clang update-expectations \
         record-sample record-guests package-windows install clean
 
 help: ## list these targets
@@ -59,6 +59,12 @@ test-guest: ## the tests among them that boot emulated machines, and no others
 
 test-sanitizers: ## the same but for guests, under address, leak and undefined-behaviour checking
 	@$(MAKE) --no-print-directory test-native PRESET=sanitizers CTEST_ARGUMENTS="-LE guest"
+
+check-valgrind: ## run tavctl and a few whole-system cases under valgrind
+	@scripts/install-packages.sh build test check
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target tavctl zotavpci zopcibrd test_system
+	@scripts/check-valgrind.sh $(CURDIR)/build/$(PRESET)/bin
 
 BENCH_TMPDIR = $${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)}
 

@@ -8,6 +8,7 @@ set -euo pipefail
 declare -A packages=(
     [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev"
     [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish"
+    [check]="valgrind"
     [lint]="clang clang-format clang-tidy"
     [bench]="libbenchmark-dev libinih-dev libsimpleini-dev libglib2.0-dev pkg-config pciutils"
     [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix googletest wine wine64 zip unzip"
