@@ -340,4 +340,22 @@ TEST(DumpFiles, AreReadLikeTheirText) {
     EXPECT_TRUE(readDump(folder.file("empty.dump", "")).functions().empty());
 }
 
+TEST(DumpFiles, HaveNoLineWithoutAnEnd) {
+    const testsupport::TemporaryFolder folder;
+    const testsupport::machines::Switch machine;
+    constexpr std::size_t kLongest = 1048576; // with its end
+    const std::string dump = machine.bus.dump();
+    const auto longest = folder.file("longest.dump", std::string(kLongest - 1, 'x') + "\n" + dump);
+    EXPECT_EQ(describe(readDump(longest).functions()), describe(machine.bus.functions()));
+    for (const std::string& end : {std::string(), "\n" + dump}) {
+        const auto longer = folder.file("longer.dump", std::string(kLongest, 'x') + end);
+        try {
+            readDump(longer);
+            FAIL() << "accepted";
+        } catch (const BusError& error) {
+            EXPECT_EQ(error.what(), longer.string() + ": a line is longer than 1048576 bytes");
+        }
+    }
+}
+
 } // namespace

@@ -46,6 +46,18 @@ TEST(ReadBus, APipeIsADump) {
     EXPECT_EQ(functions, describe(machine.functions()));
 }
 
+TEST(ReadBus, APipeThatNobodyWritesToIsRefused) {
+    const TemporaryFolder folder;
+    const std::string pipe = (folder.path() / "pipe").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    try {
+        readBus(pipe);
+        FAIL() << "accepted";
+    } catch (const BusError& error) {
+        EXPECT_EQ(error.what(), pipe + ": Broken pipe");
+    }
+}
+
 TEST(ReadBus, APathThatIsNotThereIsRefusedByName) {
     const TemporaryFolder folder;
     const auto path = folder.path() / "nothing";
