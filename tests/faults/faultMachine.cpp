@@ -2,6 +2,7 @@
 
 #include "tests/support/busBuilder.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <fstream>
@@ -106,6 +107,15 @@ std::string FaultMachine::textOf(Names names) {
         text.append(entry.data());
     }
     return text;
+}
+
+void FaultMachine::look(NamesSeen& seen) const {
+    const auto text = names();
+    seen.isThere = text.has_value();
+    seen.length = text ? text->size() : 0;
+    if (seen.length > seen.content.size())
+        throw std::length_error("the name file is longer than this machine's can be");
+    std::copy_n(text ? text->data() : nullptr, seen.length, seen.content.begin());
 }
 
 StoredNames parseNames(const std::string& text) {

@@ -5,6 +5,8 @@
 #include "tests/support/configuredMachine.h"
 #include "tests/support/temporaryFolder.h"
 
+#include <array>
+#include <cstddef>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -15,7 +17,17 @@ namespace testfaults {
 
 // What a name file holds: for each slot the model and the name. Lines in any other form stand under
 // their own text.
-using StoredNames = std::map<std::string, std::pair<std::string, std::string>>;
+using StoredName = std::pair<std::string, std::string>;
+using StoredNames = std::map<std::string, StoredName>;
+
+// A name file's content as a plain value.
+struct NamesSeen {
+    bool isThere = false;
+    std::size_t length = 0;
+    std::array<char, 4096> content{};
+
+    [[nodiscard]] std::string text() const { return {content.data(), length}; }
+};
 
 // Each model has a base of its own, so that a device's name does not depend on which other models
 // were found.
@@ -37,6 +49,8 @@ public:
 
     // The name file's text now; nothing when there is no such file.
     [[nodiscard]] std::optional<std::string> names() const;
+    // The same without memory of its own.
+    void look(NamesSeen& seen) const;
 
     static constexpr unsigned kDevices = 4;
 

@@ -1,6 +1,7 @@
 // Processes that are ended at each of their system calls: what becomes of the stored names, and
 // that the next process finds its way.
 #include "tests/faults/faultMachine.h"
+#include "tests/faults/listing.h"
 #include "tests/faults/namesCommand.h"
 #include "tests/faults/pluginCycle.h"
 #include "tests/faults/systemCalls.h"
@@ -11,8 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <optional>
 #include <set>
-#include <sstream>
 
 namespace {
 
@@ -45,6 +46,9 @@ struct Left {
 class KilledInitialize : public testing::TestWithParam<Names> {
 protected:
     void learn() {
+        machine_.reset(Names::none);
+        testfaults::warmUp();
+        plugin_.emplace();
         machine_.reset(Names::none);
         live();
         withoutNames_ = report_->listing();
@@ -94,18 +98,16 @@ protected:
         std::multiset<std::string> stored;
         for (const auto& [slot, entry] : testfaults::parseNames(machine_.names().value_or("")))
             stored.insert(entry.second);
-        std::istringstream lines(report_->listing());
-        for (std::string line; std::getline(lines, line);) {
-            const std::size_t start = line.find('|') + 1;
-            const std::string name = line.substr(start, line.find('|', start) - start);
+        const auto names = testfaults::namesIn(testfaults::linesOf(report_->listing()));
+        EXPECT_EQ(names.size(), FaultMachine::kDevices);
+        for (const std::string& name : names)
             EXPECT_EQ(stored.count(name), 1U) << name;
-        }
     }
 
     // A life in another process.
     void live() const {
         const int ended = testfaults::runInChild([&] {
-            testfaults::runCycle(plugin_, *report_);
+            testfaults::runCycle(*plugin_, *report_);
             return 0;
         });
         EXPECT_EQ(ended, 0);
@@ -114,7 +116,7 @@ protected:
 
     FaultMachine machine_;
     // Never initialised in this process, so that each child knows of nothing.
-    const Plugin plugin_;
+    std::optional<Plugin> plugin_;
     const testfaults::SharedValue<CycleReport> report_;
     std::string whole_;
     std::string withoutNames_;
@@ -133,7 +135,7 @@ TEST_P(KilledInitialize, AnywhereLeavesWhatSavingInPlaceAllowsAndTheNextOneSucce
         const auto end = testfaults::runTraced(
             [&] {
                 const WatchedPart watched;
-                testfaults::runCycle(plugin_, *report_);
+                testfaults::runCycle(*plugin_, *report_);
                 return report_->status == 0 ? 0 : 1;
             },
             killAt(number));

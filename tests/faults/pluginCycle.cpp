@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <stdexcept>
 #include <type_traits>
 
@@ -117,6 +118,14 @@ void runCycle(const Plugin& plugin, CycleReport& report) {
     for (std::uint32_t device = 0; isCounted && device < report.devices; ++device)
         Questions(plugin, report, device).askAll();
     plugin.finalize();
+}
+
+void warmUp() {
+    const Plugin plugin;
+    const auto report = std::make_unique<CycleReport>();
+    runCycle(plugin, *report);
+    if (report->status != kTavManSuccess)
+        throw std::runtime_error("the plug-in fails without a fault");
 }
 
 bool isDocumented(std::int32_t status) {

@@ -47,6 +47,10 @@ struct CycleReport {
 // Makes no allocation and no system call of its own.
 void runCycle(const Plugin& plugin, CycleReport& report);
 
+// A life before those that count, of a plug-in that is unloaded after it: the first time, the
+// system's libraries find out and keep what they need to know.
+void warmUp();
+
 // A status that the plug-in's header names.
 bool isDocumented(std::int32_t status);
 

@@ -1,6 +1,7 @@
 // Each system call of a whole life of the plug-in fails once, in each way that it can: what the
 // host is told, what becomes of the name file, and whether the lives after it are whole.
 #include "tests/faults/faultMachine.h"
+#include "tests/faults/listing.h"
 #include "tests/faults/pluginCycle.h"
 #include "tests/faults/systemCalls.h"
 #include "tests/support/effort.h"
@@ -12,14 +13,18 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
-#include <sstream>
 
 namespace {
 
 using testfaults::CallFault;
 using testfaults::CycleReport;
 using testfaults::FaultMachine;
+using testfaults::isPartOf;
+using testfaults::Lines;
+using testfaults::linesOf;
+using testfaults::namesIn;
 using testfaults::Plugin;
 using testfaults::StoredNames;
 using testfaults::SystemCall;
@@ -38,42 +43,8 @@ struct Report {
     CycleReport fresh;
     std::size_t descriptorsBefore = 0;
     std::size_t descriptorsAfter = 0;
-    bool hasNames = false;
-    std::size_t namesLength = 0;
-    std::array<char, 4096> names{}; // the name file after the first life
+    testfaults::NamesSeen names; // after the first life
 };
-
-using Lines = std::vector<std::string>;
-
-Lines linesOf(const std::string& text) {
-    Lines lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-// The lines in order, some left out.
-bool isPartOf(const Lines& part, const Lines& whole) {
-    auto from = whole.begin();
-    for (const std::string& line : part) {
-        from = std::find(from, whole.end(), line);
-        if (from == whole.end())
-            return false;
-        ++from;
-    }
-    return true;
-}
-
-// The second attribute of each line.
-std::set<std::string> namesIn(const Lines& listing) {
-    std::set<std::string> names;
-    for (const std::string& line : listing) {
-        const std::size_t start = line.find('|') + 1;
-        names.insert(line.substr(start, line.find('|', start) - start));
-    }
-    return names;
-}
 
 bool truncates(const SystemCall& call) {
     return call.number == SYS_openat && (call.arguments[2] & O_TRUNC) != 0;
@@ -93,23 +64,18 @@ protected:
         report.descriptorsBefore = testfaults::openDescriptors();
         {
             const WatchedPart watched;
-            testfaults::runCycle(plugin_, report.failing);
+            testfaults::runCycle(*plugin_, report.failing);
         }
         report.descriptorsAfter = testfaults::openDescriptors();
-        const auto names = machine_.names();
-        if (names && names->size() <= report.names.size()) {
-            report.hasNames = true;
-            report.namesLength = names->size();
-            std::copy(names->begin(), names->end(), report.names.begin());
-        }
-        testfaults::runCycle(plugin_, report.next);
+        machine_.look(report.names);
+        testfaults::runCycle(*plugin_, report.next);
         return 0;
     }
 
     // Another process.
     Lines liveAfresh() {
         const int ended = testfaults::runInChild([&] {
-            testfaults::runCycle(plugin_, report_->fresh);
+            testfaults::runCycle(*plugin_, report_->fresh);
             return 0;
         });
         EXPECT_EQ(ended, 0);
@@ -120,6 +86,9 @@ protected:
     // The run in which nothing fails.
     void learn() {
         machine_.reset(FaultMachine::Names::none);
+        testfaults::warmUp();
+        plugin_.emplace();
+        machine_.reset(FaultMachine::Names::none);
         withoutNames_ = liveAfresh();
         run(GetParam(), testfaults::listCalls(calls_));
         ASSERT_EQ(end_.exitStatus, 0);
@@ -127,7 +96,7 @@ protected:
         whole_ = linesOf(report_->failing.listing());
         ASSERT_EQ(whole_.size(), FaultMachine::kDevices);
         ASSERT_EQ(liveAfresh(), whole_);
-        namesAfter_ = names();
+        namesAfter_ = report_->names.text();
         const auto save = std::find_if(calls_.begin(), calls_.end(), truncates);
         ASSERT_NE(save, calls_.end());
         const auto isClose = [](const SystemCall& call) { return call.number == SYS_close; };
@@ -144,24 +113,21 @@ protected:
         ASSERT_LT(lastOfSave_, calls_.size());
     }
 
-    [[nodiscard]] std::string names() const {
-        return {report_->names.data(), report_->namesLength};
-    }
-
     // What the first life left in the name file, the call with this number having failed so.
     void checkNames(std::size_t number, const CallFault& fault) const {
         const bool harmless = fault.name == "EINTR" || fault.name == "short";
         const std::int32_t status = report_->failing.status;
         if (number == firstOfSave_ && !harmless) {
             EXPECT_EQ(status, kNotSaved);
-            EXPECT_EQ(names(), FaultMachine::textOf(GetParam())) << "the file was not opened";
+            EXPECT_EQ(report_->names.text(), FaultMachine::textOf(GetParam()))
+                << "the file was not opened";
         } else if (number > firstOfSave_ && number <= lastOfSave_ && !harmless) {
             EXPECT_EQ(status, kNotSaved);
-            EXPECT_FALSE(report_->hasNames) << "a save in place that fails deletes the file";
+            EXPECT_FALSE(report_->names.isThere) << "a save in place that fails deletes the file";
         } else if (number > lastOfSave_) {
-            EXPECT_EQ(names(), namesAfter_);
+            EXPECT_EQ(report_->names.text(), namesAfter_);
         } else if (status != 0) {
-            EXPECT_EQ(names(), FaultMachine::textOf(GetParam()));
+            EXPECT_EQ(report_->names.text(), FaultMachine::textOf(GetParam()));
         } else {
             // What was there, and the names of those who were found.
             const std::set<std::string> found = namesIn(linesOf(report_->failing.listing()));
@@ -170,7 +136,7 @@ protected:
                 if (found.contains(entry.second))
                     expected[slot] = entry;
             }
-            EXPECT_EQ(testfaults::parseNames(names()), expected);
+            EXPECT_EQ(testfaults::parseNames(report_->names.text()), expected);
         }
     }
 
@@ -193,7 +159,7 @@ protected:
 
     void checkNextLives() {
         EXPECT_EQ(report_->next.status, 0);
-        const Lines& expected = report_->hasNames ? whole_ : withoutNames_;
+        const Lines& expected = report_->names.isThere ? whole_ : withoutNames_;
         const Lines next = linesOf(report_->next.listing());
         if (next == expected)
             return;
@@ -207,7 +173,7 @@ protected:
 
     FaultMachine machine_;
     // Never initialised in this process, so that each child knows of nothing.
-    const Plugin plugin_;
+    std::optional<Plugin> plugin_;
     testfaults::SharedValue<Report> report_;
     testfaults::TracedEnd end_;
     std::vector<SystemCall> calls_;

@@ -1,22 +1,24 @@
 #include "tests/support/allocationFaults.h"
 
+#include "tests/support/allocationPoint.h"
+
 #include <cstdlib>
 #include <new>
 
 namespace {
 
+using testsupport::AllocationKind;
+
 thread_local std::size_t allocationsUntilFault = 0; // 0: none is to fail
 thread_local bool faulted = false;
-
-bool mustFail() {
-    if (allocationsUntilFault == 0 || --allocationsUntilFault != 0)
-        return false;
-    faulted = true;
-    return true;
-}
+thread_local AllocationKind faultedKind = AllocationKind::operatorNew;
+thread_local unsigned partsOfAllocations = 0;
 
 void* allocate(std::size_t size) noexcept {
-    return mustFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (testsupport::allocationMustFail(AllocationKind::operatorNew))
+        return nullptr;
+    const testsupport::PartOfAllocation part;
+    return std::malloc(size == 0 ? 1 : size);
 }
 
 void* allocateOrRaise(std::size_t size) {
@@ -54,6 +56,22 @@ void operator delete[](void* memory, std::size_t) noexcept {
 
 namespace testsupport {
 
+bool allocationMustFail(AllocationKind kind) noexcept {
+    if (partsOfAllocations != 0 || allocationsUntilFault == 0 || --allocationsUntilFault != 0)
+        return false;
+    faulted = true;
+    faultedKind = kind;
+    return true;
+}
+
+PartOfAllocation::PartOfAllocation() noexcept {
+    ++partsOfAllocations;
+}
+
+PartOfAllocation::~PartOfAllocation() {
+    --partsOfAllocations;
+}
+
 AllocationFault::AllocationFault(std::size_t nth) {
     faulted = false;
     allocationsUntilFault = nth;
@@ -65,6 +83,10 @@ AllocationFault::~AllocationFault() {
 
 bool AllocationFault::happened() const {
     return faulted;
+}
+
+AllocationKind AllocationFault::kind() const {
+    return faultedKind;
 }
 
 } // namespace testsupport
