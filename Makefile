@@ -7,7 +7,8 @@ TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
 .PHONY: help build demo test test-native windows test-windows test-guest test-sanitizers \
-        check-valgrind build-bench bench bench-detail format check-format tidy clang update-expectations \
+        check-valgrind build-bench bench bench-detail fuzz format check-format tidy clang \
+        update-expectations \
         record-sample record-guests package-windows install clean
 
 help: ## list these targets
@@ -86,6 +87,12 @@ bench: build-bench $(BENCH_DLLS) ## measure beside the peers, in turn, and print
 
 bench-detail: build-bench ## measure single steps and growth (FILTER=regular expression, TMPDIR=where)
 	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_bench --benchmark_filter='$(or $(FILTER),.)'
+
+fuzz: ## let the fuzzers search (RUNS=inputs each, SECONDS=time each, TARGETS=names)
+	@scripts/install-packages.sh build fuzz
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS)
+	@scripts/fuzz.sh build/fuzz $(or $(RUNS),50000) $(or $(SECONDS),60) $(TARGETS)
 
 format: ## format every source file
 	@scripts/install-packages.sh lint

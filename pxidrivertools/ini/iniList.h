@@ -60,10 +60,14 @@ inline std::uint32_t countOf(const IniList* list) noexcept {
 
 // All elements in order. Invalid once the list changes.
 inline std::span<IniNamed*> elementsOf(IniList* list) noexcept {
-    return {reinterpret_cast<IniNamed**>(list + 1), countOf(list)};
+    if (list == nullptr)
+        return {};
+    return {reinterpret_cast<IniNamed**>(list + 1), list->count};
 }
 inline std::span<IniNamed* const> elementsOf(const IniList* list) noexcept {
-    return {reinterpret_cast<IniNamed* const*>(list + 1), countOf(list)};
+    if (list == nullptr)
+        return {};
+    return {reinterpret_cast<IniNamed* const*>(list + 1), list->count};
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0
