@@ -185,7 +185,7 @@ void askForLists(cIniFile& file, const std::string& section, const std::string& 
 }
 
 // A file may have any number of keys; a run asks about the first ones.
-constexpr std::size_t kMostAsked = 6;
+constexpr std::size_t kMostAsked = 4;
 
 void askTheClass(std::string_view bytes) {
     MemoryFiles files;
@@ -246,6 +246,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
                "memory is in proportion to the file");
     }
     expect(counted.held() == 0, "everything is given back");
-    askTheClass(input);
+    if (input.size() == size)
+        askTheClass(input);
     return 0;
 }

@@ -26,7 +26,10 @@ std::FILE* MemoryFiles::open(const char*, const char* mode) noexcept {
         file.position_ = std::min(static_cast<std::size_t>(*offset), file.content.size());
         return 0;
     };
-    return fopencookie(this, "rb", functions);
+    std::FILE* const stream = fopencookie(this, "rb", functions);
+    if (stream != nullptr)
+        std::setvbuf(stream, nullptr, _IONBF, 0); // there is nothing to save calls of
+    return stream;
 }
 
 bool MemoryFiles::write(std::FILE*, const char* data, std::size_t size) noexcept {
