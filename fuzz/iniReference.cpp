@@ -179,10 +179,19 @@ bool sameName(bool caseSensitive, std::string_view left, std::string_view right)
             --equal;
         return equal == 0;
     }
-    left = trimmed(left);
-    right = trimmed(right);
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return upper(a) == upper(b); });
+    while (!left.empty() && isWhite(left.front()))
+        left.remove_prefix(1);
+    while (!right.empty() && isWhite(right.front()))
+        right.remove_prefix(1);
+    // Only what one name has more than the other may be white space, so "k\t" and "k\f" differ
+    // though each equals "k".
+    const std::size_t both = std::min(left.size(), right.size());
+    const auto isWhiteFrom = [both](std::string_view name) {
+        return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(both), name.end(), isWhite);
+    };
+    return std::equal(left.begin(), left.begin() + static_cast<std::ptrdiff_t>(both), right.begin(),
+                      [](char a, char b) { return upper(a) == upper(b); }) &&
+           isWhiteFrom(left) && isWhiteFrom(right);
 }
 
 std::optional<Reference> readReference(std::string_view bytes, const ini::IniFileObject& settings) {
