@@ -26,8 +26,8 @@ using ConfigSink = std::function<void(const PciFunction&, std::span<const std::u
 // ("name:line: reason") for a text that is malformed, and std::bad_alloc.
 Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink = {});
 
-// The same for a file, or for a pipe that somebody writes to. One that cannot be read, or has a line
-// of more than a megabyte, raises BusError ("file: reason").
+// The same for a file, or for a pipe that somebody writes to. One that cannot be read, or has a
+// line of more than a megabyte, raises BusError ("file: reason").
 Bus readDump(const std::filesystem::path& file, const ConfigSink& sink = {});
 
 } // namespace pcibus

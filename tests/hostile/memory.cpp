@@ -4,7 +4,9 @@
 #include <sys/resource.h>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// Not every package of the compiler has the header that declares it.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the sanitizer's
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace testhostile {

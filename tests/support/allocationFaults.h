@@ -1,6 +1,6 @@
-// Lets the Nth allocation fail, in the test program and in the libraries that it loads: with operator
-// new where tav_test_allocation_faults is linked; where tav_test_c_allocation_faults is linked as
-// well, with the C library's functions too, and those of the library's own allocations.
+// Lets the Nth allocation fail, in the test program and in the libraries that it loads: with
+// operator new where tav_test_allocation_faults is linked; where tav_test_c_allocation_faults is
+// linked as well, with the C library's functions too, and those of the library's own allocations.
 //
 //     for (std::size_t nth = 1;; ++nth) {
 //         testsupport::AllocationFault fault(nth);
@@ -17,8 +17,8 @@ namespace testsupport {
 
 enum class AllocationKind : std::uint8_t { operatorNew, malloc, calloc, realloc, aligned };
 
-// While it lives, the nth allocation of this thread from now on, counted from 1, fails: operator new
-// raises std::bad_alloc, the others return null. One at a time.
+// While it lives, the nth allocation of this thread from now on, counted from 1, fails: operator
+// new raises std::bad_alloc, the others return null. One at a time.
 class AllocationFault {
 public:
     explicit AllocationFault(std::size_t nth);

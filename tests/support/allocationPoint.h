@@ -1,5 +1,5 @@
-// Where an allocation asks whether it is the one that is to fail. For those who replace the functions
-// that allocate; tests use allocationFaults.h.
+// Where an allocation asks whether it is the one that is to fail. For those who replace the
+// functions that allocate; tests use allocationFaults.h.
 #pragma once
 
 #include "tests/support/allocationFaults.h"
