@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <vector>
 
 namespace platform {
@@ -18,6 +20,14 @@ namespace {
 // its place, and then their run path would count.
 void* open(const char* name, int flags) noexcept {
     return dlmopen(LM_ID_BASE, name, flags);
+}
+
+// The loader's answer about where it searches. Its dlinfo may report success although the loader had
+// no memory to count everything, and then write past what it counted; dlerror knows.
+void askForSearch(void* handle, int request, Dl_serinfo& answer) {
+    dlerror();
+    if (dlinfo(handle, request, &answer) != 0 || dlerror() != nullptr)
+        throw std::bad_alloc();
 }
 
 // The folders in which the loader looks for what the module that this code is linked into asks for.
@@ -32,18 +42,16 @@ std::vector<std::string> searchedFolders() {
         open(static_cast<const link_map*>(module)->l_name, RTLD_LAZY | RTLD_NOLOAD);
     if (handle == nullptr)
         return {};
-    std::vector<std::string> folders;
+    const std::unique_ptr<void, int (*)(void*)> closed(handle, dlclose);
     Dl_serinfo header = {};
-    if (dlinfo(handle, RTLD_DI_SERINFOSIZE, &header) == 0) {
-        std::vector<std::max_align_t> room(header.dls_size / sizeof(std::max_align_t) + 1);
-        auto* const list = reinterpret_cast<Dl_serinfo*>(room.data());
-        *list = header;
-        if (dlinfo(handle, RTLD_DI_SERINFO, list) == 0) {
-            for (unsigned i = 0; i < list->dls_cnt; ++i)
-                folders.emplace_back(list->dls_serpath[i].dls_name);
-        }
-    }
-    dlclose(handle);
+    askForSearch(handle, RTLD_DI_SERINFOSIZE, header);
+    std::vector<std::max_align_t> room(header.dls_size / sizeof(std::max_align_t) + 1);
+    auto* const list = reinterpret_cast<Dl_serinfo*>(room.data());
+    *list = header;
+    askForSearch(handle, RTLD_DI_SERINFO, *list);
+    std::vector<std::string> folders;
+    for (unsigned i = 0; i < list->dls_cnt; ++i)
+        folders.emplace_back(list->dls_serpath[i].dls_name);
     return folders;
 }
 
