@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 #include <system_error>
+#include <utility>
 
 namespace pcibus {
 namespace {
@@ -23,23 +24,28 @@ std::string pathText(const std::filesystem::path& path) {
 }
 
 FilePieces::FilePieces(const std::filesystem::path& file)
-    : name_(file), file_(file), buffer_(kPiece, '\0') {}
+    : name_(file), file_(file), capacity_(kPiece),
+      buffer_(std::make_unique_for_overwrite<char[]>(kPiece)) {}
 
 std::string_view FilePieces::next() {
-    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+    std::memmove(buffer_.get(), buffer_.get() + begin_, end_ - begin_);
     end_ -= begin_;
     begin_ = 0;
     for (;;) {
-        if (end_ == buffer_.size()) {
+        if (end_ == capacity_) { // a line that is longer than a piece
             if (end_ >= kLongestLine)
                 refuse(name_, "a line is longer than " + std::to_string(kLongestLine) + " bytes");
-            buffer_.resize(buffer_.size() * 2); // a line that is longer than a piece
+            auto wider = std::make_unique_for_overwrite<char[]>(capacity_ * 2);
+            std::memcpy(wider.get(), buffer_.get(), end_);
+            buffer_ = std::move(wider);
+            capacity_ *= 2;
         }
         std::size_t got = 0;
-        if (const int code = file_.read(std::span(buffer_).subspan(end_), got); code != 0)
+        if (const int code = file_.read(std::span(buffer_.get(), capacity_).subspan(end_), got);
+            code != 0)
             refuse(name_, std::generic_category().message(code));
         end_ += got;
-        const std::string_view all(buffer_.data(), end_);
+        const std::string_view all(buffer_.get(), end_);
         const std::size_t lastLine = all.rfind('\n');
         if (got != 0 && lastLine == std::string_view::npos)
             continue;

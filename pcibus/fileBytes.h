@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -29,8 +30,9 @@ public:
 private:
     const std::filesystem::path& name_;
     platform::InputFile file_;
-    std::string buffer_;
-    std::size_t begin_ = 0; // of what has been read and not yet given
+    std::size_t capacity_;
+    std::unique_ptr<char[]> buffer_; // small files touch only its beginning
+    std::size_t begin_ = 0;          // of what has been read and not yet given
     std::size_t end_ = 0;
 };
 

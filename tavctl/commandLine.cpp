@@ -22,20 +22,23 @@ namespace tavctl {
 
 namespace {
 
-// In the order in which they are told, a line each.
-// clang-format off
-constexpr Command (*kCommands[])(CLI::App&) = {
-    addListCommand,
-    addTreeCommand,
-    addDrawCommand,
-    addLintCommand,
-    addExplainCommand,
-    addDescribeCommand,
-    addRecordCommand,
-    addNamesCommand,
-    addCompletionCommand,
+struct KnownCommand {
+    std::string_view name;
+    Command (*add)(CLI::App&);
 };
-// clang-format on
+
+// In the order in which they are told.
+constexpr KnownCommand kCommands[] = {
+    {"list", addListCommand},
+    {"tree", addTreeCommand},
+    {"draw", addDrawCommand},
+    {"lint", addLintCommand},
+    {"explain", addExplainCommand},
+    {"describe", addDescribeCommand},
+    {"record", addRecordCommand},
+    {"names", addNamesCommand},
+    {"completion", addCompletionCommand},
+};
 
 constexpr std::size_t kHelpColumn = 26;
 
@@ -106,7 +109,7 @@ std::vector<std::string> optionNames(const CLI::App& app) {
     return names;
 }
 
-CommandLine::CommandLine()
+CommandLine::CommandLine(std::string_view only)
     : app_(std::make_unique<CLI::App>(
           "Sees, checks and explains TAV hardware as a host sees it through the plug-in.",
           "tavctl")) {
@@ -118,8 +121,22 @@ CommandLine::CommandLine()
                  "Exit status: 0 done, 1 problem found in the input, 2 wrong usage,\n"
                  "3 the plug-in or the system failed.\n"
                  "Example: tavctl list -v");
-    for (const auto add : kCommands)
-        commands_.push_back(add(*app_));
+    for (const KnownCommand& known : kCommands) {
+        if (only.empty() || known.name == only)
+            commands_.push_back(known.add(*app_));
+    }
+}
+
+CommandLine::CommandLine() : CommandLine(std::string_view()) {}
+
+ExitStatus runCommandLine(const std::vector<std::string>& words) {
+    const auto isNamed = [&](const KnownCommand& known) {
+        return words.size() > 1 && words[1] == known.name;
+    };
+    const auto named = std::find_if(std::begin(kCommands), std::end(kCommands), isNamed);
+    // The options of every command are a third of what it takes to start.
+    CommandLine line(named == std::end(kCommands) ? std::string_view() : named->name);
+    return line.run(words);
 }
 
 ExitStatus CommandLine::run(const std::vector<std::string>& words) {

@@ -8,16 +8,22 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tavctl {
 
+// Runs the command that the words name, the program's own name first, and tells every failure on
+// standard error, as JSON when the words have --json.
+ExitStatus runCommandLine(const std::vector<std::string>& words);
+
 class CommandLine {
 public:
+    // Every command, or the one of this name only.
     CommandLine();
+    explicit CommandLine(std::string_view only);
 
-    // Runs the command that the words name, the program's own name first, and tells every failure
-    // on standard error, as JSON when the words have --json.
+    // As runCommandLine().
     ExitStatus run(const std::vector<std::string>& words);
 
     // The commands with their options, for whoever lists them (see completion.h).

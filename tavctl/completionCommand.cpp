@@ -1,5 +1,6 @@
 #include "tavctl/completionCommand.h"
 
+#include "tavctl/commandLine.h"
 #include "tavctl/completion.h"
 #include "tavctl/resultFile.h"
 
@@ -10,7 +11,6 @@ namespace tavctl {
 namespace {
 
 struct CompletionOptions {
-    const CLI::App* app = nullptr; // the whole command line
     std::string shell;
     std::string file;
 };
@@ -19,7 +19,8 @@ ExitStatus runCompletion(const CompletionOptions& options) {
     const auto write = options.shell == "zsh"    ? zshCompletion
                        : options.shell == "fish" ? fishCompletion
                                                  : bashCompletion;
-    writeResult(write(*options.app), options.file);
+    const CommandLine whole;
+    writeResult(write(whole.app()), options.file);
     return ExitStatus::done;
 }
 
@@ -27,7 +28,6 @@ ExitStatus runCompletion(const CompletionOptions& options) {
 
 Command addCompletionCommand(CLI::App& app) {
     auto options = std::make_shared<CompletionOptions>();
-    options->app = &app;
     CLI::App* const command =
         app.add_subcommand("completion", "Write a script that completes the command line");
     command->add_option("SHELL", options->shell, "bash, zsh or fish")

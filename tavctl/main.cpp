@@ -9,7 +9,7 @@ int main(int argc, char** argv) {
     using tavctl::ExitStatus;
     try {
         platform::prepareOutput();
-        return static_cast<int>(tavctl::CommandLine().run(platform::commandLine(argc, argv)));
+        return static_cast<int>(tavctl::runCommandLine(platform::commandLine(argc, argv)));
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "tavctl: %s\n", exception.what());
     } catch (...) {
