@@ -7,9 +7,9 @@ TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
 .PHONY: help build demo test test-native windows test-windows test-guest test-sanitizers \
-        check-valgrind build-bench bench bench-detail fuzz format check-format tidy clang \
-        update-expectations \
-        record-sample record-guests package-windows install clean
+        check-valgrind check soak build-bench bench bench-live bench-detail fuzz format \
+        check-format tidy clang update-expectations record-sample record-guests package-windows \
+        install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -67,6 +67,16 @@ check-valgrind: ## run tavctl and a few whole-system cases under valgrind
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target tavctl zotavpci zopcibrd test_system
 	@scripts/check-valgrind.sh $(CURDIR)/build/$(PRESET)/bin
 
+check: ## the tests again under checking, the fuzzers for a while, valgrind: some ten minutes
+	@$(MAKE) --no-print-directory check-valgrind
+	@$(MAKE) --no-print-directory fuzz RUNS=30000 SECONDS=15
+	@$(MAKE) --no-print-directory test-sanitizers
+
+soak: ## the long form of what tries to break it: ten million inputs a fuzzer, hours
+	@$(MAKE) --no-print-directory build
+	TAV_EFFORT=long ctest --preset $(PRESET) -L reliability --verbose
+	@$(MAKE) --no-print-directory fuzz RUNS=10000000 SECONDS=7200
+
 BENCH_TMPDIR = $${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)}
 
 build-bench:
@@ -84,6 +94,15 @@ FORCE:
 
 bench: build-bench $(BENCH_DLLS) ## measure beside the peers, in turn, and print one table (ROUNDS, TMPDIR=where)
 	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_compare $(or $(ROUNDS),5) $(BENCH_DLLS)
+
+bench-live: ## race tavctl list against lspci -n on live buses of emulated machines (ROUNDS)
+	@scripts/install-packages.sh build test guest
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
+	@tests/guest/makeInitramfs.sh build/live.initramfs build/$(PRESET)/bin
+	@bench/liveRace.py --rounds $(or $(ROUNDS),5) --programs build/$(PRESET)/bin \
+	    --initramfs build/live.initramfs \
+	    tests/guest/machines/full-bus tests/guest/machines/several-root-buses
 
 bench-detail: build-bench ## measure single steps and growth (FILTER=regular expression, TMPDIR=where)
 	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_bench --benchmark_filter='$(or $(FILTER),.)'

@@ -50,7 +50,9 @@ public:
         file_->write.safeWrite = false;
         file_->write.maximumLineLength = ini::kNoMaximumLineLength;
         const platform::Stream stream = platform::openStream(path.c_str(), "rb");
-        require(stream != nullptr && ini::loadIni(*file_, stream.get()) == ini::kIniDone,
+        require(stream != nullptr, "the engine cannot open " + path);
+        std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+        require(ini::loadIni(*file_, stream.get()) == ini::kIniDone,
                 "the engine cannot load " + path);
     }
     void unload() override { file_.reset(); }
