@@ -22,8 +22,8 @@ void* open(const char* name, int flags) noexcept {
     return dlmopen(LM_ID_BASE, name, flags);
 }
 
-// The loader's answer about where it searches. Its dlinfo may report success although the loader had
-// no memory to count everything, and then write past what it counted; dlerror knows.
+// The loader's answer about where it searches. Its dlinfo may report success although the loader
+// had no memory to count everything, and then write past what it counted; dlerror knows.
 void askForSearch(void* handle, int request, Dl_serinfo& answer) {
     dlerror();
     if (dlinfo(handle, request, &answer) != 0 || dlerror() != nullptr)
