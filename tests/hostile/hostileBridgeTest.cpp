@@ -101,7 +101,7 @@ private:
     void queryEverything(std::uint32_t device, bool isThere) {
         constexpr std::uint32_t kAttributes = 14; // one more on each side than there are
         for (std::uint32_t attribute = 0; attribute < kAttributes; ++attribute) {
-            for (const std::uint32_t index : {0, 1, 2, 255}) {
+            for (const std::uint32_t index : {0U, 1U, 2U, 255U}) {
                 std::int32_t value = 0;
                 const std::int32_t integer = plugin_.getDeviceAttributeI32(
                     device, 0x01000000 + attribute * 0x100 + index, &value);
