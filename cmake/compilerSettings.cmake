@@ -39,3 +39,12 @@ if(ZOTAVPCI_SANITIZE)
     target_compile_definitions(zotavpci_settings INTERFACE _GLIBCXX_ASSERTIONS)
     target_link_options(zotavpci_settings INTERFACE -fsanitize=${ZOTAVPCI_SANITIZE})
 endif()
+
+# Counted at the lines as they are written, hence unoptimised, whatever a target asks for; by threads
+# and processes at once. Counters stand in the code, so nothing that runs allocates or asks the
+# system for them until a program ends or a library is unloaded.
+if(ZOTAVPCI_COVERAGE)
+    target_compile_options(zotavpci_settings INTERFACE
+        --coverage -fprofile-abs-path -fprofile-update=atomic -O0)
+    target_link_options(zotavpci_settings INTERFACE --coverage)
+endif()

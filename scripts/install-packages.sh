@@ -9,6 +9,7 @@ declare -A packages=(
     [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev"
     [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish"
     [check]="valgrind"
+    [coverage]="gcovr python3"
     [lint]="clang clang-format clang-tidy"
     [fuzz]="clang libclang-rt-14-dev"
     [bench]="libbenchmark-dev libinih-dev libsimpleini-dev libglib2.0-dev pkg-config pciutils"
