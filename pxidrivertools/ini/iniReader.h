@@ -1,9 +1,7 @@
 // Where the text of an INI file comes from.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
@@ -16,8 +14,5 @@ struct IniReader {
     std::int32_t (*read)(void* context, char* buffer, std::uint32_t size);
     void* context;
 };
-
-// Reads from where the stream stands. The stream stays the caller's.
-IniReader streamReader(std::FILE* stream) noexcept;
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 
@@ -22,25 +21,11 @@ constexpr long kMarkCall = SYS_getppid;
 constexpr std::uint64_t kMarkBegins = 0x7A0F417501ULL;
 constexpr std::uint64_t kMarkEnds = 0x7A0F417502ULL;
 
-#ifdef TAV_COUNTS_LINES
-constexpr bool kCountsLines = true;
-#else
-constexpr bool kCountsLines = false;
-#endif
-
 // A child that hangs is ended by its own alarm.
 constexpr unsigned kAlarmSeconds = 120;
 
 // Set in the stop's signal where a system call is the reason.
 constexpr int kSystemCallStop = SIGTRAP | 0x80;
-
-// Past all that runs at a program's end, unless that is what writes down which lines ran.
-[[noreturn]] void endChild(int status) {
-    if constexpr (kCountsLines)
-        std::exit(status);
-    else
-        _exit(status);
-}
 
 [[noreturn]] void refuse(const char* what) {
     throw std::runtime_error(std::string("cannot trace a child process: ") + what + ": " +
@@ -170,7 +155,7 @@ int runInChild(const std::function<int()>& body) {
         refuse("fork");
     if (child == 0) {
         alarm(kAlarmSeconds);
-        endChild(body());
+        _exit(body());
     }
     int status = 0;
     while (waitpid(child, &status, 0) < 0) {
@@ -189,7 +174,7 @@ TracedEnd runTraced(const std::function<int()>& body, const Decide& decide) {
         if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
             _exit(errno == EPERM ? kNotTraced : kNotTraced + 1);
         alarm(kAlarmSeconds);
-        endChild(body());
+        _exit(body());
     }
     const TracedEnd end = Tracer(child, decide).run();
     if (end.exitStatus == kNotTraced || end.exitStatus == kNotTraced + 1) {
