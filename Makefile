@@ -89,7 +89,8 @@ check: ## the tests again under checking, the fuzzers for a while, valgrind: som
 
 soak: ## the long form of what tries to break it: ten million inputs a fuzzer, hours
 	@$(MAKE) --no-print-directory build
-	TAV_EFFORT=long ctest --preset $(PRESET) -L reliability --verbose
+	TAV_EFFORT=long build/$(PRESET)/bin/test_faults
+	TAV_EFFORT=long build/$(PRESET)/bin/test_hostile
 	@$(MAKE) --no-print-directory fuzz RUNS=10000000 SECONDS=7200
 
 BENCH_TMPDIR = $${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)}
