@@ -153,17 +153,16 @@ ExitStatus CommandLine::run(const std::vector<std::string>& words) {
 }
 
 ExitStatus CommandLine::runParsed() {
-    for (const Command& command : commands_) {
-        if (!command.app->parsed())
-            continue;
-        try {
-            return command.run();
-        } catch (const FailureException& exception) {
-            printFailure(exception.failure(), command.wantsJson());
-            return exception.exitStatus();
-        }
+    const auto command = std::find_if(commands_.begin(), commands_.end(),
+                                      [](const Command& each) { return each.app->parsed(); });
+    if (command == commands_.end())
+        return ExitStatus::wrongUsage;
+    try {
+        return command->run();
+    } catch (const FailureException& exception) {
+        printFailure(exception.failure(), command->wantsJson());
+        return exception.exitStatus();
     }
-    return ExitStatus::wrongUsage;
 }
 
 ExitStatus CommandLine::refuse(const CLI::ParseError& error,

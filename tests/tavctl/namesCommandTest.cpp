@@ -46,7 +46,7 @@ TEST(NamesCommand, StoredNamesAreListedWithoutABus) {
     EXPECT_TRUE(says(result, 0, "TAV3      ?        TAV-W7 Wide Switch Box  MR40:00,08\n"));
 }
 
-TEST(NamesCommand, ListsAsJson) {
+TEST(NamesCommand, ListsNamesOfAbsentDevicesAsJsonAndAsTable) {
     const NamesOfSample names;
     names.store(
         "[MR00:00,28]\nModel = TAV-B3 Switch Box\nTerminalName = TAV1\n[MR00:77]\nModel=X\n");
@@ -55,6 +55,9 @@ TEST(NamesCommand, ListsAsJson) {
               R"("slotPath":"MR00:00,28","presence":"present"},{"terminalName":"","model":"X",)"
               R"("slotPath":"MR00:77","presence":"absent"}]})"
               "\n");
+    EXPECT_EQ(outputOf("names " + names.options), "NAME  PRESENT  MODEL              SLOT PATH\n"
+                                                  "TAV1  yes      TAV-B3 Switch Box  MR00:00,28\n"
+                                                  "-     no       X                  MR00:77\n");
 }
 
 TEST(NamesCommand, NoNamesAreSaidOnStandardErrorAndNothingIsMade) {
