@@ -29,11 +29,11 @@ constexpr tErrorSite kUnboundSite{"dep_mirror\\deps\\pciBrdWrapperMock\\includes
 
 constexpr const char* kLibrary = "zopcibrd";
 
-// Reports what the loader could not do, `debug`, to which object, and the system's reason.
+// Reports what the loader could not do, `debug`, to which object, and the system's reason. The
+// status holds no error yet.
 void setLoaderError(tErrorStatus& status, const JsonMember& debug, const JsonMember& object,
                     const platform::DynamicLibrary& library) {
-    if (!nZOQUIL000::setError(status, kDynLibErrLoadFailed, kLoaderSite))
-        return;
+    nZOQUIL000::setError(status, kDynLibErrLoadFailed, kLoaderSite);
     MemberWriter writer(status);
     writer.append({"zodynlib_debug", {debug, object}});
     const JsonMember api{"api", platform::systemCodeOrigin()};

@@ -41,14 +41,11 @@ std::vector<std::string> argumentChoices(const CommandWords& command) {
     return choices;
 }
 
-// A text within single quotes, with `escaped` characters behind a backslash.
-std::string singleQuoted(const std::string& text, const std::string& escaped = "") {
+std::string singleQuoted(const std::string& text) {
     std::string result = "'";
     for (const char c : text) {
         if (c == '\'')
             result += "'\\''";
-        else if (escaped.find(c) != std::string::npos)
-            result.append("\\").append(1, c);
         else
             result += c;
     }

@@ -46,18 +46,16 @@ std::string parentPath(const std::string& path) {
                                       : path.substr(0, root) + path.substr(comma + 1);
 }
 
-// The port above a function that came or went: the nearest bridge that was there all the time, or,
-// when that is the anchor itself, the function next below it.
+// The port above a function below the anchor that came or went: the nearest bridge that was there
+// all the time, or, when that is the anchor itself, the function next below it.
 std::string portAbove(const std::string& path, const Functions& steady,
                       const std::string& anchorPath) {
     std::string below = path;
-    for (std::string at = parentPath(path); !at.empty(); below = at, at = parentPath(at)) {
-        if (at == anchorPath)
-            return below;
+    for (std::string at = parentPath(path); at != anchorPath; below = at, at = parentPath(at)) {
         if (steady.contains(at))
             return at;
     }
-    return {};
+    return below;
 }
 
 [[noreturn]] void fail(const std::string& reason) {

@@ -135,24 +135,22 @@ private:
             edit(model.upstreamPort);
     }
 
-    [[nodiscard]] std::optional<tBridgeDescription>
-    descriptionOf(const std::string& section) const {
+    // The first description that a section of a bridge gives.
+    [[nodiscard]] tBridgeDescription descriptionOf(const std::string& section) const {
         std::optional<tBridgeDescription> result;
         Model copy = model_;
         editSection(copy, section, [&](tBridgeDescription& each) {
             if (!result)
                 result = each;
         });
-        return result;
+        return result.value();
     }
 
     // A bridge that was not found: it may stand elsewhere, or need not be there.
     void changeSection(const std::string& section) {
-        const auto described = descriptionOf(section);
-        if (!described)
-            return;
-        moveSection(section, *described);
-        if (!described->isOptional) {
+        const tBridgeDescription described = descriptionOf(section);
+        moveSection(section, described);
+        if (!described.isOptional) {
             Model model = model_;
             editSection(model, section, [](auto& each) { each.isOptional = true; });
             tryChange(model, {section, kIsOptional, "1", "if the bridge may be missing"});
@@ -184,8 +182,7 @@ private:
     freeBridges(const pcibus::PciFunction& anchor, const tPciIds& ids) const {
         std::set<std::uint32_t> taken{anchor.handle()};
         for (const std::string& section : description_.bridgeSections()) {
-            const auto described = descriptionOf(section);
-            const auto* const at = described ? functionAtMap(described->traversalMap) : nullptr;
+            const auto* const at = functionAtMap(descriptionOf(section).traversalMap);
             if (at != nullptr)
                 taken.insert(at->handle());
         }
@@ -240,12 +237,10 @@ private:
             if (step.result != Result::noted || step.section.empty() ||
                 !done.insert(step.section).second)
                 continue;
-            const auto described = descriptionOf(step.section);
-            if (!described)
-                continue;
-            const pcibus::PciFunction* const at = functionAtMap(described->traversalMap);
+            const tBridgeDescription described = descriptionOf(step.section);
+            const pcibus::PciFunction* const at = functionAtMap(described.traversalMap);
             if (at == nullptr || !at->isBridge())
-                moveSection(step.section, *described);
+                moveSection(step.section, described);
             else
                 takeIdentifiers(step.section, *at);
         }

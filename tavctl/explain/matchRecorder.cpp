@@ -82,9 +82,7 @@ std::string MatchRecorder::placeText(const tBridgeDescription& description) cons
     cSlotPath path;
     nZOQUIL000::tErrorStatus status;
     path.ParseMachineText(anchorPath_, status);
-    path.ApplyRelativePath(description.traversalMap, status);
-    if (status.failed())
-        return "the way cannot be taken";
+    path.ApplyRelativePath(description.traversalMap, status); // as the look-up did
     const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
     const std::string place = machineText(path);
     if (const pcibus::PciFunction* const at = pcibus::functionAt(bus_, path.rootBus, hops))
@@ -229,23 +227,34 @@ void MatchRecorder::onWalk(const tBusAddress& address, const cSlotPath& anchor) 
     auto& candidates = explanation().candidates;
     const std::string path = machineText(anchor);
     candidate_ = kNone;
+    std::size_t known = kNone;
     for (std::size_t i = 0; i < candidates.size() && candidate_ == kNone; ++i) {
-        if (candidates[i].qualified && !candidates[i].walked && candidates[i].address == address)
+        if (!candidates[i].qualified || candidates[i].address != address)
+            continue;
+        known = i;
+        if (!candidates[i].walked)
             candidate_ = i;
+    }
+    if (candidate_ == kNone) { // a device that several anchors describe is listed for each
+        Candidate again;
+        again.anchor = anchor_;
+        again.address = address;
+        again.slotPath = candidates.at(known).slotPath;
+        again.qualified = true;
+        candidate_ = candidates.size();
+        candidates.push_back(std::move(again));
     }
     failedStep_ = false;
     naming_ = false;
     labelsTaken_ = 0;
     lookingFor_.clear();
     anchorPath_ = path;
-    Candidate* const candidate = current();
-    if (candidate == nullptr)
-        return;
-    candidate->walked = true;
-    if (candidate->slotPath != path)
+    Candidate& candidate = candidates[candidate_];
+    candidate.walked = true;
+    if (candidate.slotPath != path)
         step({Result::noted,
               "its places are looked for from its own slot path",
-              candidate->slotPath,
+              candidate.slotPath,
               join({path, ", that of another anchor of the model"}),
               {}});
 }
@@ -297,11 +306,9 @@ void MatchRecorder::onLabelsLeft(std::size_t left) {
 }
 
 void MatchRecorder::onDevice(const tDeviceRecord& record) {
-    Candidate* const candidate = current();
-    if (candidate == nullptr)
-        return;
-    candidate->outcome = Outcome::listed;
-    candidate->reported = {record.bus, record.device, record.function};
+    Candidate& candidate = *current();
+    candidate.outcome = Outcome::listed;
+    candidate.reported = {record.bus, record.device, record.function};
 }
 
 } // namespace tavctl::explain

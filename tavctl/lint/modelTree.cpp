@@ -68,11 +68,7 @@ public:
         unsigned last = 0;
         if (!number({}, 0, last, functions))
             return nullptr;
-        try {
-            return std::make_shared<const pcibus::Bus>(std::move(functions), pcibus::addressText);
-        } catch (const pcibus::BusError&) {
-            return nullptr;
-        }
+        return std::make_shared<const pcibus::Bus>(std::move(functions), pcibus::addressText);
     }
 
 private:

@@ -81,11 +81,9 @@ const std::vector<int>& PositionedIni::linesOf(const std::string& section,
 }
 
 Place PositionedIni::placeOf(int number, std::string_view stretch) const {
-    const PositionedLine* const on = line(number);
-    if (on == nullptr)
-        return {};
-    const auto offset = static_cast<std::size_t>(stretch.data() - on->text.data());
-    return {number, characters(on->text.substr(0, offset)) + 1, characters(stretch)};
+    const std::string_view text = line(number)->text;
+    const auto offset = static_cast<std::size_t>(stretch.data() - text.data());
+    return {number, characters(text.substr(0, offset)) + 1, characters(stretch)};
 }
 
 Place PositionedIni::header(const std::string& section) const {

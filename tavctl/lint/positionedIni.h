@@ -61,7 +61,7 @@ public:
     [[nodiscard]] Place item(const std::string& section, const std::string& key,
                              std::size_t index) const;
 
-    // A stretch of a line, by views into its text.
+    // A stretch of a line that is there and not blank, by views into its text.
     [[nodiscard]] Place placeOf(int line, std::string_view stretch) const;
 
     // The line behind a place; empty when there is none.

@@ -64,13 +64,12 @@ std::string location(const Finding& finding) {
     return text;
 }
 
+// A place that has a line has a column.
 void appendLine(std::string& out, const Finding& finding) {
     if (finding.place.line == 0)
         return;
     const Excerpt excerpt = excerptOf(finding);
     out.append(kIndent, ' ').append(excerpt.text).append("\n");
-    if (finding.place.column == 0)
-        return;
     const int room = std::max(1, kShownCharacters - excerpt.column + 1);
     const int length = std::clamp(finding.place.length, 1, room);
     out.append(kIndent + static_cast<std::size_t>(excerpt.column) - 1, ' ').append("^");

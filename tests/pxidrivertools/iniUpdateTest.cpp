@@ -122,6 +122,30 @@ TEST_F(IniUpdateTest, RemovedKeysAndSectionsAreGone) {
     EXPECT_EQ(listing(*file), "b@5{x@6=4;}d@-1{x@-1=5;}");
 }
 
+TEST_F(IniUpdateTest, PlaceOfARemovedKeyIsTakenByTheNext) {
+    load("[a]\nx=1\ny=2\n[b]\nx=3\n");
+    IniSection& a = *findSection(*file, "a");
+    removeKey(*file, a, *findKey(*file, a, "x"));
+    EXPECT_EQ(set("a", "z", "4"), 1);
+    EXPECT_EQ(set("a", "w", "5"), 1);
+    EXPECT_EQ(listing(*file), "a@1{y@3=2;z@-1=4;w@-1=5;}b@4{x@5=3;}");
+}
+
+TEST_F(IniUpdateTest, OfTwoKeysOfOneNameTheOneThatIsMeantIsRemoved) {
+    load("[a]\nx=1\ny=2\n");
+    file->mergeDuplicates = false;
+    EXPECT_EQ(set("a", "x", "3"), 1);
+    IniSection& a = *findSection(*file, "a");
+    removeKey(*file, a, *keyAt(a, 3));
+    EXPECT_EQ(listing(*file), "a@1{x@2=1;y@3=2;}");
+    EXPECT_EQ(findKey(*file, a, "x")->value.view(), "1");
+}
+
+TEST_F(IniUpdateTest, NoFileIsDestroyedByNothing) {
+    destroyIniFile(nullptr);
+    EXPECT_EQ(listing(*file), "");
+}
+
 TEST_F(IniUpdateTest, RenamingKeepsThePlace) {
     load("[a]\nx=1\n[b]\ny=2\n");
     EXPECT_EQ(renameSection(*file, *findSection(*file, "a"), "c"), kIniDone);

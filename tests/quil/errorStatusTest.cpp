@@ -65,6 +65,18 @@ TEST(ErrorStatus, SecondErrorChangesNothingAndReportsFalse) {
     EXPECT_EQ(before, status.text);
 }
 
+TEST(ErrorStatus, MergingALaterErrorChangesNothingAndReportsFalse) {
+    tErrorStatus status;
+    ASSERT_TRUE(setError(status, -388801, kSite));
+    const std::string before = status.text;
+    tErrorStatus later;
+    ASSERT_TRUE(setError(later, -388802, siteHere("other", "kOther")));
+    EXPECT_FALSE(mergeStatus(status, later));
+    EXPECT_FALSE(mergeStatus(status, std::move(later)));
+    EXPECT_EQ(status.code, -388801);
+    EXPECT_EQ(before, status.text);
+}
+
 TEST(ErrorStatus, ErrorReplacesAWarning) {
     tErrorStatus status;
     ASSERT_TRUE(setError(status, 5, siteHere("warning", "kWarning")));

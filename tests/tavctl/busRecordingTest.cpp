@@ -167,6 +167,16 @@ TEST(ScrubbedRecording, ReadsBackAsTheSameBus) {
 }
 
 // Two machines that differ in everything else come out as one.
+TEST(ScrubbedRecording, BridgeWithoutABusOfItsOwnHasNoLastBusEither) {
+    BusBuilder machine;
+    const auto port = machine.rootPort(0, 1, 0, {0x8086, 0x1901}, 0);
+    machine.setSecondaryBus(port, 0);
+    const auto bus = pcibus::parseDump(machine.dump(), "machine");
+    const std::string text = recordingText(scrubbedRecording(bus), "a test");
+    EXPECT_THAT(text, HasSubstr("10: 00 00 00 00 00 00 00 00 00 00 00 "));
+    EXPECT_EQ(readBack(text), describe(bus.functions()));
+}
+
 TEST(ScrubbedRecording, KeepsNothingElse) {
     testsupport::machines::Switch plain;
     testsupport::machines::Switch other;

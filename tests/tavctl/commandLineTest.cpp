@@ -55,6 +55,9 @@ TEST(CommandLine, WrongUsageExitsWithTwoAndNamesTheWrongWord) {
     EXPECT_TRUE(says(tavctl("list --descriptons=x"), 2,
                      "(--descriptons): unknown option; did you mean \"--descriptions\"?\n"));
     EXPECT_TRUE(says(tavctl("list --dump"), 2, "--dump: 1 required PATH missing"));
+    // What stands behind an option may be its value: only the word itself is told.
+    EXPECT_TRUE(
+        says(tavctl("names --state /tmp lst"), 2, "was not expected: lst\nCommands: list,"));
     EXPECT_TRUE(says(tavctl("tree extra"), 2, "extra"));
 }
 
@@ -167,18 +170,109 @@ TEST(CommandLine, LibraryThatIsNoPluginIsNamedWithTheMissingFunction) {
     EXPECT_TRUE(says(result, 3, "it does not export tavPlugin_initialize"));
 }
 
+// tavctl and the plug-in in a folder of their own, with a bridge library beside them or none.
+class Programs {
+public:
+    explicit Programs(const char* bridgeLibrary = nullptr) {
+        fs::copy_file(TAVCTL_FILE, folder_.path() / "tavctl");
+        fs::copy_file(ZOTAVPCI_FILE, folder_.path() / "zotavpci.so");
+        if (bridgeLibrary != nullptr)
+            fs::copy_file(bridgeLibrary, folder_.path() / "zopcibrd.so");
+    }
+
+    [[nodiscard]] testsupport::CommandResult tavctl(const std::string& arguments) const {
+        return testsupport::runCommand((folder_.path() / "tavctl").string() + " " + arguments +
+                                       " 2>&1");
+    }
+
+private:
+    TemporaryFolder folder_;
+};
+
 TEST(CommandLine, MissingBridgeLibraryIsNamedWithTheErrorRecord) {
     const TemporaryFolder folder;
-    const TemporaryFolder programs;
-    fs::copy_file(TAVCTL_FILE, programs.path() / "tavctl");
-    fs::copy_file(ZOTAVPCI_FILE, programs.path() / "zotavpci.so");
-    const auto result = testsupport::runCommand((programs.path() / "tavctl").string() + " list " +
-                                                kDump + kDescriptions + state(folder) + "2>&1");
+    const Programs programs;
+    const auto result = programs.tavctl("list " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "tavctl: load bridge library (zopcibrd.so): "));
     EXPECT_TRUE(says(result, 3, "-52005 (0xFFFF34DB)"));
     EXPECT_TRUE(says(result, 3, "zodynlib_debug.path = zopcibrd.so"));
     EXPECT_TRUE(says(result, 3, "internal_error.api = posix"));
     EXPECT_FALSE(fs::exists(folder.path() / "zotavpci.ini"));
+    const auto explained = programs.tavctl("explain " + kDump + kDescriptions);
+    EXPECT_TRUE(says(explained, 3, "tavctl: load bridge library (zopcibrd.so): "));
+    EXPECT_TRUE(says(explained, 3, "-52005 (0xFFFF34DB)"));
+}
+
+// The loader finds the name, and so has nothing to say.
+TEST(CommandLine, FunctionOfTheBridgeLibraryThatStandsNowhereIsNamed) {
+    const TemporaryFolder folder;
+    const Programs programs(BRIDGE_WITH_NULL_FILE);
+    const auto result = programs.tavctl("list " + kDump + kDescriptions + state(folder));
+    EXPECT_TRUE(says(result, 3, "tavctl: load bridge library (zopcibrd.so): "));
+    EXPECT_TRUE(says(result, 3, "zodynlib_debug.zodynlib_symbol = ZoPciBrd_GetBridgeParent"));
+    EXPECT_TRUE(says(result, 3, "internal_error.code = 0"));
+    EXPECT_EQ(result.output.find("internal_error.string"), std::string::npos) << result.output;
+}
+
+// The real bridge library behind one that answers a status of its own.
+TEST(CommandLine, StatusOfTheBridgeLibraryStandsWhereTheBusItselfCanBeRead) {
+    const testsupport::EnvironmentValue behind("SCRIPTED_BRIDGE_BEHIND", ZOPCIBRD_FILE);
+    const testsupport::EnvironmentValue faults("SCRIPTED_BRIDGE_FAULTS", "OpenSession=-313007");
+    const TemporaryFolder folder;
+    const Programs programs(SCRIPTED_BRIDGE_FILE);
+    const auto listed = programs.tavctl("list " + kDump + kDescriptions + state(folder));
+    EXPECT_TRUE(says(
+        listed, 3, "tavctl: open bridge session (" TAV_SOURCE_DIR "/samples/switchboxes.dump): "));
+    EXPECT_TRUE(says(listed, 3, "status -313007 "));
+    const auto explained = programs.tavctl("explain " + kDump + kDescriptions);
+    EXPECT_TRUE(says(explained, 3, "tavctl: open bridge session ("));
+    EXPECT_TRUE(says(explained, 3, "status -313007 "));
+}
+
+TEST(CommandLine, ExplainSaysWhatTheBridgeLibraryFailsAt) {
+    const testsupport::EnvironmentValue behind("SCRIPTED_BRIDGE_BEHIND", ZOPCIBRD_FILE);
+    const Programs programs(SCRIPTED_BRIDGE_FILE);
+    const std::string arguments = "explain 'TAV-B3 Switch Box' " + kDump + kDescriptions;
+    testsupport::EnvironmentValue faults("SCRIPTED_BRIDGE_FAULTS", "GetBridgeAddress=-313007");
+    const auto withoutAddresses = programs.tavctl(arguments);
+    EXPECT_TRUE(says(withoutAddresses, 1, "TAV-B3 Switch Box: not listed"));
+    EXPECT_TRUE(says(withoutAddresses, 1, "    ff:ff.ff  not listed"));
+    faults.set("FindBridgeBySlotPath=-313007");
+    EXPECT_TRUE(says(programs.tavctl(arguments), 1, "      FAIL  ["));
+    EXPECT_TRUE(says(programs.tavctl(arguments), 1, "can be looked up\n"));
+}
+
+// A plug-in that fails as it is told to.
+TEST(CommandLine, FailingPluginIsNamedWithWhatItWasAskedFor) {
+    const TemporaryFolder folder;
+    const std::string arguments =
+        "list --plugin " FAULTY_PLUGIN_FILE " " + kDump + kDescriptions + state(folder);
+    testsupport::EnvironmentValue faults("FAULTY_PLUGIN", "none");
+    EXPECT_TRUE(says(tavctl(arguments), 0, "TAV7"));
+    faults.set("initialize=-313322");
+    EXPECT_TRUE(says(tavctl(arguments), 3, "initialize plug-in (" FAULTY_PLUGIN_FILE "): "));
+    faults.set("count=-313007");
+    const auto count = tavctl(arguments);
+    EXPECT_TRUE(says(count, 3, "count devices (" FAULTY_PLUGIN_FILE "): "));
+    EXPECT_TRUE(says(count, 3, "status -313007 "));
+    faults.set("integer=-313007");
+    EXPECT_TRUE(says(tavctl(arguments), 3, "read attribute (device 0, attribute 0x"));
+    faults.set("text=-313007");
+    EXPECT_TRUE(says(tavctl(arguments), 3, "read attribute (device 0, attribute 0x"));
+}
+
+TEST(CommandLine, NamesThatThePluginCouldNotSaveAreNamedWithTheReason) {
+    const TemporaryFolder folder;
+    const std::string arguments =
+        "list --plugin " FAULTY_PLUGIN_FILE " " + kDump + kDescriptions + state(folder);
+    const testsupport::EnvironmentValue faults("FAULTY_PLUGIN", "initialize=-313319");
+    const std::string head =
+        "save terminal names (" + (folder.path() / "zotavpci.ini").string() + "): ";
+    EXPECT_TRUE(says(tavctl(arguments), 3, head + "No such file or directory"));
+    static_cast<void>(folder.file("zotavpci.ini", ""));
+    const auto writable = tavctl(arguments);
+    EXPECT_TRUE(says(writable, 3, head));
+    EXPECT_EQ(writable.output.find("No such file"), std::string::npos) << writable.output;
 }
 
 TEST(CommandLine, MissingFoldersAreNamed) {
@@ -187,6 +281,37 @@ TEST(CommandLine, MissingFoldersAreNamed) {
                      "use --descriptions (/nonexistent): there is no such folder"));
     EXPECT_TRUE(says(tavctl("list " + kDump + kDescriptions + "--state /nonexistent"), 3,
                      "use --state (/nonexistent): there is no such folder"));
+}
+
+TEST(CommandLine, FolderThatNoConfigurationCanNameIsTold) {
+    const TemporaryFolder folder;
+    const std::string name = (folder.path() / "two\nlines").string();
+    fs::create_directory(name);
+    EXPECT_TRUE(says(tavctl("list " + kDump + kDescriptions + "--state '" + name + "'"), 3,
+                     "configure (this process): Invalid argument"));
+}
+
+TEST(CommandLine, FolderThatCannotBeSearchedIsNamed) {
+    const TemporaryFolder folder;
+    fs::create_symlink("PCI Hardware Descriptions", folder.path() / "PCI Hardware Descriptions");
+    const auto result = tavctl("lint --descriptions " + folder.path().string());
+    EXPECT_TRUE(says(result, 3,
+                     "list descriptions (" + folder.path().string() +
+                         "/PCI Hardware Descriptions/*.ini): "));
+}
+
+TEST(CommandLine, NamesAndDescriptionsOfAWrongEncodingAreNamed) {
+    const std::string utf16("\xFF\xFE[\0a\0]\0", 8);
+    const TemporaryFolder folder;
+    const std::string names = folder.file("zotavpci.ini", utf16).string();
+    EXPECT_TRUE(says(tavctl("list " + kDump + kDescriptions + state(folder)), 3,
+                     "tavctl: read terminal names (" + names + "): "));
+    const TemporaryFolder other;
+    fs::create_directory(folder.path() / "PCI Hardware Descriptions");
+    const std::string file = folder.file("PCI Hardware Descriptions/box.ini", utf16).string();
+    EXPECT_TRUE(says(
+        tavctl("list " + kDump + "--descriptions " + folder.path().string() + " " + state(other)),
+        3, "tavctl: load description (" + file + "): "));
 }
 
 TEST(CommandLine, MissingDumpIsNamed) {
@@ -203,6 +328,9 @@ TEST(CommandLine, MissingConfigurationIsNamed) {
     EXPECT_TRUE(says(result, 3, "read configuration value \"ConfigPath\" (/nonexistent.conf"));
     EXPECT_TRUE(says(result, 3, "-52003 (0xFFFF34DD)"));
     EXPECT_TRUE(says(result, 3, "--descriptions and --state take the place of the configuration"));
+    EXPECT_TRUE(says(tavctl("names list"), 3,
+                     "read configuration value \"ConfigPath\" (/nonexistent.conf"));
+    EXPECT_TRUE(says(tavctl("lint"), 3, "list descriptions (configuration): "));
 }
 
 TEST(CommandLine, FailuresAreJsonOnDemand) {

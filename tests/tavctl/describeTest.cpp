@@ -150,13 +150,43 @@ TEST(Describe, SaysWhyNot) {
     EXPECT_EQ(tavctl("describe --dump " + kSample).exitStatus, 2);
 }
 
+// A chain of bridges of one kind, each the first port of the one above it: by the count, the second
+// one is a part of the first.
+TEST(Describe, BridgesThatOneAboveWouldTakeForItsOwnAreLeftOutOfTheCount) {
+    BusBuilder bus;
+    auto bridge = bus.rootPort(0, 1, 0, {0x8086, 0x1901});
+    for (int i = 0; i < 3; ++i)
+        bridge = bus.bridge(bridge, 0, 0, {0x104C, 0x8232});
+    Bench bench;
+    const std::string dump = bench.folder().write("bus.dump", bus.dump());
+    ASSERT_EQ(bench.describe(dump, "02:00.0").exitStatus, 0);
+    bench.expectSoundAndListed(dump, "02:00.0");
+    const std::string text = bench.folder().read("PCI Hardware Descriptions/box.ini");
+    EXPECT_NE(text.find("; Bridges of this box have the same identifiers as one above it"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("IsOptional = 1\n", text.find("[DownstreamPort1]")), std::string::npos)
+        << text;
+}
+
+TEST(Describe, PortWithoutABusOfItsOwnIsToldByItsAddressAlone) {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x104C, 0x8232}, 0);
+    bus.setSecondaryBus(bus.bridge(up, 1, 0, {0x104C, 0x8233}, 0), 0);
+    const FileFolder folder;
+    const auto result = tavctl("describe 01:00.0 --dump " + folder.write("bus.dump", bus.dump()));
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_NE(result.output.find("; Now 02:01.0.\n"), std::string::npos) << result.output;
+}
+
 // A box with three ports behind a root port; behind each a card or nothing.
-std::string box(bool first, bool second, bool third, unsigned width = 4) {
+std::string box(bool first, bool second, bool third, unsigned width = 4,
+                testsupport::Ids upIds = {0x10B5, 0x8608}) {
     BusBuilder bus;
     const auto other = bus.rootPort(0, 1, 0, {0x8086, 0x1901}, 4);
     bus.endpoint(other, 0, 0, {0x8086, 0x10D3});
     const auto root = bus.rootPort(0, 2, 0, {0x8086, 0x1901}, 4);
-    const auto up = bus.bridge(root, 0, 0, {0x10B5, 0x8608}, width);
+    const auto up = bus.bridge(root, 0, 0, upIds, width);
     const bool plugged[] = {first, second, third};
     for (unsigned i = 0; i < 3; ++i) {
         const auto port = bus.bridge(up, i + 1, 0, {0x10B5, 0x8608}, width);
@@ -170,10 +200,10 @@ std::string box(bool first, bool second, bool third, unsigned width = 4) {
 
 // Runs describe --watch on a dump that is replaced whenever a question asks for it. Each answer
 // stands for one question; "DUMP n" replaces the dump by number n and then presses Enter.
-testsupport::CommandResult watch(const FileFolder& folder,
-                                 const std::vector<std::string>& answers) {
-    std::string script = "coproc T { '" TAVCTL_FILE "' describe 02:00.0 --watch --dump '" +
-                         folder.file("bus.dump") + "' -o '" + folder.file("box.ini") +
+testsupport::CommandResult watch(const FileFolder& folder, const std::vector<std::string>& answers,
+                                 const std::string& options = {}) {
+    std::string script = "coproc T { '" TAVCTL_FILE "' describe 02:00.0 --watch " + options +
+                         " --dump '" + folder.file("bus.dump") + "' -o '" + folder.file("box.ini") +
                          "' 2>&1; }\n"
                          "pid=$T_PID; exec 3<&\"${T[0]}\" 4>&\"${T[1]}\" {T[1]}>&-\n"
                          "ask() { while read -r line <&3; do echo \"$line\"; case \"$line\" in "
@@ -277,6 +307,63 @@ TEST(DescribeWatch, BoxThatGoesAwayIsTold) {
     const auto result = watch(folder, {"A", "DUMP 1"});
     EXPECT_EQ(result.exitStatus, 1) << result.output;
     EXPECT_NE(result.output.find("the box is no longer at MR00:00,10"), std::string::npos)
+        << result.output;
+}
+
+TEST(DescribeWatch, AnswersThatEndEndTheList) {
+    const auto result = tavctl("describe 01:00.0 --watch --dump " + kSample + " </dev/null 2>&1");
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.output.find("no connector was found"), std::string::npos) << result.output;
+}
+
+// A port that is there only while something is plugged in.
+TEST(DescribeWatch, PortThatComesWithWhatIsPluggedInIsFound) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x8086, 0x10D3});
+    const auto up = bus.bridge(bus.rootPort(0, 2, 0, {0x8086, 0x1901}), 0, 0, {0x10B5, 0x8608}, 4);
+    const FileFolder folder;
+    folder.write("bus.dump", bus.dump());
+    bus.endpoint(bus.bridge(up, 3, 0, {0x10B5, 0x8608}, 4), 0, 0, {0x1172, 0xE001});
+    folder.write("dump1", bus.dump());
+    const auto result = watch(folder, {"A", "DUMP 1", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(folder.read("box.ini").find("TraversalMapFromAnchor = d3f0\n"), std::string::npos);
+}
+
+TEST(DescribeWatch, WhatComesBesideThePortsIsInNoConnector) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x8086, 0x10D3});
+    const auto up = bus.bridge(bus.rootPort(0, 2, 0, {0x8086, 0x1901}), 0, 0, {0x10B5, 0x8608}, 4);
+    const FileFolder folder;
+    folder.write("bus.dump", bus.dump());
+    bus.endpoint(up, 9, 0, {0x1172, 0xE001});
+    folder.write("dump1", bus.dump());
+    const auto result = watch(folder, {"A", "DUMP 1", ""});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("What has changed stands beside the ports of the box"),
+              std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("no connector was found"), std::string::npos) << result.output;
+}
+
+TEST(DescribeWatch, WidthThatPromisesMoreConnectorsThanWereFoundIsTold) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false, 8));
+    folder.write("dump1", box(true, false, false, 8));
+    const auto result = watch(folder, {"A", "DUMP 1", ""}, "--lanes 4");
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("expected that there are labels for this port (link width 8)"),
+              std::string::npos)
+        << result.output;
+}
+
+TEST(DescribeWatch, BoxThatIsAnotherOneNowIsTold) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump1", box(true, false, false, 4, {0x10B5, 0x8609}));
+    const auto result = watch(folder, {"A", "DUMP 1", ""});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("it is not found by its identifiers"), std::string::npos)
         << result.output;
 }
 

@@ -53,6 +53,13 @@ TEST(ListingAsTable, ShowsNameFirstAndADeviceALine) {
               "Wide10  Box    41:00.0  PCI           B1,LONG\n");
 }
 
+TEST(ListingAsTable, CategoryThatNobodyKnowsIsANumber) {
+    ListedDevice other = box();
+    other.category = 77;
+    EXPECT_EQ(listingAsTable({other}, false), "NAME  MODEL  ADDRESS  CATEGORY     PORTS\n"
+                                              "TAV1  Box    01:00.0  category 77  A\n");
+}
+
 TEST(ListingAsTable, VerboselyHasALineForThePortsAndTheirValues) {
     EXPECT_EQ(listingAsTable({box(), wideBox()}, true),
               "NAME    MODEL  ADDRESS  CATEGORY      PORTS\n"

@@ -142,6 +142,49 @@ TEST(Drawing, DevicesWithinEachOtherAreStillDrawn) {
     EXPECT_THAT(dot, HasSubstr("\n  d1 ["));
 }
 
+TEST(Drawing, SeveralFunctionsInAConnectorAreTheFirstAndANumber) {
+    TreeFixture fixture;
+    fixture.machine.endpoint(fixture.portA, 0, 1, {0x1172, 0xE002, 0, 0});
+    fixture.machine.endpoint(fixture.portA, 0, 2, {0x1172, 0xE003, 0, 0});
+    fixture.bus = pcibus::parseDump(fixture.machine.dump(), "machine");
+    const auto placed = fixture.placed();
+    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    EXPECT_THAT(dot, HasSubstr("A Card With a Name That ... +2"));
+}
+
+// What stands in a box but in none of its connectors has a place of its own.
+TEST(Drawing, DeviceBelowABoxWithoutPortsStandsOnItsOwn) {
+    TreeFixture fixture;
+    fixture.listed[0].ports.clear();
+    ListedDevice card;
+    card.model = "Card";
+    card.category = 10;
+    card.bus = 3;
+    card.terminalName = "TAV2";
+    fixture.listed.push_back(card);
+    const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
+    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    EXPECT_THAT(dot, HasSubstr("  w0:e -> d0:h:w\n"));
+    EXPECT_THAT(dot, HasSubstr("  w1:e -> d1:h:w\n"));
+    EXPECT_THAT(dot, Not(HasSubstr("  d0:p")));
+}
+
+// The second root bus has one bridge, and that leads to the only device there.
+TEST(Drawing, RootBusOfNothingButTheWayToADeviceHasNoBox) {
+    TreeFixture fixture;
+    const auto card = fixture.machine.endpoint(fixture.second, 0, 0, {0x1172, 0xE001, 1, 2});
+    fixture.bus = pcibus::parseDump(fixture.machine.dump(), "machine");
+    ListedDevice device;
+    device.model = "Card";
+    device.category = 10;
+    device.bus = fixture.machine.bus(card);
+    fixture.listed.push_back(device);
+    const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
+    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", true});
+    EXPECT_THAT(dot, HasSubstr("root bus 00"));
+    EXPECT_THAT(dot, Not(HasSubstr("root bus 40")));
+}
+
 TEST(DotText, EscapesMarkupAndReplacesWhatIsNoText) {
     EXPECT_EQ(markupText("a<b>&\"c\""), "a&lt;b&gt;&amp;&quot;c&quot;");
     EXPECT_EQ(markupText("\xC3\xB6\xFF\n\x7F"), "\xC3\xB6\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");

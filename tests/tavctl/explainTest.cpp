@@ -188,6 +188,192 @@ TEST(Explain, AnchorOnARootBusHasNoBridgeAboveIt) {
     EXPECT_EQ(step.at("found"), "none, since bus 00 is a root bus");
 }
 
+using testsupport::BusBuilder;
+
+constexpr testsupport::Ids kRootIds{0x8086, 0x1901};
+constexpr testsupport::Ids kUpIds{0x104C, 0x8232};
+constexpr testsupport::Ids kPortIds{0x104C, 0x8233};
+
+// A machine made for one description.
+class Described {
+public:
+    Described(const BusBuilder& bus, const std::string& text) {
+        folder_.write("bus.dump", bus.dump());
+        fs::create_directory(folder_.file("PCI Hardware Descriptions"));
+        folder_.write("PCI Hardware Descriptions/box.ini", text);
+    }
+
+    [[nodiscard]] Machine machine() const { return {folder_.file("bus.dump"), folder_.file("")}; }
+    [[nodiscard]] std::string asText() const {
+        return tavctl("explain --dump " + inQuotes(machine().dump) + " --descriptions " +
+                      inQuotes(machine().descriptions))
+            .output;
+    }
+    // Of the only model, which must be explained as it is listed.
+    [[nodiscard]] json model() const {
+        const json whole = machine().explained();
+        EXPECT_EQ(listedBy(whole), machine().listed().value()) << whole;
+        return whole.at("models").at(0);
+    }
+
+private:
+    FileFolder folder_;
+};
+
+// A box with the upstream port for its anchor and one connector at `map`.
+std::string boxAt(const std::string& anchorPid, const std::string& map) {
+    return "[UpstreamTAV]\nModel = Box\nDeviceCategory = SwitchboxTav\n"
+           "InternalBridges = \"\"\nConnectorLabels = HOST,A\nDownstreamPorts = 1\n"
+           "HasUpstreamPort = 1\n"
+           "[Anchor]\nPciHeaderType = 1\nVid = 104C\nPid = " +
+           anchorPid +
+           "\nSsVid = 0\nSsPid = 0\n"
+           "[UpstreamPort]\nIDsSameAs = Anchor\nTraversalMapFromAnchor = \"\"\n"
+           "[DownstreamPort1]\nVid = 104C\nPid = 8233\nSsVid = 0\nSsPid = 0\n"
+           "TraversalMapFromAnchor = " +
+           map + "\n";
+}
+
+// A card that has no connectors; `alternate` is a second device that it may be.
+std::string cardOr(const std::string& alternate) {
+    return "[UpstreamTAV]\nModel = Card\nDeviceCategory = PCI\nInternalBridges = \"\"\n"
+           "ConnectorLabels = \"\"\nDownstreamPorts = \"\"\nHasUpstreamPort = 0\n"
+           "[Anchor]\nAlternateAnchors = Other\nPciHeaderType = 0\nVid = 1172\nPid = E001\n"
+           "SsVid = 0\nSsPid = 0\n"
+           "[AlternateAnchorOther]\nPciHeaderType = 0\nVid = 1172\nPid = " +
+           alternate + "\nSsVid = 0\nSsPid = 0\n";
+}
+
+// The box, and a card that has nearly the identifiers of the box but none of its bridges.
+BusBuilder boxAndCard() {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    bus.bridge(up, 0, 0, kPortIds);
+    bus.endpoint(bus.rootPort(0, 2, 0, kRootIds), 0, 0, {0x104C, 0x8231, 0x1234, 0x0001});
+    return bus;
+}
+
+TEST(Explain, ShowsTheNearFunctionsThatWouldBeListedAndTheirChanges) {
+    const std::string text = Described(boxAndCard(), boxAt("8231", "d0f0")).asText();
+    EXPECT_NE(text.find("  No function of this bus has the anchor's identifiers.\n"
+                        "  Nearly the anchor's identifiers:\n"
+                        "    01:00.0  104C:8232"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find(", a bridge\n      change: [Anchor] Pid = 8232\n"), std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("1234:0001"), std::string::npos) << text;
+}
+
+TEST(Explain, ShowsNearFunctionsThatWouldNotBeListedForWantOfBetterOnes) {
+    const std::string text = Described(boxAndCard(), boxAt("8231", "d9f0")).asText();
+    EXPECT_NE(text.find("01:00.0  104C:8232"), std::string::npos) << text;
+    EXPECT_NE(text.find("1234:0001, no bridge; not listed with these\n             either\n"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("change:"), std::string::npos) << text;
+}
+
+// The walk of the second device begins where the first one stands: the plug-in begins its pass over
+// the devices again for each anchor, and takes the slot paths by their number.
+TEST(Explain, DeviceOfAnAlternateAnchorIsLookedForFromAnotherOnesSlotPath) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, kRootIds), 0, 0, {0x1172, 0xE001});
+    bus.endpoint(bus.rootPort(0, 2, 0, kRootIds), 0, 0, {0x1172, 0xE002});
+    const json model = Described(bus, cardOr("E002")).model();
+    EXPECT_EQ(model.at("listed"), 2);
+    ASSERT_EQ(model.at("candidates").size(), 2U);
+    const json& second = model.at("candidates").at(1);
+    EXPECT_EQ(second.at("address"), "02:00.0");
+    EXPECT_EQ(second.at("slotPath"), "MR00:00,10");
+    EXPECT_EQ(second.at("steps").at(0).at("condition"), "a bridge stands above it");
+    const json& noted = second.at("steps").at(1);
+    EXPECT_EQ(noted.at("result"), "note");
+    EXPECT_EQ(noted.at("condition"), "its places are looked for from its own slot path");
+    EXPECT_EQ(noted.at("expected"), "MR00:00,10");
+    EXPECT_EQ(noted.at("found"), "MR00:00,08, that of another anchor of the model");
+}
+
+TEST(Explain, DeviceThatTwoAnchorsDescribeIsListedTwice) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, kRootIds), 0, 0, {0x1172, 0xE001});
+    const json model = Described(bus, cardOr("E001")).model();
+    EXPECT_EQ(model.at("listed"), 2);
+    ASSERT_EQ(model.at("candidates").size(), 2U);
+    for (const json& candidate : model.at("candidates")) {
+        EXPECT_EQ(candidate.at("address"), "01:00.0");
+        EXPECT_EQ(candidate.at("slotPath"), "MR00:00,08");
+    }
+}
+
+const json& lastStep(const json& model) {
+    return model.at("candidates").at(0).at("steps").back();
+}
+
+TEST(Explain, ModelThatIsToHaveNoNameGetsNoTerminalName) {
+    std::string text = boxAt("8232", "d0f0");
+    text.replace(text.find("Box"), 3, "_");
+    const json model = Described(boxAndCard(), text).model();
+    EXPECT_EQ(lastStep(model).at("result"), "FAIL");
+    EXPECT_EQ(lastStep(model).at("condition"), "a terminal name can be given");
+    EXPECT_EQ(lastStep(model).at("expected"), "no failure");
+    EXPECT_EQ(lastStep(model).at("found"), model.at("failure"));
+}
+
+TEST(Explain, MapThatCannotBeAppliedEndsTheLookUp) {
+    const json model = Described(boxAndCard(), boxAt("8232", "-,-,-,d0f0")).model();
+    EXPECT_EQ(lastStep(model).at("condition"), "[DownstreamPort1] can be looked up");
+    EXPECT_EQ(lastStep(model).at("section"), "DownstreamPort1");
+    EXPECT_EQ(lastStep(model).at("found"), model.at("failure"));
+}
+
+// A port that stands elsewhere is looked for among all bridges of the box but those that other
+// sections describe; a section whose map leads nowhere describes none.
+TEST(Explain, PortIsMovedToTheBridgeThatHasItsIdentifiersOnAWideBox) {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    for (unsigned i = 0; i < 60; ++i)
+        bus.bridge(up, i / 4, i % 4, {0x10B5, 0x8608});
+    bus.bridge(up, 31, 0, kPortIds);
+    std::string text = boxAt("8232", "d30f7");
+    text.replace(text.find("InternalBridges = \"\""), 20, "InternalBridges = Nowhere");
+    text += "[InternalBridgeNowhere]\nIDsSameAs = DownstreamPort1\n"
+            "TraversalMapFromAnchor = -,-,-,-\n";
+    const json model = Described(bus, text).model();
+    EXPECT_EQ(model.at("listed"), 0);
+    const json& change = model.at("candidates").at(0).at("changes").at(0);
+    EXPECT_EQ(change.at("section"), "DownstreamPort1");
+    EXPECT_EQ(change.at("key"), "TraversalMapFromAnchor");
+    EXPECT_EQ(change.at("value"), "d31f0");
+}
+
+// Nothing says then which of the bridges it is, and not all of them are tried.
+TEST(Explain, PortIsMovedToTheFirstBridgeWhenNoneHasItsIdentifiers) {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    for (unsigned i = 0; i < 60; ++i)
+        bus.bridge(up, i / 4, i % 4, {0x10B5, 0x8608});
+    const json model = Described(bus, boxAt("8232", "d30f7")).model();
+    EXPECT_EQ(model.at("candidates").at(0).at("changes").at(0).at("value"), "d0f0");
+}
+
+// Seen from a card, the bridges of its box are up and down again.
+TEST(Explain, BridgeBesideAnAnchorThatIsNoBridgeIsReachedOverTheOneAbove) {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    bus.endpoint(up, 1, 0, {0x1172, 0xE001});
+    bus.bridge(up, 2, 0, kPortIds);
+    std::string text = cardOr("E002");
+    text.replace(text.find("InternalBridges = \"\""), 20, "InternalBridges = Card");
+    text += "[InternalBridgeCard]\nVid = 104C\nPid = 8233\nSsVid = 0\nSsPid = 0\n"
+            "TraversalMapFromAnchor = -,d9f0\nReportAddressFromThisBridge = 1\n";
+    const json model = Described(bus, text).model();
+    EXPECT_EQ(model.at("listed"), 0);
+    const json& change = model.at("candidates").at(0).at("changes").at(0);
+    EXPECT_EQ(change.at("section"), "InternalBridgeCard");
+    EXPECT_EQ(change.at("value"), "-,d2f0");
+}
+
 // Makes each proposed change to the file and looks whether the plug-in lists the candidate then.
 void expectChangesWork(const Machine& machine, const fs::path& file, const json& model,
                        Tally& tally) {

@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -137,6 +138,61 @@ TEST(ModelTree, FitsItsModel) {
         ++models;
     }
     EXPECT_GT(models, 35U);
+}
+
+// A box whose upstream port is the anchor, with one port at each of the maps.
+nZoTavManagerPciPlugin_15_0::tModelDescription modelWith(const std::vector<std::string>& maps) {
+    using namespace nZoTavManagerPciPlugin_15_0;
+    tModelDescription model;
+    model.model = "Box";
+    model.anchors = {{kHeaderTypeBridge, {0x104C, 0x8232, 0, 0}}};
+    model.upstreamPort.traversalMap = "";
+    model.upstreamPort.ids = model.anchors.front().ids;
+    model.connectorLabels = {"HOST"};
+    for (const std::string& map : maps) {
+        tBridgeDescription port;
+        port.traversalMap = map;
+        port.ids = {0x104C, 0x8233, 0, 0};
+        model.downstreamPorts.push_back(port);
+        model.connectorLabels.push_back(map);
+    }
+    model.terminalNameBase = "BOX";
+    return model;
+}
+
+TEST(ModelTree, ThereIsNoneForMapsThatCannotBeApplied) {
+    for (const char* map : {"nonsense", "-,-,-,-,-,-,-,-", "-,-,-,-,-,-,-,-,-"}) {
+        const auto model = modelWith({map});
+        const nZoTavManagerPciPlugin_15_0::tModelDescription* const models[] = {&model};
+        EXPECT_EQ(tavctl::lint::busOf(models, 0, true), nullptr) << map;
+        EXPECT_FALSE(tavctl::lint::satisfiedByOneTree(model, modelWith({"d0f0"}))) << map;
+    }
+}
+
+TEST(ModelTree, ThereIsNoneForMoreBridgesThanBuses) {
+    std::vector<std::string> maps;
+    for (int device = 0; device < 32; ++device) {
+        for (int function = 0; function < 8; ++function)
+            maps.push_back("d" + std::to_string(device) + "f" + std::to_string(function));
+    }
+    const auto model = modelWith(maps);
+    const nZoTavManagerPciPlugin_15_0::tModelDescription* const models[] = {&model};
+    EXPECT_EQ(tavctl::lint::busOf(models, 0, true), nullptr);
+    // Below another port there is no room either.
+    for (std::string& map : maps)
+        map.insert(0, "d0f0,");
+    const auto deeper = modelWith(maps);
+    const nZoTavManagerPciPlugin_15_0::tModelDescription* const others[] = {&deeper};
+    EXPECT_EQ(tavctl::lint::busOf(others, 0, true), nullptr);
+}
+
+// What is not listed on its own tree, for want of labels here, fits no tree together with another.
+TEST(ModelTree, ModelThatIsNeverListedSharesNone) {
+    auto never = modelWith({"d0f0"});
+    never.connectorLabels.clear();
+    const auto other = modelWith({"d0f0"});
+    EXPECT_FALSE(tavctl::lint::satisfiedByOneTree(never, other));
+    EXPECT_TRUE(tavctl::lint::satisfiedByOneTree(other, other));
 }
 
 } // namespace

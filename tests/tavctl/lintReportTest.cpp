@@ -74,6 +74,30 @@ TEST(LintReport, CountsCharactersAndNotBytes) {
     EXPECT_EQ(report.findings[1].place.length, 2);
 }
 
+TEST(LintReport, CaretStandsBelowTheCharacterAndNotTheByte) {
+    const FileFolder folder;
+    const std::string file = folder.write(
+        "box.ini", with(kSound, "ConnectorLabels = \"\"", "ConnectorLabels = \"Ä,Ö, Ü\""));
+    const std::string text = tavctl::lint::reportAsText(tavctl::lint::lint({file}));
+    EXPECT_NE(text.find("    ConnectorLabels = \"Ä,Ö, Ü\"\n"
+                        "                           ^~\n"),
+              std::string::npos)
+        << text;
+}
+
+TEST(LintReport, LabelsOfPortsThatNoLinkIsWideEnoughForAreTooMany) {
+    const FileFolder folder;
+    const std::string file =
+        folder.write("box.ini", with(kSound, "ConnectorLabels = \"\"",
+                                     "ConnectorLabels = A\nLinkWidthPerLabel = 64"));
+    const auto report = tavctl::lint::lint({file});
+    ASSERT_FALSE(report.findings.empty());
+    EXPECT_EQ(report.findings[0].rule, "too-many-labels");
+    EXPECT_EQ(report.findings[0].found,
+              "1 label, but the ports take none: the model is never listed. No link is as wide as "
+              "LinkWidthPerLabel");
+}
+
 TEST(LintReport, LongLinesAreShownAroundThePlace) {
     const FileFolder folder;
     const std::string file =

@@ -1,11 +1,15 @@
 // What can be wrong with stored names, and what becomes of them.
 #include "tavctl/nameCheck.h"
 
+#include "tavctl/deviceSurvey.h"
 #include "tavctl/failure.h"
+#include "tavctl/nameReport.h"
 #include "tests/support/fileFolder.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+
+#include <filesystem>
 
 namespace {
 
@@ -176,6 +180,28 @@ TEST(NameFile, FailedWriteIsToldAndLeavesNothing) {
         EXPECT_EQ(exception.failure().reason, "it cannot be written");
     }
     EXPECT_EQ(names.folder.fileCount(), 1U);
+}
+
+TEST(NameReport, SlotThatHasAnotherDeviceNowIsReplaced) {
+    const Names names;
+    const NameFile file = names.file(entry("MR00:00", "Box", "TAV1"));
+    const Survey survey = surveyOf({device("MR00:00", "Card", "TAV5")});
+    EXPECT_EQ(namesAsTable(file, &survey, false), "NAME  PRESENT   MODEL  SLOT PATH\n"
+                                                  "TAV1  replaced  Box    MR00:00\n");
+    EXPECT_THAT(namesAsJson(file, &survey), testing::HasSubstr(R"("presence":"replaced")"));
+}
+
+TEST(Survey, NamesThatCannotBeCopiedAreNamed) {
+    const testsupport::FileFolder folder;
+    std::filesystem::create_directory(folder.file("names.ini"));
+    try {
+        surveyDevices(folder.file("names.ini"));
+        FAIL() << "nothing was raised";
+    } catch (const FailureException& exception) {
+        EXPECT_EQ(exception.failure().operation, "read terminal names");
+        EXPECT_EQ(exception.failure().object, folder.file("names.ini"));
+        EXPECT_NE(exception.failure().reason, "");
+    }
 }
 
 } // namespace

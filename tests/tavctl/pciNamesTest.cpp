@@ -56,4 +56,23 @@ TEST(PciNames, NamedFileThatCannotBeReadIsAFailure) {
     }
 }
 
+TEST(PciNames, NumbersWithoutANameOrWithMoreDigitsAreNone) {
+    const PciNames names = PciNames::parse("8086\n\t0001  Of Nobody\n"
+                                           "10b55  Five Digits\n"
+                                           "1172  Maker\n\te001\n\te0022  Five Digits\n");
+    EXPECT_EQ(names.vendor(0x8086), "");
+    EXPECT_EQ(names.device(0x8086, 0x0001), "");
+    EXPECT_EQ(names.vendor(0x10B5), "");
+    EXPECT_EQ(names.vendor(0x1172), "Maker");
+    EXPECT_EQ(names.device(0x1172, 0xE001), "");
+    EXPECT_EQ(names.device(0x1172, 0xE002), "");
+}
+
+#ifndef _WIN32
+TEST(PciNames, FolderInPlaceOfTheFileIsAFailure) {
+    const testsupport::FileFolder folder;
+    EXPECT_THROW(PciNames::load(folder.file("")), FailureException);
+}
+#endif
+
 } // namespace

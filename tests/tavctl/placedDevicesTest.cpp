@@ -95,4 +95,27 @@ TEST(PlacedDevices, AddressWhereNothingIsHasNoFunction) {
     EXPECT_EQ(fixture.placed().at(0).reported, std::nullopt);
 }
 
+// The walk never asks for a port behind the last label, so nobody has told of its map before.
+TEST(PlacedDevices, MapThatCannotBeAppliedLeavesThePortsToTheirBuses) {
+    const TreeFixture fixture;
+    Survey survey = fixture.survey();
+    survey.models[0].downstreamPorts[3].traversalMap = "nonsense";
+    const auto placed = placeDevices(fixture.listed, survey, fixture.bus);
+    ASSERT_EQ(placed[0].ports.size(), 2U);
+    EXPECT_THAT(placed[0].ports[1].labels, ElementsAre("B1", "B2"));
+    EXPECT_EQ(placed[0].ports[1].bridge, fixture.machine.handle(fixture.portB));
+}
+
+TEST(PlacedDevices, MissingPortWithoutABridgeAboveHasNoPlace) {
+    const TreeFixture fixture;
+    for (const char* map : {"d9f0,d0f0", "-,-,d9f0"}) {
+        Survey survey = fixture.survey();
+        survey.models[0].downstreamPorts[2].traversalMap = map;
+        const auto placed = placeDevices(fixture.listed, survey, fixture.bus);
+        ASSERT_EQ(placed[0].ports.size(), 3U) << map;
+        for (const PlacedPort& port : placed[0].ports)
+            EXPECT_FALSE(port.missing) << map;
+    }
+}
+
 } // namespace

@@ -211,4 +211,16 @@ TEST(TreeJson, HasFunctionsWithTheirMarks) {
 })");
 }
 
+TEST(TreeJson, TellsAnchorAndUpstreamPortFromTheReportedAddress) {
+    const TreeFixture fixture;
+    auto placed = fixture.placed();
+    placed[0].reported = fixture.machine.handle(fixture.portD);
+    placed[0].anchor = fixture.machine.handle(fixture.card);
+    placed[0].upstreamPort = fixture.machine.handle(fixture.root);
+    const std::string json = treeAsJson(BusTreeView(fixture.bus, placed), names());
+    EXPECT_NE(json.find(R"({"role":"upstreamPort","terminalName":"TAV1"})"), std::string::npos)
+        << json;
+    EXPECT_NE(json.find(R"({"role":"anchor","terminalName":"TAV1"})"), std::string::npos) << json;
+}
+
 } // namespace
