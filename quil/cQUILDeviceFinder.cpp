@@ -66,8 +66,8 @@ cQUILDeviceFinder::cQUILDeviceFinder(std::unique_ptr<platform::PciDevices> devic
 
 void cQUILDeviceFinder::FindByPciIds(const tPciIds& ids, std::vector<tBusAddress>& addresses) {
     tErrorStatus status;
-    nZOQUIL000::setSystemError(status, devices_->open(), kListSite);
-    zoerr::raiseIfFailed(status);
+    if (nZOQUIL000::setSystemError(status, devices_->open(), kListSite))
+        return zoerr::raiseIfFailed(status);
     const ListCloser closer(*devices_);
     const platform::SoughtIds sought{ids.vendor, ids.device, ids.subsystemVendor, ids.subsystem};
     const auto next = [&](std::size_t index) { return devices_->nextToAsk(index, sought); };

@@ -51,7 +51,8 @@ std::string parentPath(const std::string& path) {
 std::string portAbove(const std::string& path, const Functions& steady,
                       const std::string& anchorPath) {
     std::string below = path;
-    for (std::string at = parentPath(path); at != anchorPath; below = at, at = parentPath(at)) {
+    for (std::string at = parentPath(path); !at.empty() && at != anchorPath;
+         below = at, at = parentPath(at)) {
         if (steady.contains(at))
             return at;
     }
