@@ -42,8 +42,8 @@ Reference referenceOf(const ini::IniFileObject& file);
 // With lines: also where each section and key was met, and the first odd line.
 bool same(const Reference& left, const Reference& right, bool withLines);
 
-// The names by the setting: to the byte, or without regard to case, white
-// space in front, and white space that the longer one has at its end.
+// The names by the setting: to the byte, or without regard to case, white space in front, and white
+// space that the longer one has at its end.
 bool sameName(bool caseSensitive, std::string_view left, std::string_view right);
 
 bool isWhite(char c);

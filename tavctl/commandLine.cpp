@@ -127,8 +127,6 @@ CommandLine::CommandLine(std::string_view only)
     }
 }
 
-CommandLine::CommandLine() : CommandLine(std::string_view()) {}
-
 ExitStatus runCommandLine(const std::vector<std::string>& words) {
     const auto isNamed = [&](const KnownCommand& known) {
         return words.size() > 1 && words[1] == known.name;

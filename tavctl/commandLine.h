@@ -20,8 +20,7 @@ ExitStatus runCommandLine(const std::vector<std::string>& words);
 class CommandLine {
 public:
     // Every command, or the one of this name only.
-    CommandLine();
-    explicit CommandLine(std::string_view only);
+    explicit CommandLine(std::string_view only = {});
 
     // As runCommandLine().
     ExitStatus run(const std::vector<std::string>& words);

@@ -119,12 +119,14 @@ public:
     };
     [[nodiscard]] const std::vector<Line>& lines() const { return lines_; }
 
-    // Whether the process, which must be stopped, holds a lock: the kernel tells with each
-    // descriptor.
+    // Whether the process, which must be stopped, holds the lock of the names: the kernel tells
+    // with each descriptor. Locks of other files are nothing to the names.
     [[nodiscard]] bool holdsTheLock() const {
-        for (const auto& entry :
-             fs::directory_iterator("/proc/" + std::to_string(process) + "/fdinfo")) {
-            if (read(entry.path()).find("lock:") != std::string::npos)
+        const fs::path folder = "/proc/" + std::to_string(process);
+        for (const auto& entry : fs::directory_iterator(folder / "fdinfo")) {
+            const fs::path descriptor = folder / "fd" / entry.path().filename();
+            if (read(entry.path()).find("lock:") != std::string::npos &&
+                fs::read_symlink(descriptor).filename() == "zotavpci.loc")
                 return true;
         }
         return false;

@@ -327,13 +327,19 @@ TEST(Explain, MapThatCannotBeAppliedEndsTheLookUp) {
     EXPECT_EQ(lastStep(model).at("found"), model.at("failure"));
 }
 
+// A box with sixty bridges that no description means; its upstream port.
+auto addWideBox(BusBuilder& bus) {
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    for (unsigned i = 0; i < 60; ++i)
+        bus.bridge(up, i / 4, i % 4, {0x10B5, 0x8608});
+    return up;
+}
+
 // A port that stands elsewhere is looked for among all bridges of the box but those that other
 // sections describe; a section whose map leads nowhere describes none.
 TEST(Explain, PortIsMovedToTheBridgeThatHasItsIdentifiersOnAWideBox) {
     BusBuilder bus;
-    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
-    for (unsigned i = 0; i < 60; ++i)
-        bus.bridge(up, i / 4, i % 4, {0x10B5, 0x8608});
+    const auto up = addWideBox(bus);
     bus.bridge(up, 31, 0, kPortIds);
     std::string text = boxAt("8232", "d30f7");
     text.replace(text.find("InternalBridges = \"\""), 20, "InternalBridges = Nowhere");
@@ -350,9 +356,7 @@ TEST(Explain, PortIsMovedToTheBridgeThatHasItsIdentifiersOnAWideBox) {
 // Nothing says then which of the bridges it is, and not all of them are tried.
 TEST(Explain, PortIsMovedToTheFirstBridgeWhenNoneHasItsIdentifiers) {
     BusBuilder bus;
-    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
-    for (unsigned i = 0; i < 60; ++i)
-        bus.bridge(up, i / 4, i % 4, {0x10B5, 0x8608});
+    addWideBox(bus);
     const json model = Described(bus, boxAt("8232", "d30f7")).model();
     EXPECT_EQ(model.at("candidates").at(0).at("changes").at(0).at("value"), "d0f0");
 }

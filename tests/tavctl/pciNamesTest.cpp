@@ -68,11 +68,4 @@ TEST(PciNames, NumbersWithoutANameOrWithMoreDigitsAreNone) {
     EXPECT_EQ(names.device(0x1172, 0xE002), "");
 }
 
-#ifndef _WIN32
-TEST(PciNames, FolderInPlaceOfTheFileIsAFailure) {
-    const testsupport::FileFolder folder;
-    EXPECT_THROW(PciNames::load(folder.file("")), FailureException);
-}
-#endif
-
 } // namespace
