@@ -16,13 +16,12 @@ std::string textOf(const Json& value) {
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
 
-void printMembers(const Json& record, const std::string& prefix) {
+void addMembers(std::string& text, const Json& record, const std::string& prefix) {
     for (const auto& [key, value] : record.items()) {
         if (value.is_object())
-            printMembers(value, prefix + key + ".");
+            addMembers(text, value, prefix + key + ".");
         else
-            std::fprintf(stderr, "    %s%s = %s\n", prefix.c_str(), key.c_str(),
-                         textOf(value).c_str());
+            text += "    " + prefix + key + " = " + textOf(value) + "\n";
     }
 }
 
@@ -30,21 +29,22 @@ Json parsedRecord(const std::string& record) {
     return record.empty() ? Json() : Json::parse(record, nullptr, false);
 }
 
-void printPlain(const Failure& failure) {
-    std::fprintf(stderr, "tavctl: %s\n", failure.sentence().c_str());
+std::string plainText(const Failure& failure) {
+    std::string text = "tavctl: " + failure.sentence() + "\n";
     if (failure.status)
-        std::fprintf(stderr, "  status %s\n", describeStatus(*failure.status).c_str());
+        text += "  status " + describeStatus(*failure.status) + "\n";
     if (failure.status ==
         nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::kConfigurationErrNoKey)
-        std::fputs("  --descriptions and --state take the place of the configuration\n", stderr);
+        text += "  --descriptions and --state take the place of the configuration\n";
     const Json record = parsedRecord(failure.record);
     if (record.is_object() && !record.empty()) {
-        std::fprintf(stderr, "  error record\n");
-        printMembers(record, "");
+        text += "  error record\n";
+        addMembers(text, record, "");
     }
+    return text;
 }
 
-void printJson(const Failure& failure) {
+std::string jsonText(const Failure& failure) {
     Json error;
     error["operation"] = failure.operation;
     error["object"] = failure.object;
@@ -57,8 +57,7 @@ void printJson(const Failure& failure) {
     if (const Json record = parsedRecord(failure.record); record.is_object())
         error["record"] = record;
     const Json whole{{"error", error}};
-    std::fprintf(stderr, "%s\n",
-                 whole.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 } // namespace
@@ -74,11 +73,14 @@ std::string Failure::sentence() const {
     return text;
 }
 
+std::string failureText(const Failure& failure, bool asJson) {
+    return asJson ? jsonText(failure) : plainText(failure);
+}
+
 void printFailure(const Failure& failure, bool asJson) {
-    if (asJson)
-        printJson(failure);
-    else
-        printPlain(failure);
+    // In one piece: lines of other programs on the same terminal do not come in between.
+    const std::string text = failureText(failure, asJson);
+    std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
 } // namespace tavctl

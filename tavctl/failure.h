@@ -38,8 +38,11 @@ private:
     ExitStatus exitStatus_;
 };
 
-// Writes a failure to standard error: the sentence, the status in decimal, hexadecimal and words,
-// and the members of the error record, one a line; or, with `asJson`, all of it as one JSON object.
+// A failure in lines: the sentence, the status in decimal, hexadecimal and words, and the members
+// of the error record, one a line; or, with `asJson`, all of it as one JSON object in one line.
+[[nodiscard]] std::string failureText(const Failure& failure, bool asJson);
+
+// Writes that text to standard error.
 void printFailure(const Failure& failure, bool asJson);
 
 } // namespace tavctl

@@ -8,12 +8,7 @@
 namespace {
 
 using tavctl::Failure;
-
-std::string printed(const Failure& failure, bool asJson) {
-    testing::internal::CaptureStderr();
-    tavctl::printFailure(failure, asJson);
-    return testing::internal::GetCapturedStderr();
-}
+using tavctl::failureText;
 
 const Failure kFailure{"load bridge library",
                        "zopcibrd.so",
@@ -31,8 +26,8 @@ TEST(Failure, StatusStandsInForAMissingReason) {
                                    "not be loaded, or lacks a function");
 }
 
-TEST(Failure, PrintsTheMembersOfTheErrorRecord) {
-    EXPECT_EQ(printed(kFailure, false),
+TEST(Failure, TextHasTheMembersOfTheErrorRecord) {
+    EXPECT_EQ(failureText(kFailure, false),
               "tavctl: load bridge library (zopcibrd.so): the bridge library could not be loaded, "
               "or lacks a function\n"
               "  status -52005 (0xFFFF34DB): the bridge library could not be loaded, or lacks a "
@@ -44,11 +39,11 @@ TEST(Failure, PrintsTheMembersOfTheErrorRecord) {
 }
 
 TEST(Failure, WithoutStatusAndRecordTheSentenceIsAll) {
-    EXPECT_EQ(printed({"use", "x", "why", {}, {}}, false), "tavctl: use (x): why\n");
+    EXPECT_EQ(failureText({"use", "x", "why", {}, {}}, false), "tavctl: use (x): why\n");
 }
 
 TEST(Failure, JsonHasEverything) {
-    const auto error = nlohmann::json::parse(printed(kFailure, true)).at("error");
+    const auto error = nlohmann::json::parse(failureText(kFailure, true)).at("error");
     EXPECT_EQ(error.at("operation"), "load bridge library");
     EXPECT_EQ(error.at("object"), "zopcibrd.so");
     EXPECT_EQ(error.at("status"), -52005);
@@ -59,8 +54,8 @@ TEST(Failure, JsonHasEverything) {
 TEST(Failure, RecordThatIsNoJsonIsLeftOut) {
     Failure failure = kFailure;
     failure.record = "{broken";
-    EXPECT_EQ(printed(failure, false).find("error record"), std::string::npos);
-    EXPECT_FALSE(nlohmann::json::parse(printed(failure, true)).at("error").contains("record"));
+    EXPECT_EQ(failureText(failure, false).find("error record"), std::string::npos);
+    EXPECT_FALSE(nlohmann::json::parse(failureText(failure, true)).at("error").contains("record"));
 }
 
 } // namespace
