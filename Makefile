@@ -66,7 +66,7 @@ test-sanitizers: ## the same but for guests, under address, leak and undefined-b
 # random answers); and the tests of faults, whose failing memory and system calls, and whose kills,
 # meet the writing of the counts at the unloading of a library too, which then crashes or leaves
 # damaged counts.
-COVERAGE_LEAVES_OUT = AbsurdLists|ListsOfAbsurdLength|/HostileFiles|Neighbours|/HostileBridge|^faults/
+COVERAGE_LEAVES_OUT = AbsurdLists|ListsOfAbsurdLength|/HostileFiles|/HostileBridge|^faults/
 
 coverage: ## which lines and branches the tests run; every line that none does must be listed
 	@scripts/install-packages.sh build test coverage

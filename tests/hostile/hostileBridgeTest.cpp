@@ -137,7 +137,7 @@ TEST(HostileBridge, RandomAnswersGiveDocumentedStatusesAndCostNoMemory) {
     }
     constexpr std::uint64_t kWarmUp = 200; // what the C library keeps for later is kept by then
     const std::uint64_t runs =
-        testsupport::effort(testhostile::isSanitized() ? 3'000 : 5'000, 100'000);
+        testsupport::effort(testsupport::isSanitized() ? 3'000 : 5'000, 100'000);
     std::size_t live = 0;
     for (std::uint64_t seed = 1; seed <= runs; ++seed) {
         host.run(seed);

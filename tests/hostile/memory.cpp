@@ -1,5 +1,7 @@
 #include "tests/hostile/memory.h"
 
+#include "tests/support/effort.h"
+
 #include <malloc.h>
 #include <sys/resource.h>
 
@@ -16,14 +18,6 @@ namespace {
 constexpr std::size_t kMegabyte = std::size_t{1} << 20;
 
 } // namespace
-
-bool isSanitized() {
-#if defined(__SANITIZE_ADDRESS__)
-    return true;
-#else
-    return false;
-#endif
-}
 
 std::size_t liveBytes() {
 #if defined(__SANITIZE_ADDRESS__)
@@ -43,8 +37,9 @@ std::size_t peakResidentBytes() {
 std::size_t memoryBound(std::size_t inputBytes, std::size_t perByte) {
     // Freed memory stays with the sanitizer for a while (a quarter of a gigabyte), and every
     // allocation has zones around it.
-    const std::size_t own = isSanitized() ? 768 * kMegabyte : 64 * kMegabyte;
-    return own + inputBytes * perByte * (isSanitized() ? 3 : 1);
+    const bool isSanitized = testsupport::isSanitized();
+    const std::size_t own = isSanitized ? 768 * kMegabyte : 64 * kMegabyte;
+    return own + inputBytes * perByte * (isSanitized ? 3 : 1);
 }
 
 } // namespace testhostile

@@ -5,9 +5,6 @@
 
 namespace testhostile {
 
-// Whether this program is built with the address sanitizer, which takes memory of its own.
-bool isSanitized();
-
 // Bytes that are allocated and not freed, in all of the process.
 std::size_t liveBytes();
 

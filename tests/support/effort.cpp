@@ -5,6 +5,14 @@
 
 namespace testsupport {
 
+bool isSanitized() {
+#if defined(__SANITIZE_ADDRESS__)
+    return true;
+#else
+    return false;
+#endif
+}
+
 std::uint64_t effort(std::uint64_t inEveryRun, std::uint64_t inLongRuns) {
     const char* asked = std::getenv("TAV_EFFORT");
     return asked != nullptr && std::string_view(asked) == "long" ? inLongRuns : inEveryRun;

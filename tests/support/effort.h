@@ -7,6 +7,10 @@
 
 namespace testsupport {
 
+// Whether this program is built with the address sanitizer, which takes memory of its own, and some
+// five times the time wherever it starts other programs that are.
+[[nodiscard]] bool isSanitized();
+
 // How often to do something: inLongRuns where the long way is asked for, else inEveryRun.
 [[nodiscard]] std::uint64_t effort(std::uint64_t inEveryRun, std::uint64_t inLongRuns);
 

@@ -3,6 +3,7 @@
 #include "pcibus/bus.h"
 #include "pcibus/readBus.h"
 #include "tests/support/command.h"
+#include "tests/support/effort.h"
 #include "tests/support/fileFolder.h"
 #include "tests/tavctl/randomMachine.h"
 
@@ -104,7 +105,8 @@ TEST(Describe, EveryBridgeOfTheSampleMachine) {
 TEST(Describe, BridgesOfGeneratedMachines) {
     std::mt19937 random(77); // NOLINT(bugprone-random-generator-seed): the same each time
     Tally tally;
-    for (int i = 0; i < 6; ++i) {
+    const int machines = testsupport::isSanitized() ? 2 : 6;
+    for (int i = 0; i < machines; ++i) {
         Bench bench;
         const auto made = testtavctl::randomMachine(random);
         describeEveryBridge(bench, bench.folder().write("bus.dump", made.bus.dump()), tally);

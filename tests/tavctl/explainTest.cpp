@@ -1,6 +1,7 @@
 // What explain says agrees with what the plug-in lists, its reasons stand in the order in which the
 // plug-in tests, and the changes that it proposes do what they promise.
 #include "tests/support/command.h"
+#include "tests/support/effort.h"
 #include "tests/support/fileFolder.h"
 #include "tests/tavctl/descriptionMutations.h"
 #include "tests/tavctl/guide.h"
@@ -425,7 +426,8 @@ void expectChangesWork(const Machine& machine, const fs::path& file, const json&
 TEST(Explain, AgreesWithThePluginOnGeneratedMachines) {
     std::mt19937 random(1503); // NOLINT(bugprone-random-generator-seed): the same each time
     Tally tally;
-    for (int i = 0; i < 150; ++i) {
+    const int machines = testsupport::isSanitized() ? 70 : 150;
+    for (int i = 0; i < machines; ++i) {
         const FileFolder folder;
         const auto made = testtavctl::randomMachine(random);
         const fs::path descriptions = folder.file("PCI Hardware Descriptions");
