@@ -21,7 +21,7 @@ void addMembers(std::string& text, const Json& record, const std::string& prefix
         if (value.is_object())
             addMembers(text, value, prefix + key + ".");
         else
-            text += "    " + prefix + key + " = " + textOf(value) + "\n";
+            text.append("    " + prefix).append(key + " = ").append(textOf(value)).append("\n");
     }
 }
 
