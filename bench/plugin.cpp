@@ -1,25 +1,14 @@
 #include "bench/plugin.h"
 
 #include "bench/require.h"
+#include "include/tavPlugin.h"
 
 #include <string>
-#include <type_traits>
 
 namespace bench {
 
 Plugin::Plugin() {
-    require(library_.load(TAV_BENCH_PLUGIN),
-            std::string(TAV_BENCH_PLUGIN) + ": " + library_.failureText());
-    const auto bind = [this](auto& function, const char* name) {
-        function =
-            reinterpret_cast<std::remove_reference_t<decltype(function)>>(library_.symbol(name));
-        require(function != nullptr, std::string(TAV_BENCH_PLUGIN) + " has no " + name);
-    };
-    bind(initialize, "tavPlugin_initialize");
-    bind(finalize, "tavPlugin_finalize");
-    bind(getDeviceCount, "tavPlugin_getDeviceCount");
-    bind(getDeviceAttributeI32, "tavPlugin_getDeviceAttributeI32");
-    bind(getDeviceAttributeUTF8, "tavPlugin_getDeviceAttributeUTF8");
+    load(library_, TAV_BENCH_PLUGIN);
 }
 
 void Plugin::initializeOrThrow() const {

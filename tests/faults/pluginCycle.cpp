@@ -1,12 +1,13 @@
 #include "tests/faults/pluginCycle.h"
 
+#include "include/tavPlugin.h"
+
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <memory>
 #include <stdexcept>
-#include <type_traits>
 
 namespace testfaults {
 
@@ -88,19 +89,7 @@ private:
 } // namespace
 
 Plugin::Plugin() {
-    if (!library_.load(ZOTAVPCI_FILE))
-        throw std::runtime_error(library_.failureText());
-    const auto bind = [&](auto& function, const char* name) {
-        function =
-            reinterpret_cast<std::remove_reference_t<decltype(function)>>(library_.symbol(name));
-        if (!function)
-            throw std::runtime_error(library_.failureText());
-    };
-    bind(initialize, "tavPlugin_initialize");
-    bind(finalize, "tavPlugin_finalize");
-    bind(getDeviceCount, "tavPlugin_getDeviceCount");
-    bind(getDeviceAttributeI32, "tavPlugin_getDeviceAttributeI32");
-    bind(getDeviceAttributeUTF8, "tavPlugin_getDeviceAttributeUTF8");
+    load(library_, ZOTAVPCI_FILE);
 }
 
 void runCycle(const Plugin& plugin, CycleReport& report) {

@@ -2,8 +2,8 @@
 // kept without any memory of its own, so that memory may fail meanwhile.
 #pragma once
 
-#include "include/tavPlugin.h"
 #include "platform/dynamicLibrary.h"
+#include "tests/support/pluginFunctions.h"
 
 #include <array>
 #include <cstddef>
@@ -13,18 +13,12 @@
 namespace testfaults {
 
 // The plug-in of the build, loaded while this exists. Raises std::runtime_error when it cannot be.
-class Plugin {
+class Plugin : public testsupport::PluginFunctions {
 public:
     Plugin();
     ~Plugin() { finalize(); }
     Plugin(const Plugin&) = delete;
     Plugin& operator=(const Plugin&) = delete;
-
-    decltype(&tavPlugin_initialize) initialize = nullptr;
-    decltype(&tavPlugin_finalize) finalize = nullptr;
-    decltype(&tavPlugin_getDeviceCount) getDeviceCount = nullptr;
-    decltype(&tavPlugin_getDeviceAttributeI32) getDeviceAttributeI32 = nullptr;
-    decltype(&tavPlugin_getDeviceAttributeUTF8) getDeviceAttributeUTF8 = nullptr;
 
 private:
     platform::DynamicLibrary library_;

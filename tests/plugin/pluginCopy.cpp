@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace testplugin {
 
@@ -22,19 +21,7 @@ PluginCopy::PluginCopy() {
     fs::copy_file(ZOTAVPCI_FILE, plugin());
     fs::copy_file(ZOPCIBRD_FILE, bridgeLibrary());
     testsupport::findLibrariesIn(folder_.path());
-    if (!library_.load(plugin().string().c_str()))
-        throw std::runtime_error(library_.failureText());
-    const auto bind = [&](auto& function, const char* name) {
-        function =
-            reinterpret_cast<std::remove_reference_t<decltype(function)>>(library_.symbol(name));
-        if (!function)
-            throw std::runtime_error(library_.failureText());
-    };
-    bind(initialize, "tavPlugin_initialize");
-    bind(finalize, "tavPlugin_finalize");
-    bind(getDeviceCount, "tavPlugin_getDeviceCount");
-    bind(getDeviceAttributeI32, "tavPlugin_getDeviceAttributeI32");
-    bind(getDeviceAttributeUTF8, "tavPlugin_getDeviceAttributeUTF8");
+    load(library_, plugin().string());
 }
 
 fs::path PluginCopy::bridgeLibrary() const {

@@ -2,9 +2,9 @@
 // bridge library away or put another in its place; and the surroundings that a host runs in.
 #pragma once
 
-#include "include/tavPlugin.h"
 #include "platform/dynamicLibrary.h"
 #include "tests/support/configuredMachine.h"
+#include "tests/support/pluginFunctions.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <filesystem>
@@ -32,7 +32,7 @@ private:
 };
 
 // Loads the copy; finalises and unloads it at the end, as a host must that wants its memory back.
-class PluginCopy {
+class PluginCopy : public testsupport::PluginFunctions {
 public:
     PluginCopy();
     ~PluginCopy() { finalize(); }
@@ -41,13 +41,6 @@ public:
     [[nodiscard]] std::filesystem::path bridgeLibrary() const;
     [[nodiscard]] std::filesystem::path plugin() const;
     [[nodiscard]] const std::filesystem::path& folder() const { return folder_.path(); }
-
-    // The five functions.
-    decltype(&tavPlugin_initialize) initialize = nullptr;
-    decltype(&tavPlugin_finalize) finalize = nullptr;
-    decltype(&tavPlugin_getDeviceCount) getDeviceCount = nullptr;
-    decltype(&tavPlugin_getDeviceAttributeI32) getDeviceAttributeI32 = nullptr;
-    decltype(&tavPlugin_getDeviceAttributeUTF8) getDeviceAttributeUTF8 = nullptr;
 
     // The count, or the status with which asking for it fails.
     [[nodiscard]] std::int64_t countOrStatus() const;
