@@ -12,6 +12,7 @@
 #include "tests/support/program.h"
 #include "tests/support/temporaryFolder.h"
 #include "tests/support/windows/registryTree.h"
+#include "tests/support/windows/startProcess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -177,12 +178,10 @@ std::string outputOf(const std::wstring& line, const fs::path& file) {
     start.dwFlags = STARTF_USESTDHANDLES;
     start.hStdOutput = start.hStdError = output;
     PROCESS_INFORMATION process = {};
-    std::wstring writable = line;
-    const BOOL started = CreateProcessW(nullptr, writable.data(), nullptr, nullptr, TRUE, 0,
-                                        nullptr, nullptr, &start, &process);
+    const DWORD code = testsupport::startProcess(nullptr, line, start, process);
     CloseHandle(output);
-    EXPECT_TRUE(started);
-    if (!started)
+    EXPECT_EQ(code, static_cast<DWORD>(ERROR_SUCCESS));
+    if (code != ERROR_SUCCESS)
         return {};
     WaitForSingleObject(process.hProcess, INFINITE);
     CloseHandle(process.hThread);

@@ -4,6 +4,7 @@
 #include "platform/windows/commandLineText.h"
 #include "platform/windows/uniqueHandle.h"
 #include "tests/support/temporaryFolder.h"
+#include "tests/support/windows/startProcess.h"
 
 #include <fstream>
 #include <iterator>
@@ -47,11 +48,11 @@ RunningProgram::RunningProgram(const std::filesystem::path& program,
     start.hStdOutput = output.get();
     start.hStdError = error.get();
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                        &start, &process)) {
-        const std::string code = std::to_string(GetLastError());
+    const DWORD code = startProcess(program.c_str(), line, start, process);
+    if (code != ERROR_SUCCESS) {
         delete state_;
-        throw std::runtime_error("cannot run " + program.string() + ": system error " + code);
+        throw std::runtime_error("cannot run " + program.string() + ": system error " +
+                                 std::to_string(code));
     }
     CloseHandle(process.hThread);
     state_->process = platform::ProcessHandle(process.hProcess);
