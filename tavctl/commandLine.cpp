@@ -1,16 +1,16 @@
 #include "tavctl/commandLine.h"
 
-#include "tavctl/completionCommand.h"
-#include "tavctl/describeCommand.h"
-#include "tavctl/drawCommand.h"
-#include "tavctl/explainCommand.h"
-#include "tavctl/failure.h"
-#include "tavctl/lintCommand.h"
-#include "tavctl/listCommand.h"
-#include "tavctl/namesCommand.h"
-#include "tavctl/nearestName.h"
-#include "tavctl/recordCommand.h"
-#include "tavctl/treeCommand.h"
+#include "tavctl/completion/completionCommand.h"
+#include "tavctl/describe/describeCommand.h"
+#include "tavctl/draw/drawCommand.h"
+#include "tavctl/explain/explainCommand.h"
+#include "tavctl/lint/lintCommand.h"
+#include "tavctl/list/listCommand.h"
+#include "tavctl/names/namesCommand.h"
+#include "tavctl/record/recordCommand.h"
+#include "tavctl/tree/treeCommand.h"
+#include "tavctl/words/failure.h"
+#include "tavctl/words/nearestName.h"
 
 #include <algorithm>
 #include <cstdio>

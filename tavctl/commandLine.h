@@ -2,8 +2,8 @@
 // understood.
 #pragma once
 
-#include "tavctl/command.h"
-#include "tavctl/exitStatus.h"
+#include "tavctl/options/command.h"
+#include "tavctl/words/exitStatus.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

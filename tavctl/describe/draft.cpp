@@ -2,7 +2,7 @@
 
 #include "pcibus/position.h"
 #include "tavctl/explain/changes.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <map>

@@ -3,8 +3,8 @@
 #include "pcibus/position.h"
 #include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/cSlotPath.h"
-#include "tavctl/failure.h"
-#include "tavctl/words.h"
+#include "tavctl/words/failure.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <istream>

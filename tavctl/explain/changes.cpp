@@ -2,7 +2,7 @@
 
 #include "pxidrivertools/cSlotPath.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <functional>

@@ -4,8 +4,8 @@
 
 #include "pcibus/bus.h"
 #include "pcibus/position.h"
+#include "tavctl/description/description.h"
 #include "tavctl/explain/explanation.h"
-#include "tavctl/lint/description.h"
 #include "tavctl/match/modelMatcher.h"
 
 #include <string>

@@ -2,7 +2,7 @@
 
 #include "tavctl/explain/changes.h"
 #include "tavctl/explain/matchRecorder.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "tavctl/description/description.h"
 #include "tavctl/explain/explanation.h"
-#include "tavctl/lint/description.h"
 #include "tavctl/match/modelMatcher.h"
 
 #include <memory>

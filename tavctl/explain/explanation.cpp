@@ -1,6 +1,6 @@
 #include "tavctl/explain/explanation.h"
 
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <array>

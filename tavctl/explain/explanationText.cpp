@@ -1,6 +1,6 @@
 // The two forms of explanations.
 #include "tavctl/explain/explanation.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

@@ -3,8 +3,8 @@
 #include "pcibus/position.h"
 #include "quil/zoerr.h"
 #include "source/topologyWalk.h"
-#include "tavctl/statusText.h"
-#include "tavctl/words.h"
+#include "tavctl/words/statusText.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

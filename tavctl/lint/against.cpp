@@ -1,10 +1,10 @@
 #include "tavctl/lint/against.h"
 
-#include "tavctl/busFile.h"
+#include "tavctl/bus/busFile.h"
 #include "tavctl/explain/explanation.h"
-#include "tavctl/failure.h"
 #include "tavctl/match/busBridges.h"
-#include "tavctl/words.h"
+#include "tavctl/words/failure.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <tuple>

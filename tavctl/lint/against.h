@@ -1,7 +1,7 @@
 // Which models recorded buses have, and what another folder of descriptions would change in that.
 #pragma once
 
-#include "tavctl/lint/description.h"
+#include "tavctl/description/description.h"
 
 #include <string>
 #include <vector>

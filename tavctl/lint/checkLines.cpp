@@ -2,9 +2,9 @@
 #include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/ini/iniContinuation.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/lint/findings.h"
-#include "tavctl/nearestName.h"
-#include "tavctl/words.h"
+#include "tavctl/description/findings.h"
+#include "tavctl/words/nearestName.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <set>

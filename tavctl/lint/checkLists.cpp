@@ -1,8 +1,8 @@
 // Items of lists: they are split at commas and not trimmed.
 #include "pxidrivertools/asciiText.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/lint/findings.h"
-#include "tavctl/words.h"
+#include "tavctl/description/findings.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 

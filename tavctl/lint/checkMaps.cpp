@@ -1,9 +1,9 @@
 // Traversal maps, step by step, as the plug-in takes them.
 #include "pxidrivertools/scan.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/lint/findings.h"
+#include "tavctl/description/findings.h"
 #include "tavctl/lint/mapPlace.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <set>

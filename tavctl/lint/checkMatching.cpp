@@ -2,9 +2,9 @@
 #include "source/anchorSearch.h"
 #include "source/descriptionLoader.h"
 #include "source/modelList.h"
-#include "tavctl/lint/findings.h"
+#include "tavctl/description/findings.h"
 #include "tavctl/lint/mapPlace.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <initializer_list>

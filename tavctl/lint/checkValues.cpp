@@ -5,8 +5,8 @@
 #include "pxidrivertools/escapedText.h"
 #include "pxidrivertools/scan.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/lint/findings.h"
-#include "tavctl/words.h"
+#include "tavctl/description/findings.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 

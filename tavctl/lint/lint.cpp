@@ -1,9 +1,9 @@
 #include "tavctl/lint/lint.h"
 
 #include "source/descriptionLoader.h"
-#include "tavctl/lint/findings.h"
+#include "tavctl/description/findings.h"
 #include "tavctl/lint/modelTree.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <deque>

@@ -1,9 +1,9 @@
 // Checks description files: every problem of every file.
 #pragma once
 
+#include "tavctl/description/description.h"
+#include "tavctl/description/finding.h"
 #include "tavctl/lint/against.h"
-#include "tavctl/lint/description.h"
-#include "tavctl/lint/finding.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 // The two forms of a lint report.
+#include "tavctl/description/rules.h"
 #include "tavctl/lint/lint.h"
-#include "tavctl/lint/rules.h"
-#include "tavctl/words.h"
+#include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

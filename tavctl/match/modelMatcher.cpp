@@ -7,9 +7,9 @@
 #include "source/cPciTavPluginCache.h"
 #include "source/exceptionStatus.h"
 #include "source/modelList.h"
-#include "tavctl/diagnosis.h"
-#include "tavctl/failure.h"
+#include "tavctl/host/diagnosis.h"
 #include "tavctl/match/scratchNames.h"
+#include "tavctl/words/failure.h"
 
 namespace tavctl {
 

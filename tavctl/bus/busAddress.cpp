@@ -1,0 +1,83 @@
+#include "tavctl/bus/busAddress.h"
+
+#include "tavctl/words/failure.h"
+
+#include <array>
+#include <cstdio>
+
+namespace tavctl {
+
+namespace {
+
+constexpr std::uint32_t kMaxBus = 255;
+constexpr std::uint32_t kMaxDevice = 31;
+constexpr std::uint32_t kMaxFunction = 7;
+
+// One to `most` hexadecimal digits off the front.
+std::optional<std::uint32_t> takeNumber(std::string_view& text, std::size_t most) {
+    std::uint32_t number = 0;
+    std::size_t digits = 0;
+    while (digits < most && digits < text.size()) {
+        const char c = text[digits];
+        std::uint32_t value = 0;
+        if (c >= '0' && c <= '9')
+            value = static_cast<std::uint32_t>(c - '0');
+        else if ((c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'))
+            value = static_cast<std::uint32_t>((c | 0x20) - 'a') + 10;
+        else
+            break;
+        number = number << 4 | value;
+        ++digits;
+    }
+    text.remove_prefix(digits);
+    return digits == 0 ? std::nullopt : std::optional(number);
+}
+
+bool take(std::string_view& text, char expected) {
+    if (text.empty() || text.front() != expected)
+        return false;
+    text.remove_prefix(1);
+    return true;
+}
+
+[[noreturn]] void fail(const std::string& text, const std::string& reason) {
+    throw FailureException({"find function", text, reason, {}, {}}, ExitStatus::problemFound);
+}
+
+} // namespace
+
+std::optional<std::uint32_t> readBusAddress(std::string_view text) {
+    constexpr std::size_t kDomainDigits = 8;
+    std::string_view rest = text;
+    if (const auto domain = takeNumber(rest, kDomainDigits);
+        domain == 0U && take(rest, ':') && rest.find(':') != std::string_view::npos)
+        text = rest;
+    const auto bus = takeNumber(text, 2);
+    if (!bus || *bus > kMaxBus || !take(text, ':'))
+        return std::nullopt;
+    const auto device = takeNumber(text, 2);
+    if (!device || *device > kMaxDevice || !take(text, '.'))
+        return std::nullopt;
+    const auto function = takeNumber(text, 1);
+    if (!function || *function > kMaxFunction || !text.empty())
+        return std::nullopt;
+    return *bus << 8 | *device << 3 | *function;
+}
+
+std::string busAddressText(std::uint32_t bus, std::uint32_t device, std::uint32_t function) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%02x:%02x.%x", bus, device, function);
+    return text.data();
+}
+
+const pcibus::PciFunction& functionAtAddress(const pcibus::Bus& bus, const std::string& text) {
+    const auto handle = readBusAddress(text);
+    if (!handle)
+        fail(text, "expected an address such as 01:00.0");
+    const pcibus::PciFunction* const function = bus.find(*handle);
+    if (function == nullptr)
+        fail(text, "there is no function at this address");
+    return *function;
+}
+
+} // namespace tavctl

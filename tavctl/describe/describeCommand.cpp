@@ -1,0 +1,150 @@
+#include "tavctl/describe/describeCommand.h"
+
+#include "platform/file.h"
+#include "pxidrivertools/asciiText.h"
+#include "pxidrivertools/escapedText.h"
+#include "source/descriptionLoader.h"
+#include "tavctl/bus/busAddress.h"
+#include "tavctl/describe/draft.h"
+#include "tavctl/describe/proof.h"
+#include "tavctl/describe/watch.h"
+#include "tavctl/match/visibleBus.h"
+#include "tavctl/words/failure.h"
+#include "tavctl/words/words.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace tavctl {
+
+namespace {
+
+using SharedBus = std::shared_ptr<const pcibus::Bus>;
+using Json = nlohmann::ordered_json;
+
+struct DescribeOptions {
+    CommonOptions common;
+    std::string address;
+    std::string output; // empty: standard output
+    describe::DraftRequest request;
+    bool watch = false;
+};
+
+SharedBus readBus() {
+    return std::make_shared<const pcibus::Bus>(machineBus());
+}
+
+[[noreturn]] void fail(const std::string& object, std::string reason) {
+    throw FailureException({"describe", object, std::move(reason), {}, {}},
+                           ExitStatus::problemFound);
+}
+
+// The text is put into the file as it is.
+void requireModelName(const std::string& model) {
+    using namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0;
+    if (model == "_" || escapeText(model) != model || trim(model) != model)
+        fail(model, "a model's name must have no quotes, backslashes or blanks around it, and must "
+                    "not be \"_\"");
+}
+
+const pcibus::PciFunction& bridgeAt(const pcibus::Bus& bus, const std::string& address) {
+    const pcibus::PciFunction& function = functionAtAddress(bus, address);
+    if (function.isBridge())
+        return function;
+    const pcibus::PciFunction* const above = bus.parentOfBus(function.bus);
+    fail(address, above == nullptr ? std::string("it is no bridge, and stands on a root bus")
+                                   : join({"it is no bridge; the one above it is ",
+                                           pcibus::addressText(*above)}));
+}
+
+void write(const DescribeOptions& options, const std::string& text) {
+    if (options.output.empty()) {
+        std::fputs(text.c_str(), stdout);
+        return;
+    }
+    const platform::Stream stream = platform::openStream(options.output.c_str(), "wb");
+    if (!stream || std::fwrite(text.data(), 1, text.size(), stream.get()) != text.size() ||
+        std::fflush(stream.get()) != 0)
+        throw FailureException({"write description",
+                                options.output,
+                                platform::systemMessage(platform::lastSystemCode()),
+                                {},
+                                {}});
+}
+
+std::string asJson(const std::string& address, const std::string& text,
+                   const describe::Proof& proof) {
+    const Json whole{{"bridge", address}, {"text", text}, {"alsoListed", proof.others}};
+    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+void tell(const DescribeOptions& options, const describe::Draft& draft,
+          const describe::Proof& proof) {
+    if (!proof.others.empty())
+        std::fputs(wrapped(join({"tavctl: by this description the plug-in also lists ",
+                                 enumerated(proof.others)}),
+                           0)
+                       .c_str(),
+                   stderr);
+    if (!options.output.empty())
+        std::fprintf(stderr, "tavctl: wrote %s: %s\n", options.output.c_str(),
+                     counted(draft.ports.size(), "port").c_str());
+}
+
+ExitStatus runDescribe(const DescribeOptions& options) {
+    requireModelName(options.request.model);
+    const HostSetup setup(options.common);
+    SharedBus bus = readBus();
+    const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
+    describe::Draft draft = describe::draftOf(*bus, *bridge, options.request);
+    if (options.watch) {
+        const std::string path = describe::slotPathOf(*bus, *bridge);
+        describe::Watch watch(std::cin, std::cerr, readBus);
+        bus = watch.run(draft, path);
+        bridge = describe::functionAtSlotPath(*bus, path);
+    }
+    const describe::Proof proof = describe::makeProvable(draft, bus, *bridge);
+    if (!proof.lists)
+        fail(options.address,
+             join({"no description by this bridge makes the plug-in list it: ", proof.obstacle}));
+    const std::string text = describe::textOf(draft);
+    write(options, options.common.json ? asJson(options.address, text, proof) : text);
+    tell(options, draft, proof);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command addDescribeCommand(CLI::App& app) {
+    CLI::App* const command =
+        app.add_subcommand("describe", "Write a description file for a box on the bus");
+    const auto options = std::make_shared<DescribeOptions>();
+    options->common.addTo(*command);
+    command->add_option("ADDRESS", options->address, "The box's upstream bridge, such as 01:00.0")
+        ->type_name("")
+        ->required();
+    command->add_option("-o,--output", options->output, "File to write (default: standard output)")
+        ->type_name("FILE");
+    command->add_option("--model", options->request.model, "Name of the model")->type_name("NAME");
+    command
+        ->add_option("--category", options->request.category,
+                     "PCI, Expresscard or SwitchboxTav (default)")
+        ->check(CLI::IsMember({"PCI", "Expresscard", "SwitchboxTav"}))
+        ->type_name("WORD");
+    command
+        ->add_option("--lanes", options->request.linkWidthPerLabel,
+                     "Lanes of a connector: wider ports get several labels")
+        ->check(CLI::Range(1, 32))
+        ->type_name("N");
+    command->add_flag("--whole", options->request.whole,
+                      "Take bridges further down for the box's own");
+    command->add_flag("--watch", options->watch,
+                      "Find the connectors by plugging something into each");
+    command->footer("Example: tavctl describe 01:00.0 --dump samples/switchboxes.dump");
+    return makeCommand<DescribeOptions>(command, options, runDescribe);
+}
+
+} // namespace tavctl

@@ -1,0 +1,80 @@
+#include "tavctl/draw/drawCommand.h"
+
+#include "platform/childProgram.h"
+#include "platform/utf8Path.h"
+#include "tavctl/draw/drawing.h"
+#include "tavctl/host/hostSession.h"
+#include "tavctl/view/partOptions.h"
+#include "tavctl/words/failure.h"
+#include "tavctl/words/progress.h"
+#include "tavctl/words/resultFile.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+
+namespace tavctl {
+
+namespace {
+
+constexpr const char* kLayoutProgram = "dot";
+
+struct DrawOptions {
+    CommonOptions common;
+    PartOptions part;
+    std::string format = "svg";
+    std::string file;
+    bool all = false;
+};
+
+[[noreturn]] void fail(const std::string& reason) {
+    throw FailureException({"lay out the drawing",
+                            kLayoutProgram,
+                            reason + "; Graphviz does this, --format dot works without it",
+                            {},
+                            {}});
+}
+
+std::string laidOut(const std::string& dot) {
+    const Progress progress("laying out the drawing");
+    const platform::ProgramRun run = platform::runProgram({kLayoutProgram, "-Tsvg"}, dot);
+    if (run.failure != platform::kNoSystemError)
+        fail(platform::systemMessage(run.failure));
+    if (run.exitStatus != 0 || run.output.empty())
+        fail("it ended with status " + std::to_string(run.exitStatus));
+    return run.output;
+}
+
+ExitStatus runDraw(const DrawOptions& options) {
+    const HostSetup setup(options.common);
+    const PciNames names = PciNames::load(options.part.pciIds);
+    const MarkedBus marked(options.common);
+    BusTreeView view(marked.bus, marked.devices);
+    showPart(options.part, view);
+    DrawingOptions drawing;
+    drawing.title = options.common.dump.empty()
+                        ? "This machine"
+                        : platform::utf8Text(platform::utf8Path(options.common.dump).filename());
+    drawing.allFunctions = options.all;
+    const std::string dot = drawingAsDot(view, names, drawing);
+    writeResult(options.format == "dot" ? dot : laidOut(dot), options.file);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command addDrawCommand(CLI::App& app) {
+    auto options = std::make_shared<DrawOptions>();
+    CLI::App* const command = app.add_subcommand("draw", "Draw the devices and their connectors");
+    command->add_option("-o,--output", options->file, "File to write (default: standard output)")
+        ->type_name("FILE");
+    command->add_option("--format", options->format, "svg (by Graphviz) or dot (for Graphviz)")
+        ->check(CLI::IsMember({"svg", "dot"}))
+        ->type_name("FORMAT");
+    command->add_flag("--all", options->all, "Also what else is on the root buses");
+    options->part.addTo(*command);
+    options->common.addTo(*command);
+    command->footer("Example: tavctl draw -o bus.svg");
+    return makeCommand(command, std::move(options), runDraw);
+}
+
+} // namespace tavctl

@@ -1,0 +1,10 @@
+// tavctl draw: the devices of the bus as a picture.
+#pragma once
+
+#include "tavctl/options/command.h"
+
+namespace tavctl {
+
+Command addDrawCommand(CLI::App& app);
+
+} // namespace tavctl

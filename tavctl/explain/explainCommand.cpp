@@ -1,0 +1,93 @@
+#include "tavctl/explain/explainCommand.h"
+
+#include "tavctl/explain/explain.h"
+#include "tavctl/host/descriptionFiles.h"
+#include "tavctl/host/diagnosis.h"
+#include "tavctl/match/visibleBus.h"
+#include "tavctl/words/nearestName.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace tavctl {
+
+namespace {
+
+struct ExplainOptions {
+    CommonOptions common;
+    std::string model; // empty: every model
+};
+
+// As the plug-in fails; whoever asks why is the one who can mend it.
+[[noreturn]] void failToLoad(std::int32_t status) {
+    Failure failure = diagnoseInitialize(status, {});
+    if (!failure.reason.empty())
+        failure.reason += "; \"tavctl lint\" shows every problem";
+    throw FailureException(std::move(failure));
+}
+
+explain::Descriptions loadDescriptions() {
+    explain::Descriptions descriptions;
+    for (const std::string& file : descriptionFiles()) {
+        descriptions.push_back(std::make_unique<lint::Description>(file));
+        if (!descriptions.back()->loads())
+            failToLoad(descriptions.back()->reads().problems().front().status);
+    }
+    return descriptions;
+}
+
+[[noreturn]] void failWithoutModel(const std::string& model, const explain::Descriptions& all) {
+    std::vector<std::string> names;
+    for (const auto& each : all)
+        names.push_back(each->model().model);
+    std::string reason = "no description file describes this model";
+    const std::string near = nearestName(model, names);
+    if (!near.empty())
+        reason.append("; did you mean \"").append(near).append("\"?");
+    throw FailureException({"explain", model, reason, {}, {}}, ExitStatus::problemFound);
+}
+
+ExitStatus runExplain(const ExplainOptions& options) {
+    const HostSetup setup(options.common);
+    explain::Descriptions descriptions = loadDescriptions();
+    const auto isMeant = [&](const std::string& model) {
+        return options.model.empty() || model == options.model;
+    };
+    if (!options.model.empty() &&
+        std::none_of(descriptions.begin(), descriptions.end(),
+                     [&](const auto& each) { return isMeant(each->model().model); }))
+        failWithoutModel(options.model, descriptions);
+
+    ModelMatcher matcher(hostBus());
+    const pcibus::Bus bus = machineBus();
+    const bool any = !descriptions.empty();
+    std::erase_if(descriptions, [&](const auto& each) { return !isMeant(each->model().model); });
+    const auto explanations = explain::explain(descriptions, matcher, bus, true);
+    std::fputs((options.common.json ? explain::explanationsAsJson(explanations)
+                                    : explain::explanationsAsText(explanations))
+                   .c_str(),
+               stdout);
+    if (!any)
+        std::fputs("tavctl: there are no description files\n", stderr);
+    const bool listed = std::any_of(explanations.begin(), explanations.end(),
+                                    [](const auto& each) { return each.listed() != 0; });
+    return options.model.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;
+}
+
+} // namespace
+
+Command addExplainCommand(CLI::App& app) {
+    CLI::App* const command = app.add_subcommand("explain", "Tell why a model is listed or not");
+    const auto options = std::make_shared<ExplainOptions>();
+    options->common.addTo(*command);
+    command->add_option("MODEL", options->model, "Model to explain in full (default: all)")
+        ->type_name("");
+    command->footer("Exit status 1 when MODEL is not listed.\n"
+                    "Example: tavctl explain \"My Box\" --dump bus.txt");
+    return makeCommand<ExplainOptions>(command, options, runExplain);
+}
+
+} // namespace tavctl

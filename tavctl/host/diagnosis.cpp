@@ -1,0 +1,200 @@
+#include "tavctl/host/diagnosis.h"
+
+#include "pciBrdWrapper/cPciBrdWrapper_ex.h"
+#include "pcibus/readBus.h"
+#include "platform/busLocation.h"
+#include "platform/configurationValue.h"
+#include "platform/directorySearch.h"
+#include "platform/file.h"
+#include "platform/utf8Path.h"
+#include "pxidrivertools/configuration.h"
+#include "source/cPciTavFilesystem.h"
+#include "source/cTerminalNameDb.h"
+#include "source/descriptionLoader.h"
+#include "source/exceptionStatus.h"
+#include "tavctl/host/tracedIniFile.h"
+#include "tavctl/words/statusText.h"
+
+#include <boost/interprocess/exceptions.hpp>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace tavctl {
+
+namespace {
+
+using namespace nZoTavManagerPciPlugin_15_0;
+using nZoPciBrdWrapper_15_0::cPciBrdDynLib;
+using nZoPciBrdWrapper_15_0::cPciBrdWrapper_ex;
+using nZoPxiDriverTools_1_0::kConfigPathValue;
+using nZoPxiDriverTools_1_0::kConfigurationKey;
+using nZoPxiDriverTools_1_0::kPathValue;
+using nZOQUIL000::tErrorStatus;
+
+// The failure of the exception in flight.
+Failure currentFailure(const std::string& operation, const std::string& object) {
+    Failure failure{operation, object, {}, statusOfCurrentException(), {}};
+    try {
+        throw;
+    } catch (const zoerr::Exception& exception) {
+        failure.record = exception.text();
+    } catch (const boost::interprocess::interprocess_exception& exception) {
+        failure.reason = platform::systemMessage(
+            static_cast<platform::SystemCode>(exception.get_native_error()));
+    } catch (const std::exception& exception) {
+        failure.reason = exception.what();
+    }
+    return failure;
+}
+
+// Runs one step; what it raises is the answer.
+std::optional<Failure> tryStep(const std::string& operation, const std::string& object,
+                               const std::function<void()>& step) {
+    try {
+        step();
+        return std::nullopt;
+    } catch (...) {
+        return currentFailure(operation, object);
+    }
+}
+
+std::optional<Failure> tryBridgeLibrary() {
+    tErrorStatus status;
+    const cPciBrdDynLib library(status);
+    if (!status.failed())
+        return std::nullopt;
+    return Failure{"load bridge library",
+                   platform::libraryFileName("zopcibrd"),
+                   {},
+                   status.code,
+                   status.textOrEmpty()};
+}
+
+std::optional<Failure> tryConfiguration(const char* name) {
+    return tryStep("read configuration value \"" + std::string(name) + "\"",
+                   platform::configurationOrigin(kConfigurationKey), [&] {
+                       tErrorStatus status;
+                       nZoPxiDriverTools_1_0::readConfiguration(name, status);
+                       zoerr::raiseIfFailed(status);
+                   });
+}
+
+// The system's words for why a file that an INI file object could not open cannot be; none when it
+// can be.
+std::string openingTrouble(const std::string& path, const Failure& failure) {
+    if (failure.status != nZoPxiDriverTools_1_0::kIniFileErrCannotOpen ||
+        platform::openStream(path.c_str(), "rb"))
+        return {};
+    return platform::systemMessage(platform::lastSystemCode());
+}
+
+std::optional<Failure> tryNames() {
+    if (auto failure = tryConfiguration(kConfigPathValue))
+        return failure;
+    cPciTavFilesystem filesystem;
+    const std::string folder = filesystem.GetConfigPath();
+    const std::string lockFile = folder + kNameLockFile;
+    if (auto failure =
+            tryStep("lock terminal names", lockFile, [&] { filesystem.LockFile(lockFile); }))
+        return failure;
+    const std::string nameFile = folder + kNameFile;
+    auto failure = tryStep("read terminal names", nameFile, [&] {
+        nZoPxiDriverTools_1_0::cIniFile file;
+        nZOQUIL000::tFixedStatus status;
+        file.open(nameFile.c_str(), 0, status);
+        zoerr::raiseIfFailed(status);
+    });
+    if (failure && failure->reason.empty())
+        failure->reason = openingTrouble(nameFile, *failure);
+    return failure;
+}
+
+// What is wrong with the value that a load stopped at. The loader's own two checks report a status
+// that says nothing about values.
+std::string valueTrouble(const TracedIniFile& file, std::int32_t status) {
+    if (status != kTavManErrSoftwareFault)
+        return statusWords(status);
+    if (file.lastKey() == nDescription::kDeviceCategory)
+        return "expected \"PCI\", \"Expresscard\" or \"SwitchboxTav\", got \"" + file.lastText() +
+               "\"";
+    return "the key is required and missing";
+}
+
+std::optional<Failure> tryDescription(const std::string& path) {
+    TracedIniFile file;
+    auto failure = tryStep("load description", path,
+                           [&] { DescriptionLoader<TracedIniFile>(file).load(path); });
+    if (failure && !file.lastKey().empty())
+        failure->reason = "[" + file.lastSection() + "] " + file.lastKey() + ": " +
+                          valueTrouble(file, failure->status.value_or(0));
+    else if (failure && failure->reason.empty())
+        failure->reason = openingTrouble(path, *failure);
+    return failure;
+}
+
+std::optional<Failure> tryDescriptions() {
+    if (auto failure = tryConfiguration(kPathValue))
+        return failure;
+    cPciTavFilesystem filesystem;
+    const std::string pattern = filesystem.GetDescriptionFilePattern();
+    std::vector<std::string> files;
+    if (auto failure =
+            tryStep("list descriptions", pattern, [&] { filesystem.ListFiles(pattern, files); }))
+        return failure;
+    for (const std::string& path : files) {
+        if (auto failure = tryDescription(path))
+            return failure;
+    }
+    return std::nullopt;
+}
+
+// What the substitute bridge library would trip over, in words that its status cannot carry.
+std::string busTrouble(const std::string& location) {
+    try {
+        pcibus::readBus(platform::utf8Path(location));
+        return {};
+    } catch (const std::exception& exception) {
+        return exception.what();
+    }
+}
+
+std::optional<Failure> trySession() {
+    const std::string bus = platform::busLocation().value_or("no recorded bus");
+    auto failure = tryStep("open bridge session", bus, [] {
+        tErrorStatus status;
+        cPciBrdWrapper_ex bridgeWrapper(status);
+        zoerr::raiseIfFailed(status);
+        bridgeWrapper.OpenSession(0);
+    });
+    if (failure)
+        failure->reason = busTrouble(bus);
+    return failure;
+}
+
+// A save cannot be tried again without risk: a failed one removes the file.
+std::optional<Failure> trySave(std::int32_t status) {
+    if (status != nZoPxiDriverTools_1_0::kIniFileErrNotStored)
+        return std::nullopt;
+    cPciTavFilesystem filesystem;
+    const std::string nameFile = filesystem.GetConfigPath() + kNameFile;
+    Failure failure{"save terminal names", nameFile, {}, status, {}};
+    if (!platform::openStream(nameFile.c_str(), "r+b"))
+        failure.reason = platform::systemMessage(platform::lastSystemCode());
+    return failure;
+}
+
+} // namespace
+
+Failure diagnoseInitialize(std::int32_t status, const std::string& pluginPath) {
+    const std::function<std::optional<Failure>()> steps[] = {
+        tryBridgeLibrary, tryNames, tryDescriptions, trySession, [&] { return trySave(status); }};
+    for (const auto& step : steps) {
+        const auto failure = step();
+        if (failure && failure->status == status)
+            return *failure;
+    }
+    return {"initialize plug-in", pluginPath, {}, status, {}};
+}
+
+} // namespace tavctl

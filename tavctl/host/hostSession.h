@@ -1,0 +1,28 @@
+// The steps that the commands share: the devices that the plug-in reports, and the bus that it
+// sees.
+#pragma once
+
+#include "pcibus/bus.h"
+#include "tavctl/host/commonOptions.h"
+#include "tavctl/host/deviceListing.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace tavctl {
+
+// Loads the plug-in as a host does, initialises it and reads its devices. The options must be in
+// force (see HostSetup). Raises FailureException.
+std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options);
+
+// Where the bus stands that this process sees (see pcibus/readBus.h): what --dump names, else the
+// machine's own. Raises FailureException when the system publishes none.
+std::string chosenBusLocation();
+
+// That bus. Raises FailureException.
+pcibus::Bus readChosenBus();
+
+// Where the terminal names are stored, by the configuration in force. Raises FailureException.
+std::filesystem::path nameFilePath();
+
+} // namespace tavctl

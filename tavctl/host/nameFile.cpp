@@ -1,0 +1,133 @@
+#include "tavctl/host/nameFile.h"
+
+#include "platform/file.h"
+#include "platform/utf8Path.h"
+#include "pxidrivertools/ini/iniList.h"
+#include "pxidrivertools/ini/iniLoad.h"
+#include "pxidrivertools/ini/iniLookup.h"
+#include "pxidrivertools/ini/iniSafeWrite.h"
+#include "source/cPciTavFilesystem.h"
+#include "source/cTerminalNameDb.h"
+#include "source/patientOpening.h"
+#include "tavctl/words/failure.h"
+#include "tavctl/words/progress.h"
+
+#include <new>
+#include <set>
+#include <thread>
+
+namespace tavctl {
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace nZoTavManagerPciPlugin_15_0;
+using namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0;
+
+IniFileOwner makeFile() {
+    IniFileOwner file(createIniFile());
+    if (!file)
+        throw std::bad_alloc();
+    file->caseSensitive = true;
+    file->write.flush = true;
+    file->write.maximumLineLength = kNoMaximumLineLength;
+    return file;
+}
+
+const char* wordsOf(IniStatus status) {
+    switch (status) {
+    case kIniWideEncoding:
+        return "it is UTF-16 or UTF-32; UTF-8 is expected";
+    case kIniNoTemporary:
+    case kIniTemporariesTaken:
+        return "no temporary file can be made beside it";
+    case kIniOutOfMemory:
+        return "out of memory";
+    case kIniNoAccess:
+    case kIniOpenFailed:
+        return "it cannot be written";
+    case kIniWriteFailed:
+        return "writing it failed; is the disk full?";
+    default:
+        return "it cannot be read";
+    }
+}
+
+void load(IniFileObject& file, const std::string& path) {
+    const platform::Stream stream = platform::openStream(path.c_str(), "rb");
+    if (!stream)
+        throw FailureException({"read terminal names",
+                                path,
+                                platform::systemMessage(platform::lastSystemCode()),
+                                {},
+                                {}});
+    const IniStatus status = loadIni(file, stream.get());
+    if (status != kIniDone)
+        throw FailureException({"read terminal names", path, wordsOf(status), {}, {}});
+}
+
+std::string valueOf(IniFileObject& file, IniSection& section, const char* key) {
+    const IniKey* const found = findKey(file, section, key);
+    return found == nullptr ? std::string() : std::string(found->value.view());
+}
+
+template <typename Use>
+void forEachSection(IniFileObject& file, Use use) {
+    for (IniNamed* const record : elementsOf(file.sections))
+        use(static_cast<IniSection&>(*record));
+}
+
+} // namespace
+
+NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
+    const std::string lockFile = platform::utf8Text(nameFile.parent_path() / kNameLockFile);
+    if (purpose == Purpose::writing)
+        cPciTavFilesystem().EnsureFileExists(lockFile);
+    else if (!platform::lastWriteTime(lockFile.c_str()))
+        return;
+    const Progress progress("waiting for whoever uses the terminal names");
+    platform::SystemCode code =
+        openPatiently([&] { return lock_.open(lockFile.c_str()); }, &platform::isSharingViolation,
+                      [](auto delay) { std::this_thread::sleep_for(delay); });
+    if (code == platform::kNoSystemError)
+        code = lock_.lock();
+    if (code != platform::kNoSystemError)
+        throw FailureException(
+            {"lock terminal names", lockFile, platform::systemMessage(code), {}, {}});
+}
+
+NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {
+    const std::string name = platform::utf8Text(path);
+    if (mayBeMissing && !platform::lastWriteTime(name.c_str()))
+        return;
+    load(*file_, name);
+    forEachSection(*file_, [&](IniSection& section) {
+        entries_.push_back({std::string(section.name.view()),
+                            valueOf(*file_, section, kNameKeyModel),
+                            valueOf(*file_, section, kNameKeyTerminalName), section.line});
+    });
+    const IniFileOwner unmerged = makeFile();
+    unmerged->mergeDuplicates = false;
+    load(*unmerged, name);
+    std::set<std::string> seen;
+    forEachSection(*unmerged, [&](const IniSection& section) {
+        const std::string slotPath(section.name.view());
+        if (!seen.insert(slotPath).second)
+            repeated_.push_back({slotPath, section.line});
+    });
+}
+
+void NameFile::write(const fs::path& target) const {
+    const std::string name = platform::utf8Text(target);
+    const IniStatus status = writeIni(*file_, name.c_str());
+    if (status != kIniDone)
+        throw FailureException({"write terminal names", name, wordsOf(status), {}, {}});
+    if (platform::restrictToOwner(name.c_str()) != 0)
+        throw FailureException({"restrict terminal names to their owner",
+                                name,
+                                platform::systemMessage(platform::lastSystemCode()),
+                                {},
+                                {}});
+}
+
+} // namespace tavctl

@@ -1,0 +1,95 @@
+#include "tavctl/lint/lintCommand.h"
+
+#include "tavctl/host/descriptionFiles.h"
+#include "tavctl/lint/against.h"
+#include "tavctl/lint/lint.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace tavctl {
+
+namespace {
+
+struct LintOptions {
+    CommonOptions common;
+    std::vector<std::string> files; // none: those of the configured folder
+    std::vector<std::string> dumps; // recorded buses to match the models against
+    std::string comparedWith;       // folder of the descriptions before; empty: none
+    bool rules = false;
+};
+
+void print(const std::string& text) {
+    std::fputs(text.c_str(), stdout);
+}
+
+std::vector<lint::Comparison> compareAll(const LintOptions& options,
+                                         const std::vector<std::string>& files) {
+    std::vector<lint::Comparison> comparisons;
+    if (options.dumps.empty())
+        return comparisons;
+    const auto models = lint::loadModels(files);
+    std::vector<lint::tModelDescription> before;
+    if (!options.comparedWith.empty())
+        before = lint::loadModels(descriptionFilesIn(options.comparedWith));
+    for (const std::string& dump : options.dumps)
+        comparisons.push_back(
+            lint::compare(dump, models, options.comparedWith.empty() ? nullptr : &before));
+    return comparisons;
+}
+
+ExitStatus runLint(const LintOptions& options) {
+    const bool json = options.common.json;
+    if (options.rules) {
+        print(json ? lint::rulesAsJson() : lint::rulesAsText());
+        return ExitStatus::done;
+    }
+    const HostSetup setup(options.common);
+    const auto files = options.files.empty() ? descriptionFiles() : options.files;
+    const lint::Report report = lint::lint(files);
+    std::vector<lint::Comparison> comparisons;
+    if (!report.endsLoad())
+        comparisons = compareAll(options, files);
+    print(json ? lint::reportAsJson(report, comparisons)
+               : lint::reportAsText(report) + lint::comparisonsAsText(comparisons));
+    if (report.endsLoad() && !options.dumps.empty())
+        std::fputs("tavctl: the recorded buses were not looked at, since the files do not load\n",
+                   stderr);
+    if (files.empty()) {
+        std::fputs("tavctl: there are no description files to check\n", stderr);
+        return ExitStatus::problemFound;
+    }
+    return report.errors() == 0 && !lint::losesAny(comparisons) ? ExitStatus::done
+                                                                : ExitStatus::problemFound;
+}
+
+} // namespace
+
+Command addLintCommand(CLI::App& app) {
+    CLI::App* const command = app.add_subcommand("lint", "Check description files");
+    const auto options = std::make_shared<LintOptions>();
+    options->common.addTo(*command);
+    command
+        ->add_option("FILE", options->files,
+                     "Files to check (default: all of the configured folder)")
+        ->type_name("");
+    auto* const against = command
+                              ->add_option("--against", options->dumps,
+                                           "Recorded buses: say which of the models each has")
+                              ->type_name("DUMP...");
+    command
+        ->add_option("--compared-with", options->comparedWith,
+                     "Other descriptions: say what buses gain and lose")
+        ->type_name("DIR")
+        ->needs(against);
+    command->add_flag("--rules", options->rules, "Print the rules and check nothing");
+    command->footer(
+        "Every problem of every file. Exit status 1 for errors and for models that a bus\n"
+        "loses; 0 for warnings.\n"
+        "Example: tavctl lint --descriptions descriptions");
+    return makeCommand<LintOptions>(command, options, runLint);
+}
+
+} // namespace tavctl

@@ -1,0 +1,10 @@
+// tavctl lint: every problem of description files.
+#pragma once
+
+#include "tavctl/options/command.h"
+
+namespace tavctl {
+
+Command addLintCommand(CLI::App& app);
+
+} // namespace tavctl

@@ -1,0 +1,42 @@
+#include "tavctl/list/listCommand.h"
+
+#include "tavctl/host/deviceListing.h"
+#include "tavctl/host/hostSession.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+namespace tavctl {
+
+namespace {
+
+struct ListOptions {
+    CommonOptions common;
+    bool verbose = false;
+};
+
+ExitStatus runList(const ListOptions& options) {
+    const HostSetup setup(options.common);
+    const auto devices = devicesOfPlugin(options.common);
+    if (options.common.json) {
+        std::fputs(listingAsJson(devices).c_str(), stdout);
+    } else if (devices.empty()) {
+        std::fputs("tavctl: no described device is present on this bus\n", stderr);
+    } else {
+        std::fputs(listingAsTable(devices, options.verbose).c_str(), stdout);
+    }
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command addListCommand(CLI::App& app) {
+    auto options = std::make_shared<ListOptions>();
+    CLI::App* const command = app.add_subcommand("list", "List the devices");
+    command->add_flag("-v,--verbose", options->verbose, "Show the ports, and cut nothing");
+    options->common.addTo(*command);
+    command->footer("Example: tavctl list -v --dump bus.txt");
+    return makeCommand(command, std::move(options), runList);
+}
+
+} // namespace tavctl

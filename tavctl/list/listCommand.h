@@ -1,0 +1,10 @@
+// tavctl list: the devices that the plug-in reports.
+#pragma once
+
+#include "tavctl/options/command.h"
+
+namespace tavctl {
+
+Command addListCommand(CLI::App& app);
+
+} // namespace tavctl

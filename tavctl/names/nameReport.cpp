@@ -1,0 +1,131 @@
+#include "tavctl/names/nameReport.h"
+
+#include "tavctl/words/textTable.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tavctl {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string oneLine(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string asText(const std::vector<TableRow>& rows, bool verbose) {
+    // The model is cut first; a slot path only when that is not enough.
+    constexpr std::size_t kModel = 2;
+    constexpr std::size_t kSlotPath = 3;
+    std::string text;
+    for (const std::string& line :
+         verbose ? tableLines(rows, {}) : tableLines(rows, {kModel, kSlotPath, 0}))
+        text.append(line).append("\n");
+    return text;
+}
+
+NamePresence presence(const NameEntry& entry, const Survey* survey) {
+    return survey == nullptr ? NamePresence::unknown : presenceOf(entry, *survey);
+}
+
+const char* presenceWord(NamePresence presence) {
+    switch (presence) {
+    case NamePresence::unknown:
+        return "?";
+    case NamePresence::present:
+        return "yes";
+    case NamePresence::replaced:
+        return "replaced";
+    case NamePresence::absent:
+        return "no";
+    }
+    return "";
+}
+
+Json presenceJson(NamePresence presence) {
+    switch (presence) {
+    case NamePresence::present:
+        return "present";
+    case NamePresence::replaced:
+        return "replaced";
+    case NamePresence::absent:
+        return "absent";
+    case NamePresence::unknown:
+        break;
+    }
+    return nullptr;
+}
+
+std::string orDash(const std::string& text) {
+    return text.empty() ? "-" : text;
+}
+
+} // namespace
+
+std::string namesAsTable(const NameFile& file, const Survey* survey, bool verbose) {
+    std::vector<TableRow> rows{{"NAME", "PRESENT", "MODEL", "SLOT PATH"}};
+    for (const NameEntry& entry : file.entries())
+        rows.push_back({orDash(entry.terminalName), presenceWord(presence(entry, survey)),
+                        orDash(entry.model), entry.slotPath});
+    return asText(rows, verbose);
+}
+
+std::string namesAsJson(const NameFile& file, const Survey* survey) {
+    Json names = Json::array();
+    for (const NameEntry& entry : file.entries())
+        names.push_back(Json{{"terminalName", entry.terminalName},
+                             {"model", entry.model},
+                             {"slotPath", entry.slotPath},
+                             {"presence", presenceJson(presence(entry, survey))}});
+    return oneLine(Json{{"names", std::move(names)}});
+}
+
+std::string problemsAsText(const std::vector<NameProblem>& problems, const std::string& path) {
+    std::string text;
+    for (const NameProblem& problem : problems) {
+        text.append(path).append(":").append(std::to_string(problem.line)).append(": [");
+        text.append(problem.slotPath).append("] ");
+        if (!problem.terminalName.empty())
+            text.append(problem.terminalName).append(": ");
+        text.append(kindName(problem.kind)).append(": ").append(problem.message).append("\n");
+    }
+    return text;
+}
+
+std::string problemsAsJson(const std::vector<NameProblem>& problems, const std::string& path) {
+    Json list = Json::array();
+    for (const NameProblem& problem : problems)
+        list.push_back(Json{{"kind", kindName(problem.kind)},
+                            {"file", path},
+                            {"line", problem.line},
+                            {"slotPath", problem.slotPath},
+                            {"terminalName", problem.terminalName},
+                            {"message", problem.message}});
+    return oneLine(Json{{"problems", std::move(list)}});
+}
+
+std::string forecastsAsTable(const std::vector<NameForecast>& forecasts, bool verbose) {
+    std::vector<TableRow> rows{{"NAME", "CHANGE", "MODEL", "SLOT PATH"}};
+    for (const NameForecast& forecast : forecasts) {
+        std::string change = changeName(forecast.change);
+        if (!forecast.before.empty())
+            change.append(", was ").append(forecast.before);
+        rows.push_back({forecast.terminalName, change, forecast.model, forecast.slotPath});
+    }
+    return asText(rows, verbose);
+}
+
+std::string forecastsAsJson(const std::vector<NameForecast>& forecasts) {
+    Json list = Json::array();
+    for (const NameForecast& forecast : forecasts)
+        list.push_back(
+            Json{{"terminalName", forecast.terminalName},
+                 {"change", changeName(forecast.change)},
+                 {"before", forecast.before.empty() ? Json(nullptr) : Json(forecast.before)},
+                 {"model", forecast.model},
+                 {"slotPath", forecast.slotPath}});
+    return oneLine(Json{{"names", std::move(list)}});
+}
+
+} // namespace tavctl

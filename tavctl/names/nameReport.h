@@ -1,0 +1,23 @@
+// What tavctl names prints: tables for people, JSON for programs.
+#pragma once
+
+#include "tavctl/names/nameCheck.h"
+
+#include <string>
+#include <vector>
+
+namespace tavctl {
+
+// Each stored name with whether it is in use; `survey` null: not known. With `verbose` nothing is
+// cut to fit 80 columns.
+std::string namesAsTable(const NameFile& file, const Survey* survey, bool verbose);
+std::string namesAsJson(const NameFile& file, const Survey* survey);
+
+// "file:line: [slot path] name: kind: message", a line for each.
+std::string problemsAsText(const std::vector<NameProblem>& problems, const std::string& path);
+std::string problemsAsJson(const std::vector<NameProblem>& problems, const std::string& path);
+
+std::string forecastsAsTable(const std::vector<NameForecast>& forecasts, bool verbose);
+std::string forecastsAsJson(const std::vector<NameForecast>& forecasts);
+
+} // namespace tavctl

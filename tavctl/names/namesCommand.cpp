@@ -1,0 +1,216 @@
+#include "tavctl/names/namesCommand.h"
+
+#include "platform/utf8Path.h"
+#include "tavctl/host/hostSession.h"
+#include "tavctl/names/nameReport.h"
+#include "tavctl/words/failure.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <optional>
+
+namespace tavctl {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct NamesOptions {
+    CommonOptions common;
+    bool verbose = false;
+    bool stored = false;
+    bool force = false;
+    std::string file;
+    std::string newDescriptions;
+    std::string newDump;
+    ExitStatus (*run)(const NamesOptions&) = nullptr; // none: list
+};
+
+void print(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+NameFile readStored(const fs::path& path) {
+    const NameLock lock(path, NameLock::Purpose::reading);
+    return NameFile(path, true);
+}
+
+// Nothing when the bus is not to be looked at.
+std::optional<Survey> surveyUnlessStored(const NamesOptions& options, const fs::path& path) {
+    return options.stored ? std::nullopt : std::optional(surveyDevices(path));
+}
+
+const Survey* pointerTo(const std::optional<Survey>& survey) {
+    return survey ? &*survey : nullptr;
+}
+
+ExitStatus listNames(const NamesOptions& options) {
+    const HostSetup setup(options.common);
+    const fs::path path = nameFilePath();
+    const NameFile file = readStored(path);
+    const auto survey = surveyUnlessStored(options, path);
+    if (options.common.json)
+        print(namesAsJson(file, pointerTo(survey)));
+    else if (file.entries().empty())
+        std::fprintf(stderr, "tavctl: no names are stored in %s\n",
+                     platform::utf8Text(path).c_str());
+    else
+        print(namesAsTable(file, pointerTo(survey), options.verbose));
+    return ExitStatus::done;
+}
+
+ExitStatus checkStored(const NamesOptions& options) {
+    const HostSetup setup(options.common);
+    const fs::path path = nameFilePath();
+    const NameFile file = readStored(path);
+    const auto survey = surveyUnlessStored(options, path);
+    const auto problems = checkNames(file, pointerTo(survey));
+    print(options.common.json ? problemsAsJson(problems, platform::utf8Text(path))
+                              : problemsAsText(problems, platform::utf8Text(path)));
+    if (problems.empty() && !options.common.json)
+        std::fprintf(stderr, "tavctl: no problem with %zu names in %s\n", file.entries().size(),
+                     platform::utf8Text(path).c_str());
+    return problems.empty() ? ExitStatus::done : ExitStatus::problemFound;
+}
+
+void report(const NamesOptions& options, const char* what, std::size_t count,
+            const std::string& where) {
+    if (options.common.json)
+        std::printf("{\"%s\":%zu}\n", what, count);
+    else
+        std::printf("%s %zu name%s: %s\n", what, count, count == 1 ? "" : "s", where.c_str());
+}
+
+ExitStatus backUp(const NamesOptions& options) {
+    const HostSetup setup(options.common);
+    const fs::path path = nameFilePath();
+    std::error_code ignored;
+    if (!options.force && fs::exists(options.file, ignored))
+        throw FailureException({"back up terminal names",
+                                options.file,
+                                "the file exists; --force replaces it",
+                                {},
+                                {}},
+                               ExitStatus::problemFound);
+    const NameLock lock(path, NameLock::Purpose::reading);
+    const NameFile file(path, false);
+    file.write(options.file);
+    report(options, "saved", file.entries().size(), options.file);
+    return ExitStatus::done;
+}
+
+ExitStatus restore(const NamesOptions& options) {
+    const HostSetup setup(options.common);
+    const fs::path path = nameFilePath();
+    const NameFile file(options.file, false);
+    const auto problems = checkNames(file, nullptr);
+    if (!problems.empty() && !options.force) {
+        std::fputs(problemsAsText(problems, options.file).c_str(), stderr);
+        throw FailureException({"restore terminal names",
+                                options.file,
+                                "these are not names as they are stored; --force takes them",
+                                {},
+                                {}},
+                               ExitStatus::problemFound);
+    }
+    const NameLock lock(path, NameLock::Purpose::writing);
+    file.write(path);
+    report(options, "restored", file.entries().size(), platform::utf8Text(path));
+    return ExitStatus::done;
+}
+
+// What is found today; nothing, and a word about it, when it cannot be found out.
+std::optional<Survey> surveyOfToday(const NamesOptions& options, const fs::path& path) {
+    try {
+        return surveyDevices(path);
+    } catch (const FailureException& exception) {
+        if (!options.common.json)
+            std::fprintf(stderr, "tavctl: what would be gone is not known: %s\n", exception.what());
+        return std::nullopt;
+    }
+}
+
+ExitStatus preview(const NamesOptions& options) {
+    CommonOptions changed = options.common;
+    if (!options.newDescriptions.empty())
+        changed.descriptions = options.newDescriptions;
+    if (!options.newDump.empty())
+        changed.dump = options.newDump;
+    const bool isChanged = !options.newDescriptions.empty() || !options.newDump.empty();
+
+    auto setup = std::make_unique<HostSetup>(options.common);
+    const fs::path path = nameFilePath();
+    const NameFile file = readStored(path);
+    const auto now = isChanged ? surveyOfToday(options, path) : std::nullopt;
+    setup.reset();
+    setup = std::make_unique<HostSetup>(changed);
+    const auto forecasts = forecastNames(file, pointerTo(now), surveyDevices(path));
+
+    if (options.common.json)
+        print(forecastsAsJson(forecasts));
+    else if (forecasts.empty())
+        std::fputs("tavctl: no described device is present on this bus\n", stderr);
+    else
+        print(forecastsAsTable(forecasts, options.verbose));
+    for (const NameForecast& forecast : forecasts) {
+        if (forecast.change == NameForecast::Change::changes ||
+            forecast.change == NameForecast::Change::gone)
+            return ExitStatus::problemFound;
+    }
+    return ExitStatus::done;
+}
+
+ExitStatus runNames(const NamesOptions& options) {
+    return (options.run != nullptr ? options.run : listNames)(options);
+}
+
+// One action of the command; the options of the whole may stand behind its word too.
+CLI::App* addAction(CLI::App& command, const std::shared_ptr<NamesOptions>& options,
+                    const char* word, const char* what, ExitStatus (*run)(const NamesOptions&)) {
+    CLI::App* const action = command.add_subcommand(word, what);
+    action->fallthrough();
+    action->callback([options, run] { options->run = run; });
+    return action;
+}
+
+void addFile(CLI::App& action, const std::shared_ptr<NamesOptions>& options, const char* what) {
+    action.add_option("FILE", options->file, what)->required()->type_name("");
+    action.add_flag("--force", options->force, "Do so in spite of what speaks against it");
+}
+
+} // namespace
+
+Command addNamesCommand(CLI::App& app) {
+    auto options = std::make_shared<NamesOptions>();
+    CLI::App* const command = app.add_subcommand("names", "List, check and back up terminal names");
+    command->require_subcommand(0, 1);
+    command->add_flag("-v,--verbose", options->verbose, "Cut nothing to fit 80 columns");
+    command->add_flag("--stored", options->stored, "Look at the stored names only, at no bus");
+    options->common.addTo(*command);
+    command->footer("Example: tavctl names check");
+
+    const char* const kMore = "\"tavctl names --help\" tells the options of all.\n";
+    addAction(*command, options, "list", "List the stored names (as without a word)", listNames)
+        ->footer(std::string(kMore) + "Example: tavctl names list --stored");
+    addAction(*command, options, "check", "Find duplicate, malformed and stale names", checkStored)
+        ->footer(std::string(kMore) + "Example: tavctl names check --json");
+    CLI::App* const save =
+        addAction(*command, options, "backup", "Save the names in a file", backUp);
+    addFile(*save, options, "File to save them in");
+    save->footer(std::string(kMore) + "Example: tavctl names backup names.ini");
+    CLI::App* const load =
+        addAction(*command, options, "restore", "Put back the names of a saved file", restore);
+    addFile(*load, options, "File that they were saved in");
+    load->footer(std::string(kMore) + "Example: tavctl names restore names.ini");
+    CLI::App* const look = addAction(*command, options, "preview",
+                                     "Tell which names would stay, change or be new", preview);
+    look->add_option("--new-descriptions", options->newDescriptions,
+                     "Descriptions that are to take effect")
+        ->type_name("DIR");
+    look->add_option("--new-dump", options->newDump, "Recorded bus of the changed hardware")
+        ->type_name("PATH");
+    look->footer(std::string(kMore) + "Example: tavctl names preview --new-descriptions new");
+    return makeCommand(command, std::move(options), runNames);
+}
+
+} // namespace tavctl

@@ -1,0 +1,10 @@
+// tavctl names: the terminal names that are stored, and care for them.
+#pragma once
+
+#include "tavctl/options/command.h"
+
+namespace tavctl {
+
+Command addNamesCommand(CLI::App& app);
+
+} // namespace tavctl

@@ -1,0 +1,229 @@
+#include "tavctl/record/busRecording.h"
+
+#include "pcibus/configSpace.h"
+#include "pcibus/dump.h"
+#include "pcibus/sysfs.h"
+#include "platform/file.h"
+#include "platform/utf8Path.h"
+#include "tavctl/record/madeCapabilities.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <system_error>
+
+namespace tavctl {
+
+namespace {
+
+namespace fs = std::filesystem;
+using pcibus::PciFunction;
+
+constexpr std::size_t kStandardSize = 256; // what lspci -xxx prints
+
+bool isSame(const PciFunction& a, const PciFunction& b) {
+    return a.headerType == b.headerType && a.vendorId == b.vendorId && a.deviceId == b.deviceId &&
+           a.subsystemVendorId == b.subsystemVendorId && a.subsystemId == b.subsystemId &&
+           a.secondaryBus == b.secondaryBus && a.linkWidth == b.linkWidth &&
+           a.linkSpeed == b.linkSpeed;
+}
+
+// What is read back from the bytes is what the bus says of the function.
+void complete(RecordedFunction& recorded) {
+    PciFunction readBack;
+    const bool readable = pcibus::decodeConfigSpace(recorded.bytes, readBack);
+    if (readable && isSame(readBack, recorded.function))
+        return;
+    if (recorded.bytes.size() > pcibus::kHeaderSize)
+        recorded.note = readable ? "its capabilities do not say what the system says of it; they "
+                                   "are left out"
+                                 : "its capabilities form a loop; they are left out";
+    if (recorded.function.isBridge()) {
+        const auto [from, to] = makeCapabilities(recorded.function, recorded.bytes);
+        recorded.madeFrom = from;
+        recorded.madeTo = to;
+    } else {
+        recorded.bytes.resize(pcibus::kHeaderSize);
+    }
+}
+
+std::vector<std::uint8_t> readBytes(const fs::path& file) {
+    std::vector<std::uint8_t> bytes(kStandardSize);
+    const platform::Stream stream = platform::openStream(platform::utf8Text(file).c_str(), "rb");
+    bytes.resize(stream ? std::fread(bytes.data(), 1, bytes.size(), stream.get()) : 0);
+    return bytes;
+}
+
+// Entries of the device folder that are functions of domains other than 0.
+std::size_t countOtherDomains(const fs::path& devices) {
+    constexpr std::string_view kDomain = "0000:";
+    std::size_t count = 0;
+    std::error_code error;
+    for (fs::directory_iterator entry(devices, error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        if (!platform::utf8Text(entry->path().filename()).starts_with(kDomain))
+            ++count;
+    }
+    return count;
+}
+
+void add(const PciFunction& function, std::vector<std::uint8_t> bytes, BusRecording& recording) {
+    if (bytes.size() < pcibus::kHeaderSize)
+        return; // unplugged meanwhile
+    RecordedFunction recorded;
+    recorded.function = function;
+    recorded.bytes = std::move(bytes);
+    if (recorded.bytes.size() == pcibus::kHeaderSize)
+        ++recording.headersOnly;
+    complete(recorded);
+    recording.functions.push_back(std::move(recorded));
+}
+
+BusRecording recordSysfs(const fs::path& root) {
+    const fs::path devices = root / "bus" / "pci" / "devices";
+    BusRecording recording;
+    const pcibus::Bus bus = pcibus::readSysfs(root);
+    for (const PciFunction& function : bus.functions())
+        add(function, readBytes(devices / ("0000:" + pcibus::addressText(function)) / "config"),
+            recording);
+    recording.otherDomains = countOtherDomains(devices);
+    return recording;
+}
+
+BusRecording recordDump(const fs::path& file) {
+    BusRecording recording;
+    pcibus::readDump(file, [&](const PciFunction& function, std::span<const std::uint8_t> bytes) {
+        const std::span kept = bytes.first(std::min(bytes.size(), kStandardSize));
+        add(function, {kept.begin(), kept.end()}, recording);
+    });
+    std::sort(recording.functions.begin(), recording.functions.end(),
+              [](const RecordedFunction& a, const RecordedFunction& b) {
+                  return a.function.handle() < b.function.handle();
+              });
+    return recording;
+}
+
+// The highest bus below a bridge, for readers that go by it.
+std::uint8_t lastBusBelow(const pcibus::Bus& bus, const PciFunction& bridge) {
+    if (bridge.secondaryBus == 0)
+        return 0;
+    for (std::size_t number = pcibus::Bus::kBusCount; number-- > bridge.secondaryBus + 1U;) {
+        const PciFunction* above = bus.parentOfBus(static_cast<std::uint8_t>(number));
+        while (above != nullptr && above != &bridge)
+            above = bus.parentOfBus(above->bus);
+        if (above == &bridge)
+            return static_cast<std::uint8_t>(number);
+    }
+    return bridge.secondaryBus;
+}
+
+void put16(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint16_t value) {
+    bytes[at] = static_cast<std::uint8_t>(value & 0xFFU);
+    bytes[at + 1] = static_cast<std::uint8_t>(value >> 8U);
+}
+
+std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const PciFunction& function) {
+    std::vector<std::uint8_t> bytes(pcibus::kHeaderSize, 0);
+    put16(bytes, 0x00, function.vendorId);
+    put16(bytes, 0x02, function.deviceId);
+    bytes[0x0E] = function.headerType;
+    if (function.headerType == 0) {
+        put16(bytes, 0x2C, function.subsystemVendorId);
+        put16(bytes, 0x2E, function.subsystemId);
+    }
+    if (function.isBridge()) {
+        put16(bytes, 0x0A, 0x0604); // the class: a bridge between PCI buses
+        bytes[0x18] = function.bus;
+        bytes[0x19] = function.secondaryBus;
+        bytes[0x1A] = lastBusBelow(bus, function);
+    }
+    return bytes;
+}
+
+class Text {
+public:
+    template <typename... Arguments>
+    void line(const char* format, Arguments... arguments) {
+        std::array<char, 160> text{};
+        std::snprintf(text.data(), text.size(), format, arguments...); // NOLINT
+        out.append(text.data()).append("\n");
+    }
+
+    std::string out;
+};
+
+void appendFunction(const RecordedFunction& recorded, Text& text) {
+    const auto& bytes = recorded.bytes;
+    const std::string address = pcibus::addressText(recorded.function);
+    if (recorded.madeTo != 0)
+        text.line("# %s: bytes %02zx to %02zx are made from what the system says of its subsystem "
+                  "and link",
+                  address.c_str(), recorded.madeFrom, recorded.madeTo - 1);
+    if (!recorded.note.empty())
+        text.line("# %s: %s", address.c_str(), recorded.note.c_str());
+    const unsigned revision = bytes[0x08];
+    std::array<char, 16> revisionText{};
+    if (revision != 0)
+        std::snprintf(revisionText.data(), revisionText.size(), " (rev %02x)", revision);
+    text.line("%s %02x%02x: %04x:%04x%s", address.c_str(), unsigned{bytes[0x0B]},
+              unsigned{bytes[0x0A]}, unsigned{recorded.function.vendorId},
+              unsigned{recorded.function.deviceId}, revisionText.data());
+    constexpr std::size_t kRow = 16;
+    for (std::size_t row = 0; row < bytes.size(); row += kRow) {
+        std::array<char, 24> number{};
+        std::snprintf(number.data(), number.size(), "%02zx:", row);
+        text.out += number.data();
+        for (std::size_t i = row; i < std::min(row + kRow, bytes.size()); ++i) {
+            std::snprintf(number.data(), number.size(), " %02x", unsigned{bytes[i]});
+            text.out += number.data();
+        }
+        text.out += '\n';
+    }
+    text.out += '\n';
+}
+
+} // namespace
+
+BusRecording recordBus(const fs::path& location) {
+    std::error_code ignored;
+    return fs::is_directory(location, ignored) ? recordSysfs(location) : recordDump(location);
+}
+
+BusRecording scrubbedRecording(const pcibus::Bus& bus) {
+    BusRecording recording;
+    recording.scrubbed = true;
+    for (const PciFunction& function : bus.functions()) {
+        RecordedFunction recorded;
+        recorded.function = function;
+        recorded.bytes = scrubbedHeader(bus, function);
+        if (function.isBridge())
+            makeCapabilities(function, recorded.bytes);
+        recording.functions.push_back(std::move(recorded));
+    }
+    return recording;
+}
+
+std::string recordingText(const BusRecording& recording, const std::string& program) {
+    Text text;
+    text.line("# Recorded by %s in the form of lspci -xxx: %zu functions.", program.c_str(),
+              recording.functions.size());
+    const auto made = static_cast<std::size_t>(
+        std::count_if(recording.functions.begin(), recording.functions.end(),
+                      [](const RecordedFunction& recorded) { return recorded.madeTo != 0; }));
+    if (recording.scrubbed)
+        text.out += "# Scrubbed: only what matters to matching is as on the bus.\n";
+    if (recording.headersOnly != 0)
+        text.line("# Of %zu functions only the first 64 bytes could be read; run as root for more.",
+                  recording.headersOnly);
+    if (made != 0)
+        text.line("# The capabilities of %zu bridges are made for this recording, as told there.",
+                  made);
+    if (recording.otherDomains != 0)
+        text.line("# %zu functions of domains other than 0 are left out.", recording.otherDomains);
+    text.out += '\n';
+    for (const RecordedFunction& recorded : recording.functions)
+        appendFunction(recorded, text);
+    return std::move(text.out);
+}
+
+} // namespace tavctl

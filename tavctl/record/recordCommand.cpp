@@ -1,0 +1,53 @@
+#include "tavctl/record/recordCommand.h"
+
+#include "platform/utf8Path.h"
+#include "tavctl/host/hostSession.h"
+#include "tavctl/record/busRecording.h"
+#include "tavctl/words/failure.h"
+#include "tavctl/words/progress.h"
+#include "tavctl/words/resultFile.h"
+
+#include <CLI/CLI.hpp>
+
+namespace tavctl {
+
+namespace {
+
+struct RecordOptions {
+    CommonOptions common;
+    bool scrub = false;
+    std::string file;
+};
+
+BusRecording recordChosenBus() {
+    const std::string location = chosenBusLocation();
+    const Progress progress("recording the bus");
+    try {
+        return recordBus(platform::utf8Path(location));
+    } catch (const pcibus::BusError& error) {
+        throw FailureException({"read the bus", location, error.what(), {}, {}});
+    }
+}
+
+ExitStatus runRecord(const RecordOptions& options) {
+    const HostSetup setup(options.common);
+    const BusRecording recording =
+        options.scrub ? scrubbedRecording(readChosenBus()) : recordChosenBus();
+    writeResult(recordingText(recording, TAVCTL_VERSION), options.file);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command addRecordCommand(CLI::App& app) {
+    auto options = std::make_shared<RecordOptions>();
+    CLI::App* const command = app.add_subcommand("record", "Write the bus as a dump");
+    command->add_flag("--scrub", options->scrub, "Leave out what does not matter to matching");
+    command->add_option("-o,--output", options->file, "File to write (default: standard output)")
+        ->type_name("FILE");
+    options->common.addTo(*command);
+    command->footer("Example: tavctl record --scrub -o bus.txt");
+    return makeCommand(command, std::move(options), runRecord);
+}
+
+} // namespace tavctl

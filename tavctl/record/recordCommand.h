@@ -1,0 +1,10 @@
+// tavctl record: the bus as a dump that --dump and lspci read.
+#pragma once
+
+#include "tavctl/options/command.h"
+
+namespace tavctl {
+
+Command addRecordCommand(CLI::App& app);
+
+} // namespace tavctl

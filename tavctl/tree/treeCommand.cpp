@@ -1,0 +1,47 @@
+#include "tavctl/tree/treeCommand.h"
+
+#include "tavctl/tree/treeText.h"
+#include "tavctl/view/partOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+namespace tavctl {
+
+namespace {
+
+struct TreeOptions {
+    CommonOptions common;
+    PartOptions part;
+    bool numeric = false;
+};
+
+ExitStatus runTree(const TreeOptions& options) {
+    const HostSetup setup(options.common);
+    const PciNames names = PciNames::load(options.part.pciIds);
+    const MarkedBus marked(options.common);
+    if (marked.bus.functions().empty())
+        std::fputs("tavctl: there is no function on this bus\n", stderr);
+    BusTreeView view(marked.bus, marked.devices);
+    showPart(options.part, view);
+    const std::string text = options.common.json ? treeAsJson(view, names)
+                                                 : treeAsText(view, names, options.numeric,
+                                                              TextStyle::forStream(stdout));
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command addTreeCommand(CLI::App& app) {
+    auto options = std::make_shared<TreeOptions>();
+    CLI::App* const command =
+        app.add_subcommand("tree", "Show the bus as a tree with the devices marked in it");
+    command->add_flag("-n,--numeric", options->numeric, "Identifiers instead of names");
+    options->part.addTo(*command);
+    options->common.addTo(*command);
+    command->footer("Example: tavctl tree -s 01:00.0");
+    return makeCommand(command, std::move(options), runTree);
+}
+
+} // namespace tavctl

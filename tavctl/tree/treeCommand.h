@@ -1,0 +1,10 @@
+// tavctl tree: the bus as a tree of bridges, with the devices marked in it.
+#pragma once
+
+#include "tavctl/options/command.h"
+
+namespace tavctl {
+
+Command addTreeCommand(CLI::App& app);
+
+} // namespace tavctl

@@ -1,0 +1,94 @@
+#include "tavctl/view/busTreeView.h"
+
+#include <algorithm>
+
+namespace tavctl {
+
+using pcibus::Bus;
+using pcibus::PciFunction;
+
+BusTreeView::BusTreeView(const Bus& bus, const std::vector<PlacedDevice>& devices)
+    : bus_(bus), devices_(devices), shown_(kHandleCount, true) {
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        const PlacedDevice& device = devices[i];
+        if (device.reported)
+            marks_[*device.reported].push_back({TreeMark::Role::device, i, 0});
+        if (device.upstreamPort && device.upstreamPort != device.reported)
+            marks_[*device.upstreamPort].push_back({TreeMark::Role::upstreamPort, i, 0});
+        if (device.anchor && device.anchor != device.reported &&
+            device.anchor != device.upstreamPort)
+            marks_[*device.anchor].push_back({TreeMark::Role::anchor, i, 0});
+        for (std::size_t port = 0; port < device.ports.size(); ++port) {
+            const PlacedPort& placed = device.ports[port];
+            if (placed.bridge)
+                marks_[*placed.bridge].push_back({TreeMark::Role::port, i, port});
+            else if (placed.missingBelow)
+                missing_[*placed.missingBelow].push_back({i, port, placed.missingHop});
+        }
+    }
+    findLastBuses();
+}
+
+// From every bus up to its root; a bus that has its number already leads to nothing higher.
+void BusTreeView::findLastBuses() {
+    for (std::size_t bus = 0; bus < Bus::kBusCount; ++bus)
+        lastBuses_[bus] = static_cast<std::uint8_t>(bus);
+    for (std::size_t bus = Bus::kBusCount; bus-- > 0;) {
+        const PciFunction* parent = bus_.parentOfBus(static_cast<std::uint8_t>(bus));
+        while (parent != nullptr && lastBuses_[parent->bus] < bus) {
+            lastBuses_[parent->bus] = static_cast<std::uint8_t>(bus);
+            parent = bus_.parentOfBus(parent->bus);
+        }
+    }
+}
+
+void BusTreeView::showOnly(const std::vector<std::uint32_t>& handles) {
+    std::fill(shown_.begin(), shown_.end(), false);
+    for (const std::uint32_t handle : handles)
+        showBelow(handle);
+    for (const std::uint32_t handle : handles) {
+        const PciFunction* function = bus_.find(handle);
+        while (function != nullptr) {
+            shown_[function->handle()] = true;
+            function = bus_.parentOfBus(function->bus);
+        }
+    }
+}
+
+void BusTreeView::showBelow(std::uint32_t handle) {
+    std::vector<std::uint32_t> waiting{handle};
+    while (!waiting.empty()) {
+        const std::uint32_t next = waiting.back();
+        waiting.pop_back();
+        if (shown_[next])
+            continue;
+        shown_[next] = true;
+        for (const PciFunction& function : below(*bus_.find(next)))
+            waiting.push_back(function.handle());
+    }
+}
+
+const std::vector<TreeMark>& BusTreeView::marksOf(std::uint32_t handle) const {
+    static const std::vector<TreeMark> kNone;
+    const auto found = marks_.find(handle);
+    return found == marks_.end() ? kNone : found->second;
+}
+
+const std::vector<MissingPort>& BusTreeView::missingBelow(std::uint32_t handle) const {
+    static const std::vector<MissingPort> kNone;
+    const auto found = missing_.find(handle);
+    return found == missing_.end() ? kNone : found->second;
+}
+
+std::span<const PciFunction> BusTreeView::below(const PciFunction& function) const {
+    if (!function.isBridge() || function.secondaryBus == 0 ||
+        bus_.parentOfBus(function.secondaryBus) != &function)
+        return {};
+    return bus_.functionsOn(function.secondaryBus);
+}
+
+std::uint8_t BusTreeView::lastBusBelow(const PciFunction& bridge) const {
+    return lastBuses_[bridge.secondaryBus];
+}
+
+} // namespace tavctl

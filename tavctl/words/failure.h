@@ -1,0 +1,48 @@
+// What tavctl tells a person, or a script, when something failed.
+#pragma once
+
+#include "tavctl/words/exitStatus.h"
+
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace tavctl {
+
+// One failure: what was being done, to which object, why it failed.
+struct Failure {
+    std::string operation;
+    std::string object;
+    std::string reason;                 // empty: the status says it
+    std::optional<std::int32_t> status; // none: no status was involved
+    std::string record;                 // the error record's JSON text; empty when there is none
+
+    // "operation (object): reason"
+    [[nodiscard]] std::string sentence() const;
+};
+
+// Carries a failure to main(), with the exit status that the program ends with.
+class FailureException : public std::exception {
+public:
+    explicit FailureException(Failure failure, ExitStatus exitStatus = ExitStatus::failed)
+        : failure_(std::move(failure)), sentence_(failure_.sentence()), exitStatus_(exitStatus) {}
+    [[nodiscard]] const Failure& failure() const noexcept { return failure_; }
+    [[nodiscard]] ExitStatus exitStatus() const noexcept { return exitStatus_; }
+    [[nodiscard]] const char* what() const noexcept override { return sentence_.c_str(); }
+
+private:
+    Failure failure_;
+    std::string sentence_;
+    ExitStatus exitStatus_;
+};
+
+// A failure in lines: the sentence, the status in decimal, hexadecimal and words, and the members
+// of the error record, one a line; or, with `asJson`, all of it as one JSON object in one line.
+[[nodiscard]] std::string failureText(const Failure& failure, bool asJson);
+
+// Writes that text to standard error.
+void printFailure(const Failure& failure, bool asJson);
+
+} // namespace tavctl

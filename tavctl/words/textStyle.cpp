@@ -1,0 +1,21 @@
+#include "tavctl/words/textStyle.h"
+
+#include "platform/terminal.h"
+
+#include <cstdlib>
+
+namespace tavctl {
+
+TextStyle TextStyle::forStream(std::FILE* stream) {
+    const char* const noColour = std::getenv("NO_COLOR");
+    const bool spared = noColour != nullptr && *noColour != '\0';
+    return TextStyle(!spared && platform::showsColour(stream));
+}
+
+std::string TextStyle::dress(const char* code, const std::string& text) const {
+    if (!colour_ || text.empty())
+        return text;
+    return std::string("\033[").append(code).append("m").append(text).append("\033[0m");
+}
+
+} // namespace tavctl

@@ -1,0 +1,93 @@
+#include "tavctl/words/words.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace tavctl {
+
+namespace {
+
+std::size_t characters(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
+    }));
+}
+
+void wrapLine(std::string& out, std::string_view line, std::size_t indent, std::size_t width) {
+    std::size_t column = 0;
+    while (!line.empty()) {
+        const std::string_view word = line.substr(0, line.find(' '));
+        line.remove_prefix(std::min(word.size() + 1, line.size()));
+        const std::size_t length = characters(word);
+        if (column != 0 && column + 1 + length > width) {
+            out += '\n';
+            column = 0;
+        }
+        if (column == 0) {
+            out.append(indent, ' ');
+            column = indent;
+        } else {
+            out += ' ';
+            ++column;
+        }
+        out += word;
+        column += length;
+    }
+    out += '\n';
+}
+
+} // namespace
+
+std::string join(std::initializer_list<std::string_view> parts) {
+    std::string text;
+    for (const std::string_view part : parts)
+        text += part;
+    return text;
+}
+
+std::string quoted(std::string_view text) {
+    constexpr std::size_t kLongest = 50;
+    if (characters(text) <= kLongest)
+        return join({"\"", text, "\""});
+    std::size_t end = 0;
+    for (std::size_t shown = 0; shown < kLongest; ++shown) {
+        do
+            ++end;
+        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U);
+    }
+    return join({"\"", text.substr(0, end), "...\""});
+}
+
+std::string counted(std::size_t number, std::string_view noun) {
+    return join({std::to_string(number), " ", noun, number == 1 ? "" : "s"});
+}
+
+std::string enumerated(const std::vector<std::string>& items) {
+    std::string text;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (i != 0)
+            text += i + 1 == items.size() ? " and " : ", ";
+        text += items[i];
+    }
+    return text;
+}
+
+std::string hexadecimal(std::uint32_t number, int digits) {
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "%0*X", digits, number);
+    return text.data();
+}
+
+std::string wrapped(std::string_view text, std::size_t indent, std::size_t width) {
+    std::string out;
+    for (;;) {
+        const std::size_t end = text.find('\n');
+        wrapLine(out, text.substr(0, end), indent, width);
+        if (end == std::string_view::npos)
+            return out;
+        text.remove_prefix(end + 1);
+    }
+}
+
+} // namespace tavctl

@@ -1,0 +1,131 @@
+// What shells complete, as the shells themselves say.
+#include "tavctl/completion/completion.h"
+
+#include "tavctl/commandLine.h"
+#include "tavctl/options/commandWords.h"
+#include "tests/support/fileFolder.h"
+#include "tests/tavctl/runTavctl.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+namespace {
+
+using namespace tavctl;
+using namespace tavctltest;
+using testing::HasSubstr;
+using testsupport::FileFolder;
+
+// Every command with the words that lead to it.
+void forEachCommand(const CommandWords& command, const std::string& path,
+                    const std::function<void(const CommandWords&, const std::string&)>& use) {
+    use(command, path);
+    for (const CommandWords& each : command.commands)
+        forEachCommand(each, path + " " + each.name, use);
+}
+
+std::vector<std::string> dashedNames(const CommandWords& command) {
+    std::vector<std::string> names;
+    for (const OptionWords& option : command.options) {
+        for (const std::string& name : option.shortNames)
+            names.push_back("-" + name);
+        for (const std::string& name : option.longNames)
+            names.push_back("--" + name);
+    }
+    return names;
+}
+
+// What a shell offers in place of the last word, in the order of its own.
+struct Shells {
+    FileFolder folder;
+    std::string bash = folder.write("bash", bashCompletion(CommandLine().app()));
+    std::string zsh = folder.write("zsh", zshCompletion(CommandLine().app()));
+    std::string fish = folder.write("fish", fishCompletion(CommandLine().app()));
+
+    [[nodiscard]] std::string inBash(const std::string& words) const {
+        return testsupport::runCommand("cd " + folder.file("") + " && bash -c 'source " + bash +
+                                       "; COMP_WORDS=(" + words +
+                                       "); COMP_CWORD=$((${#COMP_WORDS[@]}-1)); _tavctl; "
+                                       "printf \"%s\\n\" \"${COMPREPLY[@]}\"' 2>&1")
+            .output;
+    }
+
+    [[nodiscard]] std::string inFish(const std::string& words) const {
+        return testsupport::runCommand("cd " + folder.file("") + " && HOME=" + folder.file("") +
+                                       " fish --no-config -c 'source " + fish + "; complete -C \"" +
+                                       words + "\"' 2>&1")
+            .output;
+    }
+};
+
+TEST(Completion, BashOffersEveryCommandAndOption) {
+    const Shells shells;
+    forEachCommand(wordsOf(CommandLine().app()), "", [&](const auto& command, const auto& path) {
+        const std::string before = "tavctl" + path;
+        const std::string words = "\n" + shells.inBash(before + " \"\"");
+        for (const CommandWords& each : command.commands)
+            EXPECT_THAT(words, HasSubstr("\n" + each.name + "\n")) << before;
+        const std::string options = "\n" + shells.inBash(before + " -");
+        for (const std::string& name : dashedNames(command))
+            EXPECT_THAT(options, HasSubstr("\n" + name + "\n")) << before;
+    });
+}
+
+TEST(Completion, FishOffersEveryCommandAndOption) {
+    const Shells shells;
+    forEachCommand(wordsOf(CommandLine().app()), "", [&](const auto& command, const auto& path) {
+        const std::string before = "tavctl" + path;
+        const std::string words = "\n" + shells.inFish(before + " ");
+        for (const CommandWords& each : command.commands)
+            EXPECT_THAT(words, HasSubstr("\n" + each.name + "\t")) << before;
+        const std::string options = "\n" + shells.inFish(before + " -");
+        for (const std::string& name : dashedNames(command))
+            EXPECT_THAT(options + shells.inFish(before + " --"), HasSubstr("\n" + name + "\t"))
+                << before;
+    });
+}
+
+// zsh completes within its line editor only, so its script is looked at instead.
+TEST(Completion, ZshScriptIsWellFormedAndHasEveryCommandAndOption) {
+    const Shells shells;
+    EXPECT_EQ(testsupport::runCommand("zsh -n " + shells.zsh + " 2>&1").output, "");
+    const std::string script = shells.folder.read("zsh");
+    EXPECT_TRUE(script.starts_with("#compdef tavctl\n"));
+    forEachCommand(wordsOf(CommandLine().app()), "", [&](const auto& command, auto path) {
+        std::replace(path.begin(), path.end(), ' ', '_');
+        const std::size_t begin = script.find("\n_tavctl" + path + "() {\n");
+        ASSERT_NE(begin, std::string::npos) << path;
+        const std::string function = script.substr(begin, script.find("\n}\n", begin) - begin);
+        for (const CommandWords& each : command.commands)
+            EXPECT_THAT(function, HasSubstr("'" + each.name + ":")) << path;
+        for (const std::string& name : dashedNames(command))
+            EXPECT_THAT(function, HasSubstr("'" + name + "[")) << path;
+    });
+}
+
+TEST(Completion, ValuesAreOfferedByTheirKind) {
+    const Shells shells;
+    static_cast<void>(shells.folder.write("bus.txt", ""));
+    std::filesystem::create_directory(shells.folder.file("descriptions"));
+    EXPECT_EQ(shells.inBash("tavctl draw --format \"\""), "svg\ndot\n");
+    EXPECT_EQ(shells.inBash("tavctl completion z"), "zsh\n");
+    EXPECT_EQ(shells.inBash("tavctl tree --dump bu"), "bus.txt\n");
+    EXPECT_EQ(shells.inBash("tavctl tree --descriptions \"\""), "descriptions\n");
+    EXPECT_EQ(shells.inBash("tavctl names preview --new-descriptions \"\""), "descriptions\n");
+    EXPECT_EQ(shells.inBash("tavctl names check --state d"), "descriptions\n");
+    EXPECT_EQ(shells.inBash("tavctl names backup bu"), "bus.txt\n");
+    EXPECT_THAT(shells.inFish("tavctl draw --format "), HasSubstr("dot\t"));
+    EXPECT_THAT(shells.inFish("tavctl tree --dump bu"), HasSubstr("bus.txt"));
+    EXPECT_THAT(shells.inFish("tavctl tree --state "), HasSubstr("descriptions/"));
+}
+
+TEST(CompletionCommand, WritesTheScriptOfAShell) {
+    const CommandLine line;
+    EXPECT_EQ(outputOf("completion bash"), bashCompletion(line.app()));
+    EXPECT_EQ(outputOf("completion zsh"), zshCompletion(line.app()));
+    EXPECT_EQ(outputOf("completion fish"), fishCompletion(line.app()));
+    EXPECT_TRUE(says(tavctltest::tavctl("completion csh"), 2, "csh not in {bash,zsh,fish}"));
+}
+
+} // namespace

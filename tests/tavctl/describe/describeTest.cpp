@@ -1,0 +1,372 @@
+// What describe writes passes lint and makes the plug-in list the box, on every bridge where that
+// is possible; and --watch finds the connectors by what happens on the bus.
+#include "pcibus/bus.h"
+#include "pcibus/readBus.h"
+#include "tests/support/command.h"
+#include "tests/support/effort.h"
+#include "tests/support/fileFolder.h"
+#include "tests/tavctl/explain/randomMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testsupport::BusBuilder;
+using testsupport::FileFolder;
+
+const std::string kSample = TAV_SOURCE_DIR "/samples/switchboxes.dump";
+
+testsupport::CommandResult tavctl(const std::string& arguments) {
+    return testsupport::runCommand(TAVCTL_FILE " " + arguments);
+}
+
+// A folder to put a description into and to use it at once.
+class Bench {
+public:
+    Bench() { fs::create_directory(folder_.file("PCI Hardware Descriptions")); }
+
+    [[nodiscard]] std::string file() const {
+        return folder_.file("PCI Hardware Descriptions/box.ini");
+    }
+    [[nodiscard]] const FileFolder& folder() const { return folder_; }
+
+    testsupport::CommandResult describe(const std::string& dump, const std::string& arguments) {
+        fs::remove(file());
+        return tavctl("describe --dump '" + dump + "' -o '" + file() + "' " + arguments);
+    }
+
+    void expectSoundAndListed(const std::string& dump, const std::string& address) {
+        const auto lint = tavctl("lint --descriptions '" + folder_.file("") + "'");
+        EXPECT_EQ(lint.output, "1 file, no problems\n") << address;
+        const auto list = tavctl("list --json --dump '" + dump + "' --descriptions '" +
+                                 folder_.file("") + "' --state '" + folder_.file("") + "'");
+        ASSERT_EQ(list.exitStatus, 0) << list.output;
+        const json whole = json::parse(list.output);
+        bool found = false;
+        for (const json& device : whole.at("devices")) {
+            char text[16];
+            std::snprintf(text, sizeof text, "%02x:%02x.%x", device.at("bus").get<unsigned>(),
+                          device.at("device").get<unsigned>(),
+                          device.at("function").get<unsigned>());
+            found = found || text == address;
+        }
+        EXPECT_TRUE(found) << address << list.output
+                           << folder_.read("PCI Hardware Descriptions/"
+                                           "box.ini");
+    }
+
+private:
+    FileFolder folder_;
+};
+
+struct Tally {
+    std::size_t described = 0;
+    std::size_t refused = 0;
+};
+
+void describeEveryBridge(Bench& bench, const std::string& dump, Tally& tally) {
+    const pcibus::Bus bus = pcibus::readBus(dump);
+    for (const std::uint32_t handle : bus.bridges()) {
+        const std::string address = pcibus::addressText(*bus.find(handle));
+        for (const char* option : {"", " --whole", " --lanes 4"}) {
+            const auto result = bench.describe(dump, address + option);
+            if (result.exitStatus == 0) {
+                bench.expectSoundAndListed(dump, address);
+                ++tally.described;
+                continue;
+            }
+            EXPECT_EQ(result.exitStatus, 1) << result.output;
+            EXPECT_NE(result.output.find("no description by this bridge makes the plug-in list"),
+                      std::string::npos)
+                << result.output;
+            EXPECT_FALSE(fs::exists(bench.file()));
+            ++tally.refused;
+        }
+    }
+}
+
+TEST(Describe, EveryBridgeOfTheSampleMachine) {
+    Bench bench;
+    Tally tally;
+    describeEveryBridge(bench, kSample, tally);
+    EXPECT_GT(tally.described, 45U);
+    EXPECT_LT(tally.refused, 8U);
+}
+
+TEST(Describe, BridgesOfGeneratedMachines) {
+    std::mt19937 random(77); // NOLINT(bugprone-random-generator-seed): the same each time
+    Tally tally;
+    const int machines = testsupport::isSanitized() ? 2 : 6;
+    for (int i = 0; i < machines; ++i) {
+        Bench bench;
+        const auto made = testtavctl::randomMachine(random);
+        describeEveryBridge(bench, bench.folder().write("bus.dump", made.bus.dump()), tally);
+    }
+    EXPECT_GT(tally.described, tally.refused);
+}
+
+TEST(Describe, IsCommentedAndNamesWhatToEdit) {
+    const auto result =
+        tavctl("describe 01:00.0 --model 'My Box' --category PCI --dump " + kSample);
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_NE(result.output.find("; My Box. A draft that tavctl describe made from the bridge "
+                                 "01:00.0."),
+              std::string::npos);
+    EXPECT_NE(result.output.find("\n; EDIT: the name"), std::string::npos);
+    EXPECT_NE(result.output.find("\nModel = My Box\n"), std::string::npos);
+    EXPECT_NE(result.output.find("\nDeviceCategory = PCI\n"), std::string::npos);
+    EXPECT_NE(result.output.find("also lists 09:00.0"), std::string::npos);
+}
+
+TEST(Describe, JsonHoldsTheText) {
+    const auto result = testsupport::runCommand(
+        TAVCTL_FILE " describe 01:00.0 --json 2>/dev/null --dump " + kSample);
+    const json whole = json::parse(result.output);
+    EXPECT_EQ(whole.at("bridge"), "01:00.0");
+    EXPECT_EQ(whole.at("alsoListed"), json::array({"09:00.0"}));
+    EXPECT_NE(whole.at("text").get<std::string>().find("[DownstreamPort3]"), std::string::npos);
+}
+
+TEST(Describe, SaysWhyNot) {
+    const auto fails = [](const std::string& arguments, const std::string& why) {
+        const auto result = tavctl("describe " + arguments + " --dump " + kSample);
+        EXPECT_EQ(result.exitStatus, 1) << arguments;
+        EXPECT_NE(result.output.find(why), std::string::npos) << result.output;
+    };
+    fails("03:00.0", "it is no bridge; the one above it is 02:00.0");
+    fails("00:00.0", "it is no bridge, and stands on a root bus");
+    fails("01:00.7", "there is no function at this address");
+    fails("first", "expected an address such as 01:00.0");
+    fails("02:01.0", "02:00.0 has the same identifiers and comes first");
+    fails("01:00.0 --model '\"Box\"'", "must have no quotes");
+    EXPECT_EQ(tavctl("describe 01:00.0 --category Box").exitStatus, 2);
+    EXPECT_EQ(tavctl("describe --dump " + kSample).exitStatus, 2);
+}
+
+// A chain of bridges of one kind, each the first port of the one above it: by the count, the second
+// one is a part of the first.
+TEST(Describe, BridgesThatOneAboveWouldTakeForItsOwnAreLeftOutOfTheCount) {
+    BusBuilder bus;
+    auto bridge = bus.rootPort(0, 1, 0, {0x8086, 0x1901});
+    for (int i = 0; i < 3; ++i)
+        bridge = bus.bridge(bridge, 0, 0, {0x104C, 0x8232});
+    Bench bench;
+    const std::string dump = bench.folder().write("bus.dump", bus.dump());
+    ASSERT_EQ(bench.describe(dump, "02:00.0").exitStatus, 0);
+    bench.expectSoundAndListed(dump, "02:00.0");
+    const std::string text = bench.folder().read("PCI Hardware Descriptions/box.ini");
+    EXPECT_NE(text.find("; Bridges of this box have the same identifiers as one above it"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("IsOptional = 1\n", text.find("[DownstreamPort1]")), std::string::npos)
+        << text;
+}
+
+TEST(Describe, PortWithoutABusOfItsOwnIsToldByItsAddressAlone) {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x104C, 0x8232}, 0);
+    bus.setSecondaryBus(bus.bridge(up, 1, 0, {0x104C, 0x8233}, 0), 0);
+    const FileFolder folder;
+    const auto result = tavctl("describe 01:00.0 --dump " + folder.write("bus.dump", bus.dump()));
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_NE(result.output.find("; Now 02:01.0.\n"), std::string::npos) << result.output;
+}
+
+// A box with three ports behind a root port; behind each a card or nothing.
+std::string box(bool first, bool second, bool third, unsigned width = 4,
+                testsupport::Ids upIds = {0x10B5, 0x8608}) {
+    BusBuilder bus;
+    const auto other = bus.rootPort(0, 1, 0, {0x8086, 0x1901}, 4);
+    bus.endpoint(other, 0, 0, {0x8086, 0x10D3});
+    const auto root = bus.rootPort(0, 2, 0, {0x8086, 0x1901}, 4);
+    const auto up = bus.bridge(root, 0, 0, upIds, width);
+    const bool plugged[] = {first, second, third};
+    for (unsigned i = 0; i < 3; ++i) {
+        const auto port = bus.bridge(up, i + 1, 0, {0x10B5, 0x8608}, width);
+        if (plugged[i]) {
+            const auto bridge = bus.bridge(port, 0, 0, {0x104C, 0x8231}, 0);
+            bus.endpoint(bridge, 4, 0, {0x1172, 0xE001});
+        }
+    }
+    return bus.dump();
+}
+
+// Runs describe --watch on a dump that is replaced whenever a question asks for it. Each answer
+// stands for one question; "DUMP n" replaces the dump by number n and then presses Enter.
+testsupport::CommandResult watch(const FileFolder& folder, const std::vector<std::string>& answers,
+                                 const std::string& options = {}) {
+    std::string script = "coproc T { '" TAVCTL_FILE "' describe 02:00.0 --watch " + options +
+                         " --dump '" + folder.file("bus.dump") + "' -o '" + folder.file("box.ini") +
+                         "' 2>&1; }\n"
+                         "pid=$T_PID; exec 3<&\"${T[0]}\" 4>&\"${T[1]}\" {T[1]}>&-\n"
+                         "ask() { while read -r line <&3; do echo \"$line\"; case \"$line\" in "
+                         "*'ends the list.)'*|*'skips it.'*) return;; esac; done; }\n";
+    for (const std::string& answer : answers) {
+        script += "ask\n";
+        if (answer.starts_with("DUMP "))
+            script += "cp '" + folder.file("dump" + answer.substr(5)) + "' '" +
+                      folder.file("bus.dump") + "'; echo >&4\n";
+        else
+            script += "echo '" + answer + "' >&4\n";
+    }
+    script += "exec 4>&-; cat <&3; wait \"$pid\"\n";
+    return testsupport::runCommand("timeout 60 bash '" + folder.write("script.sh", script) + "'");
+}
+
+TEST(DescribeWatch, FindsTheConnectorsByWhatIsPluggedIn) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump1", box(false, false, true));
+    folder.write("dump2", box(true, false, true));
+    const auto result = watch(folder, {"LEFT", "DUMP 1", "MIDDLE", "s", "RIGHT", "DUMP 2", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    const std::string text = folder.read("box.ini");
+    EXPECT_NE(text.find("ConnectorLabels = HOST,LEFT,RIGHT\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("[DownstreamPort1]\nIDsSameAs = Anchor\nTraversalMapFromAnchor = d3f0\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("[DownstreamPort2]\nIDsSameAs = Anchor\nTraversalMapFromAnchor = d1f0\n"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("[DownstreamPort3]"), std::string::npos) << text;
+    EXPECT_EQ(tavctl("lint '" + folder.file("box.ini") + "'").output, "1 file, no problems\n");
+}
+
+TEST(DescribeWatch, UnpluggingTellsAsWell) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(true, true, true));
+    folder.write("dump1", box(true, false, true));
+    const auto result = watch(folder, {"B", "DUMP 1", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(result.output.find("Connector \"B\" is the port"), std::string::npos);
+    EXPECT_NE(folder.read("box.ini").find("TraversalMapFromAnchor = d2f0\n"), std::string::npos);
+}
+
+TEST(DescribeWatch, AsksAgainWhenNothingOrTooMuchChanged) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump0", box(false, false, false));
+    folder.write("dump1", box(true, true, false));
+    folder.write("dump2", box(true, true, true));
+    const auto result = watch(folder, {"A,B", "A", "DUMP 0", "DUMP 1", "DUMP 2", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(result.output.find("A label must have no comma."), std::string::npos);
+    EXPECT_NE(result.output.find("Nothing has changed below the box."), std::string::npos);
+    EXPECT_NE(result.output.find("behind 2 ports at once"), std::string::npos) << result.output;
+    EXPECT_NE(folder.read("box.ini").find("TraversalMapFromAnchor = d3f0\n"), std::string::npos);
+}
+
+TEST(DescribeWatch, SeveralConnectorsOfOnePortGiveTheLinkWidthPerLabel) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false, 8));
+    folder.write("dump1", box(true, false, false, 8));
+    folder.write("dump2", box(false, false, false, 8));
+    folder.write("dump3", box(false, true, false, 8));
+    folder.write("dump4", box(false, false, false, 8));
+    const auto result =
+        watch(folder, {"A1", "DUMP 1", "A2", "DUMP 2", "B1", "DUMP 3", "B2", "DUMP 4", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    const std::string text = folder.read("box.ini");
+    EXPECT_NE(text.find("LinkWidthPerLabel = 4\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("ConnectorLabels = HOST1,HOST2,A1,A2,B1,B2\n"), std::string::npos) << text;
+}
+
+TEST(DescribeWatch, LabelsThatNoWidthExplainsAreRefused) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false, 8));
+    folder.write("dump1", box(true, false, false, 8));
+    folder.write("dump2", box(false, false, false, 8));
+    folder.write("dump3", box(false, true, false, 8));
+    const auto result = watch(folder, {"A1", "DUMP 1", "A2", "DUMP 2", "B", "DUMP 3", ""});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("all ports must have the same number of lanes for each label"),
+              std::string::npos)
+        << result.output;
+}
+
+TEST(DescribeWatch, WithoutAnyConnectorNothingIsWritten) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    const auto result = watch(folder, {"A", "s", ""});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("no connector was found"), std::string::npos) << result.output;
+    EXPECT_FALSE(folder.has("box.ini"));
+}
+
+TEST(DescribeWatch, BoxThatGoesAwayIsTold) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump1", "");
+    const auto result = watch(folder, {"A", "DUMP 1"});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("the box is no longer at MR00:00,10"), std::string::npos)
+        << result.output;
+}
+
+TEST(DescribeWatch, AnswersThatEndEndTheList) {
+    const auto result = tavctl("describe 01:00.0 --watch --dump " + kSample + " </dev/null 2>&1");
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.output.find("no connector was found"), std::string::npos) << result.output;
+}
+
+// A port that is there only while something is plugged in.
+TEST(DescribeWatch, PortThatComesWithWhatIsPluggedInIsFound) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x8086, 0x10D3});
+    const auto up = bus.bridge(bus.rootPort(0, 2, 0, {0x8086, 0x1901}), 0, 0, {0x10B5, 0x8608}, 4);
+    const FileFolder folder;
+    folder.write("bus.dump", bus.dump());
+    bus.endpoint(bus.bridge(up, 3, 0, {0x10B5, 0x8608}, 4), 0, 0, {0x1172, 0xE001});
+    folder.write("dump1", bus.dump());
+    const auto result = watch(folder, {"A", "DUMP 1", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(folder.read("box.ini").find("TraversalMapFromAnchor = d3f0\n"), std::string::npos);
+}
+
+TEST(DescribeWatch, WhatComesBesideThePortsIsInNoConnector) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x8086, 0x10D3});
+    const auto up = bus.bridge(bus.rootPort(0, 2, 0, {0x8086, 0x1901}), 0, 0, {0x10B5, 0x8608}, 4);
+    const FileFolder folder;
+    folder.write("bus.dump", bus.dump());
+    bus.endpoint(up, 9, 0, {0x1172, 0xE001});
+    folder.write("dump1", bus.dump());
+    const auto result = watch(folder, {"A", "DUMP 1", ""});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("What has changed stands beside the ports of the box"),
+              std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("no connector was found"), std::string::npos) << result.output;
+}
+
+TEST(DescribeWatch, WidthThatPromisesMoreConnectorsThanWereFoundIsTold) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false, 8));
+    folder.write("dump1", box(true, false, false, 8));
+    const auto result = watch(folder, {"A", "DUMP 1", ""}, "--lanes 4");
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("expected that there are labels for this port (link width 8)"),
+              std::string::npos)
+        << result.output;
+}
+
+TEST(DescribeWatch, BoxThatIsAnotherOneNowIsTold) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump1", box(true, false, false, 4, {0x10B5, 0x8609}));
+    const auto result = watch(folder, {"A", "DUMP 1", ""});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("it is not found by its identifiers"), std::string::npos)
+        << result.output;
+}
+
+} // namespace

@@ -1,0 +1,71 @@
+// The manual has a page for every command, and each page tells every option.
+#include "tavctl/commandLine.h"
+#include "tavctl/options/commandWords.h"
+#include "tests/support/command.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tavctl;
+using testing::HasSubstr;
+
+const fs::path kFolder = TAV_SOURCE_DIR "/docs/man";
+
+// As it is read on a wide screen, without bold letters.
+std::string pageText(const std::string& page) {
+    return testsupport::runCommand("mandoc -Tutf8 -Owidth=300 " + (kFolder / page).string() +
+                                   " | sed 's/.\\x08//g'")
+        .output;
+}
+
+void expectOptions(const CommandWords& command, const std::string& text, const std::string& page) {
+    for (const OptionWords& option : command.options) {
+        for (const std::string& name : option.longNames) {
+            EXPECT_THAT(text, HasSubstr("--" + name)) << page;
+        }
+        for (const std::string& name : option.shortNames) {
+            EXPECT_THAT(text, HasSubstr("-" + name)) << page;
+        }
+    }
+    for (const CommandWords& each : command.commands) {
+        EXPECT_THAT(text, HasSubstr(each.name)) << page;
+        expectOptions(each, text, page);
+    }
+}
+
+TEST(Manual, HasAPageForEveryCommandThatTellsEveryOption) {
+    const CommandWords whole = wordsOf(CommandLine().app());
+    const std::string mainPage = pageText("tavctl.1");
+    for (const CommandWords& command : whole.commands) {
+        const std::string page = "tavctl-" + command.name + ".1";
+        ASSERT_TRUE(fs::exists(kFolder / page)) << page;
+        const std::string text = pageText(page);
+        expectOptions(command, text, page);
+        for (const char* heading : {"NAME\n", "SYNOPSIS\n", "DESCRIPTION\n", "OPTIONS\n",
+                                    "EXIT STATUS\n", "EXAMPLES\n", "SEE ALSO\n"})
+            EXPECT_THAT(text, HasSubstr(heading)) << page;
+        EXPECT_THAT(text, HasSubstr("tavctl " + command.name)) << page;
+        EXPECT_THAT(mainPage, HasSubstr("tavctl-" + command.name + "(1)"));
+    }
+}
+
+TEST(Manual, HasNoPageOfACommandThatIsNotThere) {
+    std::size_t pages = 0;
+    for (const auto& entry : fs::directory_iterator(kFolder))
+        pages += entry.path().extension() == ".1" ? 1 : 0;
+    EXPECT_EQ(pages, wordsOf(CommandLine().app()).commands.size() + 1);
+}
+
+TEST(Manual, PagesAreWellFormed) {
+    for (const auto& entry : fs::directory_iterator(kFolder))
+        EXPECT_EQ(
+            testsupport::runCommand("mandoc -T lint -W warning " + entry.path().string() + " 2>&1")
+                .output,
+            "");
+}
+
+} // namespace

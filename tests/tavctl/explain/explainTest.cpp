@@ -1,0 +1,461 @@
+// What explain says agrees with what the plug-in lists, its reasons stand in the order in which the
+// plug-in tests, and the changes that it proposes do what they promise.
+#include "tests/support/command.h"
+#include "tests/support/effort.h"
+#include "tests/support/fileFolder.h"
+#include "tests/tavctl/documents/guide.h"
+#include "tests/tavctl/explain/descriptionMutations.h"
+#include "tests/tavctl/explain/randomMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <set>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testsupport::FileFolder;
+
+testsupport::CommandResult tavctl(const std::string& arguments) {
+    return testsupport::runCommand(TAVCTL_FILE " " + arguments);
+}
+
+std::string inQuotes(const fs::path& path) {
+    return "'" + path.string() + "'";
+}
+
+// Model and address of each device, in a fixed order.
+using Devices = std::multiset<std::string>;
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+// A dump and a folder of descriptions.
+struct Machine {
+    fs::path dump;
+    fs::path descriptions;
+
+    [[nodiscard]] std::string options() const {
+        return " --json --dump " + inQuotes(dump) + " --descriptions " + inQuotes(descriptions);
+    }
+
+    // Nothing when the plug-in cannot be initialised.
+    [[nodiscard]] std::optional<Devices> listed() const {
+        const FileFolder state;
+        const auto result = tavctl("list" + options() + " --state " + inQuotes(state.file("")));
+        if (result.exitStatus != 0)
+            return std::nullopt;
+        Devices devices;
+        const json whole = json::parse(result.output);
+        for (const json& each : whole.at("devices")) {
+            char address[16];
+            std::snprintf(address, sizeof address, "%02x:%02x.%x", each.at("bus").get<unsigned>(),
+                          each.at("device").get<unsigned>(), each.at("function").get<unsigned>());
+            devices.insert(each.at("model").get<std::string>() + " " + address);
+        }
+        return devices;
+    }
+
+    [[nodiscard]] json explained(const std::string& model = {}) const {
+        const auto result =
+            tavctl("explain" + options() + (model.empty() ? "" : " '" + model + "'"));
+        const json whole = json::parse(result.output, nullptr, false);
+        if (whole.is_discarded())
+            throw std::runtime_error("explain printed " + result.output);
+        return whole;
+    }
+};
+
+Devices listedBy(const json& explanation) {
+    Devices devices;
+    for (const json& model : explanation.at("models")) {
+        std::size_t count = 0;
+        for (const json& candidate : model.at("candidates")) {
+            const bool failed =
+                std::any_of(candidate.at("steps").begin(), candidate.at("steps").end(),
+                            [](const json& step) { return step.at("result") == "FAIL"; });
+            if (candidate.at("outcome") == "listed") {
+                EXPECT_FALSE(failed) << candidate;
+                devices.insert(model.at("model").get<std::string>() + " " +
+                               candidate.at("reported").get<std::string>());
+                ++count;
+            } else if (candidate.at("outcome") == "not listed") {
+                EXPECT_TRUE(failed) << "no reason is given: " << model;
+                EXPECT_EQ(candidate.at("steps").back().at("result"), "FAIL")
+                    << "something was tested after the first failure: " << candidate;
+            }
+        }
+        EXPECT_EQ(model.at("listed"), count);
+    }
+    return devices;
+}
+
+TEST(Explain, AgreesWithThePluginOnEveryWholeSystemCase) {
+    std::size_t cases = 0;
+    for (const auto& entry :
+         fs::directory_iterator(fs::path(TAV_SOURCE_DIR) / "tests" / "system" / "cases")) {
+        const auto part = [&](const char* name, const char* link) {
+            if (fs::exists(entry.path() / name))
+                return entry.path() / name;
+            std::string target = contentOf(entry.path() / link);
+            target.erase(target.find_last_not_of('\n') + 1);
+            return fs::path(TAV_SOURCE_DIR) / target;
+        };
+        const Machine machine{part("bus.dump", "bus.path"),
+                              part("descriptions", "descriptions.path")};
+        ++cases;
+        const auto listed = machine.listed();
+        const auto result = tavctl("explain" + machine.options());
+        if (!listed || !fs::exists(machine.descriptions / "PCI Hardware Descriptions")) {
+            EXPECT_EQ(result.exitStatus, 3) << entry.path() << result.output;
+            EXPECT_TRUE(json::parse(result.output).contains("error"));
+            continue;
+        }
+        EXPECT_EQ(result.exitStatus, 0) << entry.path() << result.output;
+        EXPECT_EQ(listedBy(json::parse(result.output)), *listed) << entry.path();
+    }
+    EXPECT_GT(cases, 15U);
+}
+
+struct Tally {
+    std::size_t listed = 0;
+    std::size_t rejected = 0;
+    std::size_t changes = 0;
+};
+
+TEST(Explain, SendsWhoeverCannotLoadToLint) {
+    const FileFolder folder;
+    fs::create_directory(folder.file("PCI Hardware Descriptions"));
+    folder.write("PCI Hardware Descriptions/box.ini", "[UpstreamTAV]\nModel = Box\n");
+    const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", folder.file("")};
+    const auto result = tavctl("explain" + machine.options());
+    EXPECT_EQ(result.exitStatus, 3);
+    const json error = json::parse(result.output).at("error");
+    EXPECT_EQ(error.at("operation"), "load description");
+    EXPECT_EQ(error.at("status"), -313322);
+    EXPECT_NE(error.at("reason").get<std::string>().find("[UpstreamTAV] DeviceCategory"),
+              std::string::npos);
+    EXPECT_NE(error.at("reason").get<std::string>().find("tavctl lint"), std::string::npos);
+}
+
+TEST(Explain, ModelThatIsNotListedOrNotDescribedExitsWithOne) {
+    const std::string sample = " --dump " TAV_SOURCE_DIR "/samples/switchboxes.dump";
+    const std::string descriptions = " --descriptions " TAV_SOURCE_DIR "/descriptions";
+    EXPECT_EQ(tavctl("explain 'TAV-B3 Switch Box'" + sample + descriptions).exitStatus, 0);
+    const FileFolder folder;
+    const std::string nothing = " --dump " + folder.write("empty.dump", "");
+    EXPECT_EQ(tavctl("explain 'TAV-B3 Switch Box'" + nothing + descriptions).exitStatus, 1);
+    EXPECT_EQ(tavctl("explain" + nothing + descriptions).exitStatus, 0);
+    const auto unknown = tavctl("explain 'TAV-B3 Switchbox'" + sample + descriptions);
+    EXPECT_EQ(unknown.exitStatus, 1);
+    EXPECT_NE(unknown.output.find("did you mean \"TAV-B3 Switch Box\"?"), std::string::npos)
+        << unknown.output;
+}
+
+TEST(Explain, NamesOtherIdentifiersWhenNothingHasTheAnchors) {
+    const std::string cases = TAV_SOURCE_DIR "/tests/system/cases/nothing-described";
+    const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", cases + "/descriptions"};
+    const json whole = machine.explained();
+    const json& model = whole.at("models").at(0);
+    EXPECT_TRUE(model.at("candidates").empty());
+    const json& near = model.at("near").at(0);
+    EXPECT_EQ(near.at("address"), "01:00.0");
+    ASSERT_EQ(near.at("changes").size(), 1U);
+    EXPECT_EQ(near.at("changes").at(0).at("section"), "Anchor");
+    EXPECT_EQ(near.at("changes").at(0).at("key"), "Pid");
+    EXPECT_EQ(near.at("changes").at(0).at("value"), "8232");
+}
+
+TEST(Explain, AnchorOnARootBusHasNoBridgeAboveIt) {
+    const std::string folder = TAV_SOURCE_DIR "/tests/system/cases/endpoint-on-root-bus";
+    const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", folder + "/descriptions"};
+    const json whole = machine.explained();
+    const json& step = whole.at("models").at(0).at("candidates").at(0).at("steps").at(0);
+    EXPECT_EQ(step.at("result"), "FAIL");
+    EXPECT_EQ(step.at("condition"), "a bridge stands above it");
+    EXPECT_EQ(step.at("found"), "none, since bus 00 is a root bus");
+}
+
+using testsupport::BusBuilder;
+
+constexpr testsupport::Ids kRootIds{0x8086, 0x1901};
+constexpr testsupport::Ids kUpIds{0x104C, 0x8232};
+constexpr testsupport::Ids kPortIds{0x104C, 0x8233};
+
+// A machine made for one description.
+class Described {
+public:
+    Described(const BusBuilder& bus, const std::string& text) {
+        folder_.write("bus.dump", bus.dump());
+        fs::create_directory(folder_.file("PCI Hardware Descriptions"));
+        folder_.write("PCI Hardware Descriptions/box.ini", text);
+    }
+
+    [[nodiscard]] Machine machine() const { return {folder_.file("bus.dump"), folder_.file("")}; }
+    [[nodiscard]] std::string asText() const {
+        return tavctl("explain --dump " + inQuotes(machine().dump) + " --descriptions " +
+                      inQuotes(machine().descriptions))
+            .output;
+    }
+    // Of the only model, which must be explained as it is listed.
+    [[nodiscard]] json model() const {
+        const json whole = machine().explained();
+        EXPECT_EQ(listedBy(whole), machine().listed().value()) << whole;
+        return whole.at("models").at(0);
+    }
+
+private:
+    FileFolder folder_;
+};
+
+// A box with the upstream port for its anchor and one connector at `map`.
+std::string boxAt(const std::string& anchorPid, const std::string& map) {
+    return "[UpstreamTAV]\nModel = Box\nDeviceCategory = SwitchboxTav\n"
+           "InternalBridges = \"\"\nConnectorLabels = HOST,A\nDownstreamPorts = 1\n"
+           "HasUpstreamPort = 1\n"
+           "[Anchor]\nPciHeaderType = 1\nVid = 104C\nPid = " +
+           anchorPid +
+           "\nSsVid = 0\nSsPid = 0\n"
+           "[UpstreamPort]\nIDsSameAs = Anchor\nTraversalMapFromAnchor = \"\"\n"
+           "[DownstreamPort1]\nVid = 104C\nPid = 8233\nSsVid = 0\nSsPid = 0\n"
+           "TraversalMapFromAnchor = " +
+           map + "\n";
+}
+
+// A card that has no connectors; `alternate` is a second device that it may be.
+std::string cardOr(const std::string& alternate) {
+    return "[UpstreamTAV]\nModel = Card\nDeviceCategory = PCI\nInternalBridges = \"\"\n"
+           "ConnectorLabels = \"\"\nDownstreamPorts = \"\"\nHasUpstreamPort = 0\n"
+           "[Anchor]\nAlternateAnchors = Other\nPciHeaderType = 0\nVid = 1172\nPid = E001\n"
+           "SsVid = 0\nSsPid = 0\n"
+           "[AlternateAnchorOther]\nPciHeaderType = 0\nVid = 1172\nPid = " +
+           alternate + "\nSsVid = 0\nSsPid = 0\n";
+}
+
+// The box, and a card that has nearly the identifiers of the box but none of its bridges.
+BusBuilder boxAndCard() {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    bus.bridge(up, 0, 0, kPortIds);
+    bus.endpoint(bus.rootPort(0, 2, 0, kRootIds), 0, 0, {0x104C, 0x8231, 0x1234, 0x0001});
+    return bus;
+}
+
+TEST(Explain, ShowsTheNearFunctionsThatWouldBeListedAndTheirChanges) {
+    const std::string text = Described(boxAndCard(), boxAt("8231", "d0f0")).asText();
+    EXPECT_NE(text.find("  No function of this bus has the anchor's identifiers.\n"
+                        "  Nearly the anchor's identifiers:\n"
+                        "    01:00.0  104C:8232"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find(", a bridge\n      change: [Anchor] Pid = 8232\n"), std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("1234:0001"), std::string::npos) << text;
+}
+
+TEST(Explain, ShowsNearFunctionsThatWouldNotBeListedForWantOfBetterOnes) {
+    const std::string text = Described(boxAndCard(), boxAt("8231", "d9f0")).asText();
+    EXPECT_NE(text.find("01:00.0  104C:8232"), std::string::npos) << text;
+    EXPECT_NE(text.find("1234:0001, no bridge; not listed with these\n             either\n"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("change:"), std::string::npos) << text;
+}
+
+// The walk of the second device begins where the first one stands: the plug-in begins its pass over
+// the devices again for each anchor, and takes the slot paths by their number.
+TEST(Explain, DeviceOfAnAlternateAnchorIsLookedForFromAnotherOnesSlotPath) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, kRootIds), 0, 0, {0x1172, 0xE001});
+    bus.endpoint(bus.rootPort(0, 2, 0, kRootIds), 0, 0, {0x1172, 0xE002});
+    const json model = Described(bus, cardOr("E002")).model();
+    EXPECT_EQ(model.at("listed"), 2);
+    ASSERT_EQ(model.at("candidates").size(), 2U);
+    const json& second = model.at("candidates").at(1);
+    EXPECT_EQ(second.at("address"), "02:00.0");
+    EXPECT_EQ(second.at("slotPath"), "MR00:00,10");
+    EXPECT_EQ(second.at("steps").at(0).at("condition"), "a bridge stands above it");
+    const json& noted = second.at("steps").at(1);
+    EXPECT_EQ(noted.at("result"), "note");
+    EXPECT_EQ(noted.at("condition"), "its places are looked for from its own slot path");
+    EXPECT_EQ(noted.at("expected"), "MR00:00,10");
+    EXPECT_EQ(noted.at("found"), "MR00:00,08, that of another anchor of the model");
+}
+
+TEST(Explain, DeviceThatTwoAnchorsDescribeIsListedTwice) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, kRootIds), 0, 0, {0x1172, 0xE001});
+    const json model = Described(bus, cardOr("E001")).model();
+    EXPECT_EQ(model.at("listed"), 2);
+    ASSERT_EQ(model.at("candidates").size(), 2U);
+    for (const json& candidate : model.at("candidates")) {
+        EXPECT_EQ(candidate.at("address"), "01:00.0");
+        EXPECT_EQ(candidate.at("slotPath"), "MR00:00,08");
+    }
+}
+
+const json& lastStep(const json& model) {
+    return model.at("candidates").at(0).at("steps").back();
+}
+
+TEST(Explain, ModelThatIsToHaveNoNameGetsNoTerminalName) {
+    std::string text = boxAt("8232", "d0f0");
+    text.replace(text.find("Box"), 3, "_");
+    const json model = Described(boxAndCard(), text).model();
+    EXPECT_EQ(lastStep(model).at("result"), "FAIL");
+    EXPECT_EQ(lastStep(model).at("condition"), "a terminal name can be given");
+    EXPECT_EQ(lastStep(model).at("expected"), "no failure");
+    EXPECT_EQ(lastStep(model).at("found"), model.at("failure"));
+}
+
+TEST(Explain, MapThatCannotBeAppliedEndsTheLookUp) {
+    const json model = Described(boxAndCard(), boxAt("8232", "-,-,-,d0f0")).model();
+    EXPECT_EQ(lastStep(model).at("condition"), "[DownstreamPort1] can be looked up");
+    EXPECT_EQ(lastStep(model).at("section"), "DownstreamPort1");
+    EXPECT_EQ(lastStep(model).at("found"), model.at("failure"));
+}
+
+// A box with sixty bridges that no description means; its upstream port.
+auto addWideBox(BusBuilder& bus) {
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    for (unsigned i = 0; i < 60; ++i)
+        bus.bridge(up, i / 4, i % 4, {0x10B5, 0x8608});
+    return up;
+}
+
+// A port that stands elsewhere is looked for among all bridges of the box but those that other
+// sections describe; a section whose map leads nowhere describes none.
+TEST(Explain, PortIsMovedToTheBridgeThatHasItsIdentifiersOnAWideBox) {
+    BusBuilder bus;
+    const auto up = addWideBox(bus);
+    bus.bridge(up, 31, 0, kPortIds);
+    std::string text = boxAt("8232", "d30f7");
+    text.replace(text.find("InternalBridges = \"\""), 20, "InternalBridges = Nowhere");
+    text += "[InternalBridgeNowhere]\nIDsSameAs = DownstreamPort1\n"
+            "TraversalMapFromAnchor = -,-,-,-\n";
+    const json model = Described(bus, text).model();
+    EXPECT_EQ(model.at("listed"), 0);
+    const json& change = model.at("candidates").at(0).at("changes").at(0);
+    EXPECT_EQ(change.at("section"), "DownstreamPort1");
+    EXPECT_EQ(change.at("key"), "TraversalMapFromAnchor");
+    EXPECT_EQ(change.at("value"), "d31f0");
+}
+
+// Nothing says then which of the bridges it is, and not all of them are tried.
+TEST(Explain, PortIsMovedToTheFirstBridgeWhenNoneHasItsIdentifiers) {
+    BusBuilder bus;
+    addWideBox(bus);
+    const json model = Described(bus, boxAt("8232", "d30f7")).model();
+    EXPECT_EQ(model.at("candidates").at(0).at("changes").at(0).at("value"), "d0f0");
+}
+
+// Seen from a card, the bridges of its box are up and down again.
+TEST(Explain, BridgeBesideAnAnchorThatIsNoBridgeIsReachedOverTheOneAbove) {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+    bus.endpoint(up, 1, 0, {0x1172, 0xE001});
+    bus.bridge(up, 2, 0, kPortIds);
+    std::string text = cardOr("E002");
+    text.replace(text.find("InternalBridges = \"\""), 20, "InternalBridges = Card");
+    text += "[InternalBridgeCard]\nVid = 104C\nPid = 8233\nSsVid = 0\nSsPid = 0\n"
+            "TraversalMapFromAnchor = -,d9f0\nReportAddressFromThisBridge = 1\n";
+    const json model = Described(bus, text).model();
+    EXPECT_EQ(model.at("listed"), 0);
+    const json& change = model.at("candidates").at(0).at("changes").at(0);
+    EXPECT_EQ(change.at("section"), "InternalBridgeCard");
+    EXPECT_EQ(change.at("value"), "-,d2f0");
+}
+
+// Makes each proposed change to the file and looks whether the plug-in lists the candidate then.
+void expectChangesWork(const Machine& machine, const fs::path& file, const json& model,
+                       Tally& tally) {
+    const std::string text = contentOf(file);
+    for (const json& candidate : model.at("candidates")) {
+        for (const json& change : candidate.at("changes")) {
+            const std::string section = change.at("section");
+            std::string changed = text;
+            std::string keys = change.at("key");
+            std::string values = change.at("value");
+            if (keys.find(',') == std::string::npos) {
+                const bool isNew = text.find("[" + section + "]") == std::string::npos;
+                changed = testtavctl::withValue(changed, section, keys, values);
+                if (isNew) { // the section that describes the anchor
+                    changed = testtavctl::withValue(changed, section, "IDsSameAs", "Anchor");
+                    changed =
+                        testtavctl::withValue(changed, "UpstreamTAV", "InternalBridges", "Anchor");
+                }
+            } else {
+                changed = testtavctl::withValue(changed, section, "IDsSameAs", "");
+                std::istringstream keyList(keys);
+                std::istringstream valueList(values);
+                std::string key;
+                std::string value;
+                while (std::getline(keyList >> std::ws, key, ',') &&
+                       std::getline(valueList >> std::ws, value, ','))
+                    changed = testtavctl::withValue(changed, section, key, value);
+            }
+            std::ofstream(file, std::ios::binary) << changed;
+            const json after = machine.explained(model.at("model").get<std::string>());
+            bool found = false;
+            for (const json& each : after.at("models").at(0).at("candidates"))
+                found = found || (each.at("address") == candidate.at("address") &&
+                                  each.at("outcome") == "listed");
+            EXPECT_TRUE(found) << change << "\n" << text << "\n" << changed << after;
+            const auto listed = machine.listed();
+            ASSERT_TRUE(listed) << changed;
+            EXPECT_EQ(listedBy(machine.explained()), *listed) << changed;
+            ++tally.changes;
+        }
+    }
+    std::ofstream(file, std::ios::binary) << text;
+}
+
+TEST(Explain, AgreesWithThePluginOnGeneratedMachines) {
+    std::mt19937 random(1503); // NOLINT(bugprone-random-generator-seed): the same each time
+    Tally tally;
+    const int machines = testsupport::isSanitized() ? 70 : 150;
+    for (int i = 0; i < machines; ++i) {
+        const FileFolder folder;
+        const auto made = testtavctl::randomMachine(random);
+        const fs::path descriptions = folder.file("PCI Hardware Descriptions");
+        fs::create_directory(descriptions);
+        Machine machine{folder.write("bus.dump", made.bus.dump()), folder.file("")};
+        for (const char* name : {"a", "b"})
+            std::ofstream(descriptions / (std::string(name) + ".ini"))
+                << testtavctl::randomDescription(made, random, std::string("Model ") + name);
+        const auto listed = machine.listed();
+        ASSERT_TRUE(listed);
+        const json explanation = machine.explained();
+        ASSERT_EQ(listedBy(explanation), *listed)
+            << contentOf(descriptions / "a.ini") << contentOf(descriptions / "b.ini")
+            << explanation;
+        tally.listed += listed->size();
+        for (const json& model : explanation.at("models")) {
+            for (const json& candidate : model.at("candidates"))
+                tally.rejected += candidate.at("outcome") == "not listed" ? 1U : 0U;
+            if (i < 60) {
+                ASSERT_NO_FATAL_FAILURE(
+                    expectChangesWork(machine, model.at("file").get<std::string>(), model, tally));
+            }
+        }
+    }
+    // Both kinds must occur often, or the test shows nothing.
+    EXPECT_GT(tally.listed, 50U);
+    EXPECT_GT(tally.rejected, 50U);
+    EXPECT_GT(tally.changes, 20U);
+}
+
+} // namespace

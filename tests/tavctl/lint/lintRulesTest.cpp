@@ -1,0 +1,100 @@
+// Every rule of lint has a folder of files that it must find fault with, at the places that
+// expected.txt tells, and one of files that are faultless.
+#include "tavctl/description/rules.h"
+#include "tavctl/lint/lint.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tavctl::lint;
+
+const fs::path kFixtures = fs::path(TAV_SOURCE_DIR) / "tests" / "tavctl" / "lint" / "rules";
+
+std::vector<std::string> filesIn(const fs::path& folder) {
+    std::vector<std::string> files;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (entry.path().extension() == ".ini")
+            files.push_back(entry.path().string());
+    }
+    std::sort(files.begin(), files.end());
+    if (files.empty())
+        throw std::runtime_error("no description file in " + folder.string());
+    return files;
+}
+
+// "file:line:column:length", a line each.
+std::string placesOf(const Report& report, std::string_view id) {
+    std::ostringstream text;
+    for (const Finding& finding : report.findings) {
+        if (finding.rule == id)
+            text << fs::path(finding.file).filename().string() << ':' << finding.place.line << ':'
+                 << finding.place.column << ':' << finding.place.length << '\n';
+    }
+    return text.str();
+}
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+class LintRule : public testing::TestWithParam<Rule> {};
+
+TEST_P(LintRule, FindsItsFaultAndNoneInSoundFiles) {
+    const Rule& each = GetParam();
+    const fs::path folder = kFixtures / each.id;
+
+    const Report bad = lint(filesIn(folder / "bad"));
+    const std::string places = placesOf(bad, each.id);
+    EXPECT_NE(places, "") << reportAsText(bad);
+    EXPECT_EQ(places, contentOf(folder / "bad" / "expected.txt")) << reportAsText(bad);
+    for (const Finding& finding : bad.findings) {
+        if (finding.rule == each.id) {
+            EXPECT_EQ(finding.severity, each.severity);
+            EXPECT_NE(finding.found, "");
+            EXPECT_NE(finding.expected, "");
+        }
+    }
+
+    const Report good = lint(filesIn(folder / "good"));
+    EXPECT_TRUE(good.findings.empty()) << reportAsText(good);
+}
+
+std::string testName(const testing::TestParamInfo<Rule>& info) {
+    std::string name(info.param.id);
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Lint, LintRule, testing::ValuesIn(rules().begin(), rules().end()),
+                         testName);
+
+TEST(LintRules, FixturesAreOfRulesThatThereAre) {
+    std::set<std::string> known;
+    for (const Rule& each : rules())
+        EXPECT_TRUE(known.insert(std::string(each.id)).second) << each.id << " twice";
+    for (const auto& entry : fs::directory_iterator(kFixtures))
+        EXPECT_TRUE(known.contains(entry.path().filename().string())) << entry.path();
+}
+
+TEST(LintRules, AreTold) {
+    for (const Rule& each : rules()) {
+        EXPECT_NE(rulesAsText().find(each.id), std::string::npos);
+        EXPECT_NE(rulesAsJson().find(each.id), std::string::npos);
+    }
+    EXPECT_THROW(static_cast<void>(rule("no-such-rule")), std::logic_error);
+}
+
+} // namespace

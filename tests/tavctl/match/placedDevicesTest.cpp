@@ -1,0 +1,121 @@
+// Where listed devices and their ports stand on the bus.
+#include "tavctl/match/placedDevices.h"
+
+#include "tests/tavctl/match/treeFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace tavctl;
+using tavctltest::TreeFixture;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(PlacedDevices, PortsStandInTheOrderOfTheDescriptionWithTheirLabels) {
+    const TreeFixture fixture;
+    const auto placed = fixture.placed();
+    ASSERT_EQ(placed.size(), 1U);
+    EXPECT_EQ(placed[0].reported, fixture.machine.handle(fixture.up));
+    EXPECT_EQ(placed[0].anchor, fixture.machine.handle(fixture.up));
+    EXPECT_EQ(placed[0].upstreamPort, fixture.machine.handle(fixture.up));
+    ASSERT_EQ(placed[0].ports.size(), 4U);
+    EXPECT_THAT(placed[0].ports[0].labels, ElementsAre("A"));
+    EXPECT_EQ(placed[0].ports[0].bridge, fixture.machine.handle(fixture.portA));
+    EXPECT_EQ(placed[0].ports[0].linkWidth, 4);
+    EXPECT_THAT(placed[0].ports[1].labels, ElementsAre("B1", "B2"));
+    EXPECT_EQ(placed[0].ports[1].bridge, fixture.machine.handle(fixture.portB));
+}
+
+TEST(PlacedDevices, MissingPortHasThePlaceWhereItShouldBe) {
+    const TreeFixture fixture;
+    const PlacedPort port = fixture.placed().at(0).ports.at(2);
+    EXPECT_TRUE(port.missing);
+    EXPECT_EQ(port.bridge, std::nullopt);
+    EXPECT_EQ(port.missingBelow, fixture.machine.handle(fixture.up));
+    EXPECT_EQ(port.missingHop, 0x18);
+}
+
+TEST(PlacedDevices, PortBeyondTheLabelsHasNone) {
+    const TreeFixture fixture;
+    const PlacedPort port = fixture.placed().at(0).ports.at(3);
+    EXPECT_EQ(port.bridge, fixture.machine.handle(fixture.portD));
+    EXPECT_THAT(port.labels, IsEmpty());
+    EXPECT_FALSE(port.missing);
+}
+
+// With alternate anchors every port is described once more for each of them.
+TEST(PlacedDevices, PortDescribedTwiceIsPlacedOnce) {
+    const TreeFixture fixture;
+    Survey survey = fixture.survey();
+    auto& ports = survey.models[0].downstreamPorts;
+    const auto copy = ports;
+    ports.insert(ports.end(), copy.begin(), copy.end());
+    EXPECT_EQ(placeDevices(fixture.listed, survey, fixture.bus).at(0).ports.size(), 4U);
+}
+
+TEST(PlacedDevices, WithoutASurveyTheBusesBelowThePortsTellThem) {
+    const TreeFixture fixture;
+    const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
+    EXPECT_EQ(placed[0].anchor, std::nullopt);
+    ASSERT_EQ(placed[0].ports.size(), 2U);
+    EXPECT_THAT(placed[0].ports[0].labels, ElementsAre("A"));
+    EXPECT_THAT(placed[0].ports[1].labels, ElementsAre("B1", "B2"));
+    EXPECT_EQ(placed[0].ports[1].bridge, fixture.machine.handle(fixture.portB));
+}
+
+TEST(PlacedDevices, SurveyOfAnotherDeviceIsNotUsed) {
+    const TreeFixture fixture;
+    Survey survey = fixture.survey();
+    survey.devices[0].record.modelName = "Other";
+    EXPECT_EQ(placeDevices(fixture.listed, survey, fixture.bus).at(0).ports.size(), 2U);
+}
+
+TEST(PlacedDevices, PortsThatDoNotComeOutEvenArePlacedByTheirBuses) {
+    TreeFixture fixture;
+    fixture.listed[0].ports[0].first = 4;
+    const auto placed = fixture.placed();
+    ASSERT_EQ(placed[0].ports.size(), 1U);
+    EXPECT_THAT(placed[0].ports[0].labels, ElementsAre("A", "B1", "B2"));
+    EXPECT_EQ(placed[0].ports[0].bridge, fixture.machine.handle(fixture.portB));
+}
+
+TEST(PlacedDevices, PortWithoutABusHasNoPlace) {
+    TreeFixture fixture;
+    for (ListedPort& port : fixture.listed[0].ports)
+        port.first = 0;
+    const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
+    ASSERT_EQ(placed[0].ports.size(), 3U);
+    EXPECT_EQ(placed[0].ports[2].bridge, std::nullopt);
+}
+
+TEST(PlacedDevices, AddressWhereNothingIsHasNoFunction) {
+    TreeFixture fixture;
+    fixture.listed[0].device = 9;
+    EXPECT_EQ(fixture.placed().at(0).reported, std::nullopt);
+}
+
+// The walk never asks for a port behind the last label, so nobody has told of its map before.
+TEST(PlacedDevices, MapThatCannotBeAppliedLeavesThePortsToTheirBuses) {
+    const TreeFixture fixture;
+    Survey survey = fixture.survey();
+    survey.models[0].downstreamPorts[3].traversalMap = "nonsense";
+    const auto placed = placeDevices(fixture.listed, survey, fixture.bus);
+    ASSERT_EQ(placed[0].ports.size(), 2U);
+    EXPECT_THAT(placed[0].ports[1].labels, ElementsAre("B1", "B2"));
+    EXPECT_EQ(placed[0].ports[1].bridge, fixture.machine.handle(fixture.portB));
+}
+
+TEST(PlacedDevices, MissingPortWithoutABridgeAboveHasNoPlace) {
+    const TreeFixture fixture;
+    for (const char* map : {"d9f0,d0f0", "-,-,d9f0"}) {
+        Survey survey = fixture.survey();
+        survey.models[0].downstreamPorts[2].traversalMap = map;
+        const auto placed = placeDevices(fixture.listed, survey, fixture.bus);
+        ASSERT_EQ(placed[0].ports.size(), 3U) << map;
+        for (const PlacedPort& port : placed[0].ports)
+            EXPECT_FALSE(port.missing) << map;
+    }
+}
+
+} // namespace

@@ -1,0 +1,204 @@
+// Buses written as dumps: what is read back is what was there.
+#include "tavctl/record/busRecording.h"
+
+#include "pcibus/dump.h"
+#include "pcibus/sysfs.h"
+#include "tavctl/record/madeCapabilities.h"
+#include "tests/support/busBuilder.h"
+#include "tests/support/describe.h"
+#include "tests/support/fileFolder.h"
+#include "tests/support/machines.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace tavctl;
+using testing::HasSubstr;
+using testing::Not;
+using testsupport::BusBuilder;
+using testsupport::describe;
+using testsupport::TemporaryFolder;
+
+std::string recorded(const BusBuilder& machine, std::size_t configBytes) {
+    const TemporaryFolder folder;
+    machine.writeSysfs(folder.path(), configBytes);
+    return recordingText(recordBus(folder.path()), "a test");
+}
+
+std::vector<std::string> readBack(const std::string& text) {
+    return describe(pcibus::parseDump(text, "recording").functions());
+}
+
+// Without the comments and with nothing behind the identifiers, as the builder writes it.
+std::string withoutComments(const std::string& text) {
+    std::string result;
+    std::stringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.starts_with('#') && (!line.empty() || !result.empty()))
+            result += line + "\n";
+    }
+    return result;
+}
+
+TEST(BusRecording, OfHeadersAloneReadsBackAsTheSameBus) {
+    const auto machine = testsupport::machines::Switch().bus;
+    EXPECT_EQ(readBack(recorded(machine, testsupport::kHeaderBytes)),
+              describe(machine.functions()));
+}
+
+TEST(BusRecording, SaysWhatIsMissingAndWhatIsMade) {
+    const std::string text =
+        recorded(testsupport::machines::Switch().bus, testsupport::kHeaderBytes);
+    EXPECT_THAT(text, HasSubstr("# Recorded by a test in the form of lspci -xxx: 10 functions.\n"
+                                "# Of 10 functions only the first 64 bytes could be read; run as "
+                                "root for more.\n"
+                                "# The capabilities of 5 bridges are made for this recording, as "
+                                "told there.\n\n"));
+    EXPECT_THAT(text, testing::ContainsRegex(
+                          "\n# 00:1c.0: bytes [0-9a-f]+ to [0-9a-f]+ are made from what the "
+                          "system says of its subsystem and link\n00:1c.0 0604: 8086:a110 "));
+    EXPECT_THAT(text, Not(HasSubstr("# 00:1e.0"))); // conventional, without a subsystem
+}
+
+TEST(BusRecording, OfWholeConfigurationsHasTheirBytes) {
+    const auto machine = testsupport::machines::Switch().bus;
+    for (const std::size_t size : {testsupport::kStandardBytes, testsupport::kExtendedBytes}) {
+        const std::string text = recorded(machine, size);
+        EXPECT_THAT(text, Not(HasSubstr("made")));
+        EXPECT_THAT(text, Not(HasSubstr("only")));
+        EXPECT_EQ(readBack(text), describe(machine.functions()));
+        std::vector<std::vector<std::uint8_t>> bytes;
+        pcibus::parseDump(text, "recording", [&](const auto&, std::span<const std::uint8_t> each) {
+            bytes.emplace_back(each.begin(), each.end());
+        });
+        std::vector<std::vector<std::uint8_t>> expected;
+        for (const BusBuilder::Node node : machine.nodes()) {
+            expected.push_back(machine.configSpace(node));
+            expected.back().resize(testsupport::kStandardBytes);
+        }
+        EXPECT_EQ(bytes, expected);
+    }
+}
+
+TEST(BusRecording, OfADumpHasItsBytesInTheOrderOfAddresses) {
+    const testsupport::FileFolder folder;
+    const auto machine = testsupport::machines::Switch().bus;
+    const std::string dump = machine.dump();
+    const std::size_t second = dump.find("\n\n") + 2;
+    const std::string path = folder.write("bus.txt", dump.substr(second) + dump.substr(0, second));
+    const std::string text = recordingText(recordBus(path), "a test");
+    EXPECT_EQ(readBack(text), describe(machine.functions()));
+    EXPECT_THAT(withoutComments(text), testing::StartsWith("00:00.0 0"));
+}
+
+// The header's own pointer is kept wherever it leads, also so near the end that nothing fits there.
+TEST(BusRecording, MadeCapabilitiesBeginWhereTheHeaderSays) {
+    for (const unsigned at : {0x40U, 0x80U, 0xE0U, 0xE4U, 0xE8U, 0xECU, 0xF0U, 0xF8U, 0xFCU}) {
+        testsupport::machines::Switch machine;
+        machine.bus.poke(machine.up, 0x34, {static_cast<std::uint8_t>(at)});
+        const TemporaryFolder folder;
+        machine.bus.writeSysfs(folder.path(), testsupport::kHeaderBytes);
+        const BusRecording recording = recordBus(folder.path());
+        EXPECT_EQ(readBack(recordingText(recording, "a test")),
+                  describe(pcibus::readSysfs(folder.path()).functions()))
+            << at;
+        EXPECT_EQ(recording.functions[3].bytes[0x34], at);
+        EXPECT_LE(recording.functions[3].madeFrom, at);
+        EXPECT_GT(recording.functions[3].madeTo, at);
+    }
+}
+
+TEST(BusRecording, HeaderThatDeniesCapabilitiesIsCorrected) {
+    testsupport::machines::Switch machine;
+    machine.bus.poke(machine.up, 0x06, {0x00});
+    machine.bus.poke(machine.up, 0x34, {0x00});
+    const TemporaryFolder folder;
+    machine.bus.writeSysfs(folder.path(), testsupport::kHeaderBytes);
+    EXPECT_EQ(readBack(recordingText(recordBus(folder.path()), "a test")),
+              describe(pcibus::readSysfs(folder.path()).functions()));
+}
+
+// Root reads the loop; a reader of dumps would refuse it.
+TEST(BusRecording, CapabilitiesThatFormALoopAreLeftOutAndSaid) {
+    testsupport::machines::Switch machine;
+    const auto endpointLoop = machine.bus.configSpace(machine.card)[0x34];
+    machine.bus.poke(machine.card, endpointLoop + 1U, {endpointLoop});
+    const auto bridgeLoop = machine.bus.configSpace(machine.up)[0x34];
+    machine.bus.poke(machine.up, bridgeLoop + 1U, {bridgeLoop});
+    const std::string text = recorded(machine.bus, testsupport::kStandardBytes);
+    EXPECT_EQ(readBack(text), describe(machine.bus.functions()));
+    EXPECT_THAT(text, HasSubstr("# 03:00.0: its capabilities form a loop; they are left out\n"));
+    EXPECT_THAT(text, HasSubstr("# 01:00.0: its capabilities form a loop; they are left out\n"));
+}
+
+TEST(BusRecording, BytesThatDisagreeWithTheSystemGiveWay) {
+    const testsupport::machines::Switch machine;
+    const TemporaryFolder folder;
+    machine.bus.writeSysfs(folder.path(), testsupport::kStandardBytes);
+    std::ofstream(folder.path() / "bus/pci/devices/0000:01:00.0/max_link_width") << "2\n";
+    const std::string text = recordingText(recordBus(folder.path()), "a test");
+    EXPECT_EQ(readBack(text), describe(pcibus::readSysfs(folder.path()).functions()));
+    EXPECT_THAT(text, HasSubstr("# 01:00.0: its capabilities do not say what the system says"));
+}
+
+TEST(BusRecording, FunctionsOfOtherDomainsAreCounted) {
+    const TemporaryFolder folder;
+    testsupport::machines::Switch().bus.writeSysfs(folder.path());
+    fs::create_directory(folder.path() / "bus/pci/devices/10000:00:00.0");
+    EXPECT_THAT(recordingText(recordBus(folder.path()), "a test"),
+                HasSubstr("# 1 functions of domains other than 0 are left out.\n"));
+}
+
+TEST(ScrubbedRecording, ReadsBackAsTheSameBus) {
+    for (const BusBuilder& machine : {testsupport::machines::Switch().bus, testsupport::bigBus()}) {
+        const pcibus::Bus bus = pcibus::parseDump(machine.dump(), "machine");
+        const std::string text = recordingText(scrubbedRecording(bus), "a test");
+        EXPECT_EQ(readBack(text), describe(machine.functions()));
+        EXPECT_THAT(text, HasSubstr("# Scrubbed: only what matters to matching is as on the bus."));
+        // Doing it again changes nothing.
+        EXPECT_EQ(recordingText(scrubbedRecording(pcibus::parseDump(text, "scrubbed")), "a test"),
+                  text);
+    }
+}
+
+// Two machines that differ in everything else come out as one.
+TEST(ScrubbedRecording, BridgeWithoutABusOfItsOwnHasNoLastBusEither) {
+    BusBuilder machine;
+    const auto port = machine.rootPort(0, 1, 0, {0x8086, 0x1901}, 0);
+    machine.setSecondaryBus(port, 0);
+    const auto bus = pcibus::parseDump(machine.dump(), "machine");
+    const std::string text = recordingText(scrubbedRecording(bus), "a test");
+    EXPECT_THAT(text, HasSubstr("10: 00 00 00 00 00 00 00 00 00 00 00 "));
+    EXPECT_EQ(readBack(text), describe(bus.functions()));
+}
+
+TEST(ScrubbedRecording, KeepsNothingElse) {
+    testsupport::machines::Switch plain;
+    testsupport::machines::Switch other;
+    for (const BusBuilder::Node node : other.bus.nodes()) {
+        other.bus.poke(node, 0x08, {0xAB});                   // revision
+        other.bus.poke(node, 0x10, {0xDE, 0xAD, 0xBE, 0xEF}); // base address
+        other.bus.poke(node, 0x3C, {0x0B, 0x01});             // interrupt
+        other.bus.poke(node, 0xF0, {0x53, 0x45, 0x43, 0x52, 0x45, 0x54});
+    }
+    const auto scrubbed = [](const BusBuilder& machine) {
+        return recordingText(scrubbedRecording(pcibus::parseDump(machine.dump(), "machine")),
+                             "a test");
+    };
+    EXPECT_NE(plain.bus.dump(), other.bus.dump());
+    EXPECT_EQ(scrubbed(plain.bus), scrubbed(other.bus));
+}
+
+TEST(MadeCapabilities, AreNoneForABridgeWithNothingToSay) {
+    pcibus::PciFunction bridge;
+    std::vector<std::uint8_t> bytes(256, 0xFF);
+    EXPECT_EQ(makeCapabilities(bridge, bytes), (std::pair<std::size_t, std::size_t>(0, 0)));
+    EXPECT_EQ(bytes.size(), 64U);
+}
+
+} // namespace
