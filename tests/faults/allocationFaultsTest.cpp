@@ -19,13 +19,12 @@ namespace {
 
 using testfaults::CycleReport;
 using testfaults::FaultMachine;
+using testfaults::kNotLoaded;
 using testfaults::Lines;
 using testfaults::Plugin;
 using testfaults::StoredNames;
 using testsupport::AllocationFault;
 using testsupport::AllocationKind;
-
-constexpr std::int32_t kNotLoaded = -52005;
 
 // The address sanitizer keeps a note of each library that comes and goes, so blocks cannot be
 // balanced; it finds what nobody refers to any more by itself, when the program ends.

@@ -1,6 +1,7 @@
 #include "tests/faults/faultMachine.h"
 
 #include "tests/support/busBuilder.h"
+#include "tests/support/fileText.h"
 
 #include <algorithm>
 #include <array>
@@ -47,18 +48,13 @@ std::string busText() {
     return bus.dump();
 }
 
-std::string contentOf(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 // The sample descriptions, the one without a base of its own given one.
 fs::path makeFolders(const testsupport::TemporaryFolder& folder) {
     fs::create_directory(folder.path() / "state");
     const std::string descriptions = "PCI Hardware Descriptions";
     for (const auto& entry :
          fs::directory_iterator(fs::path(TAV_SOURCE_DIR) / "descriptions" / descriptions)) {
-        std::string text = contentOf(entry.path());
+        std::string text = testsupport::fileText(entry.path());
         if (text.find("\nTerminalNameBase") == std::string::npos) {
             const std::string section = "[UpstreamTAV]\n";
             text.insert(text.find(section) + section.size(), "TerminalNameBase = TAVWide\n");
@@ -90,7 +86,7 @@ void FaultMachine::reset(Names names) const {
 std::optional<std::string> FaultMachine::names() const {
     if (!fs::exists(nameFile()))
         return std::nullopt;
-    return contentOf(nameFile());
+    return testsupport::fileText(nameFile());
 }
 
 std::string FaultMachine::textOf(Names names) {

@@ -1,5 +1,7 @@
 #include "tests/faults/namesCommand.h"
 
+#include "tests/support/fileText.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -54,8 +56,7 @@ TracedEnd NamesCommand::run(const Decide& decide) const {
 }
 
 std::string NamesCommand::written() const {
-    std::ifstream stream(target(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return testsupport::fileTextIfAny(target());
 }
 
 bool NamesCommand::hasLeftovers() const {

@@ -12,6 +12,9 @@
 
 namespace testfaults {
 
+// The status of initialize where the bridge library cannot be loaded.
+inline constexpr std::int32_t kNotLoaded = -52005;
+
 // The plug-in of the build, loaded while this exists. Raises std::runtime_error when it cannot be.
 class Plugin : public testsupport::PluginFunctions {
 public:

@@ -22,6 +22,7 @@ using testfaults::CallFault;
 using testfaults::CycleReport;
 using testfaults::FaultMachine;
 using testfaults::isPartOf;
+using testfaults::kNotLoaded;
 using testfaults::Lines;
 using testfaults::linesOf;
 using testfaults::namesIn;
@@ -33,7 +34,6 @@ using testfaults::WatchedPart;
 
 constexpr std::int32_t kNotSaved = -313319;
 constexpr std::int32_t kCannotOpen = -313316;
-constexpr std::int32_t kNotLoaded = -52005;
 
 // One run in a child: a life in which a call fails and another one after it, or one in a process
 // that knows of nothing.

@@ -1,5 +1,6 @@
 #include "tests/hostile/boundedRun.h"
 
+#include "tests/support/fileText.h"
 #include "tests/support/program.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -8,15 +9,6 @@
 #include <stdexcept>
 
 namespace testhostile {
-
-namespace {
-
-std::string read(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-} // namespace
 
 BoundedResult runBounded(const std::filesystem::path& program,
                          const std::vector<std::string>& arguments, unsigned processorSeconds) {
@@ -35,8 +27,8 @@ BoundedResult runBounded(const std::filesystem::path& program,
     if (run.exitStatus != 0 || !stream)
         throw std::runtime_error("cannot run " + program.string() + ": " + run.error);
     result.peak = kilobytes * 1024;
-    result.output = read(output);
-    result.error = read(error);
+    result.output = testsupport::fileText(output);
+    result.error = testsupport::fileText(error);
     return result;
 }
 

@@ -20,6 +20,7 @@
 
 namespace {
 
+using testhostile::kMegabyte;
 namespace fs = std::filesystem;
 using hostilebridge::Control;
 using testplugin::PluginCopy;
@@ -30,7 +31,6 @@ using testplugin::SampleMachine;
 constexpr std::uint64_t kMostCalls = 10'000'000;
 
 // The bridge library keeps nothing, and an initialize no more than its device records.
-constexpr std::size_t kMegabyte = std::size_t{1} << 20;
 constexpr std::size_t kMostGrowth = kMegabyte / 4;
 
 // What the alarm's handler needs: a run that hangs must not hide its seed.

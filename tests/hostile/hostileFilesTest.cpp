@@ -9,6 +9,7 @@
 #include "tests/support/busBuilder.h"
 #include "tests/support/effort.h"
 #include "tests/support/environmentValue.h"
+#include "tests/support/fileText.h"
 
 #include <gtest/gtest.h>
 
@@ -19,6 +20,7 @@
 
 namespace {
 
+using testhostile::kMegabyte;
 namespace fs = std::filesystem;
 using nlohmann::json;
 using testhostile::BoundedResult;
@@ -27,8 +29,6 @@ using testhostile::runBounded;
 using testsupport::effort;
 using testsupport::figure;
 using testsupport::TemporaryFolder;
-
-constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
 
 // A model with these texts that is on the sample bus twice.
 std::string description(const std::string& model, const std::string& base = "TAV",
@@ -88,10 +88,7 @@ protected:
         return {};
     }
 
-    [[nodiscard]] std::string names() const {
-        std::ifstream stream(nameFile, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    [[nodiscard]] std::string names() const { return testsupport::fileTextIfAny(nameFile); }
 
     TemporaryFolder folder;
     fs::path descriptions = folder.path() / "descriptions";

@@ -13,11 +13,7 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace testhostile {
 
-namespace {
-
-constexpr std::size_t kMegabyte = std::size_t{1} << 20;
-
-} // namespace
+namespace {} // namespace
 
 std::size_t liveBytes() {
 #if defined(__SANITIZE_ADDRESS__)

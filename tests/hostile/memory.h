@@ -5,6 +5,8 @@
 
 namespace testhostile {
 
+inline constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+
 // Bytes that are allocated and not freed, in all of the process.
 std::size_t liveBytes();
 

@@ -11,6 +11,7 @@
 #include "tests/plugin/pluginCopy.h"
 #include "tests/support/busBuilder.h"
 #include "tests/support/effort.h"
+#include "tests/support/fileText.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -39,11 +40,6 @@ constexpr unsigned kProcesses = 16;
 constexpr unsigned kBoxes = 2; // on each bus
 
 using Names = std::map<std::string, std::string>; // by slot path
-
-std::string read(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 // The names of the sections that are whole: what a save has written in part ends with the piece of
 // a section.
@@ -125,7 +121,7 @@ public:
         const fs::path folder = "/proc/" + std::to_string(process);
         for (const auto& entry : fs::directory_iterator(folder / "fdinfo")) {
             const fs::path descriptor = folder / "fd" / entry.path().filename();
-            if (read(entry.path()).find("lock:") != std::string::npos &&
+            if (testsupport::fileTextIfAny(entry.path()).find("lock:") != std::string::npos &&
                 fs::read_symlink(descriptor).filename() == "zotavpci.loc")
                 return true;
         }
@@ -252,7 +248,7 @@ protected:
 
     // While the victim holds the lock and is stopped: what is missing is lost with it.
     void countWhatIsLost() {
-        const Names stored = storedNames(read(nameFile()));
+        const Names stored = storedNames(testsupport::fileTextIfAny(nameFile()));
         expectUnique(stored);
         std::uint64_t lost = 0;
         for (const auto& [slot, name] : given()) {
@@ -291,7 +287,7 @@ TEST_F(Neighbours, KeepTheirNamesWhileSomeAreKilled) {
     // Once more in peace, so that every slot has its name again.
     runAll(cycles + kBuses, 0);
 
-    const Names stored = storedNames(read(nameFile()));
+    const Names stored = storedNames(testsupport::fileTextIfAny(nameFile()));
     EXPECT_EQ(stored.size(), kProcesses * kBuses * kBoxes);
     expectUnique(stored);
     for (const auto& [slot, name] : given())

@@ -17,7 +17,7 @@ using pcibus::PciFunction;
 using pcibus::Position;
 using pcibus::positionOf;
 
-Bus made(const testsupport::BusBuilder& machine) {
+Bus builtBus(const testsupport::BusBuilder& machine) {
     return Bus(machine.functions(), [](const PciFunction&) { return std::string("here"); });
 }
 
@@ -39,7 +39,7 @@ const PciFunction* at(const Bus& bus, std::uint8_t root, std::vector<std::uint8_
 
 TEST(Position, HopsGoFromTheFunctionUpToTheRoot) {
     const testsupport::machines::Switch machine;
-    const Bus bus = made(machine.bus);
+    const Bus bus = builtBus(machine.bus);
     EXPECT_EQ(text(positionOf(bus, *bus.find(machine.bus.handle(machine.second)))),
               "MR00:01,08,00,E0");
     EXPECT_EQ(text(positionOf(bus, *bus.find(machine.bus.handle(machine.otherCard)))),
@@ -49,7 +49,7 @@ TEST(Position, HopsGoFromTheFunctionUpToTheRoot) {
 
 TEST(Position, EveryFunctionIsFoundAgain) {
     const testsupport::BusBuilder machine = testsupport::bigBus();
-    const Bus bus = made(machine);
+    const Bus bus = builtBus(machine);
     for (const auto node : machine.nodes()) {
         const PciFunction* const function = bus.find(machine.handle(node));
         ASSERT_NE(function, nullptr);
@@ -61,7 +61,7 @@ TEST(Position, EveryFunctionIsFoundAgain) {
 
 TEST(Position, NothingIsFoundWhereNothingIs) {
     const testsupport::machines::Switch machine;
-    const Bus bus = made(machine.bus);
+    const Bus bus = builtBus(machine.bus);
     EXPECT_EQ(at(bus, 0, {}), nullptr);
     EXPECT_EQ(at(bus, 0, {0xE1}), nullptr) << "no such function";
     EXPECT_EQ(at(bus, 0, {0x08, 0xE0}), nullptr) << "no such function below";
@@ -74,7 +74,7 @@ TEST(Position, NothingIsFoundWhereNothingIs) {
 TEST(Position, GoesOnlyThroughTheParentOfABus) {
     testsupport::machines::Switch machine;
     machine.bus.setSecondaryBus(machine.conventional, 1);
-    const Bus bus = made(machine.bus);
+    const Bus bus = builtBus(machine.bus);
     EXPECT_NE(at(bus, 0, {0x00, 0xE0}), nullptr);
     EXPECT_EQ(at(bus, 0, {0x00, 0xF0}), nullptr);
     EXPECT_NE(at(bus, 0, {0xF0}), nullptr);
@@ -83,7 +83,7 @@ TEST(Position, GoesOnlyThroughTheParentOfABus) {
 TEST(Position, DoesNotGoThroughABridgeWithoutABusBelow) {
     testsupport::machines::Switch machine;
     machine.bus.setSecondaryBus(machine.conventional, 0);
-    const Bus bus = made(machine.bus);
+    const Bus bus = builtBus(machine.bus);
     EXPECT_EQ(at(bus, 0, {0xE0, 0xF0}), nullptr);
 }
 

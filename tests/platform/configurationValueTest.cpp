@@ -1,6 +1,7 @@
 // Configuration values out of a text file.
 #include "platform/configurationValue.h"
 
+#include "tests/platform/configurationKey.h"
 #include "tests/support/environmentValue.h"
 #include "tests/support/temporaryFolder.h"
 
@@ -19,8 +20,6 @@ using platform::ConfigurationOutcome;
 using platform::ConfigurationValue;
 using platform::readConfigurationValue;
 using platform::SystemCode;
-
-constexpr const char* kKey = "SOFTWARE\\Maker\\Product";
 
 // What the reader was asked, and what it is to answer.
 struct Reader {

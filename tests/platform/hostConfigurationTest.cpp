@@ -3,6 +3,7 @@
 
 #include "platform/busLocation.h"
 #include "platform/configurationValue.h"
+#include "tests/platform/configurationKey.h"
 #include "tests/support/environmentValue.h"
 
 #include <dirent.h>
@@ -22,7 +23,6 @@ using platform::HostConfiguration;
 using platform::SystemCode;
 using testsupport::EnvironmentValue;
 
-constexpr const char* kKey = "SOFTWARE\\Maker\\Product";
 constexpr const char* kFile = "TAV_MANAGER_CONF";
 
 std::optional<std::string> variable(const char* name) {

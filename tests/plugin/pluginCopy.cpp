@@ -1,5 +1,6 @@
 #include "tests/plugin/pluginCopy.h"
 
+#include "tests/support/fileText.h"
 #include "tests/support/libraryFolder.h"
 
 #include <fstream>
@@ -13,8 +14,7 @@ SampleMachine::SampleMachine()
     : machine_(kSampleDump, {kSampleDescriptions.string() + "/", folder_.path().string() + "/"}) {}
 
 std::string SampleMachine::names() const {
-    std::ifstream stream(state() / "zotavpci.ini", std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return testsupport::fileTextIfAny(state() / "zotavpci.ini");
 }
 
 PluginCopy::PluginCopy() {

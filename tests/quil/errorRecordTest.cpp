@@ -3,6 +3,7 @@
 
 #include "quil/jsonText.h"
 #include "quil/setError.h"
+#include "tests/quil/site.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,6 @@ namespace {
 
 using namespace nZOQUIL000;
 
-constexpr tErrorSite kSite{"source\\cPciTavPluginCache", 237, "zotavpci", "kTavManErrInvalidParam"};
 constexpr const char* kSiteRecord =
     R"({"error_constant":"kTavManErrInvalidParam","file":"source\\cPciTavPluginCache",)"
     R"("line":237,"component":"zotavpci"})";

@@ -1,6 +1,7 @@
 // The merge rule, the buffer's memory policy, and what happens to a text when a status is merged.
 #include "quil/errorRecord.h"
 #include "quil/setError.h"
+#include "tests/quil/site.h"
 
 #include <gtest/gtest.h>
 
@@ -13,8 +14,6 @@
 namespace {
 
 using namespace nZOQUIL000;
-
-constexpr tErrorSite kSite{"source\\cPciTavPluginCache", 237, "zotavpci", "kTavManErrInvalidParam"};
 
 int reallocations = 0;
 

@@ -12,7 +12,7 @@ namespace {
 
 using namespace nZOQUIL000;
 
-constexpr tErrorSite kSite{"source\\x", 1, "zotavpci", "kSome"};
+constexpr tErrorSite kSomeSite{"source\\x", 1, "zotavpci", "kSome"};
 constexpr const char* kRecord =
     R"({"error_constant":"kSome","file":"source\\x","line":1,"component":"zotavpci"})";
 
@@ -30,7 +30,7 @@ TEST(Exception, DefaultHasNoCodeAndNoText) {
 
 TEST(Exception, TakesTheTextOfTheStatusItIsMadeFrom) {
     tErrorStatus status;
-    ASSERT_TRUE(setError(status, -5, kSite));
+    ASSERT_TRUE(setError(status, -5, kSomeSite));
     const zoerr::Exception exception(status);
     EXPECT_EQ(exception.status().code, -5);
     EXPECT_STREQ(exception.what(), kRecord);
@@ -41,7 +41,7 @@ TEST(Exception, TakesTheTextOfTheStatusItIsMadeFrom) {
 TEST(Exception, CopiesTheTextOfAStatusWithAnotherReallocator) {
     tErrorStatus status;
     status.reallocate = &foreignReallocate;
-    ASSERT_TRUE(setError(status, -5, kSite));
+    ASSERT_TRUE(setError(status, -5, kSomeSite));
     const zoerr::Exception exception(status);
     EXPECT_STREQ(exception.what(), kRecord);
     EXPECT_STREQ(status.textOrEmpty(), kRecord);
@@ -50,7 +50,7 @@ TEST(Exception, CopiesTheTextOfAStatusWithAnotherReallocator) {
 
 TEST(Exception, CopyingMovesTheText) {
     tErrorStatus status;
-    ASSERT_TRUE(setError(status, -5, kSite));
+    ASSERT_TRUE(setError(status, -5, kSomeSite));
     const zoerr::Exception first(status);
     const zoerr::Exception second(first); // NOLINT(performance-unnecessary-copy-initialization)
     EXPECT_STREQ(second.what(), kRecord);
@@ -60,14 +60,14 @@ TEST(Exception, CopyingMovesTheText) {
 }
 
 TEST(Exception, IsCaughtAsEachOfItsTypes) {
-    EXPECT_THROW(zoerr::raise(-5, kSite), zoerr::Exception);
-    EXPECT_THROW(zoerr::raise(-5, kSite), zoerr::ExceptionBase);
-    EXPECT_THROW(zoerr::raise(-5, kSite), std::exception);
+    EXPECT_THROW(zoerr::raise(-5, kSomeSite), zoerr::Exception);
+    EXPECT_THROW(zoerr::raise(-5, kSomeSite), zoerr::ExceptionBase);
+    EXPECT_THROW(zoerr::raise(-5, kSomeSite), std::exception);
 }
 
 TEST(Raise, CarriesCodeRecordAndMessage) {
     try {
-        zoerr::raise(-388801, kSite, "Iterator advanced to End.");
+        zoerr::raise(-388801, kSomeSite, "Iterator advanced to End.");
         FAIL();
     } catch (const std::exception& exception) {
         EXPECT_STREQ(exception.what(),
@@ -81,7 +81,7 @@ TEST(RaiseIfFailed, RaisesOnlyForErrors) {
     EXPECT_NO_THROW(zoerr::raiseIfFailed(status));
     status.code = 3;
     EXPECT_NO_THROW(zoerr::raiseIfFailed(status));
-    ASSERT_TRUE(setError(status, -5, kSite));
+    ASSERT_TRUE(setError(status, -5, kSomeSite));
     EXPECT_THROW(zoerr::raiseIfFailed(status), zoerr::Exception);
 }
 
@@ -89,13 +89,13 @@ TEST(RaiseIfFailed, KeepsQuietWhileAnExceptionIsInFlight) {
     struct Checker {
         ~Checker() {
             tErrorStatus status;
-            setError(status, -6, kSite);
+            setError(status, -6, kSomeSite);
             zoerr::raiseIfFailed(status); // would end the process
         }
     };
     try {
         const Checker checker;
-        zoerr::raise(-5, kSite);
+        zoerr::raise(-5, kSomeSite);
     } catch (const zoerr::Exception& exception) {
         EXPECT_EQ(exception.status().code, -5);
     }

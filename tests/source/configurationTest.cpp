@@ -2,6 +2,7 @@
 // that cannot be had.
 #include "pxidrivertools/configuration.h"
 
+#include "tests/source/support/systemCodes.h"
 #include "tests/support/allocationFaults.h"
 #include "tests/support/environmentValue.h"
 #include "tests/support/temporaryFolder.h"
@@ -20,7 +21,6 @@ using nlohmann::json;
 using nZOQUIL000::tErrorStatus;
 
 constexpr const char* kHeader = "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n";
-constexpr std::int32_t kNoSuchFile = static_cast<std::int32_t>(0x80070002);
 
 class Configuration : public testing::Test {
 protected:

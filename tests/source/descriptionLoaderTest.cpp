@@ -30,12 +30,12 @@ constexpr tPciIds kSecondIds{0x2B01, 0x2B02, 0x2B03, 0x2B04};
 constexpr tPciIds kUpstreamIds{0x1C01, 0x1C02, 0x1C03, 0x1C04};
 
 // One without an alternate anchor.
-DescriptionText singleAnchor() {
+DescriptionText withoutAlternate() {
     return fullDescription().remove("Anchor", "AlternateAnchors").removeSection("AlternateAnchor2");
 }
 
 TEST_F(DescriptionLoading, EveryFieldComesFromItsKey) {
-    const tModelDescription model = load(singleAnchor());
+    const tModelDescription model = load(withoutAlternate());
     EXPECT_EQ(model.model, "Model 1");
     EXPECT_EQ(model.deviceCategory, eDeviceCategory::SwitchboxTav);
     EXPECT_THAT(model.anchors, ElementsAre(tAnchorIdentity{1, kAnchorIds}));
@@ -52,7 +52,7 @@ TEST_F(DescriptionLoading, EveryFieldComesFromItsKey) {
 
 TEST_F(DescriptionLoading, FieldsStandInTheirOrder) {
     const auto [model, category, anchors, labels, width, upstream, downstream, internal, base] =
-        load(singleAnchor());
+        load(withoutAlternate());
     EXPECT_EQ(model, "Model 1");
     EXPECT_EQ(static_cast<std::uint32_t>(category), 12U);
     EXPECT_EQ(anchors.size(), 1U);
@@ -292,7 +292,7 @@ TEST_F(DescriptionLoading, AnEmptyFileHasNoModel) {
 }
 
 TEST_F(DescriptionLoading, OtherKeysAndSectionsAreIgnored) {
-    DescriptionText text = singleAnchor();
+    DescriptionText text = withoutAlternate();
     text.set("UpstreamTAV", "Colour", "blue")
         .set("InternalBridgeThird", "Vid", "no number")
         .set("AlternateAnchor2", "PciHeaderType", "no number");
@@ -378,7 +378,8 @@ TEST_F(DescriptionLoading, OneAlternateAnchorIsEnoughForThat) {
 }
 
 TEST_F(DescriptionLoading, AnEmptyListOfAlternateAnchorsLeavesTheIdentifiersOfTheBridges) {
-    const tModelDescription model = load(singleAnchor().set("Anchor", "AlternateAnchors", "\"\""));
+    const tModelDescription model =
+        load(withoutAlternate().set("Anchor", "AlternateAnchors", "\"\""));
     EXPECT_EQ(model.anchors.size(), 1U);
     EXPECT_EQ(model.internalBridges.at(0).ids, kFirstIds);
     EXPECT_EQ(model.internalBridges.at(1).ids, kSecondIds);
@@ -406,13 +407,13 @@ TEST_F(DescriptionLoading, IdentifiersMayComeFromAnyOtherSection) {
 
 TEST_F(DescriptionLoading, ABridgeMayTakeTheIdentifiersOfTheAnchor) {
     const tModelDescription model =
-        load(singleAnchor().set("InternalBridgeFirst", "IDsSameAs", "Anchor"));
+        load(withoutAlternate().set("InternalBridgeFirst", "IDsSameAs", "Anchor"));
     EXPECT_EQ(model.internalBridges.at(0).ids, kAnchorIds);
     EXPECT_EQ(model.internalBridges.at(1).ids, kSecondIds);
 }
 
 TEST_F(DescriptionLoading, IdentifiersAreTakenOverOneLevelDeep) {
-    DescriptionText text = singleAnchor();
+    DescriptionText text = withoutAlternate();
     text.set("InternalBridgeFirst", "IDsSameAs", "InternalBridgeSecond")
         .set("InternalBridgeSecond", "IDsSameAs", "Anchor");
     const tModelDescription model = load(text);

@@ -2,6 +2,7 @@
 // raised.
 #include "source/cPciTavFilesystem.h"
 #include "source/patientOpening.h"
+#include "tests/source/support/systemCodes.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <fcntl.h>
@@ -27,10 +28,6 @@ using namespace nZoTavManagerPciPlugin_15_0;
 using boost::interprocess::interprocess_exception;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr int kNoEntry = 2; // system codes
-constexpr int kBadDescriptor = 9;
-constexpr int kIsFolder = 21;
 
 // This process's descriptors that stand for a file.
 std::vector<int> descriptorsOf(const std::string& path) {
@@ -110,13 +107,13 @@ TEST_F(FilesystemLock, AnotherProcessWaitsForItsTurn) {
     const pid_t child = fork();
     if (child == 0) {
         cPciTavFilesystem other;
-        if (write(pipe[1], "w", 1) != 1)
+        if (::write(pipe[1], "w", 1) != 1)
             _exit(2);
         other.LockFile(file_);
         _exit(fs::exists(marker) ? 0 : 1);
     }
     char asking = 0;
-    EXPECT_EQ(read(pipe[0], &asking, 1), 1);
+    EXPECT_EQ(::read(pipe[0], &asking, 1), 1);
     std::this_thread::sleep_for(std::chrono::milliseconds(50)); // so that it would get ahead
     EXPECT_TRUE(std::ofstream(marker).good());
     filesystem.UnlockFile();

@@ -4,8 +4,10 @@
 #include "source/cPciTavFilesystem.h"
 #include "tests/source/support/raised.h"
 #include "tests/source/support/slotOf.h"
+#include "tests/source/support/systemCodes.h"
 #include "tests/support/allocationFaults.h"
 #include "tests/support/environmentValue.h"
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -33,8 +35,6 @@ using testsupport::raisedBy;
 
 constexpr const char* kSource = "source\\cPciTavFilesystem";
 constexpr const char* kRegistrySource = "pxidrivertools\\registryhelper";
-constexpr std::int32_t kNoSuchFile = static_cast<std::int32_t>(0x80070002);
-constexpr int kNoEntry = 2; // the system's code
 
 class Filesystem : public testing::Test {
 protected:
@@ -139,8 +139,7 @@ protected:
         return fs::status(in(name)).permissions();
     }
     [[nodiscard]] std::string content(const std::string& name) const {
-        std::ifstream stream(in(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
+        return testsupport::fileTextIfAny(in(name));
     }
 
 private:

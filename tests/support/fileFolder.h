@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/utf8Path.h"
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <filesystem>
@@ -24,10 +25,7 @@ public:
     }
 
     [[nodiscard]] std::string read(const std::string& name) const {
-        std::ifstream stream(platform::utf8Path(file(name)), std::ios::binary);
-        if (!stream)
-            return "(no such file)";
-        return {std::istreambuf_iterator<char>(stream), {}};
+        return has(name) ? fileText(platform::utf8Path(file(name))) : "(no such file)";
     }
 
     [[nodiscard]] bool has(const std::string& name) const {

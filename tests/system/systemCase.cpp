@@ -1,6 +1,7 @@
 #include "tests/system/systemCase.h"
 
 #include "tests/support/configuredMachine.h"
+#include "tests/support/fileText.h"
 #include "tests/support/program.h"
 
 #include <algorithm>
@@ -19,13 +20,6 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 const fs::path kProject = TAV_SOURCE_DIR;
-
-std::string read(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream)
-        throw std::runtime_error("cannot read " + path.string());
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 void write(const fs::path& path, const std::string& text) {
     std::ofstream stream(path, std::ios::binary);
@@ -66,7 +60,7 @@ void hideLineNumbers(std::string& text) {
 fs::path partOrLink(const fs::path& folder, const std::string& part, const std::string& link) {
     if (fs::exists(folder / part))
         return folder / part;
-    std::string target = read(folder / link);
+    std::string target = testsupport::fileText(folder / link);
     target.erase(target.find_last_not_of('\n') + 1);
     return kProject / target;
 }
@@ -76,7 +70,7 @@ fs::path partOrLink(const fs::path& folder, const std::string& part, const std::
 SystemCase::SystemCase(fs::path folder)
     : folder_(std::move(folder)), bus_(partOrLink(folder_, "bus.dump", "bus.path")),
       descriptions_(partOrLink(folder_, "descriptions", "descriptions.path")) {
-    if (read(part("about.txt")).empty())
+    if (testsupport::fileText(part("about.txt")).empty())
         throw std::runtime_error(folder_.string() + " does not say what it is about");
 }
 
@@ -129,20 +123,20 @@ CaseResult SystemCase::run(const fs::path& state, bool json, Way way) const {
     replaceAll(result.error, kProject.generic_string(), "PROJECT");
     replaceAll(result.error, state.generic_string(), "STATE");
     if (fs::exists(state / "zotavpci.ini"))
-        result.names = read(state / "zotavpci.ini");
+        result.names = testsupport::fileText(state / "zotavpci.ini");
     return result;
 }
 
 std::string SystemCase::expectedOutput() const {
-    return Json::parse(read(part("expected.json"))).dump() + "\n";
+    return Json::parse(testsupport::fileText(part("expected.json"))).dump() + "\n";
 }
 
 std::string SystemCase::expectedError() const {
-    return read(part("expected-error.txt"));
+    return testsupport::fileText(part("expected-error.txt"));
 }
 
 std::string SystemCase::expectedNames() const {
-    return read(part("expected-names.ini"));
+    return testsupport::fileText(part("expected-names.ini"));
 }
 
 void SystemCase::rewrite(const CaseResult& listing, const CaseResult& plain) const {

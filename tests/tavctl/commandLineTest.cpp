@@ -21,14 +21,14 @@ std::string state(const TemporaryFolder& folder) {
 
 TEST(CommandLine, ListsTheSampleMachine) {
     const TemporaryFolder folder;
-    const auto result = tavctl("list " + kDump + kDescriptions + state(folder));
+    const auto result = runTavctl("list " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(
         says(result, 0, "TAVCard1  TAV-C1 Adapter Card     04:00.0  PCI           LEFT,RIGHT"));
 }
 
 TEST(CommandLine, LinesFitEightyColumns) {
     const TemporaryFolder folder;
-    const auto result = tavctl("list " + kDump + kDescriptions + state(folder));
+    const auto result = runTavctl("list " + kDump + kDescriptions + state(folder));
     std::size_t start = 0;
     for (auto end = result.output.find('\n'); end != std::string::npos;
          start = end + 1, end = result.output.find('\n', start))
@@ -39,30 +39,31 @@ TEST(CommandLine, LinesFitEightyColumns) {
 TEST(CommandLine, FolderNamesMayEndWithASeparator) {
     const TemporaryFolder folder;
     const auto result =
-        tavctl("list " + kDump + "--descriptions " TAV_SOURCE_DIR "/descriptions/ --state " +
-               folder.path().string() + "/");
+        runTavctl("list " + kDump + "--descriptions " TAV_SOURCE_DIR "/descriptions/ --state " +
+                  folder.path().string() + "/");
     EXPECT_TRUE(says(result, 0, "TAV3"));
 }
 
 TEST(CommandLine, WrongUsageExitsWithTwoAndNamesTheWrongWord) {
-    EXPECT_TRUE(says(tavctl(""), 2, "tavctl: read the command line: no command given\nCommands: "));
-    EXPECT_TRUE(says(tavctl("frobnicate"), 2,
+    EXPECT_TRUE(
+        says(runTavctl(""), 2, "tavctl: read the command line: no command given\nCommands: "));
+    EXPECT_TRUE(says(runTavctl("frobnicate"), 2,
                      "tavctl: read the command line (frobnicate): unknown command\n"));
-    EXPECT_TRUE(says(tavctl("lst"), 2, "(lst): unknown command; did you mean \"list\"?\n"));
-    EXPECT_TRUE(says(tavctl("list --no-such-option"), 2,
+    EXPECT_TRUE(says(runTavctl("lst"), 2, "(lst): unknown command; did you mean \"list\"?\n"));
+    EXPECT_TRUE(says(runTavctl("list --no-such-option"), 2,
                      "tavctl: read the command line (--no-such-option): unknown option\n"
                      "\"tavctl list --help\" says more.\n"));
-    EXPECT_TRUE(says(tavctl("list --descriptons=x"), 2,
+    EXPECT_TRUE(says(runTavctl("list --descriptons=x"), 2,
                      "(--descriptons): unknown option; did you mean \"--descriptions\"?\n"));
-    EXPECT_TRUE(says(tavctl("list --dump"), 2, "--dump: 1 required PATH missing"));
+    EXPECT_TRUE(says(runTavctl("list --dump"), 2, "--dump: 1 required PATH missing"));
     // What stands behind an option may be its value: only the word itself is told.
     EXPECT_TRUE(
-        says(tavctl("names --state /tmp lst"), 2, "was not expected: lst\nCommands: list,"));
-    EXPECT_TRUE(says(tavctl("tree extra"), 2, "extra"));
+        says(runTavctl("names --state /tmp lst"), 2, "was not expected: lst\nCommands: list,"));
+    EXPECT_TRUE(says(runTavctl("tree extra"), 2, "extra"));
 }
 
 TEST(CommandLine, WrongUsageIsJsonOnDemand) {
-    EXPECT_TRUE(says(tavctl("tre --json"), 2,
+    EXPECT_TRUE(says(runTavctl("tre --json"), 2,
                      R"({"error":{"operation":"read the command line","object":"tre",)"
                      R"("reason":"unknown command; did you mean \"tree\"?"}})"
                      "\n"));
@@ -71,11 +72,11 @@ TEST(CommandLine, WrongUsageIsJsonOnDemand) {
 TEST(CommandLine, TreeMarksTheDevicesOfTheSampleMachine) {
     const TemporaryFolder folder;
     const std::string options = kDump + kDescriptions + state(folder);
-    const auto whole = tavctl("tree " + options);
+    const auto whole = runTavctl("tree " + options);
     EXPECT_TRUE(says(whole, 0, " |  |     |  \\-00.0-[05-07]  {TAVCard1: TAV-C1 Adapter Card}  "));
     EXPECT_TRUE(says(whole, 0, "{TAVCard1 anchor}"));
     EXPECT_TRUE(says(whole, 0, "{TAV3 ports \"C1\" \"C2\" \"C3\" \"C4\", empty}"));
-    const auto part = tavctl("tree -n -s 0000:05:01.0 " + options);
+    const auto part = runTavctl("tree -n -s 0000:05:01.0 " + options);
     EXPECT_EQ(part.output, "-[0000:00]\n"
                            " \\-04.0-[01-08]  8086:3420 8086:0000\n"
                            "    \\-00.0-[02-08]  {TAV1: TAV-B3 Switch Box}  104c:8232 0000:0000\n"
@@ -87,7 +88,8 @@ TEST(CommandLine, TreeMarksTheDevicesOfTheSampleMachine) {
 
 TEST(CommandLine, TreeOfAModelShowsNoOtherDevices) {
     const TemporaryFolder folder;
-    const auto result = tavctl("tree -n --model TAV-W7 " + kDump + kDescriptions + state(folder));
+    const auto result =
+        runTavctl("tree -n --model TAV-W7 " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 0, "-[0000:40]\n"));
     EXPECT_TRUE(says(result, 0, "{TAV3: TAV-W7 Wide Switch Box}"));
     EXPECT_EQ(result.output.find("TAV1"), std::string::npos) << result.output;
@@ -96,13 +98,14 @@ TEST(CommandLine, TreeOfAModelShowsNoOtherDevices) {
 TEST(CommandLine, TreeOfWhatIsNotThereExitsWithOne) {
     const TemporaryFolder folder;
     const std::string options = kDump + kDescriptions + state(folder);
-    EXPECT_TRUE(says(tavctl("tree -s 01:01.0 " + options), 1,
+    EXPECT_TRUE(says(runTavctl("tree -s 01:01.0 " + options), 1,
                      "tavctl: find function (01:01.0): there is no function at this address"));
-    EXPECT_TRUE(says(tavctl("tree -s 1.0 " + options), 1, "expected an address such as 01:00.0"));
-    EXPECT_TRUE(says(tavctl("tree --model X " + options), 1,
+    EXPECT_TRUE(
+        says(runTavctl("tree -s 1.0 " + options), 1, "expected an address such as 01:00.0"));
+    EXPECT_TRUE(says(runTavctl("tree --model X " + options), 1,
                      "tavctl: find model (X): no device of this model is present; there is "
                      "TAV-B3 Switch Box, TAV-C1 Adapter Card, TAV-W7 Wide Switch Box\n"));
-    EXPECT_TRUE(says(tavctl("tree --json --model X " + options), 1,
+    EXPECT_TRUE(says(runTavctl("tree --json --model X " + options), 1,
                      R"({"error":{"operation":"find model","object":"X",)"));
 }
 
@@ -110,15 +113,15 @@ TEST(CommandLine, NamesOfVendorsComeFromTheNamedFile) {
     const TemporaryFolder folder;
     const std::string options = kDump + kDescriptions + state(folder);
     const auto ids = folder.file("pci.ids", "8086  The Maker\n\t3420  The Port\n").string();
-    EXPECT_TRUE(says(tavctl("tree --pci-ids " + ids + " " + options), 0,
+    EXPECT_TRUE(says(runTavctl("tree --pci-ids " + ids + " " + options), 0,
                      "+-04.0-[01-08]  The Maker The Port\n"));
-    EXPECT_TRUE(says(tavctl("tree --pci-ids /nonexistent " + options), 3,
+    EXPECT_TRUE(says(runTavctl("tree --pci-ids /nonexistent " + options), 3,
                      "read names of vendors and devices (/nonexistent): No such file"));
 }
 
 // The commands that a wrong word makes the program name, each with its blank before it.
 std::vector<std::string> commandsNamed(const std::string& words) {
-    const std::string output = tavctl(words).output;
+    const std::string output = runTavctl(words).output;
     const std::size_t start = output.find("Commands: ") + std::string("Commands: ").size();
     std::stringstream list(output.substr(start, output.find('\n', start) - start));
     std::vector<std::string> commands;
@@ -130,7 +133,7 @@ std::vector<std::string> commandsNamed(const std::string& words) {
 }
 
 void expectHelpFitsAScreen(const std::string& words) {
-    const auto help = tavctl(words + " --help");
+    const auto help = runTavctl(words + " --help");
     EXPECT_TRUE(says(help, 0, "Example: tavctl " + words));
     EXPECT_LE(std::count(help.output.begin(), help.output.end(), '\n'), 24) << help.output;
     std::stringstream text(help.output);
@@ -151,22 +154,22 @@ TEST(CommandLine, EveryHelpFitsAScreenAndHasAnExample) {
 }
 
 TEST(CommandLine, HelpAndVersionExitWithZero) {
-    EXPECT_TRUE(says(tavctl("--help"), 0, "Exit status"));
-    EXPECT_TRUE(says(tavctl("list --help"), 0, "--descriptions"));
-    EXPECT_TRUE(says(tavctl("--version"), 0, "tavctl 15.0.0"));
+    EXPECT_TRUE(says(runTavctl("--help"), 0, "Exit status"));
+    EXPECT_TRUE(says(runTavctl("list --help"), 0, "--descriptions"));
+    EXPECT_TRUE(says(runTavctl("--version"), 0, "tavctl 15.0.0"));
 }
 
 TEST(CommandLine, MissingPluginIsNamed) {
     const TemporaryFolder folder;
-    const auto result =
-        tavctl("list --plugin /nonexistent/zotavpci.so " + kDump + kDescriptions + state(folder));
+    const auto result = runTavctl("list --plugin /nonexistent/zotavpci.so " + kDump +
+                                  kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "tavctl: load plug-in (/nonexistent/zotavpci.so): "));
 }
 
 TEST(CommandLine, LibraryThatIsNoPluginIsNamedWithTheMissingFunction) {
     const TemporaryFolder folder;
     const auto result =
-        tavctl("list --plugin " ZOPCIBRD_FILE " " + kDump + kDescriptions + state(folder));
+        runTavctl("list --plugin " ZOPCIBRD_FILE " " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "it does not export tavPlugin_initialize"));
 }
 
@@ -180,7 +183,7 @@ public:
             fs::copy_file(bridgeLibrary, folder_.path() / "zopcibrd.so");
     }
 
-    [[nodiscard]] testsupport::CommandResult tavctl(const std::string& arguments) const {
+    [[nodiscard]] testsupport::CommandResult runTavctl(const std::string& arguments) const {
         return testsupport::runCommand((folder_.path() / "tavctl").string() + " " + arguments +
                                        " 2>&1");
     }
@@ -192,13 +195,13 @@ private:
 TEST(CommandLine, MissingBridgeLibraryIsNamedWithTheErrorRecord) {
     const TemporaryFolder folder;
     const Programs programs;
-    const auto result = programs.tavctl("list " + kDump + kDescriptions + state(folder));
+    const auto result = programs.runTavctl("list " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "tavctl: load bridge library (zopcibrd.so): "));
     EXPECT_TRUE(says(result, 3, "-52005 (0xFFFF34DB)"));
     EXPECT_TRUE(says(result, 3, "zodynlib_debug.path = zopcibrd.so"));
     EXPECT_TRUE(says(result, 3, "internal_error.api = posix"));
     EXPECT_FALSE(fs::exists(folder.path() / "zotavpci.ini"));
-    const auto explained = programs.tavctl("explain " + kDump + kDescriptions);
+    const auto explained = programs.runTavctl("explain " + kDump + kDescriptions);
     EXPECT_TRUE(says(explained, 3, "tavctl: load bridge library (zopcibrd.so): "));
     EXPECT_TRUE(says(explained, 3, "-52005 (0xFFFF34DB)"));
 }
@@ -207,7 +210,7 @@ TEST(CommandLine, MissingBridgeLibraryIsNamedWithTheErrorRecord) {
 TEST(CommandLine, FunctionOfTheBridgeLibraryThatStandsNowhereIsNamed) {
     const TemporaryFolder folder;
     const Programs programs(BRIDGE_WITH_NULL_FILE);
-    const auto result = programs.tavctl("list " + kDump + kDescriptions + state(folder));
+    const auto result = programs.runTavctl("list " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "tavctl: load bridge library (zopcibrd.so): "));
     EXPECT_TRUE(says(result, 3, "zodynlib_debug.zodynlib_symbol = ZoPciBrd_GetBridgeParent"));
     EXPECT_TRUE(says(result, 3, "internal_error.code = 0"));
@@ -220,11 +223,11 @@ TEST(CommandLine, StatusOfTheBridgeLibraryStandsWhereTheBusItselfCanBeRead) {
     const testsupport::EnvironmentValue faults("SCRIPTED_BRIDGE_FAULTS", "OpenSession=-313007");
     const TemporaryFolder folder;
     const Programs programs(SCRIPTED_BRIDGE_FILE);
-    const auto listed = programs.tavctl("list " + kDump + kDescriptions + state(folder));
+    const auto listed = programs.runTavctl("list " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(
         listed, 3, "tavctl: open bridge session (" TAV_SOURCE_DIR "/samples/switchboxes.dump): "));
     EXPECT_TRUE(says(listed, 3, "status -313007 "));
-    const auto explained = programs.tavctl("explain " + kDump + kDescriptions);
+    const auto explained = programs.runTavctl("explain " + kDump + kDescriptions);
     EXPECT_TRUE(says(explained, 3, "tavctl: open bridge session ("));
     EXPECT_TRUE(says(explained, 3, "status -313007 "));
 }
@@ -234,12 +237,12 @@ TEST(CommandLine, ExplainSaysWhatTheBridgeLibraryFailsAt) {
     const Programs programs(SCRIPTED_BRIDGE_FILE);
     const std::string arguments = "explain 'TAV-B3 Switch Box' " + kDump + kDescriptions;
     testsupport::EnvironmentValue faults("SCRIPTED_BRIDGE_FAULTS", "GetBridgeAddress=-313007");
-    const auto withoutAddresses = programs.tavctl(arguments);
+    const auto withoutAddresses = programs.runTavctl(arguments);
     EXPECT_TRUE(says(withoutAddresses, 1, "TAV-B3 Switch Box: not listed"));
     EXPECT_TRUE(says(withoutAddresses, 1, "    ff:ff.ff  not listed"));
     faults.set("FindBridgeBySlotPath=-313007");
-    EXPECT_TRUE(says(programs.tavctl(arguments), 1, "      FAIL  ["));
-    EXPECT_TRUE(says(programs.tavctl(arguments), 1, "can be looked up\n"));
+    EXPECT_TRUE(says(programs.runTavctl(arguments), 1, "      FAIL  ["));
+    EXPECT_TRUE(says(programs.runTavctl(arguments), 1, "can be looked up\n"));
 }
 
 // A plug-in that fails as it is told to.
@@ -248,17 +251,17 @@ TEST(CommandLine, FailingPluginIsNamedWithWhatItWasAskedFor) {
     const std::string arguments =
         "list --plugin " FAULTY_PLUGIN_FILE " " + kDump + kDescriptions + state(folder);
     testsupport::EnvironmentValue faults("FAULTY_PLUGIN", "none");
-    EXPECT_TRUE(says(tavctl(arguments), 0, "TAV7"));
+    EXPECT_TRUE(says(runTavctl(arguments), 0, "TAV7"));
     faults.set("initialize=-313322");
-    EXPECT_TRUE(says(tavctl(arguments), 3, "initialize plug-in (" FAULTY_PLUGIN_FILE "): "));
+    EXPECT_TRUE(says(runTavctl(arguments), 3, "initialize plug-in (" FAULTY_PLUGIN_FILE "): "));
     faults.set("count=-313007");
-    const auto count = tavctl(arguments);
+    const auto count = runTavctl(arguments);
     EXPECT_TRUE(says(count, 3, "count devices (" FAULTY_PLUGIN_FILE "): "));
     EXPECT_TRUE(says(count, 3, "status -313007 "));
     faults.set("integer=-313007");
-    EXPECT_TRUE(says(tavctl(arguments), 3, "read attribute (device 0, attribute 0x"));
+    EXPECT_TRUE(says(runTavctl(arguments), 3, "read attribute (device 0, attribute 0x"));
     faults.set("text=-313007");
-    EXPECT_TRUE(says(tavctl(arguments), 3, "read attribute (device 0, attribute 0x"));
+    EXPECT_TRUE(says(runTavctl(arguments), 3, "read attribute (device 0, attribute 0x"));
 }
 
 TEST(CommandLine, NamesThatThePluginCouldNotSaveAreNamedWithTheReason) {
@@ -268,18 +271,18 @@ TEST(CommandLine, NamesThatThePluginCouldNotSaveAreNamedWithTheReason) {
     const testsupport::EnvironmentValue faults("FAULTY_PLUGIN", "initialize=-313319");
     const std::string head =
         "save terminal names (" + (folder.path() / "zotavpci.ini").string() + "): ";
-    EXPECT_TRUE(says(tavctl(arguments), 3, head + "No such file or directory"));
+    EXPECT_TRUE(says(runTavctl(arguments), 3, head + "No such file or directory"));
     static_cast<void>(folder.file("zotavpci.ini", ""));
-    const auto writable = tavctl(arguments);
+    const auto writable = runTavctl(arguments);
     EXPECT_TRUE(says(writable, 3, head));
     EXPECT_EQ(writable.output.find("No such file"), std::string::npos) << writable.output;
 }
 
 TEST(CommandLine, MissingFoldersAreNamed) {
     const TemporaryFolder folder;
-    EXPECT_TRUE(says(tavctl("list " + kDump + "--descriptions /nonexistent " + state(folder)), 3,
+    EXPECT_TRUE(says(runTavctl("list " + kDump + "--descriptions /nonexistent " + state(folder)), 3,
                      "use --descriptions (/nonexistent): there is no such folder"));
-    EXPECT_TRUE(says(tavctl("list " + kDump + kDescriptions + "--state /nonexistent"), 3,
+    EXPECT_TRUE(says(runTavctl("list " + kDump + kDescriptions + "--state /nonexistent"), 3,
                      "use --state (/nonexistent): there is no such folder"));
 }
 
@@ -287,14 +290,14 @@ TEST(CommandLine, FolderThatNoConfigurationCanNameIsTold) {
     const TemporaryFolder folder;
     const std::string name = (folder.path() / "two\nlines").string();
     fs::create_directory(name);
-    EXPECT_TRUE(says(tavctl("list " + kDump + kDescriptions + "--state '" + name + "'"), 3,
+    EXPECT_TRUE(says(runTavctl("list " + kDump + kDescriptions + "--state '" + name + "'"), 3,
                      "configure (this process): Invalid argument"));
 }
 
 TEST(CommandLine, FolderThatCannotBeSearchedIsNamed) {
     const TemporaryFolder folder;
     fs::create_symlink("PCI Hardware Descriptions", folder.path() / "PCI Hardware Descriptions");
-    const auto result = tavctl("lint --descriptions " + folder.path().string());
+    const auto result = runTavctl("lint --descriptions " + folder.path().string());
     EXPECT_TRUE(says(result, 3,
                      "list descriptions (" + folder.path().string() +
                          "/PCI Hardware Descriptions/*.ini): "));
@@ -304,19 +307,19 @@ TEST(CommandLine, NamesAndDescriptionsOfAWrongEncodingAreNamed) {
     const std::string utf16("\xFF\xFE[\0a\0]\0", 8);
     const TemporaryFolder folder;
     const std::string names = folder.file("zotavpci.ini", utf16).string();
-    EXPECT_TRUE(says(tavctl("list " + kDump + kDescriptions + state(folder)), 3,
+    EXPECT_TRUE(says(runTavctl("list " + kDump + kDescriptions + state(folder)), 3,
                      "tavctl: read terminal names (" + names + "): "));
     const TemporaryFolder other;
     fs::create_directory(folder.path() / "PCI Hardware Descriptions");
     const std::string file = folder.file("PCI Hardware Descriptions/box.ini", utf16).string();
-    EXPECT_TRUE(says(
-        tavctl("list " + kDump + "--descriptions " + folder.path().string() + " " + state(other)),
-        3, "tavctl: load description (" + file + "): "));
+    EXPECT_TRUE(says(runTavctl("list " + kDump + "--descriptions " + folder.path().string() + " " +
+                               state(other)),
+                     3, "tavctl: load description (" + file + "): "));
 }
 
 TEST(CommandLine, MissingDumpIsNamed) {
     const TemporaryFolder folder;
-    const auto result = tavctl("list --dump /nonexistent.dump " + kDescriptions + state(folder));
+    const auto result = runTavctl("list --dump /nonexistent.dump " + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "/nonexistent.dump"));
     EXPECT_TRUE(says(result, 3, "No such file or directory"));
     EXPECT_TRUE(says(result, 3, "-313004 (0xFFFB3954)"));
@@ -324,19 +327,19 @@ TEST(CommandLine, MissingDumpIsNamed) {
 
 TEST(CommandLine, MissingConfigurationIsNamed) {
     const testsupport::EnvironmentValue configuration("TAV_MANAGER_CONF", "/nonexistent.conf");
-    const auto result = tavctl("list " + kDump);
+    const auto result = runTavctl("list " + kDump);
     EXPECT_TRUE(says(result, 3, "read configuration value \"ConfigPath\" (/nonexistent.conf"));
     EXPECT_TRUE(says(result, 3, "-52003 (0xFFFF34DD)"));
     EXPECT_TRUE(says(result, 3, "--descriptions and --state take the place of the configuration"));
-    EXPECT_TRUE(says(tavctl("names list"), 3,
+    EXPECT_TRUE(says(runTavctl("names list"), 3,
                      "read configuration value \"ConfigPath\" (/nonexistent.conf"));
-    EXPECT_TRUE(says(tavctl("lint"), 3, "list descriptions (configuration): "));
+    EXPECT_TRUE(says(runTavctl("lint"), 3, "list descriptions (configuration): "));
 }
 
 TEST(CommandLine, FailuresAreJsonOnDemand) {
     const TemporaryFolder folder;
     const auto result =
-        tavctl("list --json --dump /nonexistent.dump " + kDescriptions + state(folder));
+        runTavctl("list --json --dump /nonexistent.dump " + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, R"({"error":{"operation":"open bridge session",)"));
 }
 
@@ -344,7 +347,7 @@ TEST(CommandLine, EmptyListIsSaidOnStandardErrorOnly) {
     const TemporaryFolder folder;
     const std::string arguments = "list --dump " + folder.file("empty.dump", "").string() + " " +
                                   kDescriptions + state(folder);
-    EXPECT_TRUE(says(tavctl(arguments), 0, "no described device is present on this bus"));
+    EXPECT_TRUE(says(runTavctl(arguments), 0, "no described device is present on this bus"));
     EXPECT_EQ(testsupport::runCommand(TAVCTL_FILE " " + arguments + " 2>/dev/null").output, "");
 }
 
@@ -353,7 +356,7 @@ TEST(CommandLine, EmptyListIsSaidOnStandardErrorOnly) {
 TEST(CommandLine, ReadsTheLiveBusWithoutADump) {
     const TemporaryFolder folder;
     const testsupport::EnvironmentValue noDump("TAV_PCI_DUMP", std::nullopt);
-    const auto result = tavctl("list " + kDescriptions + state(folder));
+    const auto result = runTavctl("list " + kDescriptions + state(folder));
     const bool hasBus = fs::exists("/sys/bus/pci/devices");
     EXPECT_TRUE(says(result, hasBus ? 0 : 3, hasBus ? "" : "/sys"));
 }

@@ -1,8 +1,10 @@
 // Every command that prints facts, on the sample machine: the same bytes on every system. The files
 // of commands/ hold what each prints; a change of them is a change that people see.
 #include "platform/utf8Path.h"
+#include "tests/support/fileText.h"
 #include "tests/support/program.h"
 #include "tests/support/temporaryFolder.h"
+#include "tests/tavctl/sample.h"
 
 #include <gtest/gtest.h>
 
@@ -16,8 +18,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-const fs::path kProject = TAV_SOURCE_DIR;
+using tavctltest::kProject;
 
 struct Command {
     const char* name;  // of the file that holds the output
@@ -74,10 +75,10 @@ private:
 TEST_P(Commands, PrintsTheSameEverywhere) {
     const testsupport::ProgramResult result = run(GetParam().words);
     EXPECT_EQ(result.exitStatus, 0) << result.error;
-    std::ifstream file(kProject / "tests" / "tavctl" / "commands" / GetParam().name,
-                       std::ios::binary);
-    ASSERT_TRUE(file) << "there is no file of what this prints:\n" << unified(result.output);
-    const std::string expected(std::istreambuf_iterator<char>(file), {});
+    const fs::path file = kProject / "tests" / "tavctl" / "commands" / GetParam().name;
+    ASSERT_TRUE(fs::exists(file)) << "there is no file of what this prints:\n"
+                                  << unified(result.output);
+    const std::string expected = testsupport::fileText(file);
     EXPECT_EQ(unified(result.output), unified(expected));
 }
 

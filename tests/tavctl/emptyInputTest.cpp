@@ -1,5 +1,6 @@
 // What the commands say when there is nothing that they could tell of, and of a device of the rarer
 // category.
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 #include "tests/tavctl/runTavctl.h"
 
@@ -15,8 +16,8 @@ namespace {
 using tavctltest::kDescriptions;
 using tavctltest::kDump;
 using tavctltest::outputOf;
+using tavctltest::runTavctl;
 using tavctltest::says;
-using tavctltest::tavctl;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -36,9 +37,8 @@ protected:
     }
     // The sample's adapter card as one for the other kind of slot.
     void describeExpresscard() const {
-        std::ifstream file(TAV_SOURCE_DIR
-                           "/descriptions/PCI Hardware Descriptions/tav-c1-adapter-card.ini");
-        std::string text{std::istreambuf_iterator<char>(file), {}};
+        std::string text = testsupport::fileText(
+            TAV_SOURCE_DIR "/descriptions/PCI Hardware Descriptions/tav-c1-adapter-card.ini");
         const std::string category = "DeviceCategory = PCI";
         const std::size_t at = text.find(category);
         ASSERT_NE(at, std::string::npos);
@@ -59,17 +59,17 @@ protected:
 };
 
 TEST_F(EmptyInput, ExplainTellsThatThereAreNoDescriptionFiles) {
-    EXPECT_TRUE(says(tavctl("explain " + kDump + descriptions()), 0,
+    EXPECT_TRUE(says(runTavctl("explain " + kDump + descriptions()), 0,
                      "tavctl: there are no description files\n"));
 }
 
 TEST_F(EmptyInput, TreeTellsThatThereIsNoFunction) {
-    EXPECT_TRUE(says(tavctl("tree " + emptyDump() + kDescriptions + state()), 0,
+    EXPECT_TRUE(says(runTavctl("tree " + emptyDump() + kDescriptions + state()), 0,
                      "tavctl: there is no function on this bus\n"));
 }
 
 TEST_F(EmptyInput, PreviewTellsThatNoDeviceIsPresent) {
-    EXPECT_TRUE(says(tavctl("names preview " + emptyDump() + kDescriptions + state()), 0,
+    EXPECT_TRUE(says(runTavctl("names preview " + emptyDump() + kDescriptions + state()), 0,
                      "tavctl: no described device is present on this bus\n"));
 }
 
@@ -81,7 +81,7 @@ TEST_F(EmptyInput, DrawingOfNoFunctionIsWhole) {
 
 TEST_F(EmptyInput, ExpresscardsAreListedByTheirCategory) {
     ASSERT_NO_FATAL_FAILURE(describeExpresscard());
-    EXPECT_TRUE(says(tavctl("list " + kDump + descriptions() + state()), 0,
+    EXPECT_TRUE(says(runTavctl("list " + kDump + descriptions() + state()), 0,
                      "TAVCard1  TAV-C1 Adapter Card  04:00.0  Expresscard  LEFT,RIGHT\n"));
 }
 

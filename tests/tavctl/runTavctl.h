@@ -13,11 +13,16 @@ inline const std::string kDump = "--dump " TAV_SOURCE_DIR "/samples/switchboxes.
 inline const std::string kDescriptions = "--descriptions " TAV_SOURCE_DIR "/descriptions ";
 
 // Standard output and standard error together.
-inline testsupport::CommandResult tavctl(const std::string& arguments) {
+inline testsupport::CommandResult runTavctl(const std::string& arguments) {
     return testsupport::runCommand(TAVCTL_FILE " " + arguments + " 2>&1");
 }
 
-// Standard output alone.
+// Standard output alone; standard error is the test's own.
+inline testsupport::CommandResult runTavctlForOutput(const std::string& arguments) {
+    return testsupport::runCommand(TAVCTL_FILE " " + arguments);
+}
+
+// Standard output alone; nothing of standard error.
 inline std::string outputOf(const std::string& arguments) {
     return testsupport::runCommand(TAVCTL_FILE " " + arguments + " 2>/dev/null").output;
 }

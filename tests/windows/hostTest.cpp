@@ -9,6 +9,7 @@
 #include "pxidrivertools/configuration.h"
 #include "quil/tErrorStatus.h"
 #include "tests/support/environmentValue.h"
+#include "tests/support/fileText.h"
 #include "tests/support/program.h"
 #include "tests/support/temporaryFolder.h"
 #include "tests/support/windows/registryTree.h"
@@ -186,8 +187,7 @@ std::string outputOf(const std::wstring& line, const fs::path& file) {
     WaitForSingleObject(process.hProcess, INFINITE);
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return testsupport::fileTextIfAny(file);
 }
 
 TEST(WindowsCommandLine, CharactersOutsideTheCodePageReachTheProgram) {

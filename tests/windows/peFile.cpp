@@ -1,5 +1,7 @@
 #include "tests/windows/peFile.h"
 
+#include "tests/support/fileText.h"
+
 #include <windows.h>
 
 #include <cctype>
@@ -115,10 +117,8 @@ void readHeaders(Image& image, std::size_t start, Thunk byNumber, PeFile& file) 
 } // namespace
 
 PeFile readPeFile(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
-        throw std::runtime_error("cannot open " + file.string());
-    Image image(std::vector<char>{std::istreambuf_iterator<char>(stream), {}});
+    const std::string bytes = testsupport::fileText(file);
+    Image image(std::vector<char>(bytes.begin(), bytes.end()));
     const auto dos = image.at<IMAGE_DOS_HEADER>(0);
     const auto start = static_cast<std::size_t>(dos.e_lfanew);
     if (dos.e_magic != IMAGE_DOS_SIGNATURE || image.at<DWORD>(start) != IMAGE_NT_SIGNATURE)

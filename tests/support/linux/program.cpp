@@ -1,5 +1,6 @@
 #include "tests/support/program.h"
 
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <fcntl.h>
@@ -14,14 +15,7 @@
 
 namespace testsupport {
 
-namespace {
-
-std::string read(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-} // namespace
+namespace {} // namespace
 
 struct RunningProgram::State {
     TemporaryFolder folder;
@@ -68,8 +62,8 @@ ProgramResult RunningProgram::wait() {
     ProgramResult result;
     if (WIFEXITED(status))
         result.exitStatus = WEXITSTATUS(status);
-    result.output = read(state_->folder.path() / "output");
-    result.error = read(state_->folder.path() / "error");
+    result.output = fileText(state_->folder.path() / "output");
+    result.error = fileText(state_->folder.path() / "error");
     return result;
 }
 

@@ -3,6 +3,7 @@
 #include "platform/utf8Path.h"
 #include "platform/windows/commandLineText.h"
 #include "platform/windows/uniqueHandle.h"
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 #include "tests/support/windows/startProcess.h"
 
@@ -13,11 +14,6 @@
 namespace testsupport {
 
 namespace {
-
-std::string read(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 platform::FileHandle create(const std::filesystem::path& file) {
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
@@ -71,8 +67,8 @@ ProgramResult RunningProgram::wait() {
         GetExitCodeProcess(state_->process.get(), &status))
         result.exitStatus = static_cast<int>(status);
     state_->process.reset();
-    result.output = read(state_->folder.path() / "output");
-    result.error = read(state_->folder.path() / "error");
+    result.output = fileText(state_->folder.path() / "output");
+    result.error = fileText(state_->folder.path() / "error");
     return result;
 }
 

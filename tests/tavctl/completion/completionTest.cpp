@@ -125,7 +125,7 @@ TEST(CompletionCommand, WritesTheScriptOfAShell) {
     EXPECT_EQ(outputOf("completion bash"), bashCompletion(line.app()));
     EXPECT_EQ(outputOf("completion zsh"), zshCompletion(line.app()));
     EXPECT_EQ(outputOf("completion fish"), fishCompletion(line.app()));
-    EXPECT_TRUE(says(tavctltest::tavctl("completion csh"), 2, "csh not in {bash,zsh,fish}"));
+    EXPECT_TRUE(says(tavctltest::runTavctl("completion csh"), 2, "csh not in {bash,zsh,fish}"));
 }
 
 } // namespace

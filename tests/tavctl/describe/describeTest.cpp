@@ -6,6 +6,8 @@
 #include "tests/support/effort.h"
 #include "tests/support/fileFolder.h"
 #include "tests/tavctl/explain/randomMachine.h"
+#include "tests/tavctl/runTavctl.h"
+#include "tests/tavctl/sample.h"
 
 #include <gtest/gtest.h>
 
@@ -20,14 +22,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
+using tavctltest::kSample;
+using tavctltest::runTavctlForOutput;
 using testsupport::BusBuilder;
 using testsupport::FileFolder;
-
-const std::string kSample = TAV_SOURCE_DIR "/samples/switchboxes.dump";
-
-testsupport::CommandResult tavctl(const std::string& arguments) {
-    return testsupport::runCommand(TAVCTL_FILE " " + arguments);
-}
 
 // A folder to put a description into and to use it at once.
 class Bench {
@@ -41,14 +39,16 @@ public:
 
     testsupport::CommandResult describe(const std::string& dump, const std::string& arguments) {
         fs::remove(file());
-        return tavctl("describe --dump '" + dump + "' -o '" + file() + "' " + arguments);
+        return runTavctlForOutput("describe --dump '" + dump + "' -o '" + file() + "' " +
+                                  arguments);
     }
 
     void expectSoundAndListed(const std::string& dump, const std::string& address) {
-        const auto lint = tavctl("lint --descriptions '" + folder_.file("") + "'");
+        const auto lint = runTavctlForOutput("lint --descriptions '" + folder_.file("") + "'");
         EXPECT_EQ(lint.output, "1 file, no problems\n") << address;
-        const auto list = tavctl("list --json --dump '" + dump + "' --descriptions '" +
-                                 folder_.file("") + "' --state '" + folder_.file("") + "'");
+        const auto list =
+            runTavctlForOutput("list --json --dump '" + dump + "' --descriptions '" +
+                               folder_.file("") + "' --state '" + folder_.file("") + "'");
         ASSERT_EQ(list.exitStatus, 0) << list.output;
         const json whole = json::parse(list.output);
         bool found = false;
@@ -68,12 +68,12 @@ private:
     FileFolder folder_;
 };
 
-struct Tally {
+struct DescribeTally {
     std::size_t described = 0;
     std::size_t refused = 0;
 };
 
-void describeEveryBridge(Bench& bench, const std::string& dump, Tally& tally) {
+void describeEveryBridge(Bench& bench, const std::string& dump, DescribeTally& tally) {
     const pcibus::Bus bus = pcibus::readBus(dump);
     for (const std::uint32_t handle : bus.bridges()) {
         const std::string address = pcibus::addressText(*bus.find(handle));
@@ -96,7 +96,7 @@ void describeEveryBridge(Bench& bench, const std::string& dump, Tally& tally) {
 
 TEST(Describe, EveryBridgeOfTheSampleMachine) {
     Bench bench;
-    Tally tally;
+    DescribeTally tally;
     describeEveryBridge(bench, kSample, tally);
     EXPECT_GT(tally.described, 45U);
     EXPECT_LT(tally.refused, 8U);
@@ -104,7 +104,7 @@ TEST(Describe, EveryBridgeOfTheSampleMachine) {
 
 TEST(Describe, BridgesOfGeneratedMachines) {
     std::mt19937 random(77); // NOLINT(bugprone-random-generator-seed): the same each time
-    Tally tally;
+    DescribeTally tally;
     const int machines = testsupport::isSanitized() ? 2 : 6;
     for (int i = 0; i < machines; ++i) {
         Bench bench;
@@ -116,7 +116,7 @@ TEST(Describe, BridgesOfGeneratedMachines) {
 
 TEST(Describe, IsCommentedAndNamesWhatToEdit) {
     const auto result =
-        tavctl("describe 01:00.0 --model 'My Box' --category PCI --dump " + kSample);
+        runTavctlForOutput("describe 01:00.0 --model 'My Box' --category PCI --dump " + kSample);
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_NE(result.output.find("; My Box. A draft that tavctl describe made from the bridge "
                                  "01:00.0."),
@@ -138,7 +138,7 @@ TEST(Describe, JsonHoldsTheText) {
 
 TEST(Describe, SaysWhyNot) {
     const auto fails = [](const std::string& arguments, const std::string& why) {
-        const auto result = tavctl("describe " + arguments + " --dump " + kSample);
+        const auto result = runTavctlForOutput("describe " + arguments + " --dump " + kSample);
         EXPECT_EQ(result.exitStatus, 1) << arguments;
         EXPECT_NE(result.output.find(why), std::string::npos) << result.output;
     };
@@ -148,8 +148,8 @@ TEST(Describe, SaysWhyNot) {
     fails("first", "expected an address such as 01:00.0");
     fails("02:01.0", "02:00.0 has the same identifiers and comes first");
     fails("01:00.0 --model '\"Box\"'", "must have no quotes");
-    EXPECT_EQ(tavctl("describe 01:00.0 --category Box").exitStatus, 2);
-    EXPECT_EQ(tavctl("describe --dump " + kSample).exitStatus, 2);
+    EXPECT_EQ(runTavctlForOutput("describe 01:00.0 --category Box").exitStatus, 2);
+    EXPECT_EQ(runTavctlForOutput("describe --dump " + kSample).exitStatus, 2);
 }
 
 // A chain of bridges of one kind, each the first port of the one above it: by the count, the second
@@ -176,7 +176,8 @@ TEST(Describe, PortWithoutABusOfItsOwnIsToldByItsAddressAlone) {
     const auto up = bus.bridge(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x104C, 0x8232}, 0);
     bus.setSecondaryBus(bus.bridge(up, 1, 0, {0x104C, 0x8233}, 0), 0);
     const FileFolder folder;
-    const auto result = tavctl("describe 01:00.0 --dump " + folder.write("bus.dump", bus.dump()));
+    const auto result =
+        runTavctlForOutput("describe 01:00.0 --dump " + folder.write("bus.dump", bus.dump()));
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_NE(result.output.find("; Now 02:01.0.\n"), std::string::npos) << result.output;
 }
@@ -238,7 +239,8 @@ TEST(DescribeWatch, FindsTheConnectorsByWhatIsPluggedIn) {
               std::string::npos)
         << text;
     EXPECT_EQ(text.find("[DownstreamPort3]"), std::string::npos) << text;
-    EXPECT_EQ(tavctl("lint '" + folder.file("box.ini") + "'").output, "1 file, no problems\n");
+    EXPECT_EQ(runTavctlForOutput("lint '" + folder.file("box.ini") + "'").output,
+              "1 file, no problems\n");
 }
 
 TEST(DescribeWatch, UnpluggingTellsAsWell) {
@@ -313,7 +315,8 @@ TEST(DescribeWatch, BoxThatGoesAwayIsTold) {
 }
 
 TEST(DescribeWatch, AnswersThatEndEndTheList) {
-    const auto result = tavctl("describe 01:00.0 --watch --dump " + kSample + " </dev/null 2>&1");
+    const auto result =
+        runTavctlForOutput("describe 01:00.0 --watch --dump " + kSample + " </dev/null 2>&1");
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_NE(result.output.find("no connector was found"), std::string::npos) << result.output;
 }

@@ -2,6 +2,7 @@
 
 #include "tavctl/description/positionedIni.h"
 #include "tests/support/command.h"
+#include "tests/support/fileText.h"
 
 #include <algorithm>
 #include <fstream>
@@ -85,10 +86,7 @@ void Guide::change(const fs::path& folder, const Block& block) {
         throw std::runtime_error("expected \"; in FILE, [Section]\", got " + head);
     const fs::path file = folder / head.substr(kIn.size(), comma - kIn.size());
     const std::string section = head.substr(comma + 3, head.size() - comma - 4);
-    std::ifstream stream(file, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(stream), {}};
-    if (text.empty())
-        throw std::runtime_error("there is no " + file.string() + " to change");
+    std::string text = testsupport::fileText(file);
     for (auto line = block.lines.begin() + 1; line != block.lines.end(); ++line) {
         const auto equals = line->find(" = ");
         if (equals == std::string::npos)

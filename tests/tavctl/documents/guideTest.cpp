@@ -3,6 +3,7 @@
 #include "tests/tavctl/documents/guide.h"
 
 #include "tavctl/description/rules.h"
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -19,16 +20,11 @@ namespace fs = std::filesystem;
 
 const fs::path kGuide = fs::path(TAV_SOURCE_DIR) / "docs" / "descriptions.md";
 
-std::string contentOf(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 TEST(DescriptionGuide, EveryExamplePrintsWhatItSays) {
     const testsupport::TemporaryFolder folder;
     for (const char* name : {"samples", "descriptions"})
         fs::create_directory_symlink(fs::path(TAV_SOURCE_DIR) / name, folder.path() / name);
-    const std::string text = contentOf(kGuide);
+    const std::string text = testsupport::fileText(kGuide);
     const testtavctl::Guide guide(text);
     EXPECT_GT(guide.commands(), 10U);
     const std::string now = guide.run(folder.path(), fs::path(TAVCTL_FILE).parent_path());
@@ -39,7 +35,7 @@ TEST(DescriptionGuide, EveryExamplePrintsWhatItSays) {
 }
 
 TEST(DescriptionGuide, TellsOfEveryRule) {
-    const std::string text = contentOf(kGuide);
+    const std::string text = testsupport::fileText(kGuide);
     for (const auto& rule : tavctl::lint::rules())
         EXPECT_NE(text.find(" " + std::string(rule.id) + " "), std::string::npos) << rule.id;
 }

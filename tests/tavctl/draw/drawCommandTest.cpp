@@ -18,21 +18,21 @@ std::string optionsOf(const FileFolder& folder) {
 TEST(DrawCommand, WritesAnSvgFileWithEveryDeviceAndConnector) {
     const FileFolder folder;
     const std::string file = folder.file("bus.svg");
-    EXPECT_TRUE(says(tavctl("draw -o " + file + " " + optionsOf(folder)), 0, ""));
+    EXPECT_TRUE(says(runTavctl("draw -o " + file + " " + optionsOf(folder)), 0, ""));
     const std::string svg = folder.read("bus.svg");
     EXPECT_TRUE(svg.starts_with("<?xml"));
     EXPECT_TRUE(svg.ends_with("</svg>\n"));
     for (const char* text : {"switchboxes.dump", "4 devices", "TAV1", "TAV2", "TAV3", "TAVCard1",
                              "TAV&#45;W7 Wide Switch Box", "LEFT", "RIGHT", "C4", "x16 16 GT/s"})
         EXPECT_NE(svg.find(">" + std::string(text)), std::string::npos) << text;
-    EXPECT_EQ(tavctl("draw -o " + file + " " + optionsOf(folder)).output, "");
+    EXPECT_EQ(runTavctl("draw -o " + file + " " + optionsOf(folder)).output, "");
 }
 
 TEST(DrawCommand, OfNoDevicesIsADrawingThatSaysSo) {
     const FileFolder folder;
     const std::string empty = folder.write("empty.dump", "");
-    const auto result = tavctl("draw --dump " + empty + " " + kDescriptions + "--state " +
-                               std::filesystem::path(empty).parent_path().string());
+    const auto result = runTavctl("draw --dump " + empty + " " + kDescriptions + "--state " +
+                                  std::filesystem::path(empty).parent_path().string());
     EXPECT_TRUE(says(result, 0, "no described device is present</text>"));
 }
 
@@ -63,12 +63,12 @@ TEST(DrawCommand, FailingGraphvizIsNamed) {
 }
 
 TEST(DrawCommand, UnknownFormatIsWrongUsage) {
-    EXPECT_TRUE(says(tavctl("draw --format png"), 2, "--format: png not in {svg,dot}"));
+    EXPECT_TRUE(says(runTavctl("draw --format png"), 2, "--format: png not in {svg,dot}"));
 }
 
 TEST(DrawCommand, PartThatIsNotThereExitsWithOne) {
     const FileFolder folder;
-    EXPECT_TRUE(says(tavctl("draw -s 09:09.0 " + optionsOf(folder)), 1,
+    EXPECT_TRUE(says(runTavctl("draw -s 09:09.0 " + optionsOf(folder)), 1,
                      "there is no function at this address"));
 }
 

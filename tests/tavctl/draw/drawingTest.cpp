@@ -13,7 +13,7 @@ using tavctltest::TreeFixture;
 using testing::HasSubstr;
 using testing::Not;
 
-PciNames names() {
+PciNames namesForDrawing() {
     return PciNames::parse("1172  Logic\n\te001  A Card With a Name That Goes On and On\n"
                            "8086  Maker\n\t29c0  Host Bridge\n");
 }
@@ -41,7 +41,8 @@ std::vector<std::string> textsOf(const std::string& dot) {
 TEST(Drawing, BoxHasItsConnectorsInLabelOrderWithWhatIsPluggedIn) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", false});
     EXPECT_THAT(textsOf(dot),
                 testing::ElementsAre("TAV1", "&#160;&#160;&#160;", "01:00.0", "Box&#160;", "A",
                                      "A Card With a Name That Goe...", "x4 8 GT/s", "B1", "empty",
@@ -61,7 +62,8 @@ TEST(Drawing, DeviceInAConnectorIsJoinedToIt) {
     card.terminalName = "CARD1";
     std::vector<PlacedDevice> placed = placeDevices({card}, {}, fixture.bus);
     placed.push_back(fixture.placed().front());
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", false});
     EXPECT_THAT(dot, HasSubstr("  d1:p0:e -> d0:h:w\n"));
     EXPECT_THAT(dot, HasSubstr("  w1:e -> d1:h:w\n"));
     EXPECT_THAT(dot, Not(HasSubstr("  w0:e")));
@@ -74,18 +76,19 @@ TEST(Drawing, ShowsOnlyTheDevicesOfThePart) {
     const auto placed = fixture.placed();
     BusTreeView elsewhere(fixture.bus, placed);
     elsewhere.showOnly({fixture.machine.handle(fixture.second)});
-    const std::string none = drawingAsDot(elsewhere, names(), {"bus", false});
+    const std::string none = drawingAsDot(elsewhere, namesForDrawing(), {"bus", false});
     EXPECT_THAT(none, Not(HasSubstr("TAV1")));
     EXPECT_THAT(none, HasSubstr("no described device is present"));
     BusTreeView here(fixture.bus, placed);
     here.showOnly({fixture.machine.handle(fixture.card)});
-    EXPECT_THAT(drawingAsDot(here, names(), {"bus", false}), HasSubstr("TAV1"));
+    EXPECT_THAT(drawingAsDot(here, namesForDrawing(), {"bus", false}), HasSubstr("TAV1"));
 }
 
 TEST(Drawing, AllAddsWhatElseIsOnTheRootBuses) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", true});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", true});
     EXPECT_THAT(dot, HasSubstr("root bus 00"));
     EXPECT_THAT(dot, HasSubstr("00:00.0</FONT></TD><TD ALIGN=\"LEFT\">Host Bridge"));
     EXPECT_THAT(dot, HasSubstr("root bus 40"));
@@ -95,7 +98,8 @@ TEST(Drawing, AllAddsWhatElseIsOnTheRootBuses) {
 TEST(Drawing, ArrayIsAsWideAsAScreenAndFull) {
     const TreeFixture fixture;
     const std::vector<PlacedDevice> many(10, fixture.placed().front());
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, many), names(), {"bus", false});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, many), namesForDrawing(), {"bus", false});
     EXPECT_THAT(dot, HasSubstr("packmode=\"array_it4\"")); // four rows of three, two cells empty
     std::size_t fillers = 0;
     for (auto at = dot.find("style=invis"); at != std::string::npos;
@@ -114,7 +118,8 @@ TEST(Drawing, LongTextsAreCutAndToldInFullByTheTooltip) {
     fixture.listed[0].terminalName = std::string(200, 'n');
     fixture.listed[0].ports[0].label = std::string(200, 'l');
     const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", false});
     EXPECT_THAT(dot, HasSubstr(">" + std::string(27, 'm') + "...&#160;<"));
     EXPECT_THAT(dot, HasSubstr(">" + std::string(27, 'n') + "...<"));
     EXPECT_THAT(dot, HasSubstr(">" + std::string(11, 'l') + "...<"));
@@ -126,7 +131,7 @@ TEST(Drawing, PortThatCannotBePlacedSaysSo) {
     for (ListedPort& port : fixture.listed[0].ports)
         port.first = 0;
     const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
-    EXPECT_THAT(drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false}),
+    EXPECT_THAT(drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", false}),
                 HasSubstr("unknown"));
 }
 
@@ -137,7 +142,8 @@ TEST(Drawing, DevicesWithinEachOtherAreStillDrawn) {
     placed[0].ports.resize(1);
     placed[0].ports[0].bridge = fixture.machine.handle(fixture.root);
     placed[1].ports[0].bridge = fixture.machine.handle(fixture.root);
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", false});
     EXPECT_THAT(dot, HasSubstr("\n  d0 ["));
     EXPECT_THAT(dot, HasSubstr("\n  d1 ["));
 }
@@ -148,7 +154,8 @@ TEST(Drawing, SeveralFunctionsInAConnectorAreTheFirstAndANumber) {
     fixture.machine.endpoint(fixture.portA, 0, 2, {0x1172, 0xE003, 0, 0});
     fixture.bus = pcibus::parseDump(fixture.machine.dump(), "machine");
     const auto placed = fixture.placed();
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", false});
     EXPECT_THAT(dot, HasSubstr("A Card With a Name That ... +2"));
 }
 
@@ -163,7 +170,8 @@ TEST(Drawing, DeviceBelowABoxWithoutPortsStandsOnItsOwn) {
     card.terminalName = "TAV2";
     fixture.listed.push_back(card);
     const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", false});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", false});
     EXPECT_THAT(dot, HasSubstr("  w0:e -> d0:h:w\n"));
     EXPECT_THAT(dot, HasSubstr("  w1:e -> d1:h:w\n"));
     EXPECT_THAT(dot, Not(HasSubstr("  d0:p")));
@@ -180,7 +188,8 @@ TEST(Drawing, RootBusOfNothingButTheWayToADeviceHasNoBox) {
     device.bus = fixture.machine.bus(card);
     fixture.listed.push_back(device);
     const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
-    const std::string dot = drawingAsDot(BusTreeView(fixture.bus, placed), names(), {"bus", true});
+    const std::string dot =
+        drawingAsDot(BusTreeView(fixture.bus, placed), namesForDrawing(), {"bus", true});
     EXPECT_THAT(dot, HasSubstr("root bus 00"));
     EXPECT_THAT(dot, Not(HasSubstr("root bus 40")));
 }

@@ -1,5 +1,7 @@
 #include "tests/tavctl/explain/descriptionMutations.h"
 
+#include "tests/support/fileText.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -131,11 +133,7 @@ std::vector<std::string> sampleDescriptions() {
     std::sort(paths.begin(), paths.end());
     std::vector<std::string> texts;
     for (const fs::path& path : paths) {
-        std::ifstream stream(path, std::ios::binary);
-        texts.emplace_back(std::istreambuf_iterator<char>(stream),
-                           std::istreambuf_iterator<char>());
-        if (texts.back().empty())
-            throw std::runtime_error("cannot read " + path.string());
+        texts.push_back(testsupport::fileText(path));
     }
     return texts;
 }

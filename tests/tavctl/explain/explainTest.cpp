@@ -1,11 +1,12 @@
 // What explain says agrees with what the plug-in lists, its reasons stand in the order in which the
 // plug-in tests, and the changes that it proposes do what they promise.
-#include "tests/support/command.h"
 #include "tests/support/effort.h"
 #include "tests/support/fileFolder.h"
+#include "tests/support/fileText.h"
 #include "tests/tavctl/documents/guide.h"
 #include "tests/tavctl/explain/descriptionMutations.h"
 #include "tests/tavctl/explain/randomMachine.h"
+#include "tests/tavctl/runTavctl.h"
 
 #include <gtest/gtest.h>
 
@@ -23,11 +24,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
+using tavctltest::runTavctlForOutput;
 using testsupport::FileFolder;
-
-testsupport::CommandResult tavctl(const std::string& arguments) {
-    return testsupport::runCommand(TAVCTL_FILE " " + arguments);
-}
 
 std::string inQuotes(const fs::path& path) {
     return "'" + path.string() + "'";
@@ -35,13 +33,6 @@ std::string inQuotes(const fs::path& path) {
 
 // Model and address of each device, in a fixed order.
 using Devices = std::multiset<std::string>;
-
-std::string contentOf(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
 
 // A dump and a folder of descriptions.
 struct Machine {
@@ -55,7 +46,8 @@ struct Machine {
     // Nothing when the plug-in cannot be initialised.
     [[nodiscard]] std::optional<Devices> listed() const {
         const FileFolder state;
-        const auto result = tavctl("list" + options() + " --state " + inQuotes(state.file("")));
+        const auto result =
+            runTavctlForOutput("list" + options() + " --state " + inQuotes(state.file("")));
         if (result.exitStatus != 0)
             return std::nullopt;
         Devices devices;
@@ -71,7 +63,7 @@ struct Machine {
 
     [[nodiscard]] json explained(const std::string& model = {}) const {
         const auto result =
-            tavctl("explain" + options() + (model.empty() ? "" : " '" + model + "'"));
+            runTavctlForOutput("explain" + options() + (model.empty() ? "" : " '" + model + "'"));
         const json whole = json::parse(result.output, nullptr, false);
         if (whole.is_discarded())
             throw std::runtime_error("explain printed " + result.output);
@@ -110,7 +102,7 @@ TEST(Explain, AgreesWithThePluginOnEveryWholeSystemCase) {
         const auto part = [&](const char* name, const char* link) {
             if (fs::exists(entry.path() / name))
                 return entry.path() / name;
-            std::string target = contentOf(entry.path() / link);
+            std::string target = testsupport::fileText(entry.path() / link);
             target.erase(target.find_last_not_of('\n') + 1);
             return fs::path(TAV_SOURCE_DIR) / target;
         };
@@ -118,7 +110,7 @@ TEST(Explain, AgreesWithThePluginOnEveryWholeSystemCase) {
                               part("descriptions", "descriptions.path")};
         ++cases;
         const auto listed = machine.listed();
-        const auto result = tavctl("explain" + machine.options());
+        const auto result = runTavctlForOutput("explain" + machine.options());
         if (!listed || !fs::exists(machine.descriptions / "PCI Hardware Descriptions")) {
             EXPECT_EQ(result.exitStatus, 3) << entry.path() << result.output;
             EXPECT_TRUE(json::parse(result.output).contains("error"));
@@ -130,7 +122,7 @@ TEST(Explain, AgreesWithThePluginOnEveryWholeSystemCase) {
     EXPECT_GT(cases, 15U);
 }
 
-struct Tally {
+struct ExplainTally {
     std::size_t listed = 0;
     std::size_t rejected = 0;
     std::size_t changes = 0;
@@ -141,7 +133,7 @@ TEST(Explain, SendsWhoeverCannotLoadToLint) {
     fs::create_directory(folder.file("PCI Hardware Descriptions"));
     folder.write("PCI Hardware Descriptions/box.ini", "[UpstreamTAV]\nModel = Box\n");
     const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", folder.file("")};
-    const auto result = tavctl("explain" + machine.options());
+    const auto result = runTavctlForOutput("explain" + machine.options());
     EXPECT_EQ(result.exitStatus, 3);
     const json error = json::parse(result.output).at("error");
     EXPECT_EQ(error.at("operation"), "load description");
@@ -154,12 +146,14 @@ TEST(Explain, SendsWhoeverCannotLoadToLint) {
 TEST(Explain, ModelThatIsNotListedOrNotDescribedExitsWithOne) {
     const std::string sample = " --dump " TAV_SOURCE_DIR "/samples/switchboxes.dump";
     const std::string descriptions = " --descriptions " TAV_SOURCE_DIR "/descriptions";
-    EXPECT_EQ(tavctl("explain 'TAV-B3 Switch Box'" + sample + descriptions).exitStatus, 0);
+    EXPECT_EQ(runTavctlForOutput("explain 'TAV-B3 Switch Box'" + sample + descriptions).exitStatus,
+              0);
     const FileFolder folder;
     const std::string nothing = " --dump " + folder.write("empty.dump", "");
-    EXPECT_EQ(tavctl("explain 'TAV-B3 Switch Box'" + nothing + descriptions).exitStatus, 1);
-    EXPECT_EQ(tavctl("explain" + nothing + descriptions).exitStatus, 0);
-    const auto unknown = tavctl("explain 'TAV-B3 Switchbox'" + sample + descriptions);
+    EXPECT_EQ(runTavctlForOutput("explain 'TAV-B3 Switch Box'" + nothing + descriptions).exitStatus,
+              1);
+    EXPECT_EQ(runTavctlForOutput("explain" + nothing + descriptions).exitStatus, 0);
+    const auto unknown = runTavctlForOutput("explain 'TAV-B3 Switchbox'" + sample + descriptions);
     EXPECT_EQ(unknown.exitStatus, 1);
     EXPECT_NE(unknown.output.find("did you mean \"TAV-B3 Switch Box\"?"), std::string::npos)
         << unknown.output;
@@ -206,8 +200,8 @@ public:
 
     [[nodiscard]] Machine machine() const { return {folder_.file("bus.dump"), folder_.file("")}; }
     [[nodiscard]] std::string asText() const {
-        return tavctl("explain --dump " + inQuotes(machine().dump) + " --descriptions " +
-                      inQuotes(machine().descriptions))
+        return runTavctlForOutput("explain --dump " + inQuotes(machine().dump) +
+                                  " --descriptions " + inQuotes(machine().descriptions))
             .output;
     }
     // Of the only model, which must be explained as it is listed.
@@ -381,8 +375,8 @@ TEST(Explain, BridgeBesideAnAnchorThatIsNoBridgeIsReachedOverTheOneAbove) {
 
 // Makes each proposed change to the file and looks whether the plug-in lists the candidate then.
 void expectChangesWork(const Machine& machine, const fs::path& file, const json& model,
-                       Tally& tally) {
-    const std::string text = contentOf(file);
+                       ExplainTally& tally) {
+    const std::string text = testsupport::fileText(file);
     for (const json& candidate : model.at("candidates")) {
         for (const json& change : candidate.at("changes")) {
             const std::string section = change.at("section");
@@ -425,7 +419,7 @@ void expectChangesWork(const Machine& machine, const fs::path& file, const json&
 
 TEST(Explain, AgreesWithThePluginOnGeneratedMachines) {
     std::mt19937 random(1503); // NOLINT(bugprone-random-generator-seed): the same each time
-    Tally tally;
+    ExplainTally tally;
     const int machines = testsupport::isSanitized() ? 70 : 150;
     for (int i = 0; i < machines; ++i) {
         const FileFolder folder;
@@ -440,8 +434,8 @@ TEST(Explain, AgreesWithThePluginOnGeneratedMachines) {
         ASSERT_TRUE(listed);
         const json explanation = machine.explained();
         ASSERT_EQ(listedBy(explanation), *listed)
-            << contentOf(descriptions / "a.ini") << contentOf(descriptions / "b.ini")
-            << explanation;
+            << testsupport::fileText(descriptions / "a.ini")
+            << testsupport::fileText(descriptions / "b.ini") << explanation;
         tally.listed += listed->size();
         for (const json& model : explanation.at("models")) {
             for (const json& candidate : model.at("candidates"))

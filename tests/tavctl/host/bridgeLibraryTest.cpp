@@ -5,15 +5,15 @@
 #include "tests/pciBrdWrapper/scriptedLibrary.h"
 #include "tests/support/describe.h"
 #include "tests/support/environmentValue.h"
+#include "tests/tavctl/sample.h"
 
 #include <optional>
 
 namespace {
 
 using scripted::BridgeFunction;
+using tavctltest::kSample;
 using testsupport::EnvironmentValue;
-
-const std::string kSample = TAV_SOURCE_DIR "/samples/switchboxes.dump";
 
 class BridgeLibrary : public WithScriptedLibrary {
 protected:

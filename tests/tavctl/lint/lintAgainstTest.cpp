@@ -4,6 +4,8 @@
 #include "tavctl/match/busBridges.h"
 #include "tests/support/command.h"
 #include "tests/support/fileFolder.h"
+#include "tests/support/fileText.h"
+#include "tests/tavctl/sample.h"
 
 #include <gtest/gtest.h>
 
@@ -18,21 +20,13 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
+using tavctltest::kProject;
+using tavctltest::kSample;
+using tavctltest::kSampleDescriptions;
 using testsupport::FileFolder;
 
-const fs::path kProject = TAV_SOURCE_DIR;
-const std::string kSample = TAV_SOURCE_DIR "/samples/switchboxes.dump";
-const std::string kDescriptions = TAV_SOURCE_DIR "/descriptions";
-
-testsupport::CommandResult lint(const std::string& arguments) {
+testsupport::CommandResult runLint(const std::string& arguments) {
     return testsupport::runCommand(TAVCTL_FILE " lint " + arguments);
-}
-
-std::string contentOf(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
 }
 
 // A folder of descriptions: the sample of the box under another name, and the card.
@@ -40,7 +34,7 @@ void writeOlder(const FileFolder& folder) {
     const fs::path source = kProject / "descriptions" / "PCI Hardware Descriptions";
     const fs::path target = folder.file("PCI Hardware Descriptions");
     fs::create_directory(target);
-    std::string box = contentOf(source / "tav-b3-switch-box.ini");
+    std::string box = testsupport::fileText(source / "tav-b3-switch-box.ini");
     const std::string name = "Model = TAV-B3";
     box.replace(box.find(name), name.size(), "Model = TAV-B2");
     std::ofstream(target / "box.ini") << box;
@@ -48,7 +42,7 @@ void writeOlder(const FileFolder& folder) {
 }
 
 TEST(LintAgainst, SaysWhatABusHas) {
-    const auto result = lint("--descriptions " + kDescriptions + " --against " + kSample);
+    const auto result = runLint("--descriptions " + kSampleDescriptions + " --against " + kSample);
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(result.output, "3 files, no problems\n\n" + kSample +
                                  "\n"
@@ -61,9 +55,9 @@ TEST(LintAgainst, SaysWhatABusHas) {
 TEST(LintAgainst, SaysWhatABusGainsAndLoses) {
     const FileFolder older;
     writeOlder(older);
-    const std::string arguments = "--descriptions " + kDescriptions + " --compared-with '" +
+    const std::string arguments = "--descriptions " + kSampleDescriptions + " --compared-with '" +
                                   older.file("") + "' --against " + kSample;
-    const auto result = lint(arguments);
+    const auto result = runLint(arguments);
     EXPECT_EQ(result.exitStatus, 1) << "a model is lost";
     EXPECT_NE(result.output.find("  loses  01:00.0  TAV-B2 Switch Box\n"
                                  "  gains  01:00.0  TAV-B3 Switch Box\n"
@@ -73,7 +67,7 @@ TEST(LintAgainst, SaysWhatABusGainsAndLoses) {
                                  "  gains  41:00.0  TAV-W7 Wide Switch Box\n"),
               std::string::npos)
         << result.output;
-    const json whole = json::parse(lint("--json " + arguments).output);
+    const json whole = json::parse(runLint("--json " + arguments).output);
     EXPECT_EQ(whole.at("against").at(0).at("dump"), kSample);
     EXPECT_EQ(whole.at("against").at(0).at("models").at(0).at("change"), "loses");
     EXPECT_EQ(whole.at("against").at(0).at("models").at(0).at("slotPath"), "MR00:00,20");
@@ -83,14 +77,15 @@ TEST(LintAgainst, SeveralBusesAreLookedAt) {
     const FileFolder folder;
     const std::string empty = folder.write("empty.dump", "");
     const auto result =
-        lint("--descriptions " + kDescriptions + " --against " + kSample + " " + empty);
+        runLint("--descriptions " + kSampleDescriptions + " --against " + kSample + " " + empty);
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_NE(result.output.find("\n" + empty + "\n  has none of the models\n"), std::string::npos);
 }
 
 TEST(LintAgainst, FilesThatDoNotLoadAreNotMatched) {
     const FileFolder folder;
-    const auto result = lint(folder.write("bad.ini", "[UpstreamTAV]\n") + " --against " + kSample);
+    const auto result =
+        runLint(folder.write("bad.ini", "[UpstreamTAV]\n") + " --against " + kSample);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_NE(result.output.find("the recorded buses were not looked at"), std::string::npos);
     EXPECT_EQ(result.output.find("has none"), std::string::npos);
@@ -100,14 +95,15 @@ TEST(LintAgainst, FaultsOfTheOtherFolderAndOfDumpsAreTold) {
     const FileFolder older;
     writeOlder(older);
     const std::string bad = older.write("PCI Hardware Descriptions/card.ini", "[UpstreamTAV]\n");
-    const auto result = lint("--descriptions " + kDescriptions + " --compared-with '" +
-                             older.file("") + "' --against " + kSample);
+    const auto result = runLint("--descriptions " + kSampleDescriptions + " --compared-with '" +
+                                older.file("") + "' --against " + kSample);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_NE(result.output.find("load description (" + bad + "): it has errors"),
               std::string::npos)
         << result.output;
-    EXPECT_EQ(lint("--descriptions " + kDescriptions + " --against /nonexistent").exitStatus, 3);
-    EXPECT_EQ(lint("--compared-with " + kDescriptions).exitStatus, 2);
+    EXPECT_EQ(
+        runLint("--descriptions " + kSampleDescriptions + " --against /nonexistent").exitStatus, 3);
+    EXPECT_EQ(runLint("--compared-with " + kSampleDescriptions).exitStatus, 2);
 }
 
 // The bus that is made up from a sound model is one on which the plug-in lists it.
@@ -116,7 +112,7 @@ TEST(ModelTree, FitsItsModel) {
     std::size_t models = 0;
     std::vector<fs::path> files;
     for (const auto& entry :
-         fs::directory_iterator(fs::path(kDescriptions) / "PCI Hardware Descriptions"))
+         fs::directory_iterator(fs::path(kSampleDescriptions) / "PCI Hardware Descriptions"))
         files.push_back(entry.path());
     for (const auto& entry :
          fs::directory_iterator(kProject / "tests" / "tavctl" / "lint" / "rules"))

@@ -37,7 +37,7 @@ std::int32_t loadStatus(const std::string& path) {
 void expectSameVerdict(const std::string& path, const std::string& text) {
     const std::int32_t status = loadStatus(path);
     const Description description(path);
-    const Report report = lint({path});
+    const Report report = tavctl::lint::lint({path});
     ASSERT_EQ(report.endsLoad(), status != 0) << status << "\n" << text << reportAsText(report);
     ASSERT_EQ(description.loads(), status == 0) << text;
     if (status != 0) {

@@ -1,8 +1,8 @@
 // What lint says, to the letter, and how it ends.
 #include "tavctl/lint/lint.h"
 #include "tavctl/words/nearestName.h"
-#include "tests/support/command.h"
 #include "tests/support/fileFolder.h"
+#include "tests/tavctl/runTavctl.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,7 @@
 
 namespace {
 
+using tavctltest::runTavctl;
 using testsupport::FileFolder;
 
 const std::string kSound = R"([UpstreamTAV]
@@ -30,10 +31,6 @@ SsPid = 0
 
 std::string with(std::string text, const std::string& from, const std::string& to) {
     return text.replace(text.find(from), from.size(), to);
-}
-
-testsupport::CommandResult tavctl(const std::string& arguments) {
-    return testsupport::runCommand(TAVCTL_FILE " " + arguments + " 2>&1");
 }
 
 TEST(LintReport, ShowsPlaceLineCaretFoundAndExpected) {
@@ -119,11 +116,11 @@ TEST(LintReport, LongLinesAreShownAroundThePlace) {
 TEST(LintReport, JsonTellsTheSame) {
     const FileFolder folder;
     const std::string file = folder.write("box.ini", with(kSound, "Pid = 2", "Pid = x"));
-    const auto json = nlohmann::json::parse(tavctl("lint --json " + file).output);
-    EXPECT_EQ(json.at("files").at(0), file);
-    EXPECT_EQ(json.at("errors"), 1);
-    EXPECT_EQ(json.at("loads"), false);
-    const auto& finding = json.at("findings").at(0);
+    const auto report = nlohmann::json::parse(runTavctl("lint --json " + file).output);
+    EXPECT_EQ(report.at("files").at(0), file);
+    EXPECT_EQ(report.at("errors"), 1);
+    EXPECT_EQ(report.at("loads"), false);
+    const auto& finding = report.at("findings").at(0);
     EXPECT_EQ(finding.at("rule"), "bad-number");
     EXPECT_EQ(finding.at("severity"), "error");
     EXPECT_EQ(finding.at("line"), 11);
@@ -133,41 +130,41 @@ TEST(LintReport, JsonTellsTheSame) {
 }
 
 TEST(LintReport, FindingsAboutAWholeFileHaveNoLine) {
-    const auto json = nlohmann::json::parse(tavctl("lint --json /nonexistent.ini").output);
-    EXPECT_TRUE(json.at("findings").at(0).at("line").is_null());
-    EXPECT_EQ(json.at("findings").at(0).at("rule"), "cannot-open");
+    const auto report = nlohmann::json::parse(runTavctl("lint --json /nonexistent.ini").output);
+    EXPECT_TRUE(report.at("findings").at(0).at("line").is_null());
+    EXPECT_EQ(report.at("findings").at(0).at("rule"), "cannot-open");
 }
 
 TEST(LintCommand, ErrorsExitWithOneAndWarningsWithZero) {
     const FileFolder folder;
-    EXPECT_EQ(tavctl("lint " + folder.write("sound.ini", kSound)).exitStatus, 0);
-    const auto warned = tavctl("lint " + folder.write("warned.ini", "stray\n" + kSound));
+    EXPECT_EQ(runTavctl("lint " + folder.write("sound.ini", kSound)).exitStatus, 0);
+    const auto warned = runTavctl("lint " + folder.write("warned.ini", "stray\n" + kSound));
     EXPECT_EQ(warned.exitStatus, 0) << warned.output;
     EXPECT_NE(warned.output.find("odd-line"), std::string::npos);
-    EXPECT_EQ(tavctl("lint " + folder.write("bad.ini", "[UpstreamTAV]\n")).exitStatus, 1);
+    EXPECT_EQ(runTavctl("lint " + folder.write("bad.ini", "[UpstreamTAV]\n")).exitStatus, 1);
 }
 
 TEST(LintCommand, ChecksTheConfiguredFolderAsItIsLoaded) {
-    const auto result = tavctl("lint --descriptions " TAV_SOURCE_DIR "/descriptions");
+    const auto result = runTavctl("lint --descriptions " TAV_SOURCE_DIR "/descriptions");
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(result.output, "3 files, no problems\n");
 }
 
 TEST(LintCommand, NothingToCheckIsAProblem) {
     const FileFolder folder;
-    const auto missing = tavctl("lint --descriptions " + folder.file(""));
+    const auto missing = runTavctl("lint --descriptions " + folder.file(""));
     EXPECT_EQ(missing.exitStatus, 3);
     EXPECT_NE(missing.output.find("there is no such folder"), std::string::npos);
     std::filesystem::create_directory(folder.file("PCI Hardware Descriptions"));
-    const auto empty = tavctl("lint --descriptions " + folder.file(""));
+    const auto empty = runTavctl("lint --descriptions " + folder.file(""));
     EXPECT_EQ(empty.exitStatus, 1);
     EXPECT_NE(empty.output.find("there are no description files to check"), std::string::npos);
 }
 
 TEST(LintCommand, PrintsItsRules) {
-    EXPECT_NE(tavctl("lint --rules").output.find("unknown-category"), std::string::npos);
-    const auto json = nlohmann::json::parse(tavctl("lint --rules --json").output);
-    EXPECT_GT(json.at("rules").size(), 30U);
+    EXPECT_NE(runTavctl("lint --rules").output.find("unknown-category"), std::string::npos);
+    const auto report = nlohmann::json::parse(runTavctl("lint --rules --json").output);
+    EXPECT_GT(report.at("rules").size(), 30U);
 }
 
 } // namespace

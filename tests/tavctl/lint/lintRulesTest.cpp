@@ -2,6 +2,7 @@
 // expected.txt tells, and one of files that are faultless.
 #include "tavctl/description/rules.h"
 #include "tavctl/lint/lint.h"
+#include "tests/support/fileText.h"
 
 #include <gtest/gtest.h>
 
@@ -43,23 +44,16 @@ std::string placesOf(const Report& report, std::string_view id) {
     return text.str();
 }
 
-std::string contentOf(const fs::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
 class LintRule : public testing::TestWithParam<Rule> {};
 
 TEST_P(LintRule, FindsItsFaultAndNoneInSoundFiles) {
     const Rule& each = GetParam();
     const fs::path folder = kFixtures / each.id;
 
-    const Report bad = lint(filesIn(folder / "bad"));
+    const Report bad = tavctl::lint::lint(filesIn(folder / "bad"));
     const std::string places = placesOf(bad, each.id);
     EXPECT_NE(places, "") << reportAsText(bad);
-    EXPECT_EQ(places, contentOf(folder / "bad" / "expected.txt")) << reportAsText(bad);
+    EXPECT_EQ(places, testsupport::fileText(folder / "bad" / "expected.txt")) << reportAsText(bad);
     for (const Finding& finding : bad.findings) {
         if (finding.rule == each.id) {
             EXPECT_EQ(finding.severity, each.severity);
@@ -68,7 +62,7 @@ TEST_P(LintRule, FindsItsFaultAndNoneInSoundFiles) {
         }
     }
 
-    const Report good = lint(filesIn(folder / "good"));
+    const Report good = tavctl::lint::lint(filesIn(folder / "good"));
     EXPECT_TRUE(good.findings.empty()) << reportAsText(good);
 }
 

@@ -7,6 +7,7 @@
 #include "tavctl/match/visibleBus.h"
 #include "tests/support/describe.h"
 #include "tests/support/environmentValue.h"
+#include "tests/tavctl/sample.h"
 
 #include <gtest/gtest.h>
 
@@ -18,8 +19,6 @@ namespace {
 using namespace nZoTavManagerPciPlugin_15_0;
 using namespace nZoPciBrdWrapper_15_0;
 using nZoPxiDriverTools_1_0::cSlotPath;
-
-const std::string kSample = TAV_SOURCE_DIR "/samples/switchboxes.dump";
 
 // Every answer of a bus, as text.
 class Answers {

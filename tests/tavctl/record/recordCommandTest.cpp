@@ -26,7 +26,7 @@ TEST(RecordCommand, RecordingAndScrubbedRecordingGiveTheSameList) {
     ASSERT_NE(expected.find("TAVCard1"), std::string::npos);
     for (const std::string option : {"", "--scrub "}) {
         const std::string file = folder.file("recorded" + option.substr(0, 3) + ".txt");
-        EXPECT_TRUE(says(tavctl("record " + option + "-o " + file + " " + kDump), 0, ""));
+        EXPECT_TRUE(says(runTavctl("record " + option + "-o " + file + " " + kDump), 0, ""));
         EXPECT_EQ(listing(folder, file), expected) << option;
     }
 }
@@ -58,7 +58,7 @@ TEST(RecordCommand, RecordingIsReadByLspci) {
     for (const std::string option : {"", "--scrub "}) {
         const std::string file = folder.file("recorded.txt");
         EXPECT_TRUE(says(
-            tavctl("record " + option + "-o " + file + " --dump " + folder.file("sys")), 0, ""));
+            runTavctl("record " + option + "-o " + file + " --dump " + folder.file("sys")), 0, ""));
         const auto tree = testsupport::runCommand("lspci -t -F " + file + " 2>&1");
         EXPECT_EQ(tree.output, testsupport::runCommand("lspci -t -F " + whole + " 2>&1").output);
         EXPECT_NE(tree.output.find("1c.0-[01-04]----00.0-[02-04]--+-01.0-[03]--+-00.0"),
@@ -68,9 +68,9 @@ TEST(RecordCommand, RecordingIsReadByLspci) {
 }
 
 TEST(RecordCommand, UnreadableBusAndUnwritableFileAreNamed) {
-    EXPECT_TRUE(says(tavctl("record --dump /nonexistent"), 3,
+    EXPECT_TRUE(says(runTavctl("record --dump /nonexistent"), 3,
                      "tavctl: read the bus (/nonexistent): /nonexistent: No such file"));
-    EXPECT_TRUE(says(tavctl("record --json -o /nonexistent/x " + kDump), 3,
+    EXPECT_TRUE(says(runTavctl("record --json -o /nonexistent/x " + kDump), 3,
                      R"({"error":{"operation":"write result","object":"/nonexistent/x",)"
                      R"("reason":"No such file or directory"}})"));
 }
@@ -80,7 +80,7 @@ TEST(RecordCommand, FullDeviceIsToldAndNotRemoved) {
     const FileFolder folder;
     const std::string full = folder.file("full");
     fs::create_symlink("/dev/full", full);
-    EXPECT_TRUE(says(tavctl("record -o " + full + " " + kDump), 3, "No space left on device"));
+    EXPECT_TRUE(says(runTavctl("record -o " + full + " " + kDump), 3, "No space left on device"));
     EXPECT_TRUE(fs::is_symlink(full));
 }
 
@@ -90,7 +90,7 @@ TEST(RecordCommand, RecordsTheLiveBus) {
     const testsupport::EnvironmentValue noDump("TAV_PCI_DUMP", std::nullopt);
     const bool hasBus = fs::exists("/sys/bus/pci/devices");
     const std::string file = folder.file("bus.txt");
-    EXPECT_TRUE(says(tavctl("record -o " + file), hasBus ? 0 : 3, hasBus ? "" : "/sys"));
+    EXPECT_TRUE(says(runTavctl("record -o " + file), hasBus ? 0 : 3, hasBus ? "" : "/sys"));
     if (hasBus) {
         EXPECT_EQ(outputOf("record --scrub"), outputOf("record --scrub --dump " + file));
     }

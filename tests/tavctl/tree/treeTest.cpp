@@ -13,7 +13,7 @@ using tavctltest::TreeFixture;
 
 const TextStyle kPlain(false);
 
-PciNames names() {
+PciNames namesForTree() {
     return PciNames::parse("8086  Maker\n\t3420  Root Port\n10b5  Switches\n\t8609  Switch\n");
 }
 
@@ -21,7 +21,7 @@ TEST(TreeText, MarksDevicesPortsAndMissingOnes) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
     const BusTreeView view(fixture.bus, placed);
-    EXPECT_EQ(treeAsText(view, names(), false, kPlain),
+    EXPECT_EQ(treeAsText(view, namesForTree(), false, kPlain),
               "-+-[0000:00]\n"
               " |  +-00.0  Maker Device 29c0\n"
               " |  \\-04.0-[01-05]  Maker Root Port\n"
@@ -40,7 +40,7 @@ TEST(TreeText, PartKeepsItsWayToTheRoot) {
     const auto placed = fixture.placed();
     BusTreeView view(fixture.bus, placed);
     view.showOnly({fixture.machine.handle(fixture.portA)});
-    EXPECT_EQ(treeAsText(view, names(), false, kPlain),
+    EXPECT_EQ(treeAsText(view, namesForTree(), false, kPlain),
               "-[0000:00]\n"
               " \\-04.0-[01-05]  Maker Root Port\n"
               "    \\-00.0-[02-05]  {TAV1: Box}  Switches Switch\n"
@@ -54,11 +54,12 @@ TEST(TreeText, NumericallyHasAllIdentifiersInPlaceOfNames) {
     const std::vector<PlacedDevice> none;
     BusTreeView view(fixture.bus, none);
     view.showOnly({fixture.machine.handle(fixture.card)});
-    EXPECT_EQ(treeAsText(view, names(), true, kPlain), "-[0000:00]\n"
-                                                       " \\-04.0-[01-05]  8086:3420 8086:0000\n"
-                                                       "    \\-00.0-[02-05]  10b5:8609 0000:0000\n"
-                                                       "       \\-01.0-[03]  10b5:8609 0000:0000\n"
-                                                       "          \\-00.0  1172:e001 0001:0002\n");
+    EXPECT_EQ(treeAsText(view, namesForTree(), true, kPlain),
+              "-[0000:00]\n"
+              " \\-04.0-[01-05]  8086:3420 8086:0000\n"
+              "    \\-00.0-[02-05]  10b5:8609 0000:0000\n"
+              "       \\-01.0-[03]  10b5:8609 0000:0000\n"
+              "          \\-00.0  1172:e001 0001:0002\n");
 }
 
 TEST(TreeText, ReportedAddressAnchorAndUpstreamPortAreToldApart) {
@@ -68,7 +69,7 @@ TEST(TreeText, ReportedAddressAnchorAndUpstreamPortAreToldApart) {
     placed[0].anchor = fixture.machine.handle(fixture.card);
     placed[0].upstreamPort = fixture.machine.handle(fixture.root);
     const BusTreeView view(fixture.bus, placed);
-    const std::string text = treeAsText(view, names(), false, kPlain);
+    const std::string text = treeAsText(view, namesForTree(), false, kPlain);
     EXPECT_NE(text.find("04.0-[01-05]  {TAV1 upstream port}  Maker"), std::string::npos) << text;
     EXPECT_NE(text.find("00.0  {TAV1 anchor}  Device 1172:e001"), std::string::npos) << text;
     EXPECT_NE(text.find("04.0-[05]  {TAV1: Box}  {TAV1 port without"), std::string::npos) << text;
@@ -78,7 +79,7 @@ TEST(TreeText, ColoursMarksOnDemandOnly) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
     const BusTreeView view(fixture.bus, placed);
-    const std::string text = treeAsText(view, names(), false, TextStyle(true));
+    const std::string text = treeAsText(view, namesForTree(), false, TextStyle(true));
     EXPECT_NE(text.find("\033[1;32m{TAV1: Box}\033[0m"), std::string::npos);
     EXPECT_NE(text.find("\033[1;33m{TAV1 port, missing}\033[0m"), std::string::npos);
 }
@@ -128,7 +129,7 @@ TEST(TreeJson, HasFunctionsWithTheirMarks) {
     const auto placed = fixture.placed();
     BusTreeView view(fixture.bus, placed);
     view.showOnly({fixture.machine.handle(fixture.portA)});
-    const auto json = nlohmann::ordered_json::parse(treeAsJson(view, names()));
+    const auto json = nlohmann::ordered_json::parse(treeAsJson(view, namesForTree()));
     EXPECT_EQ(json.dump(1), R"({
  "roots": [
   {
@@ -217,7 +218,7 @@ TEST(TreeJson, TellsAnchorAndUpstreamPortFromTheReportedAddress) {
     placed[0].reported = fixture.machine.handle(fixture.portD);
     placed[0].anchor = fixture.machine.handle(fixture.card);
     placed[0].upstreamPort = fixture.machine.handle(fixture.root);
-    const std::string json = treeAsJson(BusTreeView(fixture.bus, placed), names());
+    const std::string json = treeAsJson(BusTreeView(fixture.bus, placed), namesForTree());
     EXPECT_NE(json.find(R"({"role":"upstreamPort","terminalName":"TAV1"})"), std::string::npos)
         << json;
     EXPECT_NE(json.find(R"({"role":"anchor","terminalName":"TAV1"})"), std::string::npos) << json;

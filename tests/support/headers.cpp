@@ -1,0 +1,2 @@
+// Compiles nothing but the headers that the test programs share.
+int main() {}
