@@ -25,7 +25,7 @@ using testsupport::Raised;
 using testsupport::raisedBy;
 using testwindows::ImportedFunction;
 
-constexpr const char* kSource = "source\\cPciTavFilesystem";
+constexpr const char* kListingSource = "source\\cPciTavFilesystem";
 
 std::string utf8(const fs::path& path) {
     const std::u8string text = path.u8string();
@@ -125,7 +125,7 @@ TEST_F(WindowsListing, AMissingFolderIsAnEmptyList) {
 TEST_F(WindowsListing, AnEmptyPatternRaises) {
     const Raised raised = listingRaises("");
     EXPECT_EQ(raised.code, -313326);
-    EXPECT_TRUE(raised.hasSite(kSource, "kListErrEmptyPattern"));
+    EXPECT_TRUE(raised.hasSite(kListingSource, "kListErrEmptyPattern"));
     EXPECT_THAT(listed_, IsEmpty());
 }
 
@@ -135,7 +135,7 @@ TEST_F(WindowsListing, APatternThatIsNoUtf8Raises) {
          {"\xFF*.ini", "\xC3(*.ini", "\xED\xA0\x80*.ini", "*.ini\xE6\x97"}) {
         const Raised raised = listingRaises(in(text));
         EXPECT_EQ(raised.code, -313325);
-        EXPECT_TRUE(raised.hasSite(kSource, "kListErrInvalidText"));
+        EXPECT_TRUE(raised.hasSite(kListingSource, "kListErrInvalidText"));
         EXPECT_THAT(listed_, IsEmpty());
     }
 }
@@ -144,7 +144,7 @@ TEST_F(WindowsListing, WhatIsNoFolderRaises) {
     write("file");
     const Raised raised = listingRaises(in("file\\*.ini"));
     EXPECT_EQ(raised.code, -313327);
-    EXPECT_TRUE(raised.hasSite(kSource, "kListErrFailed"));
+    EXPECT_TRUE(raised.hasSite(kListingSource, "kListErrFailed"));
     EXPECT_THAT(listed_, IsEmpty());
 }
 
@@ -206,7 +206,7 @@ TEST_F(WindowsListing, ANameWithAHalfCharacterEndsTheListingWithWhatCameBefore) 
         const Search search({L"a.ini", std::wstring(L"b") + half + L".ini", L"c.ini"});
         const Raised raised = listingRaises("C:\\D\\*.ini");
         EXPECT_EQ(raised.code, -313325);
-        EXPECT_TRUE(raised.hasSite(kSource, "kListErrInvalidText"));
+        EXPECT_TRUE(raised.hasSite(kListingSource, "kListErrInvalidText"));
         EXPECT_THAT(listed_, ElementsAre("C:\\D\\a.ini"));
         EXPECT_EQ(Search::closed, 1);
     }
@@ -263,7 +263,7 @@ TEST_F(WindowsListing, APatternThatCannotBeConvertedOtherwiseRaises) {
         }
         EXPECT_EQ(raised.code, status);
     }
-    EXPECT_TRUE(raised.hasSite(kSource, "kListErrConversion"));
+    EXPECT_TRUE(raised.hasSite(kListingSource, "kListErrConversion"));
 }
 
 TEST_F(WindowsListing, ANameThatCannotBeConvertedOtherwiseRaises) {
@@ -281,7 +281,7 @@ TEST_F(WindowsListing, ANameThatCannotBeConvertedOtherwiseRaises) {
         EXPECT_EQ(raised.code, status);
         EXPECT_EQ(Search::closed, 1);
     }
-    EXPECT_TRUE(raised.hasSite(kSource, "kListErrConversion"));
+    EXPECT_TRUE(raised.hasSite(kListingSource, "kListErrConversion"));
 }
 
 } // namespace
