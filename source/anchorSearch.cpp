@@ -34,18 +34,16 @@ void addBridgesWithIds(const tPciIds& ids, iPciBrdWrapper_ex& bridgeWrapper, Han
 // ends the check.
 Handles matchCandidate(std::uint32_t candidate, const cSlotPath& slotPath,
                        const std::vector<tBridgeDescription>& descriptions, const Handles& required,
-                       iPciBrdWrapper_ex& bridgeWrapper, MatchObserver* observer) {
+                       iPciBrdWrapper_ex& bridgeWrapper, MatchObserver& observer) {
     Handles matched{candidate};
     for (const tBridgeDescription& description : descriptions) {
         if (description.isOptional || description.traversalMap.empty())
             continue;
-        if (observer)
-            observer->onLookUp(description);
+        observer.onLookUp(description);
         const std::uint32_t bridge =
             findDescribedBridge(slotPath, description.traversalMap, bridgeWrapper);
         const bool counts = required.contains(bridge);
-        if (observer)
-            observer->onDescribedBridge(description, bridge, counts);
+        observer.onDescribedBridge(description, bridge, counts);
         if (bridge == kNoHandle)
             return {};
         if (counts)
@@ -67,7 +65,7 @@ std::vector<tBridgeDescription> descriptionsOfAnchor(const tAnchorIdentity& anch
 
 void searchAnchors(const tAnchorIdentity& anchor, const iPciModelInfoDb& models,
                    std::uint32_t modelIndex, iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found,
-                   MatchObserver* observer) {
+                   MatchObserver& observer) {
     Handles candidates;
     addBridgesWithIds(anchor.ids, bridgeWrapper, candidates);
 
@@ -81,20 +79,18 @@ void searchAnchors(const tAnchorIdentity& anchor, const iPciModelInfoDb& models,
         ++requiredCount;
     }
 
-    if (observer)
-        observer->onCandidates(candidates, requiredCount);
+    observer.onCandidates(candidates, requiredCount);
 
     // Qualifying takes bridges out of the set, so each step looks for the next handle afresh.
     for (auto next = candidates.begin(); next != candidates.end();) {
         const std::uint32_t candidate = *next;
         cSlotPath slotPath;
         bridgeWrapper.GetBridgeSlotPath(candidate, slotPath);
-        if (observer)
-            observer->onCandidate(candidate, slotPath);
+        observer.onCandidate(candidate, slotPath);
         const Handles matched =
             matchCandidate(candidate, slotPath, descriptions, required, bridgeWrapper, observer);
-        if (observer && !matched.empty())
-            observer->onCandidateCounted(matched, requiredCount);
+        if (!matched.empty())
+            observer.onCandidateCounted(matched, requiredCount);
         if (!matched.empty() && matched.size() == requiredCount) {
             tBusAddress address;
             bridgeWrapper.GetBridgeAddress(candidate, &address.bus, &address.device,

@@ -17,7 +17,7 @@ namespace nZoTavManagerPciPlugin_15_0 {
 void searchAnchors(const tAnchorIdentity& anchor, const iPciModelInfoDb& models,
                    std::uint32_t modelIndex,
                    nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found,
-                   MatchObserver* observer = nullptr);
+                   MatchObserver& observer = noObserver());
 
 inline constexpr const char* kMessageTooManyBridges =
     "The bridge library lists more bridges than there can be.";

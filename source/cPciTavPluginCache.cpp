@@ -34,14 +34,12 @@ cSlotPath slotPathOfDevice(const tBusAddress& address, iPciBrdWrapper_ex& bridge
 // stand twice in the list; address and slot path of one number are what the walk goes by.
 void addDeviceAnchors(const tAnchorIdentity& anchor, iQUILDeviceFinder& deviceFinder,
                       iPciBrdWrapper_ex& bridgeWrapper, FoundAnchors& found,
-                      MatchObserver* observer) {
+                      MatchObserver& observer) {
     deviceFinder.FindByPciIds(anchor.ids, found.addresses);
     for (const tBusAddress& address : found.addresses) {
-        if (observer)
-            observer->onDeviceAnchor(address);
+        observer.onDeviceAnchor(address);
         found.slotPaths.push_back(slotPathOfDevice(address, bridgeWrapper));
-        if (observer)
-            observer->onDeviceAnchorPlaced(address, found.slotPaths.back());
+        observer.onDeviceAnchorPlaced(address, found.slotPaths.back());
     }
 }
 
@@ -50,14 +48,13 @@ class DeviceListBuild {
 public:
     DeviceListBuild(cPciTavPluginCache& cache, iQUILDeviceFinder& deviceFinder,
                     iPciBrdWrapper_ex& bridgeWrapper, cTerminalNameDb& terminalNames,
-                    const iPciModelInfoDb& models, MatchObserver* observer)
+                    const iPciModelInfoDb& models, MatchObserver& observer)
         : cache_(cache), deviceFinder_(deviceFinder), bridgeWrapper_(bridgeWrapper),
           terminalNames_(terminalNames), models_(models), observer_(observer) {}
 
     // A model that cannot be read from the bus is left out from there on; its records so far stay.
     void addModel(std::uint32_t modelIndex) {
-        if (observer_)
-            observer_->onModel(modelIndex);
+        observer_.onModel(modelIndex);
         try {
             const FoundAnchors found = findAnchors(modelIndex);
             for (std::size_t i = 0; i < found.addresses.size(); ++i) {
@@ -67,8 +64,7 @@ public:
                 foundAny_ = true;
             }
         } catch (const std::exception& exception) {
-            if (observer_)
-                observer_->onModelFailed(exception);
+            observer_.onModelFailed(exception);
         }
     }
 
@@ -80,8 +76,7 @@ private:
         models_.GetAnchors(modelIndex, anchors);
         FoundAnchors found;
         for (const tAnchorIdentity& anchor : anchors) {
-            if (observer_)
-                observer_->onAnchor(anchor);
+            observer_.onAnchor(anchor);
             if (anchor.headerType == kHeaderTypeBridge)
                 searchAnchors(anchor, models_, modelIndex, bridgeWrapper_, found, observer_);
             else
@@ -95,7 +90,7 @@ private:
     iPciBrdWrapper_ex& bridgeWrapper_;
     cTerminalNameDb& terminalNames_;
     const iPciModelInfoDb& models_;
-    MatchObserver* observer_;
+    MatchObserver& observer_;
     bool foundAny_ = false;
 };
 
@@ -103,7 +98,7 @@ private:
 
 void cPciTavPluginCache::Build(iQUILDeviceFinder& deviceFinder, iPciBrdWrapper_ex& bridgeWrapper,
                                iPciTavFilesystem& filesystem, cTerminalNameDb& terminalNames,
-                               iPciModelInfoDb& models, MatchObserver* observer) {
+                               iPciModelInfoDb& models, MatchObserver& observer) {
     if (built)
         return;
     terminalNames.Load();

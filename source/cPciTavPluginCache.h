@@ -22,12 +22,12 @@ public:
 
     // Fills the records: names, descriptions and the bridge session are opened, every model's
     // anchors are found and walked, new names are saved. A model that fails is left out from there
-    // on. An observer hears of each condition that is tested; null for none. Does nothing when the
-    // cache is built. Raises what opening, loading or saving raises; the cache is then not built
-    // and its owner gives it up.
+    // on. The observer hears of each condition that is tested. Does nothing when the cache is
+    // built. Raises what opening, loading or saving raises; the cache is then not built and its
+    // owner gives it up.
     void Build(iQUILDeviceFinder& deviceFinder, iPciBrdWrapper_ex& bridgeWrapper,
                iPciTavFilesystem& filesystem, cTerminalNameDb& terminalNames,
-               iPciModelInfoDb& models, MatchObserver* observer = nullptr);
+               iPciModelInfoDb& models, MatchObserver& observer = noObserver());
 
     // Forgets every record; the cache can be built again.
     void Clear() noexcept;

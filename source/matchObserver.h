@@ -1,6 +1,6 @@
 // Hears what the matching of models comes across, condition by condition in the order in which they
-// are tested. The plug-in has none; a host that explains itself hands one in and changes nothing by
-// it. Every operation does nothing unless overridden, and must not raise.
+// are tested. Nobody listens to the plug-in; a host that explains itself hands an observer in and
+// changes nothing by it. Every operation does nothing unless overridden, and must not raise.
 #pragma once
 
 #include "pxidrivertools/cSlotPath.h"
@@ -61,5 +61,11 @@ public:
     // A place is about to be looked up; what it leads to follows, unless it raises.
     virtual void onLookUp(const tBridgeDescription&) {}
 };
+
+// The observer for a build that nobody listens to. It has no state, so that it can be shared.
+inline MatchObserver& noObserver() {
+    static MatchObserver observer;
+    return observer;
+}
 
 } // namespace nZoTavManagerPciPlugin_15_0

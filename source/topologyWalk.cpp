@@ -3,7 +3,7 @@
 #include "source/bridgePlace.h"
 #include "source/tavStatus.h"
 
-#include <iterator>
+#include <cstddef>
 #include <list>
 #include <string>
 #include <vector>
@@ -25,22 +25,21 @@ constexpr const char* kFile = "source\\cPciTavPluginCache";
 class LabelIterator {
 public:
     explicit LabelIterator(const std::list<std::string>& labels)
-        : next_(labels.begin()), end_(labels.end()) {}
+        : next_(labels.begin()), left_(labels.size()) {}
 
-    [[nodiscard]] bool atEnd() const { return next_ == end_; }
-    [[nodiscard]] std::size_t left() const {
-        return static_cast<std::size_t>(std::distance(next_, end_));
-    }
+    [[nodiscard]] bool atEnd() const { return left_ == 0; }
+    [[nodiscard]] std::size_t left() const { return left_; }
 
     const std::string& take() {
         if (atEnd())
             raiseSoftwareFault(kFile, kMessageLabelsRanOut);
+        --left_;
         return *next_++;
     }
 
 private:
     std::list<std::string>::const_iterator next_;
-    std::list<std::string>::const_iterator end_;
+    std::size_t left_;
 };
 
 // A bridge is open while its link is read, and closed again whatever happens meanwhile.
@@ -62,7 +61,7 @@ private:
 class Walk {
 public:
     Walk(const cSlotPath& anchor, iPciBrdWrapper_ex& bridgeWrapper, const iPciModelInfoDb& models,
-         std::uint32_t modelIndex, MatchObserver* observer)
+         std::uint32_t modelIndex, MatchObserver& observer)
         : anchor_(anchor), bridgeWrapper_(bridgeWrapper), models_(models), modelIndex_(modelIndex),
           observer_(observer) {}
 
@@ -74,8 +73,7 @@ public:
             if (!description.reportAddressFromThisBridge)
                 continue;
             const std::uint32_t bridge = find(description);
-            if (observer_)
-                observer_->onReportingBridge(description, bridge);
+            observer_.onReportingBridge(description, bridge);
             bridgeWrapper_.GetBridgeAddress(bridge, &reported.bus, &reported.device,
                                             &reported.function);
         }
@@ -91,16 +89,14 @@ public:
         LabelIterator label(labels);
         passUpstreamPort(label, record);
         addDownstreamPorts(label, record);
-        if (observer_)
-            observer_->onLabelsLeft(label.left());
+        observer_.onLabelsLeft(label.left());
         if (!label.atEnd())
             raiseSoftwareFault(kFile, kMessageLabelsRemain);
     }
 
 private:
     std::uint32_t find(const tBridgeDescription& description) {
-        if (observer_)
-            observer_->onLookUp(description);
+        observer_.onLookUp(description);
         return findDescribedBridge(anchor_, description.traversalMap, bridgeWrapper_);
     }
 
@@ -116,8 +112,7 @@ private:
     }
 
     void tellLabels(std::uint32_t linkWidth, std::uint32_t wanted, const LabelIterator& label) {
-        if (observer_)
-            observer_->onPortLabels(linkWidth, wanted, label.left());
+        observer_.onPortLabels(linkWidth, wanted, label.left());
     }
 
     // The upstream port takes labels, but has no port entries.
@@ -127,8 +122,7 @@ private:
         if (upstreamPort.traversalMap == kNoText)
             return;
         const std::uint32_t bridge = find(upstreamPort);
-        if (observer_)
-            observer_->onUpstreamPort(upstreamPort, bridge);
+        observer_.onUpstreamPort(upstreamPort, bridge);
         std::uint8_t bus = 0;
         bridgeWrapper_.GetBridgeAddress(bridge, &bus, nullptr, nullptr);
         if (bus != 0)
@@ -152,8 +146,7 @@ private:
             if (label.atEnd())
                 return;
             const std::uint32_t bridge = find(port);
-            if (observer_)
-                observer_->onDownstreamPort(port, bridge);
+            observer_.onDownstreamPort(port, bridge);
             if (bridge != kNoHandle)
                 addPort(bridge, label, record);
         }
@@ -178,7 +171,7 @@ private:
     iPciBrdWrapper_ex& bridgeWrapper_;
     const iPciModelInfoDb& models_;
     std::uint32_t modelIndex_;
-    MatchObserver* observer_;
+    MatchObserver& observer_;
     std::int32_t linkWidthPerLabel_ = 0;
 };
 
@@ -198,9 +191,8 @@ std::string terminalNameFor(const cSlotPath& anchor, const std::string& model,
 tDeviceRecord walkTopology(const tBusAddress& address, const cSlotPath& anchor,
                            cTerminalNameDb& terminalNames, iPciBrdWrapper_ex& bridgeWrapper,
                            const iPciModelInfoDb& models, std::uint32_t modelIndex,
-                           MatchObserver* observer) {
-    if (observer)
-        observer->onWalk(address, anchor);
+                           MatchObserver& observer) {
+    observer.onWalk(address, anchor);
     Walk walk(anchor, bridgeWrapper, models, modelIndex, observer);
     tDeviceRecord record;
     const tBusAddress reported = walk.reportedAddress(address);
@@ -212,8 +204,7 @@ tDeviceRecord walkTopology(const tBusAddress& address, const cSlotPath& anchor,
     record.deviceCategory = static_cast<std::uint32_t>(models.GetDeviceCategory(modelIndex));
     record.terminalName = terminalNameFor(anchor, record.modelName,
                                           models.GetTerminalNameBase(modelIndex), terminalNames);
-    if (observer)
-        observer->onDevice(record);
+    observer.onDevice(record);
     return record;
 }
 

@@ -19,7 +19,7 @@ tDeviceRecord walkTopology(const tBusAddress& address,
                            cTerminalNameDb& terminalNames,
                            nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& bridgeWrapper,
                            const iPciModelInfoDb& models, std::uint32_t modelIndex,
-                           MatchObserver* observer = nullptr);
+                           MatchObserver& observer = noObserver());
 
 inline constexpr const char* kMessageLabelsRanOut = "Iterator advanced to End.";
 inline constexpr const char* kMessageLabelsRemain =

@@ -109,7 +109,7 @@ private:
 
     bool listsWith(const Model& model) {
         ListedAnchors listed;
-        matcher_.match({model}, &listed);
+        matcher_.match({model}, listed);
         return listed.has(candidate_->slotPath);
     }
 
@@ -353,7 +353,7 @@ private:
             follow(each);
         follow(model.upstreamPort);
         ListedAnchors listed;
-        matcher_.match({model}, &listed);
+        matcher_.match({model}, listed);
         if (listed.has(near.address))
             near.changes = identifierChanges(near, before, anchor);
     }

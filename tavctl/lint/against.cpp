@@ -36,7 +36,7 @@ private:
 std::vector<FoundModel> modelsOn(const std::shared_ptr<const pcibus::Bus>& bus,
                                  const std::vector<tModelDescription>& models) {
     FoundModels observer;
-    ModelMatcher(recordedBus(bus)).match(models, &observer);
+    ModelMatcher(recordedBus(bus)).match(models, observer);
     return std::move(observer.found);
 }
 

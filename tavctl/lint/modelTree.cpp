@@ -172,7 +172,7 @@ std::set<std::string> listedAnchors(const tModelDescription& model,
         std::string path_;
     };
     Listed listed;
-    ModelMatcher(recordedBus(bus)).match({model}, &listed);
+    ModelMatcher(recordedBus(bus)).match({model}, listed);
     return std::move(listed.paths);
 }
 

@@ -28,7 +28,7 @@ MatchBus hostBus() {
 }
 
 std::vector<tDeviceRecord> ModelMatcher::match(const std::vector<tModelDescription>& models,
-                                               MatchObserver* observer) {
+                                               MatchObserver& observer) {
     ScratchFilesystem filesystem;
     ScratchIniFile iniFile;
     cTerminalNameDb names(filesystem, iniFile);

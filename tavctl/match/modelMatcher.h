@@ -34,8 +34,9 @@ public:
 
     // The devices that the plug-in would list, under names as if none were stored. The bus is read
     // anew each time. Raises FailureException when it cannot be.
-    std::vector<tDeviceRecord> match(const std::vector<tModelDescription>& models,
-                                     MatchObserver* observer = nullptr);
+    std::vector<tDeviceRecord>
+    match(const std::vector<tModelDescription>& models,
+          MatchObserver& observer = nZoTavManagerPciPlugin_15_0::noObserver());
 
     // The way to the bridges; its session is open only while match() works, for observers.
     [[nodiscard]] nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& wrapper() {
