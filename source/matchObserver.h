@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <exception>
 #include <set>
+#include <span>
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
@@ -53,10 +54,12 @@ public:
     // What that port takes: its link width (0 when the model gives no width per label), the labels
     // that it asks for and those that are left for it.
     virtual void onPortLabels(std::uint32_t, std::uint32_t, std::size_t) {}
+    // The downstream ports that are left when the labels are done; they are not looked for.
+    virtual void onPortsLeft(std::span<const tBridgeDescription>) {}
     // The labels that are left when the ports are done.
     virtual void onLabelsLeft(std::size_t) {}
-    // The device is listed.
-    virtual void onDevice(const tDeviceRecord&) {}
+    // The device is listed that the walk from this anchor found.
+    virtual void onDevice(const tBusAddress&, const cSlotPath&, const tDeviceRecord&) {}
 
     // A place is about to be looked up; what it leads to follows, unless it raises.
     virtual void onLookUp(const tBridgeDescription&) {}

@@ -142,11 +142,13 @@ private:
     void addDownstreamPorts(LabelIterator& label, tDeviceRecord& record) {
         std::vector<tBridgeDescription> ports;
         models_.GetDownstreamPorts(modelIndex_, ports);
-        for (const tBridgeDescription& port : ports) {
-            if (label.atEnd())
+        for (auto port = ports.begin(); port != ports.end(); ++port) {
+            if (label.atEnd()) {
+                observer_.onPortsLeft({port, ports.end()});
                 return;
-            const std::uint32_t bridge = find(port);
-            observer_.onDownstreamPort(port, bridge);
+            }
+            const std::uint32_t bridge = find(*port);
+            observer_.onDownstreamPort(*port, bridge);
             if (bridge != kNoHandle)
                 addPort(bridge, label, record);
         }
@@ -204,7 +206,7 @@ tDeviceRecord walkTopology(const tBusAddress& address, const cSlotPath& anchor,
     record.deviceCategory = static_cast<std::uint32_t>(models.GetDeviceCategory(modelIndex));
     record.terminalName = terminalNameFor(anchor, record.modelName,
                                           models.GetTerminalNameBase(modelIndex), terminalNames);
-    observer.onDevice(record);
+    observer.onDevice(address, anchor, record);
     return record;
 }
 

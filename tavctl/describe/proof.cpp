@@ -72,7 +72,7 @@ Proof prove(const Draft& draft, const std::shared_ptr<const pcibus::Bus>& bus,
     std::vector<explain::Explanation> explanations(1);
     const std::vector<explain::PartNames> names{namesOf(draft)};
     explain::MatchRecorder recorder(matcher.wrapper(), *bus, names, explanations);
-    matcher.match({modelOf(draft)}, recorder);
+    matcher.observe({modelOf(draft)}, recorder);
     Proof proof;
     const Candidate* own = nullptr;
     auto& candidates = explanations.front().candidates;

@@ -32,30 +32,6 @@ bool equal(const tBridgeDescription& a, const tBridgeDescription& b) {
            a.isOptional == b.isOptional;
 }
 
-// The slot paths of the anchors whose devices are listed.
-class ListedAnchors : public MatchObserver {
-public:
-    void onWalk(const tBusAddress& address, const cSlotPath& anchor) override {
-        nZOQUIL000::tErrorStatus status;
-        anchor.FormatMachineText(path_, status);
-        address_ = address;
-    }
-    void onDevice(const tDeviceRecord&) override {
-        paths_.insert(path_);
-        addresses_.push_back(address_);
-    }
-    [[nodiscard]] bool has(const std::string& path) const { return paths_.contains(path); }
-    [[nodiscard]] bool has(const tBusAddress& address) const {
-        return std::find(addresses_.begin(), addresses_.end(), address) != addresses_.end();
-    }
-
-private:
-    std::string path_;
-    tBusAddress address_;
-    std::set<std::string> paths_;
-    std::vector<tBusAddress> addresses_;
-};
-
 std::string listText(const std::list<std::string>& labels) {
     std::string text;
     for (const std::string& label : labels)
@@ -108,9 +84,10 @@ private:
     using Model = tModelDescription;
 
     bool listsWith(const Model& model) {
-        ListedAnchors listed;
-        matcher_.match({model}, listed);
-        return listed.has(candidate_->slotPath);
+        const auto devices = matcher_.match({model});
+        return std::any_of(devices.begin(), devices.end(), [&](const MatchedDevice& each) {
+            return each.slotPath == candidate_->slotPath;
+        });
     }
 
     bool tryChange(const Model& model, Change change) {
@@ -352,9 +329,9 @@ private:
         for (tBridgeDescription& each : model.internalBridges)
             follow(each);
         follow(model.upstreamPort);
-        ListedAnchors listed;
-        matcher_.match({model}, listed);
-        if (listed.has(near.address))
+        const auto devices = matcher_.match({model});
+        if (std::any_of(devices.begin(), devices.end(),
+                        [&](const MatchedDevice& each) { return each.address == near.address; }))
             near.changes = identifierChanges(near, before, anchor);
     }
 

@@ -62,7 +62,7 @@ std::vector<Explanation> explain(const Descriptions& descriptions, ModelMatcher&
         explanations.push_back(std::move(explanation));
     }
     MatchRecorder recorder(matcher.wrapper(), bus, names, explanations);
-    matcher.match(models, recorder);
+    matcher.observe(models, recorder);
     for (std::size_t i = 0; i < explanations.size(); ++i) {
         finish(explanations[i]);
         if (changes)

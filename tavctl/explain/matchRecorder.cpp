@@ -305,7 +305,7 @@ void MatchRecorder::onLabelsLeft(std::size_t left) {
     naming_ = left == 0;
 }
 
-void MatchRecorder::onDevice(const tDeviceRecord& record) {
+void MatchRecorder::onDevice(const tBusAddress&, const cSlotPath&, const tDeviceRecord& record) {
     Candidate& candidate = *current();
     candidate.outcome = Outcome::listed;
     candidate.reported = {record.bus, record.device, record.function};

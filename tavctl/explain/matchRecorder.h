@@ -47,7 +47,8 @@ public:
     void onDownstreamPort(const tBridgeDescription& description, std::uint32_t bridge) override;
     void onPortLabels(std::uint32_t linkWidth, std::uint32_t wanted, std::size_t left) override;
     void onLabelsLeft(std::size_t left) override;
-    void onDevice(const tDeviceRecord& record) override;
+    void onDevice(const tBusAddress& address, const cSlotPath& anchor,
+                  const tDeviceRecord& record) override;
     void onLookUp(const tBridgeDescription& description) override;
 
 private:

@@ -1,7 +1,7 @@
 #include "tavctl/lint/against.h"
 
+#include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/busFile.h"
-#include "tavctl/explain/explanation.h"
 #include "tavctl/match/busBridges.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/words.h"
@@ -16,28 +16,16 @@ namespace {
 using namespace nZoTavManagerPciPlugin_15_0;
 using Change = FoundModel::Change;
 
-class FoundModels : public MatchObserver {
-public:
-    void onWalk(const tBusAddress&, const cSlotPath& anchor) override {
-        nZOQUIL000::tErrorStatus status;
-        anchor.FormatMachineText(path_, status);
-    }
-    void onDevice(const tDeviceRecord& record) override {
-        found.push_back({Change::has, record.modelName,
-                         explain::addressText({record.bus, record.device, record.function}),
-                         path_});
-    }
-    std::vector<FoundModel> found;
-
-private:
-    std::string path_;
-};
-
 std::vector<FoundModel> modelsOn(const std::shared_ptr<const pcibus::Bus>& bus,
                                  const std::vector<tModelDescription>& models) {
-    FoundModels observer;
-    ModelMatcher(recordedBus(bus)).match(models, observer);
-    return std::move(observer.found);
+    std::vector<FoundModel> found;
+    for (const MatchedDevice& device : ModelMatcher(recordedBus(bus)).match(models)) {
+        const auto& record = device.record;
+        found.push_back({Change::has, record.modelName,
+                         busAddressText(record.bus, record.device, record.function),
+                         device.slotPath});
+    }
+    return found;
 }
 
 // Moves the first of `models` that is the same device out of them; whether there was one.

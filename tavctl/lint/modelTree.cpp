@@ -159,21 +159,10 @@ private:
 // The anchors that a model is listed by.
 std::set<std::string> listedAnchors(const tModelDescription& model,
                                     const std::shared_ptr<const pcibus::Bus>& bus) {
-    class Listed : public MatchObserver {
-    public:
-        void onWalk(const tBusAddress&, const cSlotPath& anchor) override {
-            nZOQUIL000::tErrorStatus status;
-            anchor.FormatMachineText(path_, status);
-        }
-        void onDevice(const tDeviceRecord&) override { paths.insert(path_); }
-        std::set<std::string> paths;
-
-    private:
-        std::string path_;
-    };
-    Listed listed;
-    ModelMatcher(recordedBus(bus)).match({model}, listed);
-    return std::move(listed.paths);
+    std::set<std::string> paths;
+    for (MatchedDevice& device : ModelMatcher(recordedBus(bus)).match({model}))
+        paths.insert(std::move(device.slotPath));
+    return paths;
 }
 
 bool isListedAsBoth(const tModelDescription& first, const tModelDescription& second,

@@ -12,6 +12,7 @@
 #include "tavctl/host/diagnosis.h"
 #include "tavctl/host/nameFile.h"
 #include "tavctl/host/scratchFolder.h"
+#include "tavctl/match/deviceRecorder.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
 
@@ -36,49 +37,18 @@ private:
     std::string folder_;
 };
 
-// The base is asked for once for each device, right before its name is looked up.
-class SurveyModels : public cPciModelInfoDb {
-public:
-    [[nodiscard]] const std::string& GetTerminalNameBase(std::uint32_t index) const override {
-        lastNamed = index;
-        return cPciModelInfoDb::GetTerminalNameBase(index);
-    }
-
-    mutable std::uint32_t lastNamed = 0;
-};
-
-// The model of a slot is read once for each device, when its name is looked up.
-class SurveyNames : public cIniFile {
-public:
-    struct LookUp {
-        std::string slotPath;
-        std::uint32_t model;
-    };
-
-    explicit SurveyNames(const SurveyModels& models) : models_(models) {}
-
-    using cIniFile::getString;
-    void getString(const std::string& section, const std::string& key, std::string& value,
-                   nZOQUIL000::tFixedStatus& status) override {
-        if (key == kNameKeyModel)
-            lookUps.push_back({section, models_.lastNamed});
-        cIniFile::getString(section, key, value, status);
-    }
-
-    std::vector<LookUp> lookUps;
-
-private:
-    const SurveyModels& models_;
-};
-
-void build(cPciTavPluginCache& cache, SurveyFilesystem& filesystem, SurveyNames& names,
-           SurveyModels& models) {
+Survey build(SurveyFilesystem& filesystem) {
     nZOQUIL000::tErrorStatus status;
     cQUILDeviceFinder deviceFinder;
     cPciBrdWrapper_ex bridgeWrapper(status);
     zoerr::raiseIfFailed(status);
-    cTerminalNameDb terminalNames(filesystem, names);
-    cache.Build(deviceFinder, bridgeWrapper, filesystem, terminalNames, models);
+    cIniFile nameFile;
+    cTerminalNameDb terminalNames(filesystem, nameFile);
+    cPciModelInfoDb models;
+    cPciTavPluginCache cache;
+    DeviceRecorder recorder(bridgeWrapper);
+    cache.Build(deviceFinder, bridgeWrapper, filesystem, terminalNames, models, recorder);
+    return recorder.takeDevices();
 }
 
 // While nobody writes them.
@@ -100,23 +70,11 @@ Survey surveyDevices(const fs::path& names) {
     copyNames(names, folder.path() / kNameFile);
 
     SurveyFilesystem filesystem(folder.path());
-    SurveyModels models;
-    SurveyNames observed(models);
-    cPciTavPluginCache cache;
     try {
-        build(cache, filesystem, observed, models);
+        return build(filesystem);
     } catch (...) {
         throw FailureException(diagnoseInitialize(statusOfCurrentException(), "this program"));
     }
-
-    Survey survey;
-    for (std::uint32_t i = 0; i < models.GetModelCount(); ++i)
-        survey.models.push_back(models.GetModel(i));
-    for (std::uint32_t i = 0; i < cache.Count(); ++i) {
-        const SurveyNames::LookUp& lookUp = observed.lookUps.at(i);
-        survey.devices.push_back({cache.RecordAt(i), lookUp.slotPath, lookUp.model});
-    }
-    return survey;
 }
 
 } // namespace tavctl

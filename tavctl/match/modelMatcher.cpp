@@ -8,6 +8,7 @@
 #include "source/exceptionStatus.h"
 #include "source/modelList.h"
 #include "tavctl/host/diagnosis.h"
+#include "tavctl/match/deviceRecorder.h"
 #include "tavctl/match/scratchNames.h"
 #include "tavctl/words/failure.h"
 
@@ -27,8 +28,13 @@ MatchBus hostBus() {
     return {std::make_unique<cQUILDeviceFinder>(), std::move(wrapper)};
 }
 
-std::vector<tDeviceRecord> ModelMatcher::match(const std::vector<tModelDescription>& models,
-                                               MatchObserver& observer) {
+std::vector<MatchedDevice> ModelMatcher::match(const std::vector<tModelDescription>& models) {
+    DeviceRecorder recorder(*bus_.wrapper);
+    observe(models, recorder);
+    return recorder.takeDevices();
+}
+
+void ModelMatcher::observe(const std::vector<tModelDescription>& models, MatchObserver& observer) {
     ScratchFilesystem filesystem;
     ScratchIniFile iniFile;
     cTerminalNameDb names(filesystem, iniFile);
@@ -39,10 +45,6 @@ std::vector<tDeviceRecord> ModelMatcher::match(const std::vector<tModelDescripti
     } catch (const zoerr::Exception&) {
         throw FailureException(diagnoseInitialize(statusOfCurrentException(), {}));
     }
-    std::vector<tDeviceRecord> records;
-    for (std::uint32_t i = 0; i < cache.Count(); ++i)
-        records.push_back(cache.RecordAt(i));
-    return records;
 }
 
 } // namespace tavctl

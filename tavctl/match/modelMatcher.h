@@ -4,12 +4,12 @@
 
 #include "pciBrdWrapper/iPciBrdWrapper_ex.h"
 #include "quil/iQUILDeviceFinder.h"
-#include "source/deviceRecord.h"
 #include "source/matchObserver.h"
 #include "source/modelDescription.h"
+#include "tavctl/match/matchedDevice.h"
 
 #include <memory>
-#include <string>
+#include <utility>
 #include <vector>
 
 namespace tavctl {
@@ -27,18 +27,18 @@ MatchBus hostBus();
 class ModelMatcher {
 public:
     using tModelDescription = nZoTavManagerPciPlugin_15_0::tModelDescription;
-    using tDeviceRecord = nZoTavManagerPciPlugin_15_0::tDeviceRecord;
     using MatchObserver = nZoTavManagerPciPlugin_15_0::MatchObserver;
 
     explicit ModelMatcher(MatchBus bus) : bus_(std::move(bus)) {}
 
     // The devices that the plug-in would list, under names as if none were stored. The bus is read
     // anew each time. Raises FailureException when it cannot be.
-    std::vector<tDeviceRecord>
-    match(const std::vector<tModelDescription>& models,
-          MatchObserver& observer = nZoTavManagerPciPlugin_15_0::noObserver());
+    std::vector<MatchedDevice> match(const std::vector<tModelDescription>& models);
 
-    // The way to the bridges; its session is open only while match() works, for observers.
+    // The same, for an observer that has an interest in more than the devices.
+    void observe(const std::vector<tModelDescription>& models, MatchObserver& observer);
+
+    // The way to the bridges, for observers; its session is open only while models are matched.
     [[nodiscard]] nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& wrapper() {
         return *bus_.wrapper;
     }

@@ -9,9 +9,9 @@ namespace tavctl {
 
 namespace {
 
-using nZoTavManagerPciPlugin_15_0::kNoText;
-using nZoTavManagerPciPlugin_15_0::tBridgeDescription;
-using nZoTavManagerPciPlugin_15_0::tModelDescription;
+using nZoTavManagerPciPlugin_15_0::tBusAddress;
+using nZoTavManagerPciPlugin_15_0::tDeviceRecord;
+using nZoTavManagerPciPlugin_15_0::tPortEntry;
 using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cSlotPath;
 using pcibus::Bus;
 using pcibus::PciFunction;
@@ -21,111 +21,80 @@ const PciFunction* functionAtPath(const Bus& bus, const cSlotPath& path) {
     return pcibus::functionAt(bus, path.rootBus, hops);
 }
 
-// The place that a traversal map leads to from the anchor; false for a map that cannot be applied.
-bool follow(const std::string& map, cSlotPath& path) {
-    nZOQUIL000::tErrorStatus status;
-    path.ApplyRelativePath(map, status);
-    return !status.failed();
-}
-
-bool isSameDevice(const ListedDevice& listed, const SurveyedDevice& surveyed) {
-    const auto& record = surveyed.record;
+bool isSameDevice(const ListedDevice& listed, const MatchedDevice& matched) {
+    const tDeviceRecord& record = matched.record;
     return listed.model == record.modelName && listed.terminalName == record.terminalName &&
            listed.bus == record.bus && listed.device == record.device &&
-           listed.function == record.function && listed.ports.size() == record.ports.size();
+           listed.function == record.function &&
+           std::equal(listed.ports.begin(), listed.ports.end(), record.ports.begin(),
+                      record.ports.end(), [](const ListedPort& a, const tPortEntry& b) {
+                          return a.label == b.connectorLabel &&
+                                 a.first == static_cast<std::int32_t>(b.first);
+                      });
 }
 
-// How many labels a port takes that the listed port is the first of.
-std::size_t labelCount(const ListedDevice& device, const ListedPort& port) {
-    if (!device.linkWidthPerLabel || *device.linkWidthPerLabel <= 0 || !port.second)
-        return 1;
-    return static_cast<std::size_t>(*port.second / *device.linkWidthPerLabel);
+// The handle, if the bus has a function of it.
+std::optional<std::uint32_t> onBus(const Bus& bus, std::uint32_t handle) {
+    return bus.find(handle) != nullptr ? std::optional(handle) : std::nullopt;
 }
 
-// Hands the listed ports out to the described ones, as the walk did.
-class PortPlacing {
-public:
-    PortPlacing(const ListedDevice& device, const cSlotPath& anchor, const Bus& bus)
-        : device_(device), anchor_(anchor), bus_(bus) {}
+std::optional<std::uint32_t> onBus(const Bus& bus, const std::optional<tBusAddress>& address) {
+    if (!address)
+        return std::nullopt;
+    return onBus(bus, std::uint32_t{address->bus} << 8 | std::uint32_t{address->device} << 3 |
+                          address->function);
+}
 
-    // False when the listed ports do not come out even: they were not described so.
-    bool place(const std::vector<tBridgeDescription>& described, std::vector<PlacedPort>& ports) {
-        for (const tBridgeDescription& description : described) {
-            cSlotPath path(anchor_);
-            if (!follow(description.traversalMap, path))
-                return false;
-            PlacedPort port;
-            if (const PciFunction* const bridge = functionAtPath(bus_, path);
-                bridge != nullptr && bridge->isBridge())
-                takeLabels(*bridge, port);
-            else if (!missingPort(path, port))
-                continue;
-            if (!isKnown(port, ports))
-                ports.push_back(std::move(port));
-        }
-        return next_ == device_.ports.size();
+// False when not even the bridge above its place is there.
+bool placeMissing(cSlotPath place, const Bus& bus, PlacedPort& port) {
+    port.missing = true;
+    if (place.hops.size() < 2)
+        return false;
+    port.missingHop = place.hops.front();
+    place.hops.pop_front();
+    const PciFunction* const above = functionAtPath(bus, place);
+    if (above == nullptr || !above->isBridge())
+        return false;
+    port.missingBelow = above->handle();
+    return true;
+}
+
+// With alternate anchors every port is described once for each anchor.
+bool isKnown(const PlacedPort& port, const std::vector<PlacedPort>& ports) {
+    return std::any_of(ports.begin(), ports.end(), [&](const PlacedPort& known) {
+        return known.missing == port.missing && known.bridge == port.bridge &&
+               known.missingBelow == port.missingBelow && known.missingHop == port.missingHop;
+    });
+}
+
+// As the plug-in carries what the model gives.
+std::optional<std::int32_t> unlessZero(std::uint32_t value) {
+    return value != 0 ? std::optional(static_cast<std::int32_t>(value)) : std::nullopt;
+}
+
+void addPort(const MatchedPort& matched, const Bus& bus, std::vector<PlacedPort>& ports) {
+    PlacedPort port;
+    port.bridge = onBus(bus, matched.bridge);
+    if (!port.bridge && !placeMissing(*matched.place, bus, port))
+        return;
+    for (const tPortEntry& entry : matched.entries) {
+        port.labels.push_back(entry.connectorLabel);
+        port.linkWidth = unlessZero(entry.second);
+        port.linkSpeed = unlessZero(entry.third);
     }
+    if (!isKnown(port, ports))
+        ports.push_back(std::move(port));
+}
 
-private:
-    void takeLabels(const PciFunction& bridge, PlacedPort& port) {
-        port.bridge = bridge.handle();
-        if (next_ == device_.ports.size())
-            return;
-        const ListedPort& first = device_.ports[next_];
-        port.linkWidth = first.second;
-        port.linkSpeed = first.third;
-        for (std::size_t n = labelCount(device_, first); n > 0; --n) {
-            if (next_ == device_.ports.size() ||
-                device_.ports[next_].first != static_cast<std::int32_t>(bridge.secondaryBus))
-                return;
-            port.labels.push_back(device_.ports[next_++].label);
-        }
-    }
-
-    // False when not even the bridge above it is there.
-    bool missingPort(cSlotPath& path, PlacedPort& port) {
-        port.missing = true;
-        if (path.hops.size() < 2)
-            return false;
-        port.missingHop = path.hops.front();
-        path.hops.pop_front();
-        const PciFunction* const above = functionAtPath(bus_, path);
-        if (above == nullptr || !above->isBridge())
-            return false;
-        port.missingBelow = above->handle();
-        return true;
-    }
-
-    // With alternate anchors every port is described once for each anchor.
-    static bool isKnown(const PlacedPort& port, const std::vector<PlacedPort>& ports) {
-        return std::any_of(ports.begin(), ports.end(), [&](const PlacedPort& known) {
-            return known.missing == port.missing && known.bridge == port.bridge &&
-                   known.missingBelow == port.missingBelow && known.missingHop == port.missingHop;
-        });
-    }
-
-    const ListedDevice& device_;
-    const cSlotPath& anchor_;
-    const Bus& bus_;
-    std::size_t next_ = 0; // of the listed ports
-};
-
-void placeByDescription(const SurveyedDevice& surveyed, const tModelDescription& model,
-                        const Bus& bus, PlacedDevice& placed) {
-    cSlotPath anchor;
-    nZOQUIL000::tErrorStatus status;
-    anchor.ParseMachineText(surveyed.slotPath, status);
-    if (const PciFunction* const function = functionAtPath(bus, anchor))
-        placed.anchor = function->handle();
-    if (model.upstreamPort.traversalMap != kNoText) {
-        cSlotPath path(anchor);
-        if (follow(model.upstreamPort.traversalMap, path)) {
-            if (const PciFunction* const function = functionAtPath(bus, path))
-                placed.upstreamPort = function->handle();
-        }
-    }
-    if (!PortPlacing(placed.listed, anchor, bus).place(model.downstreamPorts, placed.ports))
-        placed.ports.clear();
+// The ports only when every one of them has a place.
+void placeAsMatched(const MatchedDevice& matched, const Bus& bus, PlacedDevice& placed) {
+    placed.anchor = onBus(bus, matched.address);
+    placed.upstreamPort = onBus(bus, matched.upstreamPort);
+    if (!std::all_of(matched.ports.begin(), matched.ports.end(),
+                     [](const MatchedPort& port) { return port.place.has_value(); }))
+        return;
+    for (const MatchedPort& port : matched.ports)
+        addPort(port, bus, placed.ports);
 }
 
 // Ports of one bus are labels of one port.
@@ -158,13 +127,11 @@ std::vector<PlacedDevice> placeDevices(const std::vector<ListedDevice>& devices,
     for (std::size_t i = 0; i < devices.size(); ++i) {
         PlacedDevice placed;
         placed.listed = devices[i];
-        const auto handle = static_cast<std::uint32_t>(
-            placed.listed.bus << 8 | placed.listed.device << 3 | placed.listed.function);
-        if (bus.find(handle) != nullptr)
-            placed.reported = handle;
-        if (i < survey.devices.size() && isSameDevice(placed.listed, survey.devices[i]))
-            placeByDescription(survey.devices[i], survey.models.at(survey.devices[i].model), bus,
-                               placed);
+        placed.reported = onBus(bus, static_cast<std::uint32_t>(placed.listed.bus << 8 |
+                                                                placed.listed.device << 3 |
+                                                                placed.listed.function));
+        if (i < survey.size() && isSameDevice(placed.listed, survey[i]))
+            placeAsMatched(survey[i], bus, placed);
         if (placed.ports.empty())
             placeByAttributes(bus, placed);
         result.push_back(std::move(placed));

@@ -50,11 +50,11 @@ std::string malformation(const NameEntry& entry) {
     return {};
 }
 
-const SurveyedDevice* deviceIn(const std::string& slotPath, const Survey& survey) {
-    const auto found =
-        std::find_if(survey.devices.begin(), survey.devices.end(),
-                     [&](const SurveyedDevice& device) { return device.slotPath == slotPath; });
-    return found == survey.devices.end() ? nullptr : &*found;
+const MatchedDevice* deviceIn(const std::string& slotPath, const Survey& survey) {
+    const auto found = std::find_if(survey.begin(), survey.end(), [&](const MatchedDevice& device) {
+        return device.slotPath == slotPath;
+    });
+    return found == survey.end() ? nullptr : &*found;
 }
 
 class Check {
@@ -83,7 +83,7 @@ private:
                 "this is the name of " + first->second + " too");
         if (survey_ == nullptr)
             return;
-        const SurveyedDevice* const device = deviceIn(entry.slotPath, *survey_);
+        const MatchedDevice* const device = deviceIn(entry.slotPath, *survey_);
         switch (presenceOf(entry, *survey_)) {
         case NamePresence::absent:
             add(NameProblem::Kind::stale, entry, "no device is in this slot");
@@ -113,7 +113,7 @@ private:
 
 NamePresence presenceOf(const NameEntry& entry, const Survey& survey) {
     bool isTaken = false;
-    for (const SurveyedDevice& device : survey.devices) {
+    for (const MatchedDevice& device : survey) {
         if (device.slotPath != entry.slotPath)
             continue;
         if (device.record.modelName == entry.model &&
@@ -157,7 +157,7 @@ std::vector<NameProblem> checkNames(const NameFile& file, const Survey* survey) 
 std::vector<NameForecast> forecastNames(const NameFile& file, const Survey* now,
                                         const Survey& then) {
     std::vector<NameForecast> forecasts;
-    for (const SurveyedDevice& device : then.devices) {
+    for (const MatchedDevice& device : then) {
         NameForecast forecast{NameForecast::Change::fresh, device.record.terminalName, "",
                               device.record.modelName, device.slotPath};
         for (const NameEntry& entry : file.entries()) {
@@ -172,7 +172,7 @@ std::vector<NameForecast> forecastNames(const NameFile& file, const Survey* now,
     }
     if (now == nullptr)
         return forecasts;
-    for (const SurveyedDevice& device : now->devices) {
+    for (const MatchedDevice& device : *now) {
         if (deviceIn(device.slotPath, then) == nullptr)
             forecasts.push_back({NameForecast::Change::gone, device.record.terminalName, "",
                                  device.record.modelName, device.slotPath});

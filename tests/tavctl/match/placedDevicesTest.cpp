@@ -8,6 +8,7 @@
 namespace {
 
 using namespace tavctl;
+using nZoTavManagerPciPlugin_15_0::tBridgeDescription;
 using tavctltest::TreeFixture;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -47,11 +48,38 @@ TEST(PlacedDevices, PortBeyondTheLabelsHasNone) {
 // With alternate anchors every port is described once more for each of them.
 TEST(PlacedDevices, PortDescribedTwiceIsPlacedOnce) {
     const TreeFixture fixture;
-    Survey survey = fixture.survey();
-    auto& ports = survey.models[0].downstreamPorts;
+    auto model = TreeFixture::model();
+    auto& ports = model.downstreamPorts;
     const auto copy = ports;
     ports.insert(ports.end(), copy.begin(), copy.end());
-    EXPECT_EQ(placeDevices(fixture.listed, survey, fixture.bus).at(0).ports.size(), 4U);
+    EXPECT_EQ(placeDevices(fixture.listed, fixture.survey(model), fixture.bus).at(0).ports.size(),
+              4U);
+}
+
+// Two lanes are no label of four, and a port that is not there takes none either.
+TEST(PlacedDevices, PortsThatTakeNoLabelDoNotMoveTheOthers) {
+    TreeFixture fixture;
+    auto model = TreeFixture::model();
+    model.downstreamPorts[0].traversalMap = "d3f0";
+    model.downstreamPorts[2].traversalMap = "d1f0";
+    model.connectorLabels = {"HOST1", "HOST2", "B1", "B2", "A"};
+    const auto narrow = fixture.machine.bridge(fixture.up, 0, 0, {0x10B5, 0x8609, 0, 0}, 2, 3);
+    fixture.bus = pcibus::parseDump(fixture.machine.dump(), "machine");
+    tBridgeDescription port;
+    port.traversalMap = "d0f0";
+    model.downstreamPorts.insert(model.downstreamPorts.begin(), port);
+    fixture.listed[0].ports = {{"B1", 5, 8, 3}, {"B2", 5, 8, 3}, {"A", 4, 4, 3}};
+    const auto ports = placeDevices(fixture.listed, fixture.survey(model), fixture.bus).at(0).ports;
+    ASSERT_EQ(ports.size(), 5U);
+    EXPECT_EQ(ports[0].bridge, fixture.machine.handle(narrow));
+    EXPECT_THAT(ports[0].labels, IsEmpty());
+    EXPECT_TRUE(ports[1].missing);
+    EXPECT_EQ(ports[1].missingHop, 0x18);
+    EXPECT_THAT(ports[2].labels, ElementsAre("B1", "B2"));
+    EXPECT_EQ(ports[2].bridge, fixture.machine.handle(fixture.portB));
+    EXPECT_THAT(ports[3].labels, ElementsAre("A"));
+    EXPECT_EQ(ports[3].bridge, fixture.machine.handle(fixture.portA));
+    EXPECT_THAT(ports[4].labels, IsEmpty());
 }
 
 TEST(PlacedDevices, WithoutASurveyTheBusesBelowThePortsTellThem) {
@@ -67,7 +95,7 @@ TEST(PlacedDevices, WithoutASurveyTheBusesBelowThePortsTellThem) {
 TEST(PlacedDevices, SurveyOfAnotherDeviceIsNotUsed) {
     const TreeFixture fixture;
     Survey survey = fixture.survey();
-    survey.devices[0].record.modelName = "Other";
+    survey[0].record.modelName = "Other";
     EXPECT_EQ(placeDevices(fixture.listed, survey, fixture.bus).at(0).ports.size(), 2U);
 }
 
@@ -98,9 +126,9 @@ TEST(PlacedDevices, AddressWhereNothingIsHasNoFunction) {
 // The walk never asks for a port behind the last label, so nobody has told of its map before.
 TEST(PlacedDevices, MapThatCannotBeAppliedLeavesThePortsToTheirBuses) {
     const TreeFixture fixture;
-    Survey survey = fixture.survey();
-    survey.models[0].downstreamPorts[3].traversalMap = "nonsense";
-    const auto placed = placeDevices(fixture.listed, survey, fixture.bus);
+    auto model = TreeFixture::model();
+    model.downstreamPorts[3].traversalMap = "nonsense";
+    const auto placed = placeDevices(fixture.listed, fixture.survey(model), fixture.bus);
     ASSERT_EQ(placed[0].ports.size(), 2U);
     EXPECT_THAT(placed[0].ports[1].labels, ElementsAre("B1", "B2"));
     EXPECT_EQ(placed[0].ports[1].bridge, fixture.machine.handle(fixture.portB));
@@ -109,9 +137,9 @@ TEST(PlacedDevices, MapThatCannotBeAppliedLeavesThePortsToTheirBuses) {
 TEST(PlacedDevices, MissingPortWithoutABridgeAboveHasNoPlace) {
     const TreeFixture fixture;
     for (const char* map : {"d9f0,d0f0", "-,-,d9f0"}) {
-        Survey survey = fixture.survey();
-        survey.models[0].downstreamPorts[2].traversalMap = map;
-        const auto placed = placeDevices(fixture.listed, survey, fixture.bus);
+        auto model = TreeFixture::model();
+        model.downstreamPorts[2].traversalMap = map;
+        const auto placed = placeDevices(fixture.listed, fixture.survey(model), fixture.bus);
         ASSERT_EQ(placed[0].ports.size(), 3U) << map;
         for (const PlacedPort& port : placed[0].ports)
             EXPECT_FALSE(port.missing) << map;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pcibus/dump.h"
+#include "tavctl/match/busBridges.h"
 #include "tavctl/match/placedDevices.h"
 #include "tests/support/busBuilder.h"
 
@@ -25,26 +26,32 @@ struct TreeFixture {
     std::vector<tavctl::ListedDevice> listed{
         {"Box", 12, 1, 0, 0, 1, 4, "TAV1", {{"A", 3, 4, 3}, {"B1", 4, 8, 3}, {"B2", 4, 8, 3}}}};
 
-    // What the plug-in's code finds out of it.
-    [[nodiscard]] tavctl::Survey survey() const {
+    // Two labels are the upstream port's. The bridges that are no anchor have its identifiers too
+    // and end the model's turn, after the box.
+    static nZoTavManagerPciPlugin_15_0::tModelDescription model() {
         using namespace nZoTavManagerPciPlugin_15_0;
         tModelDescription model;
         model.model = "Box";
+        model.deviceCategory = eDeviceCategory::SwitchboxTav;
+        model.anchors = {{kHeaderTypeBridge, {0x10B5, 0x8609, 0, 0}}};
+        model.connectorLabels = {"HOST1", "HOST2", "A", "B1", "B2"};
+        model.linkWidthPerLabel = 4;
         model.upstreamPort.traversalMap = "";
+        model.upstreamPort.ids = {0x10B5, 0x8609, 0, 0};
         for (const char* map : {"d1f0", "d2f0", "d3f0", "d4f0"}) {
             tBridgeDescription port;
             port.traversalMap = map;
             model.downstreamPorts.push_back(port);
         }
-        tDeviceRecord record;
-        record.bus = 1;
-        record.modelName = "Box";
-        record.terminalName = "TAV1";
-        record.ports.resize(3);
-        tavctl::Survey result;
-        result.models = {model};
-        result.devices = {{record, "MR00:00,20", 0}};
-        return result;
+        model.terminalNameBase = "TAV";
+        return model;
+    }
+
+    // What the plug-in's code finds out.
+    [[nodiscard]] tavctl::Survey
+    survey(const nZoTavManagerPciPlugin_15_0::tModelDescription& described = model()) const {
+        return tavctl::ModelMatcher(tavctl::recordedBus(std::make_shared<const pcibus::Bus>(bus)))
+            .match({described});
     }
 
     [[nodiscard]] std::vector<tavctl::PlacedDevice> placed() const {

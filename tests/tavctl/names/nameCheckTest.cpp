@@ -30,14 +30,8 @@ struct Names {
     }
 };
 
-Survey surveyOf(const std::vector<SurveyedDevice>& devices) {
-    Survey survey;
-    survey.devices = devices;
-    return survey;
-}
-
-SurveyedDevice device(const std::string& slot, const std::string& model, const std::string& name) {
-    SurveyedDevice result;
+MatchedDevice device(const std::string& slot, const std::string& model, const std::string& name) {
+    MatchedDevice result;
     result.slotPath = slot;
     result.record.modelName = model;
     result.record.terminalName = name;
@@ -100,9 +94,8 @@ TEST(NameCheck, NamesWithoutTheirDeviceAreStale) {
     const NameFile file =
         names.file(entry("MR00:00", "Box", "TAV1") + entry("MR00:08", "Box", "TAV2") +
                    entry("MR00:10", "Box", "TAV3") + entry("MR00:18", "Box", "TAV4"));
-    const Survey survey =
-        surveyOf({device("MR00:00", "Box", "TAV1"), device("MR00:08", "Card", "TAV5"),
-                  device("MR00:18", "Box", "BOX1")});
+    const Survey survey{device("MR00:00", "Box", "TAV1"), device("MR00:08", "Card", "TAV5"),
+                        device("MR00:18", "Box", "BOX1")};
     const auto problems = checkNames(file, &survey);
     ASSERT_EQ(problems.size(), 3U);
     EXPECT_EQ(problems[0].message, "the slot has a Card now, as TAV5");
@@ -113,8 +106,7 @@ TEST(NameCheck, NamesWithoutTheirDeviceAreStale) {
 }
 
 TEST(NamePresence, TwoModelsOfOneSlotAreBothLookedAt) {
-    const Survey survey =
-        surveyOf({device("MR00:00", "Card", "TAV5"), device("MR00:00", "Box", "TAV1")});
+    const Survey survey{device("MR00:00", "Card", "TAV5"), device("MR00:00", "Box", "TAV1")};
     EXPECT_EQ(presenceOf({"MR00:00", "Box", "TAV1", 1}, survey), NamePresence::present);
     EXPECT_EQ(presenceOf({"MR00:00", "Box", "TAV2", 1}, survey), NamePresence::replaced);
     EXPECT_EQ(presenceOf({"MR00:08", "Box", "TAV2", 1}, survey), NamePresence::absent);
@@ -125,11 +117,10 @@ TEST(NameForecast, TellsWhatStaysChangesIsNewAndGone) {
     const NameFile file =
         names.file(entry("MR00:00", "Box", "TAV1") + entry("MR00:08", "Box", "TAV2") +
                    entry("MR00:10", "Box", "TAV3"));
-    const Survey now = surveyOf({device("MR00:00", "Box", "TAV1"), device("MR00:08", "Box", "TAV2"),
-                                 device("MR00:10", "Box", "TAV3")});
-    const Survey then =
-        surveyOf({device("MR00:00", "Box", "TAV1"), device("MR00:08", "Box", "BOX1"),
-                  device("MR00:20", "Card", "CARD1")});
+    const Survey now{device("MR00:00", "Box", "TAV1"), device("MR00:08", "Box", "TAV2"),
+                     device("MR00:10", "Box", "TAV3")};
+    const Survey then{device("MR00:00", "Box", "TAV1"), device("MR00:08", "Box", "BOX1"),
+                      device("MR00:20", "Card", "CARD1")};
     std::vector<std::string> changes;
     for (const NameForecast& forecast : forecastNames(file, &now, then))
         changes.push_back(forecast.terminalName + " " + changeName(forecast.change) + " " +
@@ -185,7 +176,7 @@ TEST(NameFile, FailedWriteIsToldAndLeavesNothing) {
 TEST(NameReport, SlotThatHasAnotherDeviceNowIsReplaced) {
     const Names names;
     const NameFile file = names.file(entry("MR00:00", "Box", "TAV1"));
-    const Survey survey = surveyOf({device("MR00:00", "Card", "TAV5")});
+    const Survey survey{device("MR00:00", "Card", "TAV5")};
     EXPECT_EQ(namesAsTable(file, &survey, false), "NAME  PRESENT   MODEL  SLOT PATH\n"
                                                   "TAV1  replaced  Box    MR00:00\n");
     EXPECT_THAT(namesAsJson(file, &survey), testing::HasSubstr(R"("presence":"replaced")"));
