@@ -20,7 +20,7 @@ std::string sectionOf(const lint::Description& description,
 std::string mapBetween(const pcibus::Position& from, const pcibus::Position& to);
 
 // Fills in the changes of the nearest rejected candidates and, when nothing is listed, the
-// functions that nearly have the anchor's identifiers.
+// functions that nearly have the anchor's identifiers. `bus` is what the matcher sees.
 void findChanges(const lint::Description& description, ModelMatcher& matcher,
                  const pcibus::Bus& bus, Explanation& explanation);
 

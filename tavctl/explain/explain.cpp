@@ -2,6 +2,7 @@
 
 #include "tavctl/explain/changes.h"
 #include "tavctl/explain/matchRecorder.h"
+#include "tavctl/match/busBridges.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>
@@ -48,7 +49,7 @@ void finish(Explanation& explanation) {
 } // namespace
 
 std::vector<Explanation> explain(const Descriptions& descriptions, ModelMatcher& matcher,
-                                 const pcibus::Bus& bus, bool changes) {
+                                 const std::shared_ptr<const pcibus::Bus>& bus) {
     std::vector<tModelDescription> models;
     std::vector<PartNames> names;
     std::vector<Explanation> explanations;
@@ -61,12 +62,12 @@ std::vector<Explanation> explain(const Descriptions& descriptions, ModelMatcher&
         explanation.anchors = anchorTexts(*description);
         explanations.push_back(std::move(explanation));
     }
-    MatchRecorder recorder(matcher.wrapper(), bus, names, explanations);
+    MatchRecorder recorder(matcher.wrapper(), *bus, names, explanations);
     matcher.observe(models, recorder);
+    ModelMatcher recorded(recordedBus(bus));
     for (std::size_t i = 0; i < explanations.size(); ++i) {
         finish(explanations[i]);
-        if (changes)
-            findChanges(*descriptions[i], matcher, bus, explanations[i]);
+        findChanges(*descriptions[i], recorded, *bus, explanations[i]);
     }
     return explanations;
 }

@@ -13,9 +13,10 @@ namespace tavctl::explain {
 
 using Descriptions = std::vector<std::unique_ptr<lint::Description>>;
 
-// One explanation for each description, all of which must load. `bus` is what the matcher sees.
-// With `changes`, those that would make the plug-in list a device are looked for.
+// One explanation for each description, all of which must load, of what the matcher makes of its
+// bus; with the changes that would make it list a device. Those are tried on `bus`, which is the
+// matcher's read by ourselves: however many there are, the matcher's is not read again.
 std::vector<Explanation> explain(const Descriptions& descriptions, ModelMatcher& matcher,
-                                 const pcibus::Bus& bus, bool changes);
+                                 const std::shared_ptr<const pcibus::Bus>& bus);
 
 } // namespace tavctl::explain

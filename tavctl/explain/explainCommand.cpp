@@ -3,12 +3,14 @@
 #include "tavctl/explain/explain.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/diagnosis.h"
+#include "tavctl/match/modelMatcher.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/words/nearestName.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -62,10 +64,10 @@ ExitStatus runExplain(const ExplainOptions& options) {
         failWithoutModel(options.model, descriptions);
 
     ModelMatcher matcher(hostBus());
-    const pcibus::Bus bus = machineBus();
+    const auto bus = std::make_shared<const pcibus::Bus>(machineBus());
     const bool any = !descriptions.empty();
     std::erase_if(descriptions, [&](const auto& each) { return !isMeant(each->model().model); });
-    const auto explanations = explain::explain(descriptions, matcher, bus, true);
+    const auto explanations = explain::explain(descriptions, matcher, bus);
     std::fputs((options.common.json ? explain::explanationsAsJson(explanations)
                                     : explain::explanationsAsText(explanations))
                    .c_str(),

@@ -150,9 +150,9 @@ private:
 };
 
 // All functions, bridges too, as a system lists its devices.
-class BusDevices : public iQUILDeviceFinder {
+class RecordedBusFinder : public iQUILDeviceFinder {
 public:
-    explicit BusDevices(std::shared_ptr<const pcibus::Bus> bus) : bus_(std::move(bus)) {}
+    explicit RecordedBusFinder(std::shared_ptr<const pcibus::Bus> bus) : bus_(std::move(bus)) {}
 
     void FindByPciIds(const tPciIds& ids, std::vector<tBusAddress>& addresses) override {
         for (const pcibus::PciFunction& each : bus_->functions()) {
@@ -174,8 +174,8 @@ private:
 } // namespace
 
 MatchBus recordedBus(std::shared_ptr<const pcibus::Bus> bus) {
-    auto devices = std::make_unique<BusDevices>(bus);
-    return {std::move(devices), std::make_unique<BusBridges>(std::move(bus))};
+    auto finder = std::make_unique<RecordedBusFinder>(bus);
+    return {std::move(finder), std::make_unique<BusBridges>(std::move(bus))};
 }
 
 } // namespace tavctl

@@ -9,6 +9,8 @@
 #include "tests/tavctl/runTavctl.h"
 
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -189,6 +191,31 @@ constexpr testsupport::Ids kRootIds{0x8086, 0x1901};
 constexpr testsupport::Ids kUpIds{0x104C, 0x8232};
 constexpr testsupport::Ids kPortIds{0x104C, 0x8233};
 
+// Counts how often a file is opened.
+class Openings {
+public:
+    explicit Openings(const fs::path& file) : queue_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        // Equal events in a row are put together into one; a closing keeps two openings apart.
+        if (inotify_add_watch(queue_, file.c_str(), IN_OPEN | IN_CLOSE) < 0)
+            throw std::runtime_error("cannot watch " + file.string());
+    }
+    ~Openings() { close(queue_); }
+    Openings(const Openings&) = delete;
+    Openings& operator=(const Openings&) = delete;
+
+    // Since the last time.
+    [[nodiscard]] std::size_t count() const {
+        std::size_t openings = 0;
+        inotify_event event{};
+        while (read(queue_, &event, sizeof event) == sizeof event)
+            openings += (event.mask & IN_OPEN) != 0 ? 1U : 0U;
+        return openings;
+    }
+
+private:
+    int queue_;
+};
+
 // A machine made for one description.
 class Described {
 public:
@@ -267,6 +294,16 @@ TEST(Explain, ShowsNearFunctionsThatWouldNotBeListedForWantOfBetterOnes) {
               std::string::npos)
         << text;
     EXPECT_EQ(text.find("change:"), std::string::npos) << text;
+}
+
+// Once by the bridge library, as the plug-in has it read, and once for all that is tried: a live
+// bus may change meanwhile, and a large one is slow to read.
+TEST(Explain, ReadsTheBusOnceWhateverIsTried) {
+    const Described described(boxAndCard(), boxAt("8231", "d0f0"));
+    const Openings openings(described.machine().dump);
+    const std::string text = described.asText();
+    EXPECT_EQ(openings.count(), 2U);
+    EXPECT_NE(text.find("change: [Anchor] Pid = 8232"), std::string::npos) << text;
 }
 
 // The walk of the second device begins where the first one stands: the plug-in begins its pass over
