@@ -1,12 +1,13 @@
-// Turns what would have ended the load into findings.
+#include "tavctl/description/checkLoad.h"
+
 #include "pxidrivertools/asciiText.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/description/findings.h"
 #include "tavctl/words/nearestName.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace tavctl::lint {
 
@@ -31,6 +32,13 @@ public:
             report(problem);
     }
 
+    // What is missing for a section itself is told there, whoever asked for it first.
+    void checkFirst() {
+        const LoadProblem& first = description_.reads().problems().front();
+        const LoadProblem* const own = first.askedBy.empty() ? nullptr : missingItself(first);
+        report(own != nullptr ? *own : first);
+    }
+
 private:
     void report(const LoadProblem& problem) {
         switch (problem.kind) {
@@ -41,7 +49,7 @@ private:
         case Kind::missingKey:
             if (problem.askedBy.empty())
                 missing(problem);
-            else if (!isMissingItself(problem))
+            else if (missingItself(problem) == nullptr)
                 nowhere(problem);
             break;
         case Kind::emptyNumber:
@@ -56,20 +64,23 @@ private:
             break;
         case Kind::unknownCategory:
             findings_.add("unknown-category", text_.value(problem.section, problem.key),
-                          join({quotedValue(problem), " is no device category"}),
+                          join({valueText(problem), " is no device category"}),
                           "exactly PCI, Expresscard or SwitchboxTav", kEndsLoad);
             break;
         }
     }
 
     void cannotOpen() {
+        const std::string& trouble = description_.openingTrouble();
         if (description_.isWide())
             findings_.add("wide-encoding", {},
                           "the file starts with the mark of UTF-16 or UTF-32 text",
                           "plain ASCII or UTF-8; save the file anew in that encoding", kEndsLoad);
         else
-            findings_.add("cannot-open", {}, "the file cannot be opened or read",
-                          "a readable file, and no folder", kEndsLoad);
+            findings_.add(
+                "cannot-open", {},
+                join({"the file cannot be opened or read", trouble.empty() ? "" : ": ", trouble}),
+                "a readable file, and no folder", kEndsLoad);
     }
 
     void missing(const LoadProblem& problem) {
@@ -177,23 +188,27 @@ private:
 
     void badNumber(const LoadProblem& problem, std::string_view trouble) {
         findings_.add("bad-number", text_.value(problem.section, problem.key),
-                      join({quotedValue(problem), " ", trouble}), expectedNumber(problem.key),
+                      join({valueText(problem), " ", trouble}), expectedNumber(problem.key),
                       kEndsLoad);
     }
 
-    [[nodiscard]] std::string quotedValue(const LoadProblem& problem) const {
+    // With its key, for those who see the sentence and not the line.
+    [[nodiscard]] std::string valueText(const LoadProblem& problem) const {
         const auto lines = text_.linesOf(problem.section, problem.key);
-        return lines.empty() ? "the value" : quoted(text_.line(lines.back())->value);
+        return join({problem.key, ": ",
+                     lines.empty() ? "the value" : quoted(text_.line(lines.back())->value)});
     }
 
-    // Whether the same is missing for its own section already.
-    [[nodiscard]] bool isMissingItself(const LoadProblem& problem) const {
+    // The same where it is missing for its own section; null when it is not.
+    [[nodiscard]] const LoadProblem* missingItself(const LoadProblem& problem) const {
         const auto& problems = description_.reads().problems();
-        return std::any_of(problems.begin(), problems.end(), [&](const LoadProblem& each) {
-            return each.askedBy.empty() && each.kind == problem.kind &&
-                   each.section == problem.section &&
-                   (each.key == problem.key || each.kind == Kind::missingSection);
-        });
+        const auto own =
+            std::find_if(problems.begin(), problems.end(), [&](const LoadProblem& each) {
+                return each.askedBy.empty() && each.kind == problem.kind &&
+                       each.section == problem.section &&
+                       (each.key == problem.key || each.kind == Kind::missingSection);
+            });
+        return own == problems.end() ? nullptr : &*own;
     }
 
     // IDsSameAs leads to a section that is not there or has no identifiers of its own.
@@ -227,6 +242,12 @@ private:
 
 void checkLoad(const Description& description, Findings& findings) {
     LoadCheck(description, findings).check();
+}
+
+Finding endOfLoad(const Description& description) {
+    Findings findings(description);
+    LoadCheck(description, findings).checkFirst();
+    return std::move(findings).sorted().front();
 }
 
 } // namespace tavctl::lint

@@ -1,6 +1,7 @@
 #include "tavctl/description/description.h"
 
 #include "platform/file.h"
+#include "platform/systemCode.h"
 #include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniLoad.h"
 #include "source/descriptionLoader.h"
@@ -43,6 +44,8 @@ Description::Description(std::string path)
         bytes = readAll(stream.get());
         std::rewind(stream.get());
         wide_ = isRefusedAsWide(stream.get());
+    } else {
+        openingTrouble_ = platform::systemMessage(platform::lastSystemCode());
     }
     text_ = std::make_unique<PositionedIni>(wide_ ? std::string() : std::move(bytes));
     try {

@@ -32,6 +32,9 @@ public:
     // Whether the plug-in loads it.
     [[nodiscard]] bool loads() const { return reads_->problems().empty(); }
 
+    // The system's words for why the file cannot be opened; empty when it can be.
+    [[nodiscard]] const std::string& openingTrouble() const { return openingTrouble_; }
+
     // Whether the file starts with the mark of an encoding that is refused.
     [[nodiscard]] bool isWide() const { return wide_; }
 
@@ -53,6 +56,7 @@ private:
     std::unique_ptr<PositionedIni> text_;
     std::unique_ptr<GatheringIniFile> reads_;
     tModelDescription model_;
+    std::string openingTrouble_;
     bool wide_ = false;
 };
 

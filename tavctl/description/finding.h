@@ -27,6 +27,11 @@ struct Finding {
     std::string expected;
     // Whether loading the file fails by this, and with it that of every file.
     bool endsLoad = false;
+
+    // "file:line:column", as far as the place has them.
+    [[nodiscard]] std::string placeText() const;
+    // What was found and what is expected, in one sentence.
+    [[nodiscard]] std::string sentence() const;
 };
 
 } // namespace tavctl::lint

@@ -25,12 +25,4 @@ private:
     std::vector<Finding> findings_;
 };
 
-// The checks, by what they look at. Each adds what it finds.
-void checkLoad(const Description& description, Findings& findings);     // what ends the load
-void checkLines(const Description& description, Findings& findings);    // lines and names
-void checkValues(const Description& description, Findings& findings);   // values that load
-void checkLists(const Description& description, Findings& findings);    // items of lists
-void checkMaps(const Description& description, Findings& findings);     // traversal maps
-void checkMatching(const Description& description, Findings& findings); // the model as a whole
-
 } // namespace tavctl::lint

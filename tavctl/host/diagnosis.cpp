@@ -12,12 +12,12 @@
 #include "source/cTerminalNameDb.h"
 #include "source/descriptionLoader.h"
 #include "source/exceptionStatus.h"
-#include "tavctl/host/tracedIniFile.h"
-#include "tavctl/words/statusText.h"
+#include "tavctl/description/loadFailure.h"
 
 #include <boost/interprocess/exceptions.hpp>
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tavctl {
@@ -110,26 +110,18 @@ std::optional<Failure> tryNames() {
     return failure;
 }
 
-// What is wrong with the value that a load stopped at. The loader's own two checks report a status
-// that says nothing about values.
-std::string valueTrouble(const TracedIniFile& file, std::int32_t status) {
-    if (status != kTavManErrSoftwareFault)
-        return statusWords(status);
-    if (file.lastKey() == nDescription::kDeviceCategory)
-        return "expected \"PCI\", \"Expresscard\" or \"SwitchboxTav\", got \"" + file.lastText() +
-               "\"";
-    return "the key is required and missing";
-}
-
 std::optional<Failure> tryDescription(const std::string& path) {
-    TracedIniFile file;
-    auto failure = tryStep("load description", path,
-                           [&] { DescriptionLoader<TracedIniFile>(file).load(path); });
-    if (failure && !file.lastKey().empty())
-        failure->reason = "[" + file.lastSection() + "] " + file.lastKey() + ": " +
-                          valueTrouble(file, failure->status.value_or(0));
-    else if (failure && failure->reason.empty())
-        failure->reason = openingTrouble(path, *failure);
+    auto failure = tryStep("load description", path, [&] {
+        nZoPxiDriverTools_1_0::cIniFile file;
+        DescriptionLoader<nZoPxiDriverTools_1_0::cIniFile>(file).load(path);
+    });
+    if (!failure)
+        return std::nullopt;
+    if (const lint::Description description(path); !description.loads()) {
+        Failure told = lint::loadFailure(description);
+        failure->object = std::move(told.object);
+        failure->reason = std::move(told.reason);
+    }
     return failure;
 }
 

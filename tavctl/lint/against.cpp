@@ -2,6 +2,7 @@
 
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/busFile.h"
+#include "tavctl/description/loadFailure.h"
 #include "tavctl/match/busBridges.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/words.h"
@@ -52,9 +53,7 @@ std::vector<tModelDescription> loadModels(const std::vector<std::string>& files)
     for (const std::string& file : files) {
         const Description description(file);
         if (!description.loads())
-            throw FailureException(
-                {"load description", file, "it has errors; tavctl lint shows them", {}, {}},
-                ExitStatus::problemFound);
+            throw FailureException(loadFailure(description), ExitStatus::problemFound);
         models.push_back(description.model());
     }
     return models;

@@ -2,7 +2,7 @@
 #include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/ini/iniContinuation.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/description/findings.h"
+#include "tavctl/lint/checks.h"
 #include "tavctl/words/nearestName.h"
 #include "tavctl/words/words.h"
 

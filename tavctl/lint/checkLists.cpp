@@ -1,7 +1,7 @@
 // Items of lists: they are split at commas and not trimmed.
 #include "pxidrivertools/asciiText.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/description/findings.h"
+#include "tavctl/lint/checks.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Traversal maps, step by step, as the plug-in takes them.
 #include "pxidrivertools/scan.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/description/findings.h"
+#include "tavctl/lint/checks.h"
 #include "tavctl/lint/mapPlace.h"
 #include "tavctl/words/words.h"
 

@@ -2,7 +2,7 @@
 #include "source/anchorSearch.h"
 #include "source/descriptionLoader.h"
 #include "source/modelList.h"
-#include "tavctl/description/findings.h"
+#include "tavctl/lint/checks.h"
 #include "tavctl/lint/mapPlace.h"
 #include "tavctl/words/words.h"
 

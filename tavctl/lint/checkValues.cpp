@@ -5,7 +5,7 @@
 #include "pxidrivertools/escapedText.h"
 #include "pxidrivertools/scan.h"
 #include "source/descriptionLoader.h"
-#include "tavctl/description/findings.h"
+#include "tavctl/lint/checks.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>

@@ -1,7 +1,8 @@
 #include "tavctl/lint/lint.h"
 
 #include "source/descriptionLoader.h"
-#include "tavctl/description/findings.h"
+#include "tavctl/description/checkLoad.h"
+#include "tavctl/lint/checks.h"
 #include "tavctl/lint/modelTree.h"
 #include "tavctl/words/words.h"
 

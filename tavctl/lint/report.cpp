@@ -54,16 +54,6 @@ Excerpt excerptOf(const Finding& finding) {
     return excerpt;
 }
 
-std::string location(const Finding& finding) {
-    std::string text = finding.file;
-    for (const int number : {finding.place.line, finding.place.column}) {
-        if (number == 0)
-            break;
-        text.append(":").append(std::to_string(number));
-    }
-    return text;
-}
-
 // A place that has a line has a column.
 void appendLine(std::string& out, const Finding& finding) {
     if (finding.place.line == 0)
@@ -106,7 +96,7 @@ std::string reportAsText(const Report& report) {
     std::string out;
     for (const Finding& finding : report.findings) {
         out += join(
-            {location(finding), ": ", severityName(finding.severity), ": ", finding.rule, "\n"});
+            {finding.placeText(), ": ", severityName(finding.severity), ": ", finding.rule, "\n"});
         appendLine(out, finding);
         out += wrapped("found: " + finding.found, 2);
         out += wrapped("expected: " + finding.expected, 2);

@@ -297,7 +297,8 @@ TEST_F(HostileFiles, IdentifiersThatReferInACircleAreNotFollowed) {
               text)
         .finish();
     EXPECT_TRUE(list().is_null()); // a section that has none itself
-    EXPECT_EQ(error["reason"], "[UpstreamPort] Vid: INI file: no such key");
+    EXPECT_EQ(error["reason"], "[UpstreamPort] has no Vid; its own IDsSameAs is not followed; "
+                               "expected the name of a section with Vid, Pid, SsVid and SsPid");
     EXPECT_EQ(error["status"], -313322);
     for (const char* word : {"explain", "lint"})
         EXPECT_FALSE(run({word}, 0, 0).hung);
@@ -343,10 +344,11 @@ TEST_F(HostileFiles, ConversionsInTextsAreTexts) {
     // And in what goes wrong.
     HugeFile(box).text("[UpstreamTAV]\nModel=" + evil + "\nDeviceCategory=" + evil + "\n").finish();
     EXPECT_TRUE(list().is_null());
-    EXPECT_EQ(error["reason"], "[UpstreamTAV] DeviceCategory: expected \"PCI\", \"Expresscard\" or "
-                               "\"SwitchboxTav\", got \"" +
-                                   evil + "\"");
-    EXPECT_EQ(run({"list"}, 0, 0).error.find(evil + "\"\n") == std::string::npos, false);
+    const std::string reason = "DeviceCategory: \"" + evil +
+                               "\" is no device category; expected exactly PCI, Expresscard or "
+                               "SwitchboxTav";
+    EXPECT_EQ(error["reason"], reason);
+    EXPECT_EQ(run({"list"}, 0, 0).error.find(": " + reason + "\n") == std::string::npos, false);
 }
 
 // Wherever a safe write could put its temporary file, a link waits for it.

@@ -104,8 +104,10 @@ TEST_F(SpecialFiles, InPlaceOfADescriptionAreRefused) {
     forEachKind(place, [&](Kind kind) {
         return "load description (" + place.string() + "): " +
                (kind == Kind::linkToNull
-                    ? "[UpstreamTAV] Model: INI file: no such section, or no file open"
-                    : whyNoFile(kind));
+                    ? "there is no section [UpstreamTAV]; expected a line [UpstreamTAV], "
+                      "spelled exactly so"
+                    : "the file cannot be opened or read: " + whyNoFile(kind) +
+                          "; expected a readable file, and no folder");
     });
 }
 

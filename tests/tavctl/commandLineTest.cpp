@@ -314,7 +314,9 @@ TEST(CommandLine, NamesAndDescriptionsOfAWrongEncodingAreNamed) {
     const std::string file = folder.file("PCI Hardware Descriptions/box.ini", utf16).string();
     EXPECT_TRUE(says(runTavctl("list " + kDump + "--descriptions " + folder.path().string() + " " +
                                state(other)),
-                     3, "tavctl: load description (" + file + "): "));
+                     3,
+                     "tavctl: load description (" + file +
+                         "): the file starts with the mark of UTF-16 or UTF-32 text; expected "));
 }
 
 TEST(CommandLine, MissingDumpIsNamed) {

@@ -140,9 +140,10 @@ TEST(Explain, SendsWhoeverCannotLoadToLint) {
     const json error = json::parse(result.output).at("error");
     EXPECT_EQ(error.at("operation"), "load description");
     EXPECT_EQ(error.at("status"), -313322);
-    EXPECT_NE(error.at("reason").get<std::string>().find("[UpstreamTAV] DeviceCategory"),
-              std::string::npos);
-    EXPECT_NE(error.at("reason").get<std::string>().find("tavctl lint"), std::string::npos);
+    EXPECT_EQ(error.at("object"), folder.file("PCI Hardware Descriptions/box.ini:1:2"));
+    EXPECT_EQ(error.at("reason"), "[UpstreamTAV] has no key DeviceCategory; expected "
+                                  "DeviceCategory, spelled exactly so; \"tavctl lint\" shows "
+                                  "every problem");
 }
 
 TEST(Explain, ModelThatIsNotListedOrNotDescribedExitsWithOne) {

@@ -6,12 +6,14 @@
 #include "pxidrivertools/ini/iniLookup.h"
 #include "source/descriptionLoader.h"
 #include "source/exceptionStatus.h"
+#include "tavctl/description/loadFailure.h"
 #include "tavctl/lint/lint.h"
 #include "tests/support/fileFolder.h"
 #include "tests/tavctl/explain/descriptionMutations.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -34,6 +36,20 @@ std::int32_t loadStatus(const std::string& path) {
     }
 }
 
+// What the commands say that cannot go on without the file is one of the findings of lint.
+void expectToldAsLintDoes(const tavctl::Failure& failure, std::int32_t status,
+                          const Report& report) {
+    EXPECT_EQ(failure.operation, "load description");
+    EXPECT_EQ(failure.status, status);
+    EXPECT_TRUE(std::any_of(report.findings.begin(), report.findings.end(),
+                            [&](const auto& each) {
+                                return each.endsLoad && each.placeText() == failure.object &&
+                                       each.sentence() == failure.reason;
+                            }))
+        << failure.sentence() << "\n"
+        << reportAsText(report);
+}
+
 void expectSameVerdict(const std::string& path, const std::string& text) {
     const std::int32_t status = loadStatus(path);
     const Description description(path);
@@ -43,6 +59,7 @@ void expectSameVerdict(const std::string& path, const std::string& text) {
     if (status != 0) {
         ASSERT_EQ(description.reads().problems().front().status, status) << text;
         ASSERT_GT(report.errors(), 0U);
+        expectToldAsLintDoes(loadFailure(description), status, report);
     }
 }
 

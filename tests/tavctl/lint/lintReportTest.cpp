@@ -41,7 +41,7 @@ TEST(LintReport, ShowsPlaceLineCaretFoundAndExpected) {
               file + ":3:18: error: unknown-category\n"
                      "    DeviceCategory = pci\n"
                      "                     ^~~\n"
-                     "  found: \"pci\" is no device category\n"
+                     "  found: DeviceCategory: \"pci\" is no device category\n"
                      "  expected: exactly PCI, Expresscard or SwitchboxTav\n"
                      "\n"
                      "1 file, 1 error, 0 warnings\n"

@@ -197,7 +197,8 @@ TEST(NamesCommand, FaultyDescriptionsAreNamed) {
     names.folder.write("bad/PCI Hardware Descriptions/a.ini", "[UpstreamTAV]\n");
     EXPECT_TRUE(says(runTavctl("names check " + kDump + "--descriptions " +
                                names.folder.file("bad") + " --state " + names.folder.file("state")),
-                     3, "bad/PCI Hardware Descriptions/a.ini): [UpstreamTAV] Model: "));
+                     3,
+                     "bad/PCI Hardware Descriptions/a.ini:1:2): [UpstreamTAV] has no key Model; "));
 }
 
 TEST(NamesCommand, LockThatCannotBeTakenIsNamed) {

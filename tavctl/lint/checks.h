@@ -1,0 +1,15 @@
+// What lint checks beyond whether a description loads, by what is looked at. Each check adds what
+// it finds.
+#pragma once
+
+#include "tavctl/description/findings.h"
+
+namespace tavctl::lint {
+
+void checkLines(const Description& description, Findings& findings);    // lines and names
+void checkValues(const Description& description, Findings& findings);   // values that load
+void checkLists(const Description& description, Findings& findings);    // items of lists
+void checkMaps(const Description& description, Findings& findings);     // traversal maps
+void checkMatching(const Description& description, Findings& findings); // the model as a whole
+
+} // namespace tavctl::lint
