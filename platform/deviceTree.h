@@ -1,12 +1,8 @@
-// The system's tree of devices, as far as slot paths are derived from it.
+// A tree of devices, as far as slot paths are derived from it.
 #pragma once
-
-#include "platform/systemCode.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <string>
 
 namespace platform {
 
@@ -34,11 +30,5 @@ public:
     virtual bool identifier(DeviceNode node, char* buffer, std::size_t capacity) = 0;
     virtual bool open(const char* identifier, DeviceNode& result) = 0;
 };
-
-// The tree of this system, and the node in it of the PCI function at an address of segment 0.
-// Raises std::bad_alloc.
-std::unique_ptr<DeviceTree> makeDeviceTree();
-bool findPciFunction(DeviceTree& tree, std::uint8_t bus, std::uint8_t device, std::uint8_t function,
-                     DeviceNode& result);
 
 } // namespace platform

@@ -59,7 +59,8 @@ public:
     virtual void close() noexcept = 0;
 };
 
-// The devices of this system. Raises std::bad_alloc.
-std::unique_ptr<PciDevices> makePciDevices();
+// The devices that the system itself lists; null on a system that lists none, and while the
+// functions of a recorded bus stand for them (see deviceBusLocation()). Raises std::bad_alloc.
+std::unique_ptr<PciDevices> makeSystemDevices();
 
 } // namespace platform

@@ -1,5 +1,6 @@
 #include "quil/cQUILDeviceFinder.h"
 
+#include "machine/machineDevices.h"
 #include "quil/systemStatus.h"
 #include "quil/zoerr.h"
 
@@ -59,7 +60,7 @@ void readAll(tEnumeratedDevice& device, const Reading<Field> (&readings)[Count])
 
 } // namespace
 
-cQUILDeviceFinder::cQUILDeviceFinder() : cQUILDeviceFinder(platform::makePciDevices()) {}
+cQUILDeviceFinder::cQUILDeviceFinder() : cQUILDeviceFinder(machine::makePciDevices()) {}
 
 cQUILDeviceFinder::cQUILDeviceFinder(std::unique_ptr<platform::PciDevices> devices)
     : devices_(std::move(devices)) {}

@@ -18,7 +18,7 @@ import sys
 
 # What is shipped. Branches that only an exception takes are not counted: each call has one.
 ROOMS = ["include", "source", "pciBrdWrapper", "pxidrivertools", "quil", "platform", "pcibus",
-         "zopcibrd", "tavctl"]
+         "machine", "zopcibrd", "tavctl"]
 LEAST_LINES = 95.0
 
 

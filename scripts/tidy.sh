@@ -7,6 +7,6 @@ set -euo pipefail
 build=${1:?usage: $0 BUILD-FOLDER [JOBS]}
 jobs=${2:-2}
 git ls-files 'source/*.cpp' 'pciBrdWrapper/*.cpp' 'pxidrivertools/*.cpp' 'quil/*.cpp' \
-    'platform/*.cpp' 'pcibus/*.cpp' 'zopcibrd/*.cpp' 'tavctl/*.cpp' |
+    'platform/*.cpp' 'pcibus/*.cpp' 'machine/*.cpp' 'zopcibrd/*.cpp' 'tavctl/*.cpp' |
     grep -v '^platform/windows/' |
     xargs -P "$jobs" -n 1 clang-tidy --quiet -p "$build"

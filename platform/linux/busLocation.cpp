@@ -9,4 +9,8 @@ std::optional<std::string> busLocation() {
     return recorded != nullptr && *recorded != '\0' ? recorded : "/sys";
 }
 
+std::optional<std::string> deviceBusLocation() {
+    return busLocation();
+}
+
 } // namespace platform

@@ -1,12 +1,17 @@
 #include "platform/busLocation.h"
 
 #include "platform/windows/environmentVariable.h"
+#include "platform/windows/hostVariable.h"
 
 namespace platform {
 
 // The system publishes no tree of configuration spaces.
 std::optional<std::string> busLocation() {
     return environmentVariable(L"TAV_PCI_DUMP");
+}
+
+std::optional<std::string> deviceBusLocation() {
+    return hostVariable(kHostPciFunctions);
 }
 
 } // namespace platform

@@ -2,8 +2,7 @@
 // bus driver publishes in their hardware keys.
 #include "platform/pciDevices.h"
 
-#include "platform/bus/busDevices.h"
-#include "platform/windows/hostVariable.h"
+#include "platform/busLocation.h"
 #include "platform/windows/setupDeviceTree.h"
 
 namespace platform {
@@ -84,9 +83,9 @@ private:
 
 } // namespace
 
-std::unique_ptr<PciDevices> makePciDevices() {
-    if (hostVariable(kHostPciFunctions))
-        return makeBusDevices([] { return hostVariable(kHostPciFunctions); });
+std::unique_ptr<PciDevices> makeSystemDevices() {
+    if (deviceBusLocation())
+        return nullptr;
     return std::make_unique<SetupDevices>();
 }
 

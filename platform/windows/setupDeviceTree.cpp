@@ -3,6 +3,7 @@
 #include <cfgmgr32.h>
 
 #include <cstring>
+#include <string>
 
 namespace platform {
 

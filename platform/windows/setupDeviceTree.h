@@ -18,8 +18,6 @@ public:
     // Makes a device of the list a node of the tree. Raises std::bad_alloc.
     DeviceNode add(const SP_DEVINFO_DATA& device);
 
-    [[nodiscard]] HDEVINFO list() const noexcept { return list_; }
-
     bool enumeratorName(DeviceNode node, char* buffer, std::size_t capacity) override;
     bool address(DeviceNode node, std::uint32_t& value) override;
     bool parent(DeviceNode node, DeviceNode& result) override;

@@ -1,7 +1,7 @@
 #include "tavctl/match/visibleBus.h"
 
+#include "machine/machineDevices.h"
 #include "platform/busLocation.h"
-#include "platform/pciDevices.h"
 #include "quil/systemStatus.h"
 #include "quil/zoerr.h"
 #include "source/exceptionStatus.h"
@@ -67,7 +67,7 @@ void addDevices(std::vector<pcibus::PciFunction>& functions) {
     std::set<std::uint32_t> known;
     for (const pcibus::PciFunction& bridge : functions)
         known.insert(bridge.handle());
-    const auto devices = platform::makePciDevices();
+    const auto devices = machine::makePciDevices();
     const platform::SystemCode code = devices->open();
     if (code != platform::kNoSystemError)
         throw FailureException({"list devices",

@@ -1,7 +1,7 @@
 // Pipes, folders, devices and links in place of each file that the product opens: nobody waits for
 // ever, nothing fills the memory, nothing is put in their place, and what is wrong is told.
-#include "platform/bus/busTree.h"
-#include "platform/bus/machineBus.h"
+#include "machine/busTree.h"
+#include "machine/machineBus.h"
 #include "source/cPciTavFilesystem.h"
 #include "tests/hostile/boundedRun.h"
 #include "tests/hostile/documentedStatuses.h"
@@ -182,9 +182,9 @@ TEST_F(SpecialFiles, InPlaceOfTheNameOfARootBridgeHoldNobodyUp) {
     for (const Kind kind : kKinds) {
         SCOPED_TRACE(testhostile::nameOf(kind));
         put(kind, place);
-        std::shared_ptr<const platform::MachineBus> bus;
-        ASSERT_EQ(platform::readMachineBus(sys.string(), bus), platform::kNoSystemError);
-        platform::BusTree tree(bus);
+        std::shared_ptr<const machine::MachineBus> bus;
+        ASSERT_EQ(machine::readMachineBus(sys.string(), bus), platform::kNoSystemError);
+        machine::BusTree tree(bus);
         platform::DeviceNode port = 0;
         EXPECT_TRUE(tree.open("PCI\\0000:00:1c.0", port));
     }

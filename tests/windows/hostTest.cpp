@@ -1,9 +1,9 @@
 // What a host program puts in force for itself on Windows, where nobody else may: the variables,
 // the configuration, the recorded bus; and the words of its command line.
+#include "machine/machineDevices.h"
 #include "platform/busLocation.h"
 #include "platform/configurationValue.h"
 #include "platform/hostConfiguration.h"
-#include "platform/pciDevices.h"
 #include "platform/windows/environmentVariable.h"
 #include "platform/windows/hostVariable.h"
 #include "pxidrivertools/configuration.h"
@@ -154,7 +154,8 @@ TEST(WindowsRecordedBus, StandsForTheSystemsDevicesInThisProcessOnly) {
     EXPECT_EQ(platform::busLocation(), std::nullopt);
     ASSERT_EQ(platform::useRecordedBus(kDump.string()), 0U);
     EXPECT_EQ(platform::busLocation(), kDump.string());
-    const auto devices = platform::makePciDevices();
+    EXPECT_EQ(platform::makeSystemDevices(), nullptr);
+    const auto devices = machine::makePciDevices();
     ASSERT_EQ(devices->open(), 0U);
     ASSERT_TRUE(devices->has(0));
     EXPECT_EQ(devices->readProperty(0, "busType").value, 0x20706369U);

@@ -1,6 +1,6 @@
 // Slot paths out of Windows' own tree of devices. Wine's configuration manager knows no tree, so on
 // the real calls a derivation fails as documented; a tree behind the same calls shows the rest.
-#include "platform/pciDevices.h"
+#include "machine/machineDevices.h"
 #include "quil/deviceProperty.h"
 #include "quil/slotPathDerivation.h"
 #include "tests/support/windows/presentDevice.h"
@@ -69,7 +69,7 @@ protected:
     }
 
     RegistryTree device_ = makePresentDevice(someFunction());
-    std::unique_ptr<platform::PciDevices> devices_ = platform::makePciDevices();
+    std::unique_ptr<platform::PciDevices> devices_ = machine::makePciDevices();
     std::size_t index_ = 0;
     platform::DeviceTree* tree_ = nullptr;
     platform::DeviceNode node_ = 0;

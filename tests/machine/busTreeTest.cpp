@@ -1,17 +1,16 @@
 // The tree of devices, told from recorded buses.
-#include "platform/deviceTree.h"
+#include "machine/busTree.h"
 
-#include "tests/support/environmentValue.h"
 #include "tests/support/machines.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,7 +30,7 @@ protected:
         machine_.bus.writeSysfs(root());
         for (const char* bus : {"00", "40"})
             std::filesystem::remove_all(firmware(bus));
-        variable_.set(root().string());
+        location_ = root().string();
     }
 
     [[nodiscard]] std::filesystem::path root() const { return folder_.path() / "sys"; }
@@ -42,7 +41,10 @@ protected:
         std::filesystem::create_directories(firmware(bus));
         std::ofstream(firmware(bus) / "hid") << content;
     }
-    void build() { tree_ = platform::makeDeviceTree(); }
+    void build() {
+        ASSERT_EQ(machine::readMachineBus(location_, bus_), platform::kNoSystemError);
+        tree_ = std::make_unique<machine::BusTree>(bus_);
+    }
 
     [[nodiscard]] DeviceNode at(const std::string& identifier) const {
         DeviceNode node = kPoison;
@@ -81,7 +83,8 @@ protected:
 
     testsupport::TemporaryFolder folder_;
     testsupport::machines::Switch machine_;
-    testsupport::EnvironmentValue variable_{"TAV_PCI_DUMP", std::nullopt};
+    std::string location_;
+    std::shared_ptr<const machine::MachineBus> bus_;
     std::unique_ptr<DeviceTree> tree_;
 };
 
@@ -114,7 +117,7 @@ TEST_F(Tree, RootBridgesWithoutFunctionsAreThereToo) {
 }
 
 TEST_F(Tree, DumpSaysNothingOfFirmware) {
-    variable_.set(folder_.file("machine.dump", machine_.bus.dump()).string());
+    location_ = folder_.file("machine.dump", machine_.bus.dump()).string();
     build();
     EXPECT_THAT(children("MACHINE\\0"), ElementsAre("BUS\\PCI\\00", "BUS\\PCI\\40"));
     EXPECT_THAT(children("BUS\\PCI\\40"), ElementsAre("PCI\\0000:40:03.1"));
@@ -139,7 +142,7 @@ TEST_F(Tree, FunctionsHangBelowTheirBridges) {
 
 TEST_F(Tree, OfTwoBridgesWithOneBusTheParentAloneHasChildren) {
     machine_.bus.setSecondaryBus(machine_.downB, 3);
-    variable_.set(folder_.file("machine.dump", machine_.bus.dump()).string());
+    location_ = folder_.file("machine.dump", machine_.bus.dump()).string();
     build();
     EXPECT_THAT(children("PCI\\0000:02:01.0"),
                 ElementsAre("PCI\\0000:03:00.0", "PCI\\0000:03:00.1"));
@@ -148,7 +151,7 @@ TEST_F(Tree, OfTwoBridgesWithOneBusTheParentAloneHasChildren) {
 
 TEST_F(Tree, BridgeThatIsNotConfiguredHasNoChildren) {
     machine_.bus.setSecondaryBus(machine_.downB, 0);
-    variable_.set(folder_.file("machine.dump", machine_.bus.dump()).string());
+    location_ = folder_.file("machine.dump", machine_.bus.dump()).string();
     build();
     EXPECT_THAT(children("PCI\\0000:02:02.0"), ElementsAre());
 }
@@ -185,9 +188,9 @@ TEST_F(Tree, TextsThatDoNotFitFailAndLeaveTheBuffer) {
 TEST_F(Tree, OpensNothingByOtherIdentifiers) {
     build();
     for (const char* identifier :
-         {"", "PCI\\0000:05:00.0", "PCI\\0000:00:1C.0", "PCI\\0000:00:1c.0x", "PCI\\0000:0:1c.0",
-          "PCI\\0001:00:1c.0", "PCI\\0000:00:3c.0", "PCI\\0000:00:1c.8", "BUS\\PCI\\01",
-          "ACPI\\PNP0A08\\00", "MACHINE"}) {
+         {"", "PCI\\0000:05:00.0", "PCI\\0000:41:1f.6", "PCI\\0000:40:03.9", "PCI\\0000:00:1C.0",
+          "PCI\\0000:00:1c.0x", "PCI\\0000:0:1c.0", "PCI\\0001:00:1c.0", "PCI\\0000:00:3c.0",
+          "PCI\\0000:00:1c.8", "BUS\\PCI\\01", "ACPI\\PNP0A08\\00", "MACHINE"}) {
         DeviceNode node = kPoison;
         EXPECT_FALSE(tree_->open(identifier, node)) << identifier;
         EXPECT_EQ(node, kPoison);
@@ -213,30 +216,28 @@ TEST_F(Tree, UnknownNodesAnswerNothing) {
     }
 }
 
-TEST_F(Tree, FindsFunctionsByTheirAddress) {
+TEST_F(Tree, FunctionsHaveTheNodesThatTheirIdentifiersOpen) {
     build();
-    DeviceNode node = kPoison;
-    EXPECT_TRUE(platform::findPciFunction(*tree_, 0x41, 0x1F, 7, node));
-    EXPECT_EQ(node, at("PCI\\0000:41:1f.7"));
-    node = kPoison;
-    EXPECT_FALSE(platform::findPciFunction(*tree_, 0x41, 0x1F, 6, node));
-    EXPECT_FALSE(platform::findPciFunction(*tree_, 0x00, 0x3C, 0, node)); // no such device number
-    EXPECT_FALSE(platform::findPciFunction(*tree_, 0x40, 3, 9, node));
-    EXPECT_EQ(node, kPoison);
+    ASSERT_EQ(bus_->bus.functions().size(), 10U);
+    for (const pcibus::PciFunction& function : bus_->bus.functions())
+        EXPECT_EQ(machine::BusTree::nodeOf(function),
+                  at("PCI\\0000:" + pcibus::addressText(function)));
 }
 
 TEST_F(Tree, BusThatCannotBeReadHasNothing) {
-    variable_.set((folder_.path() / "missing").string());
-    build();
+    EXPECT_EQ(machine::readMachineBus((folder_.path() / "missing").string(), bus_),
+              static_cast<platform::SystemCode>(ENOENT));
+    ASSERT_EQ(bus_, nullptr);
+    machine::BusTree tree(bus_);
     DeviceNode node = kPoison;
-    EXPECT_FALSE(tree_->open("MACHINE\\0", node));
-    EXPECT_FALSE(tree_->firstChild(0x10100, node));
-    EXPECT_FALSE(platform::findPciFunction(*tree_, 0, 0, 0, node));
+    EXPECT_FALSE(tree.open("MACHINE\\0", node));
+    EXPECT_FALSE(tree.open("PCI\\0000:00:00.0", node));
+    EXPECT_FALSE(tree.firstChild(0x10100, node));
     EXPECT_EQ(node, kPoison);
 }
 
 TEST_F(Tree, EmptyBusHasTheMachineAlone) {
-    variable_.set(folder_.file("empty.dump", "").string());
+    location_ = folder_.file("empty.dump", "").string();
     build();
     EXPECT_THAT(children("MACHINE\\0"), ElementsAre());
 }

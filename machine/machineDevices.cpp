@@ -1,28 +1,35 @@
-#include "platform/bus/busDevices.h"
+#include "machine/machineDevices.h"
 
-#include "platform/bus/busTree.h"
-#include "platform/bus/machineBus.h"
+#include "machine/busTree.h"
+#include "machine/machineBus.h"
+#include "platform/busLocation.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-namespace platform {
+namespace machine {
 
 namespace {
 
+using pcibus::PciFunction;
+using platform::kNoSystemError;
+using platform::kNotFound;
+using platform::PropertyRead;
+using platform::SystemCode;
+
 struct Property {
     std::string_view name;
-    std::uint32_t (*value)(const pcibus::PciFunction& function);
+    std::uint32_t (*value)(const PciFunction& function);
 };
 
-using pcibus::PciFunction;
-
 constexpr Property kProperties[] = {
-    {"busType", [](const PciFunction&) { return kPciBusType; }},
+    {"busType", [](const PciFunction&) { return platform::kPciBusType; }},
     {"pciVendorID", [](const PciFunction& f) -> std::uint32_t { return f.vendorId; }},
     {"pciDeviceID", [](const PciFunction& f) -> std::uint32_t { return f.deviceId; }},
     {"pciSubsystemVendorID",
@@ -59,15 +66,13 @@ PropertyRead failure(PropertyRead::Step step, SystemCode code) {
     return read;
 }
 
-class BusDevices : public PciDevices {
+class MachineDevices : public platform::PciDevices {
 public:
-    explicit BusDevices(BusLocator locator) : locate_(locator) {}
-
     // The bus is read by the first call; a further list is one of the same bus.
     SystemCode open() override {
         listed_ = false;
         if (!machine_) {
-            const std::optional<std::string> location = locate_();
+            const std::optional<std::string> location = platform::deviceBusLocation();
             const SystemCode code = location ? readMachineBus(*location, machine_) : kNotFound;
             if (code != kNoSystemError)
                 return code;
@@ -81,7 +86,7 @@ public:
         return listed_ && index < machine_->bus.functions().size();
     }
 
-    std::size_t nextToAsk(std::size_t index, const SoughtIds& sought) override {
+    std::size_t nextToAsk(std::size_t index, const platform::SoughtIds& sought) override {
         const Identified from{
             packed(sought.vendor, sought.device, sought.subsystemVendor, sought.subsystem), index};
         const auto found = std::lower_bound(byIds_.begin(), byIds_.end(), from);
@@ -101,7 +106,7 @@ public:
         return failure(PropertyRead::Step::value, kNotFound);
     }
 
-    DeviceTree* locate(std::size_t index, DeviceNode& node) override {
+    platform::DeviceTree* locate(std::size_t index, platform::DeviceNode& node) override {
         if (!has(index))
             return nullptr;
         if (!tree_)
@@ -113,7 +118,6 @@ public:
     void close() noexcept override { listed_ = false; }
 
 private:
-    BusLocator locate_;
     std::shared_ptr<const MachineBus> machine_;
     std::vector<Identified> byIds_; // ascending
     std::unique_ptr<BusTree> tree_;
@@ -122,8 +126,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<PciDevices> makeBusDevices(BusLocator locate) {
-    return std::make_unique<BusDevices>(locate);
+std::unique_ptr<platform::PciDevices> makePciDevices() {
+    if (auto listed = platform::makeSystemDevices())
+        return listed;
+    return std::make_unique<MachineDevices>();
 }
 
-} // namespace platform
+} // namespace machine

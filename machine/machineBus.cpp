@@ -1,4 +1,4 @@
-#include "platform/bus/machineBus.h"
+#include "machine/machineBus.h"
 
 #include "pcibus/readBus.h"
 #include "platform/file.h"
@@ -8,24 +8,26 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace platform {
+namespace machine {
+
+using platform::SystemCode;
 
 SystemCode readMachineBus(const std::string& location, std::shared_ptr<const MachineBus>& result) {
     try {
         std::filesystem::path path;
         try {
-            path = utf8Path(location);
+            path = platform::utf8Path(location);
             result = std::make_shared<const MachineBus>(MachineBus{path, pcibus::readBus(path)});
-            return kNoSystemError;
+            return platform::kNoSystemError;
         } catch (const std::runtime_error&) { // of the bus, or no path at all
             std::error_code ignored;
             const bool isThere = std::filesystem::is_directory(path, ignored) ||
-                                 openStream(location.c_str(), "rb") != nullptr;
-            return isThere ? malformedDataCode() : lastSystemCode();
+                                 platform::openStream(location.c_str(), "rb") != nullptr;
+            return isThere ? platform::malformedDataCode() : platform::lastSystemCode();
         }
     } catch (const std::bad_alloc&) {
-        return outOfMemoryCode();
+        return platform::outOfMemoryCode();
     }
 }
 
-} // namespace platform
+} // namespace machine

@@ -1,4 +1,4 @@
-#include "platform/bus/busTree.h"
+#include "machine/busTree.h"
 
 #include "platform/folderReader.h"
 
@@ -14,9 +14,11 @@
 #include <system_error>
 #include <utility>
 
-namespace platform {
+namespace machine {
 
 namespace {
+
+using platform::DeviceNode;
 
 // A function's node is its handle; the others follow behind the last possible one.
 constexpr DeviceNode kFirstRoot = 0x10000;
@@ -37,7 +39,7 @@ std::string busText(std::size_t bus) {
 std::string hardwareId(const std::filesystem::path& rootFolder) {
     std::array<std::uint8_t, 64> bytes{};
     std::size_t size = 0;
-    if (FolderReader(rootFolder).readFirst("firmware_node/hid", bytes, size) != 0)
+    if (platform::FolderReader(rootFolder).readFirst("firmware_node/hid", bytes, size) != 0)
         return {};
     const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(size);
     return {bytes.begin(), std::find(bytes.begin(), end, '\n')};
@@ -73,12 +75,8 @@ BusTree::BusTree(std::shared_ptr<const MachineBus> machine) : machine_(std::move
     }
 }
 
-DeviceNode BusTree::nodeOf(const pcibus::PciFunction& function) {
+platform::DeviceNode BusTree::nodeOf(const pcibus::PciFunction& function) {
     return function.handle();
-}
-
-std::string BusTree::identifierOf(const pcibus::PciFunction& function) {
-    return "PCI\\0000:" + pcibus::addressText(function);
 }
 
 const pcibus::PciFunction* BusTree::functionOf(DeviceNode node) const {
@@ -89,7 +87,7 @@ const pcibus::PciFunction* BusTree::functionOf(DeviceNode node) const {
 
 std::string BusTree::identifierOf(DeviceNode node) const {
     if (const pcibus::PciFunction* const function = functionOf(node))
-        return identifierOf(*function);
+        return "PCI\\0000:" + pcibus::addressText(*function);
     const auto other = others_.find(node);
     return other == others_.end() ? std::string() : other->second;
 }
@@ -187,4 +185,4 @@ bool BusTree::open(const char* identifier, DeviceNode& result) {
     return true;
 }
 
-} // namespace platform
+} // namespace machine

@@ -1,5 +1,5 @@
 // The list of devices, told from recorded buses.
-#include "platform/pciDevices.h"
+#include "machine/machineDevices.h"
 
 #include "tests/support/environmentValue.h"
 #include "tests/support/machines.h"
@@ -36,7 +36,7 @@ protected:
     testsupport::machines::Switch machine_;
     std::filesystem::path dump_ = folder_.file("machine.dump", machine_.bus.dump());
     testsupport::EnvironmentValue variable_{"TAV_PCI_DUMP", dump_.string()};
-    std::unique_ptr<PciDevices> devices_ = platform::makePciDevices();
+    std::unique_ptr<PciDevices> devices_ = machine::makePciDevices();
 };
 
 TEST_F(Devices, AreTheFunctionsOfTheBusWithTheirNumbers) {
@@ -120,7 +120,7 @@ TEST_F(Devices, OneObjectReadsTheBusOnce) {
     std::filesystem::remove(dump_);
     ASSERT_EQ(devices_->open(), 0U);
     EXPECT_TRUE(devices_->has(9));
-    EXPECT_EQ(platform::makePciDevices()->open(), static_cast<SystemCode>(ENOENT));
+    EXPECT_EQ(machine::makePciDevices()->open(), static_cast<SystemCode>(ENOENT));
 }
 
 TEST_F(Devices, BusThatIsNotThereFailsWithTheSystemsCode) {
