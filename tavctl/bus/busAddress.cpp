@@ -2,9 +2,6 @@
 
 #include "tavctl/words/failure.h"
 
-#include <array>
-#include <cstdio>
-
 namespace tavctl {
 
 namespace {
@@ -62,12 +59,6 @@ std::optional<std::uint32_t> readBusAddress(std::string_view text) {
     if (!function || *function > kMaxFunction || !text.empty())
         return std::nullopt;
     return *bus << 8 | *device << 3 | *function;
-}
-
-std::string busAddressText(std::uint32_t bus, std::uint32_t device, std::uint32_t function) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%02x:%02x.%x", bus, device, function);
-    return text.data();
 }
 
 const pcibus::PciFunction& functionAtAddress(const pcibus::Bus& bus, const std::string& text) {

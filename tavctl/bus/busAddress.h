@@ -14,9 +14,6 @@ namespace tavctl {
 // Nothing for any other text.
 std::optional<std::uint32_t> readBusAddress(std::string_view text);
 
-// "01:00.0"
-std::string busAddressText(std::uint32_t bus, std::uint32_t device, std::uint32_t function);
-
 // The function that a command-line option names. Raises FailureException with
 // ExitStatus::problemFound for a text that is no address and for an address where nothing is.
 const pcibus::PciFunction& functionAtAddress(const pcibus::Bus& bus, const std::string& text);

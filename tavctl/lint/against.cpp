@@ -23,7 +23,7 @@ std::vector<FoundModel> modelsOn(const std::shared_ptr<const pcibus::Bus>& bus,
     for (const MatchedDevice& device : ModelMatcher(recordedBus(bus)).match(models)) {
         const auto& record = device.record;
         found.push_back({Change::has, record.modelName,
-                         busAddressText(record.bus, record.device, record.function),
+                         pcibus::addressTextOf(record.bus, record.device, record.function),
                          device.slotPath});
     }
     return found;

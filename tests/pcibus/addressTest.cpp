@@ -1,6 +1,8 @@
 // Addresses as dumps and folders of the system begin with them.
 #include "pcibus/address.h"
 
+#include "pcibus/pciFunction.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -22,6 +24,14 @@ TEST(Address, OtherTextsBeginWithNone) {
     for (const char* text : {"", "00", "00:", "00:1c", "00:1c.", "00:1c:0", "000:1c.0", "0000:1c.0",
                              "00:g0.0", "00:0g.0", "00:00.g", "0000:0g:00.0", "000000000:00:00.0"})
         EXPECT_FALSE(readAddress(text)) << text;
+}
+
+TEST(Address, IsWrittenAsReadersOfLspciKnowIt) {
+    pcibus::PciFunction function;
+    function.bus = 0x0A;
+    function.device = 0x1C;
+    function.function = 3;
+    EXPECT_EQ(pcibus::addressText(function), "0a:1c.3");
 }
 
 } // namespace

@@ -20,8 +20,4 @@ TEST(BusAddress, EverythingElseIsNone) {
         EXPECT_EQ(readBusAddress(text), std::nullopt) << text;
 }
 
-TEST(BusAddress, IsWrittenAsReadersOfLspciKnowIt) {
-    EXPECT_EQ(tavctl::busAddressText(0x0A, 0x1C, 3), "0a:1c.3");
-}
-
 } // namespace

@@ -20,7 +20,7 @@ using testing::ElementsAre;
 using testsupport::BusBuilder;
 
 std::string toldAddress(const tBusAddress& address) {
-    return tavctl::busAddressText(address.bus, address.device, address.function);
+    return pcibus::addressTextOf(address.bus, address.device, address.function);
 }
 
 std::string toldAddress(const std::optional<tBusAddress>& address) {
