@@ -178,7 +178,8 @@ bool BusTree::open(const char* identifier, DeviceNode& result) {
     if (std::sscanf(identifier, "PCI\\0000:%2x:%2x.%1x", &bus, &device, &function) != 3)
         return false;
     // Only a text that is written just so names the function.
-    const DeviceNode node = bus << 8 | (device & 31U) << 3 | (function & 7U);
+    const DeviceNode node =
+        bus << 8 | (device & pcibus::kMaxDevice) << 3 | (function & pcibus::kMaxFunction);
     if (functionOf(node) == nullptr || identifierOf(node) != identifier)
         return false;
     result = node;

@@ -40,12 +40,6 @@ constexpr Property kProperties[] = {
     {"pciFunctionNumber", [](const PciFunction& f) -> std::uint32_t { return f.function; }},
 };
 
-constexpr std::uint64_t packed(std::uint16_t vendor, std::uint16_t device,
-                               std::uint16_t subsystemVendor, std::uint16_t subsystem) {
-    return std::uint64_t{vendor} << 48 | std::uint64_t{device} << 32 |
-           std::uint64_t{subsystemVendor} << 16 | subsystem;
-}
-
 // A function's identifiers and its position.
 using Identified = std::pair<std::uint64_t, std::size_t>;
 
@@ -53,8 +47,7 @@ std::vector<Identified> sortedByIds(std::span<const PciFunction> functions) {
     std::vector<Identified> result;
     result.reserve(functions.size());
     for (const PciFunction& f : functions)
-        result.emplace_back(packed(f.vendorId, f.deviceId, f.subsystemVendorId, f.subsystemId),
-                            result.size());
+        result.emplace_back(f.ids().packed(), result.size());
     std::sort(result.begin(), result.end());
     return result;
 }
@@ -86,9 +79,8 @@ public:
         return listed_ && index < machine_->bus.functions().size();
     }
 
-    std::size_t nextToAsk(std::size_t index, const platform::SoughtIds& sought) override {
-        const Identified from{
-            packed(sought.vendor, sought.device, sought.subsystemVendor, sought.subsystem), index};
+    std::size_t nextToAsk(std::size_t index, const platform::PciIds& sought) override {
+        const Identified from{sought.packed(), index};
         const auto found = std::lower_bound(byIds_.begin(), byIds_.end(), from);
         return found != byIds_.end() && found->first == from.first ? found->second : byIds_.size();
     }

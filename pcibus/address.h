@@ -35,9 +35,6 @@ struct Address {
     std::size_t length = 0; // characters it took
 };
 
-inline constexpr unsigned kMaxDevice = 31;
-inline constexpr unsigned kMaxFunction = 7;
-
 // The address that the text begins with: "BB:DD.F" or "DDDD:BB:DD.F" with four to eight digits of
 // domain, all hexadecimal. Nothing when the text does not begin so.
 std::optional<Address> readAddress(std::string_view text);

@@ -8,15 +8,6 @@ namespace {
 
 constexpr std::uint32_t kMaxHandle = 0xFFFF;
 
-constexpr std::uint64_t packed(const PciIds& ids) {
-    return std::uint64_t{ids.vendorId} << 48 | std::uint64_t{ids.deviceId} << 32 |
-           std::uint64_t{ids.subsystemVendorId} << 16 | ids.subsystemId;
-}
-
-constexpr PciIds idsOf(const PciFunction& function) {
-    return {function.vendorId, function.deviceId, function.subsystemVendorId, function.subsystemId};
-}
-
 // Of two functions at one address the one that is named later comes later, to be the one at fault.
 bool comesBefore(const PciFunction& a, const PciFunction& b) {
     return a.handle() != b.handle() ? a.handle() < b.handle() : a.line < b.line;
@@ -42,7 +33,7 @@ void Bus::build(const Place& place) {
             continue;
         bridges_.push_back(function.handle());
         bridgesOfBus_[function.bus + std::size_t{1}] = static_cast<std::uint32_t>(bridges_.size());
-        byIds.emplace_back(packed(idsOf(function)), function.handle());
+        byIds.emplace_back(function.ids().packed(), function.handle());
         std::uint32_t& parent = parents_[function.secondaryBus];
         if (function.secondaryBus != 0 && parent == kNone)
             parent = position;
@@ -152,7 +143,7 @@ std::span<const std::uint32_t> Bus::childrenOf(const PciFunction& bridge) const 
 }
 
 std::span<const std::uint32_t> Bus::bridgesWithIds(const PciIds& ids) const {
-    const auto [first, last] = std::equal_range(ids_.begin(), ids_.end(), packed(ids));
+    const auto [first, last] = std::equal_range(ids_.begin(), ids_.end(), ids.packed());
     return std::span(bridgesByIds_)
         .subspan(static_cast<std::size_t>(first - ids_.begin()),
                  static_cast<std::size_t>(last - first));

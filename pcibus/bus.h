@@ -15,14 +15,6 @@
 
 namespace pcibus {
 
-// The four numbers that say what a function is.
-struct PciIds {
-    std::uint16_t vendorId = 0;
-    std::uint16_t deviceId = 0;
-    std::uint16_t subsystemVendorId = 0;
-    std::uint16_t subsystemId = 0;
-};
-
 // Every pointer and span handed out stays good as long as the Bus does, and is in ascending handle
 // order. No look-up scans the list of functions.
 class Bus {

@@ -21,8 +21,9 @@ namespace pcibus {
 // in the order of the dump. The bytes are good until it returns.
 using ConfigSink = std::function<void(const PciFunction&, std::span<const std::uint8_t>)>;
 
-// The functions of domain 0; those of other domains are checked and passed over. A text without
-// functions is an empty bus. `name` stands for the dump in messages. Raises BusError
+// A dump as a text, which whoever makes dumps has (the product reads files). The functions of
+// domain 0; those of other domains are checked and passed over. A text without functions is an
+// empty bus. `name` stands for the dump in messages. Raises BusError
 // ("name:line: reason") for a text that is malformed, and std::bad_alloc.
 Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink = {});
 

@@ -4,11 +4,14 @@
 
 namespace pcibus {
 
-std::string addressText(const PciFunction& function) {
-    char text[16];
-    std::snprintf(text, sizeof text, "%02x:%02x.%x", unsigned{function.bus},
-                  unsigned{function.device}, unsigned{function.function});
+std::string addressTextOf(unsigned bus, unsigned device, unsigned function) {
+    char text[32]; // wider than an address: numbers that are none are written too
+    std::snprintf(text, sizeof text, "%02x:%02x.%x", bus, device, function);
     return text;
+}
+
+std::string addressText(const PciFunction& function) {
+    return addressTextOf(function.bus, function.device, function.function);
 }
 
 } // namespace pcibus

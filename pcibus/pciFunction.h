@@ -2,16 +2,31 @@
 // a bridge what lies below.
 #pragma once
 
+#include "platform/pciIds.h"
+
 #include <cstdint>
 #include <string>
 
 namespace pcibus {
 
+using platform::PciIds;
+
+inline constexpr unsigned kMaxDevice = 31;  // on a bus
+inline constexpr unsigned kMaxFunction = 7; // of a device
+
+// The two numbers in one hop of a slot path.
+constexpr std::uint8_t deviceOfHop(std::uint8_t hop) {
+    return static_cast<std::uint8_t>(hop >> 3U);
+}
+constexpr std::uint8_t functionOfHop(std::uint8_t hop) {
+    return static_cast<std::uint8_t>(hop & kMaxFunction);
+}
+
 // Vendor 0xFFFF and the like are not special: whatever the bus publishes is carried as it is.
 struct PciFunction {
     std::uint8_t bus = 0;
-    std::uint8_t device = 0;     // 0 to 31
-    std::uint8_t function = 0;   // 0 to 7
+    std::uint8_t device = 0;     // 0 to kMaxDevice
+    std::uint8_t function = 0;   // 0 to kMaxFunction
     std::uint8_t headerType = 0; // without the multi-function bit
 
     std::uint16_t vendorId = 0;
@@ -36,10 +51,15 @@ struct PciFunction {
         return static_cast<std::uint8_t>(device << 3 | function);
     }
 
+    [[nodiscard]] constexpr PciIds ids() const {
+        return {vendorId, deviceId, subsystemVendorId, subsystemId};
+    }
+
     [[nodiscard]] constexpr bool isBridge() const { return headerType == 1; }
 };
 
-// The address as people write it: "00:1c.0".
+// An address as people write it: "00:1c.0".
 std::string addressText(const PciFunction& function);
+std::string addressTextOf(unsigned bus, unsigned device, unsigned function);
 
 } // namespace pcibus

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/deviceTree.h"
+#include "platform/pciIds.h"
 #include "platform/systemCode.h"
 
 #include <cstddef>
@@ -21,14 +22,6 @@ struct PropertyRead {
     std::uint32_t value = 0;
 };
 
-// What a search looks for, in the order in which it is published.
-struct SoughtIds {
-    std::uint16_t vendor = 0;
-    std::uint16_t device = 0;
-    std::uint16_t subsystemVendor = 0;
-    std::uint16_t subsystem = 0;
-};
-
 // What "busType" reads for a device on a PCI bus: "PCI " as four bytes.
 inline constexpr std::uint32_t kPciBusType = 0x20706369;
 
@@ -45,7 +38,7 @@ public:
 
     // The first position from `index` on whose device has to be asked whether it has these
     // identifiers. Only a list that knows the answer for others passes over them.
-    virtual std::size_t nextToAsk(std::size_t index, const SoughtIds& /*sought*/) { return index; }
+    virtual std::size_t nextToAsk(std::size_t index, const PciIds& /*sought*/) { return index; }
 
     // Reads the four-byte value `name` published for a device ("busType", "pciVendorID" and so on),
     // opening and closing whatever holds it.

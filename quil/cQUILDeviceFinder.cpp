@@ -70,8 +70,7 @@ void cQUILDeviceFinder::FindByPciIds(const tPciIds& ids, std::vector<tBusAddress
     if (nZOQUIL000::setSystemError(status, devices_->open(), kListSite))
         return zoerr::raiseIfFailed(status);
     const ListCloser closer(*devices_);
-    const platform::SoughtIds sought{ids.vendor, ids.device, ids.subsystemVendor, ids.subsystem};
-    const auto next = [&](std::size_t index) { return devices_->nextToAsk(index, sought); };
+    const auto next = [&](std::size_t index) { return devices_->nextToAsk(index, ids); };
     for (std::size_t index = next(0); devices_->has(index); index = next(index + 1)) {
         tEnumeratedDevice device{*devices_, index};
         if (!isPci(device))

@@ -1,17 +1,10 @@
-// The four identifiers of a PCI function, in the order in which they are compared and passed on.
+// The four identifiers of a PCI function, by the name that the plug-in's interfaces give them.
 #pragma once
 
-#include <cstdint>
+#include "platform/pciIds.h"
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
-struct tPciIds {
-    std::uint16_t vendor = 0;
-    std::uint16_t device = 0;
-    std::uint16_t subsystemVendor = 0;
-    std::uint16_t subsystem = 0;
-
-    bool operator==(const tPciIds&) const = default;
-};
+using tPciIds = platform::PciIds;
 
 } // namespace nZoTavManagerPciPlugin_15_0

@@ -19,9 +19,6 @@ namespace {
 using pcibus::Bus;
 using pcibus::PciFunction;
 
-constexpr unsigned kMaxDevice = 31;
-constexpr unsigned kMaxFunction = 7;
-
 // Runs a function's body, which answers a status and may raise.
 template <class Body>
 std::int32_t guarded(std::int32_t whenRaised, Body body) noexcept {
@@ -110,7 +107,7 @@ int32_t ZoPciBrd_FindBridgesByPciIds(uint32_t session, uint16_t vendor, uint16_t
 int32_t ZoPciBrd_FindBridgeByAddress(uint32_t session, uint8_t bus, uint8_t device,
                                      uint8_t function, uint32_t* bridge) {
     return withBus(session, [&](const Bus& all) {
-        const bool inRange = device <= kMaxDevice && function <= kMaxFunction;
+        const bool inRange = device <= pcibus::kMaxDevice && function <= pcibus::kMaxFunction;
         const auto handle = static_cast<std::uint32_t>(bus << 8 | device << 3 | function);
         return answerOne(inRange ? all.findBridge(handle) : nullptr, bridge);
     });

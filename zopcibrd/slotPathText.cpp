@@ -1,10 +1,7 @@
 #include "zopcibrd/slotPathText.h"
 
-#include "pcibus/position.h"
-#include "pxidrivertools/cSlotPath.h"
+#include "pxidrivertools/busPlace.h"
 #include "zopcibrd/zopcibrd.h"
-
-#include <vector>
 
 namespace zopcibrd {
 namespace {
@@ -14,7 +11,7 @@ using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cSlotPath;
 std::int32_t statusOf(const cSlotPath::tErrorStatus& status) {
     if (!status.failed())
         return 0;
-    return status.code == kPciBrdErrOutOfMemory ? kPciBrdErrOutOfMemory : kPciBrdErrInvalidArgument;
+    return status.code == nZOQUIL000::zoquilerr_memoryFull ? kPciBrdErrOutOfMemory : kPciBrdErrInvalidArgument;
 }
 
 } // namespace
@@ -26,8 +23,7 @@ std::int32_t findBridgeBySlotPath(const pcibus::Bus& bus, std::string_view text,
     path.ParseMachineText(text, status);
     if (const std::int32_t failure = statusOf(status))
         return failure;
-    const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
-    const pcibus::PciFunction* const found = functionAt(bus, path.rootBus, hops);
+    const pcibus::PciFunction* const found = functionAt(bus, path);
     if (found == nullptr || !found->isBridge())
         return kPciBrdErrNotFound;
     bridge = found->handle();
@@ -36,10 +32,8 @@ std::int32_t findBridgeBySlotPath(const pcibus::Bus& bus, std::string_view text,
 
 std::int32_t slotPathOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
                         std::string& text) {
-    const pcibus::Position position = positionOf(bus, bridge);
     cSlotPath path;
-    path.rootBus = position.rootBus;
-    path.hops.assign(position.hops().begin(), position.hops().end());
+    setSlotPath(path, bus, bridge);
     cSlotPath::tErrorStatus status;
     path.FormatMachineText(text, status);
     return statusOf(status);

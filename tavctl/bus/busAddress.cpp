@@ -7,8 +7,6 @@ namespace tavctl {
 namespace {
 
 constexpr std::uint32_t kMaxBus = 255;
-constexpr std::uint32_t kMaxDevice = 31;
-constexpr std::uint32_t kMaxFunction = 7;
 
 // One to `most` hexadecimal digits off the front.
 std::optional<std::uint32_t> takeNumber(std::string_view& text, std::size_t most) {
@@ -53,10 +51,10 @@ std::optional<std::uint32_t> readBusAddress(std::string_view text) {
     if (!bus || *bus > kMaxBus || !take(text, ':'))
         return std::nullopt;
     const auto device = takeNumber(text, 2);
-    if (!device || *device > kMaxDevice || !take(text, '.'))
+    if (!device || *device > pcibus::kMaxDevice || !take(text, '.'))
         return std::nullopt;
     const auto function = takeNumber(text, 1);
-    if (!function || *function > kMaxFunction || !text.empty())
+    if (!function || *function > pcibus::kMaxFunction || !text.empty())
         return std::nullopt;
     return *bus << 8 | *device << 3 | *function;
 }

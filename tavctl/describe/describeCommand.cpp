@@ -5,6 +5,7 @@
 #include "pxidrivertools/escapedText.h"
 #include "source/descriptionLoader.h"
 #include "tavctl/bus/busAddress.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/describe/draft.h"
 #include "tavctl/describe/proof.h"
 #include "tavctl/describe/watch.h"
@@ -101,10 +102,10 @@ ExitStatus runDescribe(const DescribeOptions& options) {
     const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
     describe::Draft draft = describe::draftOf(*bus, *bridge, options.request);
     if (options.watch) {
-        const std::string path = describe::slotPathOf(*bus, *bridge);
+        const std::string path = slotPathOf(*bus, *bridge);
         describe::Watch watch(std::cin, std::cerr, readBus);
         bus = watch.run(draft, path);
-        bridge = describe::functionAtSlotPath(*bus, path);
+        bridge = functionAtSlotPath(*bus, path);
     }
     const describe::Proof proof = describe::makeProvable(draft, bus, *bridge);
     if (!proof.lists)

@@ -45,7 +45,7 @@ std::string remarkOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge) 
     if (below.empty())
         return remark + "; nothing is behind it.";
     const pcibus::PciFunction& first = below.front();
-    remark += join({"; behind it ", pcibus::addressText(first), " (", idText(idsOf(first)), ")"});
+    remark += join({"; behind it ", pcibus::addressText(first), " (", idText(first.ids()), ")"});
     return remark + (below.size() == 1 ? "." : " and more.");
 }
 
@@ -209,17 +209,13 @@ private:
 
 } // namespace
 
-tPciIds idsOf(const pcibus::PciFunction& function) {
-    return {function.vendorId, function.deviceId, function.subsystemVendorId, function.subsystemId};
-}
-
 DraftBridge draftBridge(const pcibus::Bus& bus, const pcibus::PciFunction& anchor,
                         const pcibus::PciFunction& bridge, std::string name) {
     DraftBridge result;
     result.name = std::move(name);
     result.map =
         explain::mapBetween(pcibus::positionOf(bus, anchor), pcibus::positionOf(bus, bridge));
-    result.ids = idsOf(bridge);
+    result.ids = bridge.ids();
     result.remark = remarkOf(bus, bridge);
     return result;
 }
@@ -227,7 +223,7 @@ DraftBridge draftBridge(const pcibus::Bus& bus, const pcibus::PciFunction& ancho
 Draft draftOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
               const DraftRequest& request) {
     Draft draft;
-    draft.anchor = idsOf(bridge);
+    draft.anchor = bridge.ids();
     draft.model = request.model.empty() ? join({"New box ", idText(draft.anchor)}) : request.model;
     draft.category = request.category;
     draft.origin = join({"the bridge ", pcibus::addressText(bridge)});

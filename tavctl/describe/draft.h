@@ -40,8 +40,6 @@ struct DraftRequest {
     std::int32_t linkWidthPerLabel = 0; // 0: one label a port
 };
 
-nZoTavManagerPciPlugin_15_0::tPciIds idsOf(const pcibus::PciFunction& function);
-
 // The box whose upstream port is `bridge`.
 Draft draftOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
               const DraftRequest& request);

@@ -1,8 +1,7 @@
 #include "tavctl/describe/watch.h"
 
-#include "pcibus/position.h"
 #include "pxidrivertools/asciiText.h"
-#include "pxidrivertools/cSlotPath.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/words.h"
 
@@ -18,7 +17,6 @@ namespace tavctl::describe {
 
 namespace {
 
-using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cSlotPath;
 using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::trim;
 
 // What a function is, wherever its bus numbers have moved to.
@@ -92,25 +90,6 @@ void settleLinkWidth(Draft& draft, const pcibus::Bus& bus, const std::string& an
 }
 
 } // namespace
-
-std::string slotPathOf(const pcibus::Bus& bus, const pcibus::PciFunction& function) {
-    const pcibus::Position position = pcibus::positionOf(bus, function);
-    cSlotPath path;
-    path.rootBus = position.rootBus;
-    path.hops.assign(position.hops().begin(), position.hops().end());
-    nZOQUIL000::tErrorStatus status;
-    std::string text;
-    path.FormatMachineText(text, status);
-    return text;
-}
-
-const pcibus::PciFunction* functionAtSlotPath(const pcibus::Bus& bus, const std::string& text) {
-    cSlotPath path;
-    nZOQUIL000::tErrorStatus status;
-    path.ParseMachineText(text, status);
-    const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
-    return pcibus::functionAt(bus, path.rootBus, hops);
-}
 
 void Watch::say(const std::string& text) {
     questions_ << wrapped(text, 0) << std::flush;

@@ -38,8 +38,4 @@ private:
     BusReader readBus_;
 };
 
-// The slot path of a function in machine form, and the function there; null when there is none.
-std::string slotPathOf(const pcibus::Bus& bus, const pcibus::PciFunction& function);
-const pcibus::PciFunction* functionAtSlotPath(const pcibus::Bus& bus, const std::string& path);
-
 } // namespace tavctl::describe

@@ -1,10 +1,9 @@
 #include "tavctl/explain/explanation.h"
 
+#include "pcibus/pciFunction.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace tavctl::explain {
 
@@ -32,10 +31,7 @@ std::size_t Explanation::listed() const {
 }
 
 std::string addressText(const nZoTavManagerPciPlugin_15_0::tBusAddress& address) {
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "%02x:%02x.%x", unsigned{address.bus},
-                  unsigned{address.device}, unsigned{address.function});
-    return text.data();
+    return pcibus::addressTextOf(address.bus, address.device, address.function);
 }
 
 std::string idsText(const nZoTavManagerPciPlugin_15_0::tPciIds& ids) {

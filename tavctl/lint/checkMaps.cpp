@@ -1,4 +1,5 @@
 // Traversal maps, step by step, as the plug-in takes them.
+#include "pcibus/pciFunction.h"
 #include "pxidrivertools/scan.h"
 #include "source/descriptionLoader.h"
 #include "tavctl/lint/checks.h"
@@ -16,8 +17,8 @@ using namespace nZoTavManagerPciPlugin_15_0;
 using namespace nDescription;
 using namespace nZoPxiDriverTools_1_0;
 
-constexpr std::int32_t kLastDevice = 31;
-constexpr std::int32_t kLastFunction = 7;
+constexpr auto kLastDevice = static_cast<std::int32_t>(pcibus::kMaxDevice);
+constexpr auto kLastFunction = static_cast<std::int32_t>(pcibus::kMaxFunction);
 
 class MapCheck {
 public:

@@ -1,6 +1,6 @@
 #include "tavctl/match/busBridges.h"
 
-#include "pcibus/position.h"
+#include "pxidrivertools/busPlace.h"
 #include "quil/zoerr.h"
 
 #include <utility>
@@ -40,9 +40,7 @@ public:
     [[nodiscard]] std::uint32_t IsSessionOpen() const override { return session_; }
 
     std::int32_t FindBridgesByPciIds(const tPciIds& ids, tBridgeList& bridges) override {
-        return list(
-            bus_->bridgesWithIds({ids.vendor, ids.device, ids.subsystemVendor, ids.subsystem}),
-            bridges);
+        return list(bus_->bridgesWithIds(ids), bridges);
     }
     std::int32_t FindBridgeByAddress(std::uint8_t bus, std::uint8_t device, std::uint8_t function,
                                      std::uint32_t& bridge) override {
@@ -53,8 +51,7 @@ public:
         return found(bus_->findBridge(at.handle()), bridge);
     }
     std::int32_t FindBridgeBySlotPath(const cSlotPath& path, std::uint32_t& bridge) override {
-        const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
-        const pcibus::PciFunction* const at = pcibus::functionAt(*bus_, path.rootBus, hops);
+        const pcibus::PciFunction* const at = nZoPxiDriverTools_1_0::functionAt(*bus_, path);
         return found(at != nullptr && at->isBridge() ? at : nullptr, bridge);
     }
     std::int32_t FindParentBridgeForBus(std::uint8_t bus, std::uint32_t& bridge) override {
@@ -80,9 +77,7 @@ public:
         return 0;
     }
     std::int32_t GetBridgeSlotPath(std::uint32_t bridge, cSlotPath& path) override {
-        const pcibus::Position position = pcibus::positionOf(*bus_, require(bridge));
-        path.rootBus = position.rootBus;
-        path.hops.assign(position.hops().begin(), position.hops().end());
+        nZoPxiDriverTools_1_0::setSlotPath(path, *bus_, require(bridge));
         return 0;
     }
     std::int32_t GetBridgeIds(std::uint32_t bridge, std::uint16_t* vendor, std::uint16_t* device,
@@ -156,9 +151,7 @@ public:
 
     void FindByPciIds(const tPciIds& ids, std::vector<tBusAddress>& addresses) override {
         for (const pcibus::PciFunction& each : bus_->functions()) {
-            const tPciIds own{each.vendorId, each.deviceId, each.subsystemVendorId,
-                              each.subsystemId};
-            if (own == ids)
+            if (each.ids() == ids)
                 addresses.push_back({each.bus, each.device, each.function});
         }
     }

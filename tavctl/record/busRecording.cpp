@@ -5,6 +5,7 @@
 #include "pcibus/sysfs.h"
 #include "platform/file.h"
 #include "platform/utf8Path.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/record/madeCapabilities.h"
 
 #include <algorithm>
@@ -22,10 +23,8 @@ using pcibus::PciFunction;
 constexpr std::size_t kStandardSize = 256; // what lspci -xxx prints
 
 bool isSame(const PciFunction& a, const PciFunction& b) {
-    return a.headerType == b.headerType && a.vendorId == b.vendorId && a.deviceId == b.deviceId &&
-           a.subsystemVendorId == b.subsystemVendorId && a.subsystemId == b.subsystemId &&
-           a.secondaryBus == b.secondaryBus && a.linkWidth == b.linkWidth &&
-           a.linkSpeed == b.linkSpeed;
+    return a.headerType == b.headerType && a.ids() == b.ids() && a.secondaryBus == b.secondaryBus &&
+           a.linkWidth == b.linkWidth && a.linkSpeed == b.linkSpeed;
 }
 
 // What is read back from the bytes is what the bus says of the function.
@@ -104,17 +103,10 @@ BusRecording recordDump(const fs::path& file) {
 }
 
 // The highest bus below a bridge, for readers that go by it.
-std::uint8_t lastBusBelow(const pcibus::Bus& bus, const PciFunction& bridge) {
-    if (bridge.secondaryBus == 0)
-        return 0;
-    for (std::size_t number = pcibus::Bus::kBusCount; number-- > bridge.secondaryBus + 1U;) {
-        const PciFunction* above = bus.parentOfBus(static_cast<std::uint8_t>(number));
-        while (above != nullptr && above != &bridge)
-            above = bus.parentOfBus(above->bus);
-        if (above == &bridge)
-            return static_cast<std::uint8_t>(number);
-    }
-    return bridge.secondaryBus;
+std::uint8_t lastBusBelow(const pcibus::Bus& bus, const LastBuses& lastBuses,
+                          const PciFunction& bridge) {
+    return bus.parentOfBus(bridge.secondaryBus) == &bridge ? lastBuses[bridge.secondaryBus]
+                                                           : bridge.secondaryBus;
 }
 
 void put16(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint16_t value) {
@@ -122,7 +114,8 @@ void put16(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint16_t value
     bytes[at + 1] = static_cast<std::uint8_t>(value >> 8U);
 }
 
-std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const PciFunction& function) {
+std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const LastBuses& lastBuses,
+                                         const PciFunction& function) {
     std::vector<std::uint8_t> bytes(pcibus::kHeaderSize, 0);
     put16(bytes, 0x00, function.vendorId);
     put16(bytes, 0x02, function.deviceId);
@@ -135,7 +128,7 @@ std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const PciFuncti
         put16(bytes, 0x0A, 0x0604); // the class: a bridge between PCI buses
         bytes[0x18] = function.bus;
         bytes[0x19] = function.secondaryBus;
-        bytes[0x1A] = lastBusBelow(bus, function);
+        bytes[0x1A] = lastBusBelow(bus, lastBuses, function);
     }
     return bytes;
 }
@@ -192,10 +185,11 @@ BusRecording recordBus(const fs::path& location) {
 BusRecording scrubbedRecording(const pcibus::Bus& bus) {
     BusRecording recording;
     recording.scrubbed = true;
+    const LastBuses lastBuses = lastBusesOf(bus);
     for (const PciFunction& function : bus.functions()) {
         RecordedFunction recorded;
         recorded.function = function;
-        recorded.bytes = scrubbedHeader(bus, function);
+        recorded.bytes = scrubbedHeader(bus, lastBuses, function);
         if (function.isBridge())
             makeCapabilities(function, recorded.bytes);
         recording.functions.push_back(std::move(recorded));

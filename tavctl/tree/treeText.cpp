@@ -20,7 +20,7 @@ std::string formatted(const char* format, unsigned first, unsigned second) {
 }
 
 std::string hopText(std::uint8_t hop) {
-    return formatted("%02x.%x", hop >> 3U, hop & 7U);
+    return formatted("%02x.%x", pcibus::deviceOfHop(hop), pcibus::functionOfHop(hop));
 }
 
 // What stands on one level: functions, and the places of missing ports among them.

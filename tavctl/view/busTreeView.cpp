@@ -8,7 +8,7 @@ using pcibus::Bus;
 using pcibus::PciFunction;
 
 BusTreeView::BusTreeView(const Bus& bus, const std::vector<PlacedDevice>& devices)
-    : bus_(bus), devices_(devices), shown_(kHandleCount, true) {
+    : bus_(bus), devices_(devices), shown_(kHandleCount, true), lastBuses_(lastBusesOf(bus)) {
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const PlacedDevice& device = devices[i];
         if (device.reported)
@@ -24,20 +24,6 @@ BusTreeView::BusTreeView(const Bus& bus, const std::vector<PlacedDevice>& device
                 marks_[*placed.bridge].push_back({TreeMark::Role::port, i, port});
             else if (placed.missingBelow)
                 missing_[*placed.missingBelow].push_back({i, port, placed.missingHop});
-        }
-    }
-    findLastBuses();
-}
-
-// From every bus up to its root; a bus that has its number already leads to nothing higher.
-void BusTreeView::findLastBuses() {
-    for (std::size_t bus = 0; bus < Bus::kBusCount; ++bus)
-        lastBuses_[bus] = static_cast<std::uint8_t>(bus);
-    for (std::size_t bus = Bus::kBusCount; bus-- > 0;) {
-        const PciFunction* parent = bus_.parentOfBus(static_cast<std::uint8_t>(bus));
-        while (parent != nullptr && lastBuses_[parent->bus] < bus) {
-            lastBuses_[parent->bus] = static_cast<std::uint8_t>(bus);
-            parent = bus_.parentOfBus(parent->bus);
         }
     }
 }

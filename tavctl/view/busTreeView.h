@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/match/placedDevices.h"
 
 #include <cstdint>
@@ -52,7 +53,6 @@ public:
 
 private:
     void showBelow(std::uint32_t handle);
-    void findLastBuses();
 
     static constexpr std::size_t kHandleCount = 0x10000;
 
@@ -60,8 +60,8 @@ private:
     const std::vector<PlacedDevice>& devices_;
     std::unordered_map<std::uint32_t, std::vector<TreeMark>> marks_;
     std::unordered_map<std::uint32_t, std::vector<MissingPort>> missing_;
-    std::vector<bool> shown_;                                      // by handle
-    std::array<std::uint8_t, pcibus::Bus::kBusCount> lastBuses_{}; // at or below each bus
+    std::vector<bool> shown_; // by handle
+    LastBuses lastBuses_;
 };
 
 } // namespace tavctl

@@ -61,8 +61,7 @@ TEST_F(Devices, OnlyThoseWithTheIdentifiersAreToBeAsked) {
     ASSERT_EQ(devices_->open(), 0U);
     const auto functions = machine_.bus.functions();
     for (const auto& wanted : functions) {
-        const platform::SoughtIds sought{wanted.vendorId, wanted.deviceId, wanted.subsystemVendorId,
-                                         wanted.subsystemId};
+        const platform::PciIds sought = wanted.ids();
         std::size_t expected = functions.size();
         for (std::size_t index = functions.size() + 1; index-- > 0;) {
             if (index < functions.size() && functions[index].vendorId == wanted.vendorId &&

@@ -117,11 +117,11 @@ public:
     bool has(std::size_t index) override { return index < list.size(); }
     // With `knows`, devices whose number is odd are known not to have what is sought.
     bool knows = false;
-    std::size_t nextToAsk(std::size_t index, const platform::SoughtIds& sought) override {
+    std::size_t nextToAsk(std::size_t index, const platform::PciIds& sought) override {
         asked = sought;
         return knows ? (index + 1) / 2 * 2 : PciDevices::nextToAsk(index, sought);
     }
-    platform::SoughtIds asked;
+    platform::PciIds asked;
     PropertyRead readProperty(std::size_t index, const char* name) override {
         ++record_.reads;
         const std::string key = std::to_string(index) + " " + name;

@@ -1,0 +1,20 @@
+// What several commands ask a bus that has been read.
+#pragma once
+
+#include "pcibus/bus.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace tavctl {
+
+// The slot path of a function in machine form, and the function there; null when there is none.
+std::string slotPathOf(const pcibus::Bus& bus, const pcibus::PciFunction& function);
+const pcibus::PciFunction* functionAtSlotPath(const pcibus::Bus& bus, const std::string& path);
+
+// For each bus the highest one at or below it.
+using LastBuses = std::array<std::uint8_t, pcibus::Bus::kBusCount>;
+LastBuses lastBusesOf(const pcibus::Bus& bus);
+
+} // namespace tavctl
