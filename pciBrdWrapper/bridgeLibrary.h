@@ -1,7 +1,11 @@
 // The PCI bridge library as its users see it: the names, shapes and statuses of its eighteen
-// functions. The library itself is loaded at run time; zopcibrd/ is a substitute for it.
+// functions. The library itself is loaded at run time; zopcibrd/ is a substitute for it, and its
+// header documents the interface of both.
 #pragma once
 
+#include "zopcibrd/zopcibrd.h"
+
+#include <cstddef>
 #include <cstdint>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0 {
@@ -9,17 +13,17 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0 {
 // Bridge and session handles are issued by the library; this value means none.
 inline constexpr std::uint32_t kNoHandle = 0xFFFFFFFF;
 
-// The library's answers that its users tell apart.
-inline constexpr std::int32_t kPciBrdErrInvalidArgument = -313001; // a bad handle or attribute
-inline constexpr std::int32_t kPciBrdErrBufferTooSmall =
-    -313002; // the needed count is written back
-inline constexpr std::int32_t kPciBrdErrNotFound = -313003;
-inline constexpr std::int32_t kPciBrdErrUnavailable = -313008; // the function is not bound
+// The library's answers that its users tell apart; the last one is also that of a function that is
+// not bound.
+using ::kPciBrdErrBufferTooSmall;
+using ::kPciBrdErrInvalidArgument;
+using ::kPciBrdErrNotFound;
+using ::kPciBrdErrUnavailable;
 
 // Attributes of bridges.
-inline constexpr std::uint32_t kAttributeSecondaryBus = 0x20000300;
-inline constexpr std::uint32_t kAttributeLinkWidth = 0x20000B00;
-inline constexpr std::uint32_t kAttributeLinkSpeed = 0x20000C00;
+inline constexpr std::uint32_t kAttributeSecondaryBus = kPciBrdAttrSecondaryBus;
+inline constexpr std::uint32_t kAttributeLinkWidth = kPciBrdAttrLinkWidth;
+inline constexpr std::uint32_t kAttributeLinkSpeed = kPciBrdAttrLinkSpeed;
 
 // The functions, in the order in which they are bound.
 enum class BridgeFunction : std::uint8_t {

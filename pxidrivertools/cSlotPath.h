@@ -39,7 +39,8 @@ public:
     void FormatMachineText(std::string& result, tErrorStatus& status) const;
     void ToString(std::string& result, tErrorStatus& status) const;
 
-    // Writes the hops alone, "E0,00"; an empty text for a path without hops.
+    // Writes the hops alone, "E0,00"; an empty text for a path without hops. As Clear, part of the
+    // interface that the plug-in itself does not use.
     void FormatHops(std::string& result, tErrorStatus& status) const;
 
     // Puts (device * 8 | function), cut to 8 bits, at the front: the end nearest the function.

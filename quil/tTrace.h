@@ -1,5 +1,6 @@
 // The trace of the plug-in: lines with the place that they come from, sent to one destination.
-// Without a destination, as at the start, it is silent. Nothing in the plug-in attaches one.
+// Without a destination, as at the start, it is silent. Part of the foundation's interface: nothing
+// in the plug-in attaches a destination or writes, which is for whoever looks for a fault in it.
 #pragma once
 
 #include "quil/iTraceDestination.h"

@@ -1,11 +1,13 @@
 #include "platform/busLocation.h"
 
+#include "platform/linux/environmentVariable.h"
+
 #include <cstdlib>
 
 namespace platform {
 
 std::optional<std::string> busLocation() {
-    const char* const recorded = secure_getenv("TAV_PCI_DUMP");
+    const char* const recorded = secure_getenv(kRecordedBusVariable);
     return recorded != nullptr && *recorded != '\0' ? recorded : "/sys";
 }
 

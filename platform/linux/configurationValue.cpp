@@ -3,6 +3,7 @@
 #include "platform/configurationValue.h"
 
 #include "platform/configurationText.h"
+#include "platform/linux/environmentVariable.h"
 
 #include <cstdlib>
 
@@ -11,7 +12,7 @@ namespace platform {
 namespace {
 
 const char* configurationFile() noexcept {
-    const char* const named = secure_getenv("TAV_MANAGER_CONF");
+    const char* const named = secure_getenv(kConfigurationVariable);
     return named != nullptr && *named != '\0' ? named : "/etc/tav-manager.conf";
 }
 

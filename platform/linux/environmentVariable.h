@@ -1,4 +1,4 @@
-// A variable of this process's environment, set for a while. Private to this folder.
+// Variables of this process's environment, set for a while. Private to this folder.
 #pragma once
 
 #include "platform/systemCode.h"
@@ -7,6 +7,10 @@
 #include <string>
 
 namespace platform {
+
+// What this system is told by its environment: the configuration file, and the recorded bus.
+inline constexpr const char* kConfigurationVariable = "TAV_MANAGER_CONF";
+inline constexpr const char* kRecordedBusVariable = "TAV_PCI_DUMP";
 
 // Sets a variable that other code of this process asks for with secure_getenv. 0; EPERM in a
 // process with raised privileges, where that code would not be told; or why it could not be set.

@@ -16,9 +16,6 @@ namespace platform {
 
 namespace {
 
-constexpr const char* kConfigurationVariable = "TAV_MANAGER_CONF";
-constexpr const char* kBusVariable = "TAV_PCI_DUMP";
-
 SystemCode writeWhole(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(descriptor, text.data(), text.size());
@@ -73,7 +70,7 @@ HostConfiguration::~HostConfiguration() = default;
 
 // An empty name would mean the live bus.
 SystemCode useRecordedBus(const std::string& path) {
-    return path.empty() ? SystemCode{ENOENT} : setTrustedVariable(kBusVariable, path);
+    return path.empty() ? SystemCode{ENOENT} : setTrustedVariable(kRecordedBusVariable, path);
 }
 
 } // namespace platform

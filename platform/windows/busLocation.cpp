@@ -7,7 +7,7 @@ namespace platform {
 
 // The system publishes no tree of configuration spaces.
 std::optional<std::string> busLocation() {
-    return environmentVariable(L"TAV_PCI_DUMP");
+    return environmentVariable(kRecordedBusVariable);
 }
 
 std::optional<std::string> deviceBusLocation() {

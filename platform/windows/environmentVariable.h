@@ -1,4 +1,4 @@
-// A variable of this process's environment, past the C library, which keeps a copy of its own in
+// Variables of this process's environment, past the C library, which keeps a copy of its own in
 // each module. Private to this folder.
 #pragma once
 
@@ -8,6 +8,8 @@
 #include <string>
 
 namespace platform {
+
+inline constexpr const wchar_t* kRecordedBusVariable = L"TAV_PCI_DUMP"; // see busLocation.h
 
 // The text in UTF-8; nothing when the variable is missing or empty. Raises std::bad_alloc.
 std::optional<std::string> environmentVariable(const wchar_t* name);

@@ -63,7 +63,7 @@ HostConfiguration::~HostConfiguration() = default;
 SystemCode useRecordedBus(const std::string& path) {
     if (path.empty())
         return ERROR_FILE_NOT_FOUND;
-    const SystemCode code = setEnvironmentVariable(L"TAV_PCI_DUMP", path);
+    const SystemCode code = setEnvironmentVariable(kRecordedBusVariable, path);
     return code != kNoSystemError ? code : setHostVariable(kHostPciFunctions, path);
 }
 

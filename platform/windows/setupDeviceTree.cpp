@@ -16,6 +16,15 @@ DEVINST instanceOf(DeviceNode node) noexcept {
     return static_cast<DEVINST>(node);
 }
 
+// Copies what the system wrote into `text`, up to its end; false when there is no end, or no text.
+bool giveText(const std::string& text, char* buffer) {
+    const std::size_t length = text.find('\0');
+    if (length == 0 || length == std::string::npos)
+        return false;
+    std::memcpy(buffer, text.c_str(), length + 1);
+    return true;
+}
+
 template <typename Query>
 bool relative(Query query, DeviceNode node, DeviceNode& result) {
     DEVINST found = kUntouched;
@@ -46,11 +55,7 @@ bool SetupDeviceTree::enumeratorName(DeviceNode node, char* buffer, std::size_t 
     std::string text(capacity, '\0');
     if (!property(node, SPDRP_ENUMERATOR_NAME, text.data(), capacity))
         return false;
-    const std::size_t length = text.find('\0');
-    if (length == 0 || length == std::string::npos)
-        return false;
-    std::memcpy(buffer, text.c_str(), length + 1);
-    return true;
+    return giveText(text, buffer);
 }
 
 bool SetupDeviceTree::address(DeviceNode node, std::uint32_t& value) {
@@ -78,11 +83,7 @@ bool SetupDeviceTree::identifier(DeviceNode node, char* buffer, std::size_t capa
     if (CM_Get_Device_IDA(instanceOf(node), text.data(), static_cast<ULONG>(capacity), 0) !=
         CR_SUCCESS)
         return false;
-    const std::size_t length = text.find('\0');
-    if (length == 0 || length == std::string::npos)
-        return false;
-    std::memcpy(buffer, text.c_str(), length + 1);
-    return true;
+    return giveText(text, buffer);
 }
 
 bool SetupDeviceTree::open(const char* identifier, DeviceNode& result) {

@@ -20,7 +20,8 @@ IniKey* findKey(IniFileObject& file, IniSection& section, bool caseSensitive,
 // The same with the section's own case-sensitivity.
 IniKey* findKey(IniFileObject& file, IniSection& section, std::string_view name) noexcept;
 
-// By 1-based index, in file order; 0 and -1 mean the first. Null when there is no such one.
+// By 1-based index, in file order; 0 and -1 mean the first. Null when there is no such one. Part of
+// the engine's interface, for whoever goes through a whole file.
 IniSection* sectionAt(const IniFileObject& file, std::int32_t index) noexcept;
 IniKey* keyAt(const IniSection& section, std::int32_t index) noexcept;
 

@@ -1,11 +1,11 @@
 #include "tavctl/words/statusText.h"
 
 #include "include/tavPlugin.h"
-#include "pciBrdWrapper/bridgeLibrary.h"
 #include "platform/systemCode.h"
 #include "pxidrivertools/cSlotPath.h"
 #include "pxidrivertools/configuration.h"
 #include "pxidrivertools/iIniFile.h"
+#include "quil/quilStatus.h"
 #include "quil/tErrorStatus.h"
 #include "source/cPciTavFilesystem.h"
 #include "zopcibrd/zopcibrd.h"
@@ -25,9 +25,6 @@ struct StatusWords {
     const char* words;
 };
 
-constexpr std::int32_t kDeviceQueryFailed = -52006;
-constexpr std::int32_t kAnswerTooLong = -52019;
-
 // Where two layers use one code for different things, the words name both.
 constexpr StatusWords kWords[] = {
     {kTavManSuccess, "success"},
@@ -38,13 +35,13 @@ constexpr StatusWords kWords[] = {
     {kConfigurationErrNoKey, "there is no configuration"},
     {nZOQUIL000::zoquilerr_invalidParameter,
      "the bridge library could not be loaded, or lacks a function"},
-    {kDeviceQueryFailed, "a query of the system's devices failed"},
-    {kAnswerTooLong, "a value of the system's devices is longer than expected"},
-    {::kPciBrdErrInvalidArgument, "bridge library: bad session, bridge, attribute or argument"},
-    {nZoPciBrdWrapper_15_0::kPciBrdErrBufferTooSmall, "bridge library: buffer too small"},
-    {nZoPciBrdWrapper_15_0::kPciBrdErrNotFound, "bridge library: not found"},
-    {::kPciBrdErrNoBus, "bridge library: the bus cannot be read"},
-    {nZoPciBrdWrapper_15_0::kPciBrdErrUnavailable, "bridge library: function not available"},
+    {nZOQUIL000::kQuilErrDeviceQuery, "a query of the system's devices failed"},
+    {nZOQUIL000::kQuilErrBufferTooSmall, "a value of the system's devices is longer than expected"},
+    {kPciBrdErrInvalidArgument, "bridge library: bad session, bridge, attribute or argument"},
+    {kPciBrdErrBufferTooSmall, "bridge library: buffer too small"},
+    {kPciBrdErrNotFound, "bridge library: not found"},
+    {kPciBrdErrNoBus, "bridge library: the bus cannot be read"},
+    {kPciBrdErrUnavailable, "bridge library: function not available"},
     {kListWarnNothingFound, "no file matches"},
     {kIniFileErrNoEngine, "INI file: no memory for it"},
     {kIniFileErrNoPath, "INI file: no path given"},

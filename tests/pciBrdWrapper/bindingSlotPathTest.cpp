@@ -70,7 +70,8 @@ TEST_F(SlotPathProtocol, AsksForTheSizeThenForTheTextInABufferOfThatSize) {
 }
 
 TEST_F(SlotPathProtocol, FirstAnswerOtherThanTooSmallIsReturnedAndLeavesThePath) {
-    for (const std::int32_t answer : {0, 1, 313300, kPciBrdErrNotFound, -313001, -52000}) {
+    const std::int32_t answers[] = {0, 1, 313300, kPciBrdErrNotFound, -313001, -52000};
+    for (const std::int32_t answer : answers) {
         *library = scripted::Script();
         library->prepare(kSlotPath, {answer, {}, 14, {}});
         EXPECT_EQ(binding.GetBridgeSlotPath(1, 2, path), answer);

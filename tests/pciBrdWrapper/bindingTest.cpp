@@ -128,9 +128,14 @@ TEST_F(Binding, ReturnsTheStatusOfEveryFunction) {
     cPciBrdDynLib binding(status);
     std::size_t answered = 0;
     for (const auto& operation : operations::kBinding) {
-        for (const std::int32_t expected :
-             {std::numeric_limits<std::int32_t>::min(), kPciBrdErrNotFound, kPciBrdErrUnavailable,
-              -1, 0, 1, std::numeric_limits<std::int32_t>::max()}) {
+        constexpr std::int32_t kAnswers[] = {std::numeric_limits<std::int32_t>::min(),
+                                             kPciBrdErrNotFound,
+                                             kPciBrdErrUnavailable,
+                                             -1,
+                                             0,
+                                             1,
+                                             std::numeric_limits<std::int32_t>::max()};
+        for (const std::int32_t expected : kAnswers) {
             library->prepare(operation.function, {expected, {}, {}, {}});
             Outputs outputs;
             EXPECT_EQ(operation.run(binding, outputs), expected) << nameOf(operation.function);
