@@ -11,12 +11,12 @@
 #include "tavctl/describe/watch.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/json.h"
 #include "tavctl/words/words.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
-#include <nlohmann/json.hpp>
 #include <string>
 
 namespace tavctl {
@@ -24,7 +24,6 @@ namespace tavctl {
 namespace {
 
 using SharedBus = std::shared_ptr<const pcibus::Bus>;
-using Json = nlohmann::ordered_json;
 
 struct DescribeOptions {
     CommonOptions common;
@@ -79,7 +78,7 @@ void write(const DescribeOptions& options, const std::string& text) {
 std::string asJson(const std::string& address, const std::string& text,
                    const describe::Proof& proof) {
     const Json whole{{"bridge", address}, {"text", text}, {"alsoListed", proof.others}};
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return whole.line();
 }
 
 void tell(const DescribeOptions& options, const describe::Draft& draft,

@@ -3,6 +3,7 @@
 #include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/ini/iniContinuation.h"
 #include "pxidrivertools/ini/iniRecords.h"
+#include "tavctl/words/characters.h"
 
 #include <algorithm>
 #include <utility>
@@ -21,17 +22,15 @@ std::string joinedName(std::string_view name) {
     return std::string(continuation && continuation->number == 1 ? continuation->base : name);
 }
 
+int width(std::string_view text) {
+    return static_cast<int>(characterCount(text));
+}
+
 bool isPiece(std::string_view name) {
     return readContinuationName(name).has_value();
 }
 
 } // namespace
-
-int characters(std::string_view text) {
-    return static_cast<int>(std::count_if(text.begin(), text.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-    }));
-}
 
 PositionedIni::PositionedIni(std::string bytes) : bytes_(std::move(bytes)) {
     if (bytes_.starts_with(kUtf8Mark))
@@ -83,7 +82,7 @@ const std::vector<int>& PositionedIni::linesOf(const std::string& section,
 Place PositionedIni::placeOf(int number, std::string_view stretch) const {
     const std::string_view text = line(number)->text;
     const auto offset = static_cast<std::size_t>(stretch.data() - text.data());
-    return {number, characters(text.substr(0, offset)) + 1, characters(stretch)};
+    return {number, width(text.substr(0, offset)) + 1, width(stretch)};
 }
 
 Place PositionedIni::header(const std::string& section) const {

@@ -75,7 +75,4 @@ private:
     std::map<std::pair<std::string, std::string>, std::vector<int>> keys_;
 };
 
-// The number of characters of a UTF-8 text.
-int characters(std::string_view text);
-
 } // namespace tavctl::lint

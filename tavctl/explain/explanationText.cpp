@@ -1,16 +1,14 @@
 // The two forms of explanations.
 #include "tavctl/explain/explanation.h"
+#include "tavctl/words/json.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
 namespace tavctl::explain {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string_view resultName(Step::Result result) {
     switch (result) {
@@ -203,7 +201,7 @@ std::string explanationsAsJson(const std::vector<Explanation>& explanations) {
             {"near", std::move(near)}});
     }
     const Json whole{{"models", std::move(models)}};
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return whole.line();
 }
 
 } // namespace tavctl::explain

@@ -1,13 +1,13 @@
 #include "tavctl/explain/matchRecorder.h"
 
-#include "pcibus/position.h"
+#include "pxidrivertools/busPlace.h"
 #include "quil/zoerr.h"
 #include "source/topologyWalk.h"
+#include "tavctl/words/json.h"
 #include "tavctl/words/statusText.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace tavctl::explain {
@@ -35,10 +35,9 @@ std::string reasonOf(const std::exception& exception) {
     const auto* const raised = dynamic_cast<const zoerr::Exception*>(&exception);
     if (raised == nullptr)
         return exception.what();
-    const auto record = nlohmann::json::parse(raised->text(), nullptr, false);
-    if (record.is_object() && record.contains("Message") && record["Message"].is_string())
-        return record["Message"].get<std::string>();
-    return describeStatus(raised->status().code);
+    const auto record = Json::parsedObject(raised->text());
+    const auto message = record ? record->textOf("Message") : std::nullopt;
+    return message ? *message : describeStatus(raised->status().code);
 }
 
 } // namespace
@@ -83,9 +82,8 @@ std::string MatchRecorder::placeText(const tBridgeDescription& description) cons
     nZOQUIL000::tErrorStatus status;
     path.ParseMachineText(anchorPath_, status);
     path.ApplyRelativePath(description.traversalMap, status); // as the look-up did
-    const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
     const std::string place = machineText(path);
-    if (const pcibus::PciFunction* const at = pcibus::functionAt(bus_, path.rootBus, hops))
+    if (const pcibus::PciFunction* const at = nZoPxiDriverTools_1_0::functionAt(bus_, path))
         return join(
             {"no bridge but ", addressText({at->bus, at->device, at->function}), " at ", place});
     return join({"nothing at ", place});

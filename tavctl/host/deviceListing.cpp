@@ -1,17 +1,16 @@
 #include "tavctl/host/deviceListing.h"
 
+#include "pcibus/pciFunction.h"
+#include "tavctl/words/json.h"
 #include "tavctl/words/textTable.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 namespace tavctl {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // Attributes that every device carries.
 std::int32_t required(const HostPlugin& plugin, std::uint32_t index, std::uint32_t attribute) {
@@ -129,7 +128,7 @@ std::string listingAsJson(const std::vector<ListedDevice>& devices) {
                             {"ports", std::move(ports)}});
     }
     const Json whole{{"devices", std::move(list)}};
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return whole.line();
 }
 
 std::string linkSpeedName(std::int32_t code) {
@@ -143,9 +142,9 @@ std::string listingAsTable(const std::vector<ListedDevice>& devices, bool verbos
     std::vector<TableRow> rows{{"NAME", "MODEL", "ADDRESS", "CATEGORY", "PORTS"}};
     for (const ListedDevice& device : devices)
         rows.push_back({device.terminalName, device.model,
-                        formatted("%02x:%02x.%x", static_cast<unsigned>(device.bus),
-                                  static_cast<unsigned>(device.device),
-                                  static_cast<unsigned>(device.function)),
+                        pcibus::addressTextOf(static_cast<unsigned>(device.bus),
+                                              static_cast<unsigned>(device.device),
+                                              static_cast<unsigned>(device.function)),
                         categoryName(device.category), labelsOf(device)});
     // Labels first: how many there are can be told by -v; the name last.
     const auto lines = verbose ? tableLines(rows, {}) : tableLines(rows, {4, 1, 0});

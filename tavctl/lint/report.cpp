@@ -1,17 +1,16 @@
 // The two forms of a lint report.
 #include "tavctl/description/rules.h"
 #include "tavctl/lint/lint.h"
+#include "tavctl/words/characters.h"
+#include "tavctl/words/json.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
 namespace tavctl::lint {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kIndent = 4;
 // Room for a line and its indentation.
@@ -19,10 +18,6 @@ constexpr int kShownCharacters = 74;
 
 std::string_view severityName(Severity severity) {
     return severity == Severity::error ? "error" : "warning";
-}
-
-bool isContinuationByte(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
 // A line cut to what fits, around the place that is pointed at, with control characters as blanks
@@ -35,7 +30,7 @@ struct Excerpt {
 Excerpt excerptOf(const Finding& finding) {
     std::vector<std::string> cells; // one character each
     for (const char c : finding.text) {
-        if (isContinuationByte(c) && !cells.empty())
+        if (continuesCharacter(c) && !cells.empty())
             cells.back() += c;
         else
             cells.emplace_back(1, static_cast<unsigned char>(c) < 0x20 ? ' ' : c);
@@ -86,10 +81,6 @@ Json againstJson(const std::vector<Comparison>& comparisons) {
     return list;
 }
 
-std::string dumped(const Json& whole) {
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
 } // namespace
 
 std::string reportAsText(const Report& report) {
@@ -125,12 +116,10 @@ std::string reportAsJson(const Report& report, const std::vector<Comparison>& co
                                 {"found", finding.found},
                                 {"expected", finding.expected},
                                 {"endsLoad", finding.endsLoad}});
-    return dumped(Json{{"files", report.files},
-                       {"findings", std::move(findings)},
-                       {"errors", report.errors()},
-                       {"warnings", report.warnings()},
-                       {"loads", !report.endsLoad()},
-                       {"against", againstJson(comparisons)}});
+    return Json{{"files", report.files},       {"findings", std::move(findings)},
+                {"errors", report.errors()},   {"warnings", report.warnings()},
+                {"loads", !report.endsLoad()}, {"against", againstJson(comparisons)}}
+        .line();
 }
 
 std::string rulesAsText() {
@@ -155,7 +144,7 @@ std::string rulesAsJson() {
         list.push_back(Json{{"rule", each.id},
                             {"severity", severityName(each.severity)},
                             {"summary", each.summary}});
-    return dumped(Json{{"rules", std::move(list)}});
+    return Json{{"rules", std::move(list)}}.line();
 }
 
 } // namespace tavctl::lint

@@ -1,18 +1,11 @@
 #include "tavctl/names/nameReport.h"
 
+#include "tavctl/words/json.h"
 #include "tavctl/words/textTable.h"
-
-#include <nlohmann/json.hpp>
 
 namespace tavctl {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-std::string oneLine(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
 
 std::string asText(const std::vector<TableRow>& rows, bool verbose) {
     // The model is cut first; a slot path only when that is not enough.
@@ -78,7 +71,7 @@ std::string namesAsJson(const NameFile& file, const Survey* survey) {
                              {"model", entry.model},
                              {"slotPath", entry.slotPath},
                              {"presence", presenceJson(presence(entry, survey))}});
-    return oneLine(Json{{"names", std::move(names)}});
+    return Json{{"names", std::move(names)}}.line();
 }
 
 std::string problemsAsText(const std::vector<NameProblem>& problems, const std::string& path) {
@@ -102,7 +95,7 @@ std::string problemsAsJson(const std::vector<NameProblem>& problems, const std::
                             {"slotPath", problem.slotPath},
                             {"terminalName", problem.terminalName},
                             {"message", problem.message}});
-    return oneLine(Json{{"problems", std::move(list)}});
+    return Json{{"problems", std::move(list)}}.line();
 }
 
 std::string forecastsAsTable(const std::vector<NameForecast>& forecasts, bool verbose) {
@@ -125,7 +118,7 @@ std::string forecastsAsJson(const std::vector<NameForecast>& forecasts) {
                  {"before", forecast.before.empty() ? Json(nullptr) : Json(forecast.before)},
                  {"model", forecast.model},
                  {"slotPath", forecast.slotPath}});
-    return oneLine(Json{{"names", std::move(list)}});
+    return Json{{"names", std::move(list)}}.line();
 }
 
 } // namespace tavctl

@@ -1,15 +1,14 @@
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/tree/treeText.h"
+#include "tavctl/words/json.h"
 
 #include <array>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 namespace tavctl {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using pcibus::PciFunction;
 
 std::string identifier(std::uint16_t id) {
@@ -57,15 +56,15 @@ private:
                     {"marks", marks(function)}};
         if (!function.isBridge())
             return result;
-        result["secondaryBus"] = function.secondaryBus;
-        result["functions"] = level(view_.below(function));
+        result.add("secondaryBus", function.secondaryBus);
+        result.add("functions", level(view_.below(function)));
         Json missing = Json::array();
         for (const MissingPort& port : view_.missingBelow(function.handle()))
             missing.push_back(Json{{"terminalName", nameOf(port.device)},
-                                   {"device", port.hop >> 3U},
-                                   {"function", port.hop & 7U}});
+                                   {"device", pcibus::deviceOfHop(port.hop)},
+                                   {"function", pcibus::functionOfHop(port.hop)}});
         if (!missing.empty())
-            result["missingPorts"] = std::move(missing);
+            result.add("missingPorts", std::move(missing));
         return result;
     }
 
@@ -75,10 +74,10 @@ private:
             const PlacedDevice& device = view_.devices()[mark.device];
             Json entry{{"role", roleName(mark.role)}, {"terminalName", nameOf(mark.device)}};
             if (mark.role == TreeMark::Role::device)
-                entry["model"] = device.listed.model;
+                entry.add("model", device.listed.model);
             if (mark.role == TreeMark::Role::port) {
-                entry["labels"] = device.ports[mark.port].labels;
-                entry["empty"] = view_.below(function).empty();
+                entry.add("labels", device.ports[mark.port].labels);
+                entry.add("empty", view_.below(function).empty());
             }
             result.push_back(std::move(entry));
         }
@@ -111,7 +110,7 @@ private:
 
 std::string treeAsJson(const BusTreeView& view, const PciNames& names) {
     const Json whole{{"roots", JsonTree(view, names).roots()}};
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return whole.line();
 }
 
 } // namespace tavctl

@@ -1,33 +1,14 @@
 #include "tavctl/words/failure.h"
 
 #include "pxidrivertools/configuration.h"
+#include "tavctl/words/json.h"
 #include "tavctl/words/statusText.h"
 
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 namespace tavctl {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-std::string textOf(const Json& value) {
-    return value.is_string() ? value.get<std::string>() : value.dump();
-}
-
-void addMembers(std::string& text, const Json& record, const std::string& prefix) {
-    for (const auto& [key, value] : record.items()) {
-        if (value.is_object())
-            addMembers(text, value, prefix + key + ".");
-        else
-            text.append("    " + prefix).append(key + " = ").append(textOf(value)).append("\n");
-    }
-}
-
-Json parsedRecord(const std::string& record) {
-    return record.empty() ? Json() : Json::parse(record, nullptr, false);
-}
 
 std::string plainText(const Failure& failure) {
     std::string text = "tavctl: " + failure.sentence() + "\n";
@@ -36,28 +17,26 @@ std::string plainText(const Failure& failure) {
     if (failure.status ==
         nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::kConfigurationErrNoKey)
         text += "  --descriptions and --state take the place of the configuration\n";
-    const Json record = parsedRecord(failure.record);
-    if (record.is_object() && !record.empty()) {
+    const auto record = Json::parsedObject(failure.record);
+    if (record && !record->empty()) {
         text += "  error record\n";
-        addMembers(text, record, "");
+        for (const auto& [name, value] : record->leaves())
+            text.append("    ").append(name).append(" = ").append(value).append("\n");
     }
     return text;
 }
 
 std::string jsonText(const Failure& failure) {
-    Json error;
-    error["operation"] = failure.operation;
-    error["object"] = failure.object;
-    error["reason"] = failure.reason;
+    Json error{
+        {"operation", failure.operation}, {"object", failure.object}, {"reason", failure.reason}};
     if (failure.status) {
-        error["status"] = *failure.status;
-        error["statusHex"] = hexadecimalStatus(*failure.status);
-        error["statusWords"] = statusWords(*failure.status);
+        error.add("status", *failure.status);
+        error.add("statusHex", hexadecimalStatus(*failure.status));
+        error.add("statusWords", statusWords(*failure.status));
     }
-    if (const Json record = parsedRecord(failure.record); record.is_object())
-        error["record"] = record;
-    const Json whole{{"error", error}};
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    if (auto record = Json::parsedObject(failure.record))
+        error.add("record", std::move(*record));
+    return Json{{"error", std::move(error)}}.line();
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "tavctl/words/textTable.h"
 
+#include "tavctl/words/characters.h"
+
 #include <algorithm>
 #include <numeric>
 
@@ -9,37 +11,23 @@ namespace {
 
 constexpr std::size_t kGap = 2;
 
-bool continuesCharacter(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
-}
-
 std::vector<std::size_t> columnWidths(const std::vector<TableRow>& rows) {
     std::vector<std::size_t> widths(rows.empty() ? 0 : rows.front().size());
     for (const TableRow& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], textWidth(row[i]));
+            widths[i] = std::max(widths[i], characterCount(row[i]));
     }
     return widths;
 }
 
 } // namespace
 
-std::size_t textWidth(std::string_view text) {
-    return text.size() -
-           static_cast<std::size_t>(std::count_if(text.begin(), text.end(), continuesCharacter));
-}
-
 std::string fitText(std::string_view text, std::size_t width) {
     constexpr std::string_view kCut = "...";
-    if (textWidth(text) <= width)
+    if (characterCount(text) <= width)
         return std::string(text);
-    std::size_t end = 0;
-    for (std::size_t room = width - std::min(width, kCut.size()); room > 0; --room) {
-        ++end;
-        while (end < text.size() && continuesCharacter(text[end]))
-            ++end;
-    }
-    return std::string(text.substr(0, end)).append(kCut);
+    const std::size_t room = width - std::min(width, kCut.size());
+    return std::string(firstCharacters(text, room)).append(kCut);
 }
 
 std::vector<std::string> tableLines(std::vector<TableRow> rows,
@@ -62,7 +50,7 @@ std::vector<std::string> tableLines(std::vector<TableRow> rows,
         for (std::size_t i = 0; i < row.size(); ++i) {
             line += row[i];
             if (i + 1 < row.size())
-                line.append(widths[i] - textWidth(row[i]) + kGap, ' ');
+                line.append(widths[i] - characterCount(row[i]) + kGap, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         lines.push_back(std::move(line));

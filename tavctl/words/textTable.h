@@ -11,9 +11,6 @@ namespace tavctl {
 // What fits a terminal of the usual width.
 inline constexpr std::size_t kScreenWidth = 80;
 
-// How many columns a UTF-8 text takes: its characters, not its bytes.
-std::size_t textWidth(std::string_view text);
-
 // The text, or as much of its front as leaves room for a closing "..." within `width` columns.
 std::string fitText(std::string_view text, std::size_t width);
 

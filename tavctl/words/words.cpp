@@ -1,5 +1,7 @@
 #include "tavctl/words/words.h"
 
+#include "tavctl/words/characters.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -8,18 +10,12 @@ namespace tavctl {
 
 namespace {
 
-std::size_t characters(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-    }));
-}
-
 void wrapLine(std::string& out, std::string_view line, std::size_t indent, std::size_t width) {
     std::size_t column = 0;
     while (!line.empty()) {
         const std::string_view word = line.substr(0, line.find(' '));
         line.remove_prefix(std::min(word.size() + 1, line.size()));
-        const std::size_t length = characters(word);
+        const std::size_t length = characterCount(word);
         if (column != 0 && column + 1 + length > width) {
             out += '\n';
             column = 0;
@@ -48,15 +44,9 @@ std::string join(std::initializer_list<std::string_view> parts) {
 
 std::string quoted(std::string_view text) {
     constexpr std::size_t kLongest = 50;
-    if (characters(text) <= kLongest)
+    if (characterCount(text) <= kLongest)
         return join({"\"", text, "\""});
-    std::size_t end = 0;
-    for (std::size_t shown = 0; shown < kLongest; ++shown) {
-        do
-            ++end;
-        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U);
-    }
-    return join({"\"", text.substr(0, end), "...\""});
+    return join({"\"", firstCharacters(text, kLongest), "...\""});
 }
 
 std::string counted(std::size_t number, std::string_view noun) {

@@ -8,8 +8,7 @@ namespace {
 using namespace tavctl;
 using testing::ElementsAre;
 
-TEST(TextTable, CountsAndCutsCharactersNotBytes) {
-    EXPECT_EQ(textWidth("B\xC3\xB6xes"), 5U);
+TEST(TextTable, CutsCharactersNotBytes) {
     EXPECT_EQ(fitText("B\xC3\xB6xes", 5), "B\xC3\xB6xes");
     EXPECT_EQ(fitText("\xC3\xB6\xC3\xB6\xC3\xB6\xC3\xB6\xC3\xB6", 4), "\xC3\xB6...");
     EXPECT_EQ(fitText("abc", 0), "...");

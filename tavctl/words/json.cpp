@@ -1,0 +1,89 @@
+#include "tavctl/words/json.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tavctl {
+
+namespace {
+
+using Value = nlohmann::ordered_json;
+using Leaves = std::vector<std::pair<std::string, std::string>>;
+
+void addLeaves(const Value& object, const std::string& prefix, Leaves& leaves) {
+    for (const auto& [name, value] : object.items()) {
+        if (value.is_object())
+            addLeaves(value, prefix + name + ".", leaves);
+        else
+            leaves.emplace_back(prefix + name,
+                                value.is_string() ? value.get<std::string>() : value.dump());
+    }
+}
+
+} // namespace
+
+Json::Json(Value value) : value_(std::make_unique<Value>(std::move(value))) {}
+
+Json::Json(std::nullptr_t) : Json(Value(nullptr)) {}
+Json::Json(bool value) : Json(Value(value)) {}
+Json::Json(Signed number) : Json(Value(number.value)) {}
+Json::Json(Unsigned number) : Json(Value(number.value)) {}
+Json::Json(const char* text) : Json(Value(text)) {}
+Json::Json(std::string_view text) : Json(Value(text)) {}
+Json::Json(const std::string& text) : Json(Value(text)) {}
+Json::Json(const std::vector<std::string>& texts) : Json(Value(texts)) {}
+
+Json::Json(std::initializer_list<Member> members) : Json(Value::object()) {
+    for (const Member& member : members)
+        add(member.name, std::move(member.value));
+}
+
+Json Json::array() {
+    return Json(Value::array());
+}
+
+Json::Json(const Json& other) : Json(Value(*other.value_)) {}
+Json::Json(Json&& other) noexcept = default;
+Json& Json::operator=(const Json& other) {
+    *this = Json(other);
+    return *this;
+}
+Json& Json::operator=(Json&& other) noexcept = default;
+Json::~Json() = default;
+
+void Json::push_back(Json value) {
+    value_->push_back(std::move(*value.value_));
+}
+
+void Json::add(const std::string& name, Json value) {
+    (*value_)[name] = std::move(*value.value_);
+}
+
+bool Json::empty() const {
+    return value_->empty();
+}
+
+std::string Json::line() const {
+    return value_->dump(-1, ' ', false, Value::error_handler_t::replace) + "\n";
+}
+
+std::optional<Json> Json::parsedObject(const std::string& text) {
+    Value value = Value::parse(text, nullptr, false);
+    if (!value.is_object())
+        return std::nullopt;
+    return Json(std::move(value));
+}
+
+std::optional<std::string> Json::textOf(const std::string& name) const {
+    const auto found = value_->find(name);
+    if (found == value_->end() || !found->is_string())
+        return std::nullopt;
+    return found->get<std::string>();
+}
+
+Leaves Json::leaves() const {
+    Leaves leaves;
+    addLeaves(*value_, {}, leaves);
+    return leaves;
+}
+
+} // namespace tavctl
