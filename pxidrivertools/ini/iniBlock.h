@@ -1,14 +1,25 @@
-// The whole input of a load in one piece of memory, so that names and values need no copies.
+// The whole input of a load in one piece of memory, so that names and values need no copies; and
+// where it comes from.
 #pragma once
 
 #include "pxidrivertools/ini/iniMemory.h"
-#include "pxidrivertools/ini/iniReader.h"
 #include "pxidrivertools/ini/iniStatus.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
+
+// Bytes asked for at a time.
+inline constexpr std::uint32_t kReadChunk = 2084;
+
+// Puts up to `size` bytes into `buffer` and returns how many; 0 at the end, negative on an error.
+// Fewer than asked for does not mean the end. Must not throw.
+struct IniReader {
+    std::int32_t (*read)(void* context, char* buffer, std::uint32_t size);
+    void* context;
+};
 
 struct IniBlock {
     // A NUL byte stands behind the last one, so that a search for a line's end needs no other

@@ -1,9 +1,9 @@
 #include "pxidrivertools/ini/iniContinuation.h"
 
+#include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniIndex.h"
 #include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniNames.h"
-#include "pxidrivertools/ini/iniSectionKeys.h"
 
 #include <cstring>
 #include <limits>

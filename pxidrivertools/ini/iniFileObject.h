@@ -1,12 +1,26 @@
 // An INI file in memory: its sections and keys, and how it is read and written. One file object
 // belongs to one thread at a time; different ones share nothing.
+//
+// The files of the engine, from loading to saving:
+//   iniFileObject    this: what a file object holds, and how it and its parts are made and dropped
+//   iniOptions       how it reads and writes
+//   iniRecords       sections, keys and their texts       iniList      lists of them
+//   iniMemory        where memory is taken from, and how records live in it
+//   iniLoad          reads a file: what each line does to the file object
+//     iniBlock       ... the whole input in one piece     iniLines     its lines, and what they are
+//     iniSearch      ... whether a name is new            iniContinuation  long values in pieces
+//   iniLookup        finds sections and keys by name
+//     iniNames       ... when two names are the same      iniIndex     a hash index over a list
+//   iniUpdate        sets, renames and removes
+//   iniSafeWrite     saves through a temporary file
+//     iniWrite       ... the text that goes into it       iniFileOperations  what the disk does
+//   iniStatus        the results of all of it
 #pragma once
 
 #include "platform/file.h"
-#include "pxidrivertools/ini/iniArena.h"
+#include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniMemory.h"
 #include "pxidrivertools/ini/iniOptions.h"
-#include "pxidrivertools/ini/iniPool.h"
 #include "pxidrivertools/ini/iniRecords.h"
 
 #include <cstdint>
@@ -65,5 +79,21 @@ void discardSection(IniFileObject& file, IniSection* section) noexcept;
 
 // The same for a key.
 void discardKey(IniFileObject& file, IniKey* key) noexcept;
+
+// The list of a section's keys lives in the file object's arena after a load and in a block of its
+// own once it has grown.
+
+// Makes sure that one more key fits. False when there is no memory; the list is then as it was.
+bool reserveKey(IniFileObject& file, IniSection& section, IniGrowth growth) noexcept;
+
+// Gives back the room for keys that are not there.
+void trimKeys(IniFileObject& file, IniSection& section) noexcept;
+
+// Puts a copy of the list into the arena as the section's, which must have none. False when there
+// is no memory.
+bool placeKeys(IniFileObject& file, IniSection& section, const IniList& list) noexcept;
+
+// Drops the list, not the keys in it.
+void releaseKeys(const IniMemory& memory, IniSection& section) noexcept;
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

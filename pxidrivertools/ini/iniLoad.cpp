@@ -2,7 +2,7 @@
 
 #include "pxidrivertools/ini/iniBlock.h"
 #include "pxidrivertools/ini/iniContinuation.h"
-#include "pxidrivertools/ini/iniKeyCollector.h"
+#include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniLines.h"
 #include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniSearch.h"
@@ -13,6 +13,100 @@
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
+
+// The keys of the section being read. They are collected in one list that serves section after
+// section; at a section's end it gets a list of its own, of the right size.
+class KeyCollector {
+public:
+    explicit KeyCollector(IniFileObject& file) noexcept : file_(file) {}
+    KeyCollector(const KeyCollector&) = delete;
+    KeyCollector& operator=(const KeyCollector&) = delete;
+    // Nothing that was collected is lost.
+    ~KeyCollector();
+
+    // Ends the section before and goes on with this one, which may have keys.
+    void begin(IniSection& section) noexcept;
+    IniSection* section() const noexcept { return section_; }
+
+    // Of the keys so far.
+    IniSeenTags& seen() noexcept { return seen_; }
+    // The section's keys so far.
+    const IniList* keys() const noexcept { return usesShared_ ? shared_ : section_->keys; }
+    // Makes sure that one more fits. False when there is no memory.
+    bool reserve() noexcept {
+        const IniList* const list = keys();
+        return (list != nullptr && list->count < list->capacity) || grow();
+    }
+    // The key must fit.
+    void append(IniKey* key) noexcept {
+        appendElement(usesShared_ ? *shared_ : *section_->keys, key);
+    }
+
+    // Ends the last section. Its keys are where they belong from then on.
+    void finish() noexcept;
+
+private:
+    bool grow() noexcept;
+    void endSection() noexcept;
+
+    IniFileObject& file_;
+    IniSection* section_ = nullptr;
+    IniList* shared_ = nullptr;
+    IniSeenTags seen_;
+    bool usesShared_ = false;
+    bool continued_ = false; // some section was begun again, and may have more room than it needs
+};
+
+// Longer lists are handed over instead of copied.
+constexpr std::uint32_t kMostCopied = 64;
+
+KeyCollector::~KeyCollector() {
+    finish();
+    releaseList(file_.memory, shared_);
+}
+
+void KeyCollector::begin(IniSection& section) noexcept {
+    if (section_ == &section)
+        return;
+    endSection();
+    section_ = &section;
+    usesShared_ = section.keys == nullptr;
+    if (usesShared_) {
+        seen_.clear();
+    } else {
+        seen_.addAll();
+        continued_ = true;
+    }
+}
+
+bool KeyCollector::grow() noexcept {
+    return usesShared_ ? reserveElement(file_.memory, shared_, IniGrowth::proportional)
+                       : reserveKey(file_, *section_, IniGrowth::proportional);
+}
+
+void KeyCollector::endSection() noexcept {
+    if (!usesShared_ || countOf(shared_) == 0)
+        return;
+    usesShared_ = false;
+    if (shared_->count <= kMostCopied && placeKeys(file_, *section_, *shared_)) {
+        truncateList(*shared_, 0);
+        return;
+    }
+    section_->keys = shared_;
+    shared_ = nullptr;
+    trimKeys(file_, *section_);
+}
+
+void KeyCollector::finish() noexcept {
+    endSection();
+    section_ = nullptr;
+    usesShared_ = false;
+    if (!continued_)
+        return;
+    for (IniNamed* element : elementsOf(file_.sections))
+        trimKeys(file_, static_cast<IniSection&>(*element));
+    continued_ = false;
+}
 
 // One load: what its lines do to the file object.
 class Parser {
@@ -163,7 +257,7 @@ private:
     }
 
     IniFileObject& file_;
-    IniKeyCollector keys_;
+    KeyCollector keys_;
     IniSeenTags seenSections_;
     bool sawPieces_ = false;
 };

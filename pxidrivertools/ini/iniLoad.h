@@ -1,8 +1,8 @@
 // Reading an INI file into a file object.
 #pragma once
 
+#include "pxidrivertools/ini/iniBlock.h"
 #include "pxidrivertools/ini/iniFileObject.h"
-#include "pxidrivertools/ini/iniReader.h"
 #include "pxidrivertools/ini/iniStatus.h"
 
 #include <cstdio>

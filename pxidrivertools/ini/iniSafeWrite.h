@@ -1,10 +1,12 @@
 // Writing a file object back to its file, and what is known of that file afterwards.
 #pragma once
 
+#include "platform/file.h"
 #include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniFileOperations.h"
 #include "pxidrivertools/ini/iniStatus.h"
 
+#include <string>
 #include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -24,5 +26,16 @@ IniStatus readTimestamp(const char* path, platform::FileTime& time,
 // Notes where the content comes from. kIniDone or kIniOutOfMemory.
 IniStatus rememberFile(IniFileObject& file, std::string_view path,
                        platform::FileTime time) noexcept;
+
+// A file beside the target is called "ini$$<number>.TMP", with a number below this.
+inline constexpr int kTemporaryNames = 1000;
+
+// Both raise std::bad_alloc only.
+std::string numberedTemporary(const platform::PathParts& target, int number);
+
+// The target's path with what follows its last dot replaced by "TMP". A dot and "TMP" are appended
+// instead when the path has no separator, no dot behind its last one, or the extension TMP already.
+// Both "/" and "\" are separators.
+std::string siblingTemporary(const std::string& target);
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

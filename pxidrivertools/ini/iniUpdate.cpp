@@ -1,10 +1,10 @@
 #include "pxidrivertools/ini/iniUpdate.h"
 
+#include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniIndex.h"
 #include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniLookup.h"
 #include "pxidrivertools/ini/iniNames.h"
-#include "pxidrivertools/ini/iniSectionKeys.h"
 
 #include <algorithm>
 #include <span>

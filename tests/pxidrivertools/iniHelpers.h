@@ -2,12 +2,12 @@
 // and file operations that fail at the Nth call.
 #pragma once
 
+#include "pxidrivertools/ini/iniBlock.h"
 #include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniFileOperations.h"
 #include "pxidrivertools/ini/iniIndex.h"
 #include "pxidrivertools/ini/iniLoad.h"
 #include "pxidrivertools/ini/iniLookup.h"
-#include "pxidrivertools/ini/iniReader.h"
 #include "pxidrivertools/ini/iniUpdate.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,5 @@
 // The output gathers text into large writes and loses nothing at their borders.
-#include "pxidrivertools/ini/iniOutput.h"
-
+#include "pxidrivertools/ini/iniWrite.h"
 #include "tests/pxidrivertools/iniHelpers.h"
 #include "tests/support/fileFolder.h"
 

@@ -1,5 +1,5 @@
 // Names of temporary files.
-#include "pxidrivertools/ini/iniTemporaryName.h"
+#include "pxidrivertools/ini/iniSafeWrite.h"
 
 #include <gtest/gtest.h>
 
