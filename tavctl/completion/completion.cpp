@@ -1,7 +1,5 @@
 #include "tavctl/completion/completion.h"
 
-#include "tavctl/options/commandWords.h"
-
 namespace tavctl {
 
 namespace {
@@ -13,22 +11,6 @@ std::string joined(const std::vector<std::string>& words) {
     for (const std::string& word : words)
         text.append(text.empty() ? "" : " ").append(word);
     return text;
-}
-
-std::vector<std::string> dashedNames(const OptionWords& option) {
-    std::vector<std::string> names;
-    for (const std::string& name : option.shortNames)
-        names.push_back(std::string("-").append(name));
-    for (const std::string& name : option.longNames)
-        names.push_back(std::string("--").append(name));
-    return names;
-}
-
-std::vector<std::string> commandNamesOf(const CommandWords& command) {
-    std::vector<std::string> names;
-    for (const CommandWords& each : command.commands)
-        names.push_back(each.name);
-    return names;
 }
 
 // What may stand in place of a command's own commands: the choices of its arguments.
@@ -81,7 +63,7 @@ public:
                 "    case \"$path\" in\n";
         forEachCommand(app_, "", [this](const CommandWords& command, const std::string& path) {
             out_.append("        ").append(quotedPath(path)).append(") words='");
-            std::vector<std::string> words = commandNamesOf(command);
+            std::vector<std::string> words = commandNames(command);
             const auto choices = argumentChoices(command);
             words.insert(words.end(), choices.begin(), choices.end());
             out_.append(joined(words)).append("' options='");
@@ -121,10 +103,8 @@ private:
                 path.empty() ? wanted.empty() : (wanted + "/").starts_with(path + "/");
             if (!within)
                 return;
-            for (const OptionWords& option : command.options) {
-                const auto more = dashedNames(option);
-                names.insert(names.end(), more.begin(), more.end());
-            }
+            const auto more = dashedNames(command);
+            names.insert(names.end(), more.begin(), more.end());
         });
         return names;
     }
@@ -279,7 +259,7 @@ private:
         const std::string condition = seen.empty() ? "__fish_use_subcommand" : seen;
         for (const OptionWords& option : command.options)
             addOption(option, condition);
-        const std::string names = joined(commandNamesOf(command));
+        const std::string names = joined(commandNames(command));
         for (const CommandWords& each : command.commands) {
             const std::string here = seen.empty()
                                          ? condition
@@ -329,17 +309,16 @@ private:
 
 } // namespace
 
-std::string bashCompletion(const CLI::App& app) {
-    const CommandWords words = wordsOf(app);
-    return BashScript(words).write();
+std::string bashCompletion(const CommandWords& whole) {
+    return BashScript(whole).write();
 }
 
-std::string zshCompletion(const CLI::App& app) {
-    return ZshScript().write(wordsOf(app));
+std::string zshCompletion(const CommandWords& whole) {
+    return ZshScript().write(whole);
 }
 
-std::string fishCompletion(const CLI::App& app) {
-    return FishScript().write(wordsOf(app));
+std::string fishCompletion(const CommandWords& whole) {
+    return FishScript().write(whole);
 }
 
 } // namespace tavctl

@@ -1,14 +1,15 @@
-// Scripts by which shells complete tavctl's command line, made from the command line itself, so
-// that they know every command and option there is.
+// Scripts by which shells complete tavctl's command line, made from the words of the command line
+// itself, so that they know every command and option there is.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "tavctl/options/commandWords.h"
+
 #include <string>
 
 namespace tavctl {
 
-std::string bashCompletion(const CLI::App& app);
-std::string zshCompletion(const CLI::App& app);
-std::string fishCompletion(const CLI::App& app);
+std::string bashCompletion(const CommandWords& whole);
+std::string zshCompletion(const CommandWords& whole);
+std::string fishCompletion(const CommandWords& whole);
 
 } // namespace tavctl

@@ -1,10 +1,7 @@
 #include "tavctl/completion/completionCommand.h"
 
-#include "tavctl/commandLine.h"
 #include "tavctl/completion/completion.h"
 #include "tavctl/words/resultFile.h"
-
-#include <CLI/CLI.hpp>
 
 namespace tavctl {
 
@@ -15,29 +12,27 @@ struct CompletionOptions {
     std::string file;
 };
 
-ExitStatus runCompletion(const CompletionOptions& options) {
+ExitStatus runCompletion(const CompletionOptions& options, CommandWords (*wordsOfAll)()) {
     const auto write = options.shell == "zsh"    ? zshCompletion
                        : options.shell == "fish" ? fishCompletion
                                                  : bashCompletion;
-    const CommandLine whole;
-    writeResult(write(whole.app()), options.file);
+    writeResult(write(wordsOfAll()), options.file);
     return ExitStatus::done;
 }
 
 } // namespace
 
-Command addCompletionCommand(CLI::App& app) {
+Command addCompletionCommand(OptionParser& parser, CommandWords (*wordsOfAll)()) {
     auto options = std::make_shared<CompletionOptions>();
-    CLI::App* const command =
-        app.add_subcommand("completion", "Write a script that completes the command line");
-    command->add_option("SHELL", options->shell, "bash, zsh or fish")
-        ->required()
-        ->type_name("")
-        ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-    command->add_option("-o,--output", options->file, "File to write (default: standard output)")
-        ->type_name("FILE");
-    command->footer("Example: tavctl completion bash -o tavctl.bash");
-    return {command, [options] { return runCompletion(*options); }, [] { return false; }};
+    CommandOptions command =
+        parser.command("completion", "Write a script that completes the command line");
+    command.argument(options->shell, ValueForm::choice("SHELL", {"bash", "zsh", "fish"}),
+                     "bash, zsh or fish");
+    command.value("-o,--output", options->file, ValueForm::file(),
+                  "File to write (default: standard output)");
+    command.footer("Example: tavctl completion bash -o tavctl.bash");
+    return {command, [options, wordsOfAll] { return runCompletion(*options, wordsOfAll); },
+            [] { return false; }};
 }
 
 } // namespace tavctl

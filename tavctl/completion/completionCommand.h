@@ -5,6 +5,7 @@
 
 namespace tavctl {
 
-Command addCompletionCommand(CLI::App& app);
+// `wordsOfAll` tells the whole command line, of which the parser may have this command only.
+Command addCompletionCommand(OptionParser& parser, CommandWords (*wordsOfAll)());
 
 } // namespace tavctl

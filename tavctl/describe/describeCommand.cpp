@@ -9,12 +9,12 @@
 #include "tavctl/describe/draft.h"
 #include "tavctl/describe/proof.h"
 #include "tavctl/describe/watch.h"
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/words.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -118,32 +118,24 @@ ExitStatus runDescribe(const DescribeOptions& options) {
 
 } // namespace
 
-Command addDescribeCommand(CLI::App& app) {
-    CLI::App* const command =
-        app.add_subcommand("describe", "Write a description file for a box on the bus");
+Command addDescribeCommand(OptionParser& parser) {
+    CommandOptions command =
+        parser.command("describe", "Write a description file for a box on the bus");
     const auto options = std::make_shared<DescribeOptions>();
-    options->common.addTo(*command);
-    command->add_option("ADDRESS", options->address, "The box's upstream bridge, such as 01:00.0")
-        ->type_name("")
-        ->required();
-    command->add_option("-o,--output", options->output, "File to write (default: standard output)")
-        ->type_name("FILE");
-    command->add_option("--model", options->request.model, "Name of the model")->type_name("NAME");
-    command
-        ->add_option("--category", options->request.category,
-                     "PCI, Expresscard or SwitchboxTav (default)")
-        ->check(CLI::IsMember({"PCI", "Expresscard", "SwitchboxTav"}))
-        ->type_name("WORD");
-    command
-        ->add_option("--lanes", options->request.linkWidthPerLabel,
-                     "Lanes of a connector: wider ports get several labels")
-        ->check(CLI::Range(1, 32))
-        ->type_name("N");
-    command->add_flag("--whole", options->request.whole,
-                      "Take bridges further down for the box's own");
-    command->add_flag("--watch", options->watch,
-                      "Find the connectors by plugging something into each");
-    command->footer("Example: tavctl describe 01:00.0 --dump samples/switchboxes.dump");
+    options->common.addTo(command);
+    command.argument(options->address, ValueForm::text("ADDRESS"),
+                     "The box's upstream bridge, such as 01:00.0");
+    command.value("-o,--output", options->output, ValueForm::file(),
+                  "File to write (default: standard output)");
+    command.value("--model", options->request.model, ValueForm::text("NAME"), "Name of the model");
+    command.value("--category", options->request.category,
+                  ValueForm::choice("WORD", {"PCI", "Expresscard", "SwitchboxTav"}),
+                  "PCI, Expresscard or SwitchboxTav (default)");
+    command.number("--lanes", options->request.linkWidthPerLabel, "N", 1, 32,
+                   "Lanes of a connector: wider ports get several labels");
+    command.flag("--whole", options->request.whole, "Take bridges further down for the box's own");
+    command.flag("--watch", options->watch, "Find the connectors by plugging something into each");
+    command.footer("Example: tavctl describe 01:00.0 --dump samples/switchboxes.dump");
     return makeCommand<DescribeOptions>(command, options, runDescribe);
 }
 

@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addDescribeCommand(CLI::App& app);
+Command addDescribeCommand(OptionParser& parser);
 
 } // namespace tavctl

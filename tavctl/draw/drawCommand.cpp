@@ -4,12 +4,12 @@
 #include "platform/utf8Path.h"
 #include "tavctl/draw/drawing.h"
 #include "tavctl/host/hostSession.h"
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/view/partOptions.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
 #include "tavctl/words/resultFile.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
 namespace tavctl {
@@ -62,18 +62,17 @@ ExitStatus runDraw(const DrawOptions& options) {
 
 } // namespace
 
-Command addDrawCommand(CLI::App& app) {
+Command addDrawCommand(OptionParser& parser) {
     auto options = std::make_shared<DrawOptions>();
-    CLI::App* const command = app.add_subcommand("draw", "Draw the devices and their connectors");
-    command->add_option("-o,--output", options->file, "File to write (default: standard output)")
-        ->type_name("FILE");
-    command->add_option("--format", options->format, "svg (by Graphviz) or dot (for Graphviz)")
-        ->check(CLI::IsMember({"svg", "dot"}))
-        ->type_name("FORMAT");
-    command->add_flag("--all", options->all, "Also what else is on the root buses");
-    options->part.addTo(*command);
-    options->common.addTo(*command);
-    command->footer("Example: tavctl draw -o bus.svg");
+    CommandOptions command = parser.command("draw", "Draw the devices and their connectors");
+    command.value("-o,--output", options->file, ValueForm::file(),
+                  "File to write (default: standard output)");
+    command.value("--format", options->format, ValueForm::choice("FORMAT", {"svg", "dot"}),
+                  "svg (by Graphviz) or dot (for Graphviz)");
+    command.flag("--all", options->all, "Also what else is on the root buses");
+    options->part.addTo(command);
+    options->common.addTo(command);
+    command.footer("Example: tavctl draw -o bus.svg");
     return makeCommand(command, std::move(options), runDraw);
 }
 

@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addDrawCommand(CLI::App& app);
+Command addDrawCommand(OptionParser& parser);
 
 } // namespace tavctl

@@ -3,11 +3,11 @@
 #include "tavctl/explain/explain.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/diagnosis.h"
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/match/modelMatcher.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/words/nearestName.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -81,14 +81,14 @@ ExitStatus runExplain(const ExplainOptions& options) {
 
 } // namespace
 
-Command addExplainCommand(CLI::App& app) {
-    CLI::App* const command = app.add_subcommand("explain", "Tell why a model is listed or not");
+Command addExplainCommand(OptionParser& parser) {
+    CommandOptions command = parser.command("explain", "Tell why a model is listed or not");
     const auto options = std::make_shared<ExplainOptions>();
-    options->common.addTo(*command);
-    command->add_option("MODEL", options->model, "Model to explain in full (default: all)")
-        ->type_name("");
-    command->footer("Exit status 1 when MODEL is not listed.\n"
-                    "Example: tavctl explain \"My Box\" --dump bus.txt");
+    options->common.addTo(command);
+    command.optionalArgument(options->model, ValueForm::text("MODEL"),
+                             "Model to explain in full (default: all)");
+    command.footer("Exit status 1 when MODEL is not listed.\n"
+                   "Example: tavctl explain \"My Box\" --dump bus.txt");
     return makeCommand<ExplainOptions>(command, options, runExplain);
 }
 

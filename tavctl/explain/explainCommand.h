@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addExplainCommand(CLI::App& app);
+Command addExplainCommand(OptionParser& parser);
 
 } // namespace tavctl

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "pcibus/bus.h"
-#include "tavctl/host/commonOptions.h"
 #include "tavctl/host/deviceListing.h"
+#include "tavctl/options/commonOptions.h"
 
 #include <filesystem>
 #include <vector>

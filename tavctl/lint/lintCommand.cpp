@@ -1,10 +1,10 @@
 #include "tavctl/lint/lintCommand.h"
 
 #include "tavctl/host/descriptionFiles.h"
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/lint/against.h"
 #include "tavctl/lint/lint.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -67,25 +67,19 @@ ExitStatus runLint(const LintOptions& options) {
 
 } // namespace
 
-Command addLintCommand(CLI::App& app) {
-    CLI::App* const command = app.add_subcommand("lint", "Check description files");
+Command addLintCommand(OptionParser& parser) {
+    CommandOptions command = parser.command("lint", "Check description files");
     const auto options = std::make_shared<LintOptions>();
-    options->common.addTo(*command);
-    command
-        ->add_option("FILE", options->files,
-                     "Files to check (default: all of the configured folder)")
-        ->type_name("");
-    auto* const against = command
-                              ->add_option("--against", options->dumps,
-                                           "Recorded buses: say which of the models each has")
-                              ->type_name("DUMP...");
-    command
-        ->add_option("--compared-with", options->comparedWith,
-                     "Other descriptions: say what buses gain and lose")
-        ->type_name("DIR")
-        ->needs(against);
-    command->add_flag("--rules", options->rules, "Print the rules and check nothing");
-    command->footer(
+    options->common.addTo(command);
+    command.arguments(options->files, ValueForm::file(),
+                      "Files to check (default: all of the configured folder)");
+    command.values("--against", options->dumps, ValueForm::file("DUMP..."),
+                   "Recorded buses: say which of the models each has");
+    command.value("--compared-with", options->comparedWith, ValueForm::folder(),
+                  "Other descriptions: say what buses gain and lose");
+    command.needs("--compared-with", "--against");
+    command.flag("--rules", options->rules, "Print the rules and check nothing");
+    command.footer(
         "Every problem of every file. Exit status 1 for errors and for models that a bus\n"
         "loses; 0 for warnings.\n"
         "Example: tavctl lint --descriptions descriptions");

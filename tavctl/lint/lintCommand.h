@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addLintCommand(CLI::App& app);
+Command addLintCommand(OptionParser& parser);
 
 } // namespace tavctl

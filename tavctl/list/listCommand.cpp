@@ -2,8 +2,8 @@
 
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/hostSession.h"
+#include "tavctl/host/hostSetup.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 
 namespace tavctl {
@@ -30,12 +30,12 @@ ExitStatus runList(const ListOptions& options) {
 
 } // namespace
 
-Command addListCommand(CLI::App& app) {
+Command addListCommand(OptionParser& parser) {
     auto options = std::make_shared<ListOptions>();
-    CLI::App* const command = app.add_subcommand("list", "List the devices");
-    command->add_flag("-v,--verbose", options->verbose, "Show the ports, and cut nothing");
-    options->common.addTo(*command);
-    command->footer("Example: tavctl list -v --dump bus.txt");
+    CommandOptions command = parser.command("list", "List the devices");
+    command.flag("-v,--verbose", options->verbose, "Show the ports, and cut nothing");
+    options->common.addTo(command);
+    command.footer("Example: tavctl list -v --dump bus.txt");
     return makeCommand(command, std::move(options), runList);
 }
 

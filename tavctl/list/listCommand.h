@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addListCommand(CLI::App& app);
+Command addListCommand(OptionParser& parser);
 
 } // namespace tavctl

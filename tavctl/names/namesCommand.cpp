@@ -2,10 +2,10 @@
 
 #include "platform/utf8Path.h"
 #include "tavctl/host/hostSession.h"
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/names/nameReport.h"
 #include "tavctl/words/failure.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <optional>
 
@@ -15,6 +15,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
+struct NamesOptions;
+
+struct NamesAction {
+    CommandOptions word;
+    ExitStatus (*run)(const NamesOptions&);
+};
+
 struct NamesOptions {
     CommonOptions common;
     bool verbose = false;
@@ -23,7 +30,7 @@ struct NamesOptions {
     std::string file;
     std::string newDescriptions;
     std::string newDump;
-    ExitStatus (*run)(const NamesOptions&) = nullptr; // none: list
+    std::vector<NamesAction> actions; // none given: list
 };
 
 void print(const std::string& text) {
@@ -161,55 +168,51 @@ ExitStatus preview(const NamesOptions& options) {
 }
 
 ExitStatus runNames(const NamesOptions& options) {
-    return (options.run != nullptr ? options.run : listNames)(options);
+    for (const NamesAction& action : options.actions) {
+        if (action.word.isGiven())
+            return action.run(options);
+    }
+    return listNames(options);
 }
 
-// One action of the command; the options of the whole may stand behind its word too.
-CLI::App* addAction(CLI::App& command, const std::shared_ptr<NamesOptions>& options,
-                    const char* word, const char* what, ExitStatus (*run)(const NamesOptions&)) {
-    CLI::App* const action = command.add_subcommand(word, what);
-    action->fallthrough();
-    action->callback([options, run] { options->run = run; });
-    return action;
-}
-
-void addFile(CLI::App& action, const std::shared_ptr<NamesOptions>& options, const char* what) {
-    action.add_option("FILE", options->file, what)->required()->type_name("");
-    action.add_flag("--force", options->force, "Do so in spite of what speaks against it");
+void addFile(CommandOptions action, NamesOptions& options, const char* what) {
+    action.argument(options.file, ValueForm::file(), what);
+    action.flag("--force", options.force, "Do so in spite of what speaks against it");
 }
 
 } // namespace
 
-Command addNamesCommand(CLI::App& app) {
+Command addNamesCommand(OptionParser& parser) {
     auto options = std::make_shared<NamesOptions>();
-    CLI::App* const command = app.add_subcommand("names", "List, check and back up terminal names");
-    command->require_subcommand(0, 1);
-    command->add_flag("-v,--verbose", options->verbose, "Cut nothing to fit 80 columns");
-    command->add_flag("--stored", options->stored, "Look at the stored names only, at no bus");
-    options->common.addTo(*command);
-    command->footer("Example: tavctl names check");
+    CommandOptions command = parser.command("names", "List, check and back up terminal names");
+    command.flag("-v,--verbose", options->verbose, "Cut nothing to fit 80 columns");
+    command.flag("--stored", options->stored, "Look at the stored names only, at no bus");
+    options->common.addTo(command);
+    command.footer("Example: tavctl names check");
 
-    const char* const kMore = "\"tavctl names --help\" tells the options of all.\n";
-    addAction(*command, options, "list", "List the stored names (as without a word)", listNames)
-        ->footer(std::string(kMore) + "Example: tavctl names list --stored");
-    addAction(*command, options, "check", "Find duplicate, malformed and stale names", checkStored)
-        ->footer(std::string(kMore) + "Example: tavctl names check --json");
-    CLI::App* const save =
-        addAction(*command, options, "backup", "Save the names in a file", backUp);
-    addFile(*save, options, "File to save them in");
-    save->footer(std::string(kMore) + "Example: tavctl names backup names.ini");
-    CLI::App* const load =
-        addAction(*command, options, "restore", "Put back the names of a saved file", restore);
-    addFile(*load, options, "File that they were saved in");
-    load->footer(std::string(kMore) + "Example: tavctl names restore names.ini");
-    CLI::App* const look = addAction(*command, options, "preview",
-                                     "Tell which names would stay, change or be new", preview);
-    look->add_option("--new-descriptions", options->newDescriptions,
-                     "Descriptions that are to take effect")
-        ->type_name("DIR");
-    look->add_option("--new-dump", options->newDump, "Recorded bus of the changed hardware")
-        ->type_name("PATH");
-    look->footer(std::string(kMore) + "Example: tavctl names preview --new-descriptions new");
+    const auto add = [&](const char* word, const char* what, ExitStatus (*run)(const NamesOptions&),
+                         const char* example) {
+        CommandOptions action = command.action(word, what);
+        action.footer(std::string("\"tavctl names --help\" tells the options of all.\nExample: ") +
+                      example);
+        options->actions.push_back({action, run});
+        return action;
+    };
+    add("list", "List the stored names (as without a word)", listNames,
+        "tavctl names list --stored");
+    add("check", "Find duplicate, malformed and stale names", checkStored,
+        "tavctl names check --json");
+    addFile(add("backup", "Save the names in a file", backUp, "tavctl names backup names.ini"),
+            *options, "File to save them in");
+    addFile(add("restore", "Put back the names of a saved file", restore,
+                "tavctl names restore names.ini"),
+            *options, "File that they were saved in");
+    CommandOptions look = add("preview", "Tell which names would stay, change or be new", preview,
+                              "tavctl names preview --new-descriptions new");
+    look.value("--new-descriptions", options->newDescriptions, ValueForm::folder(),
+               "Descriptions that are to take effect");
+    look.value("--new-dump", options->newDump, ValueForm::file("PATH"),
+               "Recorded bus of the changed hardware");
     return makeCommand(command, std::move(options), runNames);
 }
 

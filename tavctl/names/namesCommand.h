@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addNamesCommand(CLI::App& app);
+Command addNamesCommand(OptionParser& parser);
 
 } // namespace tavctl

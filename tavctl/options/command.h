@@ -2,7 +2,7 @@
 // function that adds it: its words and options to the command line, and what runs it.
 #pragma once
 
-#include "tavctl/host/commonOptions.h"
+#include "tavctl/options/options.h"
 #include "tavctl/words/exitStatus.h"
 
 #include <functional>
@@ -11,19 +11,19 @@
 namespace tavctl {
 
 struct Command {
-    CLI::App* app = nullptr; // the command's part of the command line; belongs to the whole
+    CommandOptions options;
     // Runs the command with what the command line said. Raises FailureException.
     std::function<ExitStatus()> run;
     std::function<bool()> wantsJson; // whether failures are to be told as JSON
 };
 
-// `Options` is the options of one command, with the common ones as its member `common`; it lives as
-// long as the command.
-template <typename Options>
-Command makeCommand(CLI::App* app, std::shared_ptr<Options> options,
-                    ExitStatus (*run)(const Options&)) {
-    return {app, [options, run] { return run(*options); },
-            [options] { return options->common.json; }};
+// `Values` is what the options of one command set, with the common ones as its member `common`; it
+// lives as long as the command.
+template <typename Values>
+Command makeCommand(CommandOptions options, std::shared_ptr<Values> values,
+                    ExitStatus (*run)(const Values&)) {
+    return {options, [values, run] { return run(*values); },
+            [values] { return values->common.json; }};
 }
 
 } // namespace tavctl

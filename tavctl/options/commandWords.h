@@ -1,7 +1,7 @@
-// The command line's words as the scripts for shells need them.
+// The words of a command line: what scripts for shells are made from, and what a slip is measured
+// by.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -26,6 +26,11 @@ struct CommandWords {
     std::vector<CommandWords> commands; // within it; these take its options too
 };
 
-CommandWords wordsOf(const CLI::App& app);
+// "-o" and "--output", the short ones first; none for an argument.
+std::vector<std::string> dashedNames(const OptionWords& option);
+
+// Of the command's own options, and of the commands within it.
+std::vector<std::string> dashedNames(const CommandWords& command);
+std::vector<std::string> commandNames(const CommandWords& command);
 
 } // namespace tavctl

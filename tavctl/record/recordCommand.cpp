@@ -2,12 +2,11 @@
 
 #include "platform/utf8Path.h"
 #include "tavctl/host/hostSession.h"
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/record/busRecording.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
 #include "tavctl/words/resultFile.h"
-
-#include <CLI/CLI.hpp>
 
 namespace tavctl {
 
@@ -39,14 +38,14 @@ ExitStatus runRecord(const RecordOptions& options) {
 
 } // namespace
 
-Command addRecordCommand(CLI::App& app) {
+Command addRecordCommand(OptionParser& parser) {
     auto options = std::make_shared<RecordOptions>();
-    CLI::App* const command = app.add_subcommand("record", "Write the bus as a dump");
-    command->add_flag("--scrub", options->scrub, "Leave out what does not matter to matching");
-    command->add_option("-o,--output", options->file, "File to write (default: standard output)")
-        ->type_name("FILE");
-    options->common.addTo(*command);
-    command->footer("Example: tavctl record --scrub -o bus.txt");
+    CommandOptions command = parser.command("record", "Write the bus as a dump");
+    command.flag("--scrub", options->scrub, "Leave out what does not matter to matching");
+    command.value("-o,--output", options->file, ValueForm::file(),
+                  "File to write (default: standard output)");
+    options->common.addTo(command);
+    command.footer("Example: tavctl record --scrub -o bus.txt");
     return makeCommand(command, std::move(options), runRecord);
 }
 

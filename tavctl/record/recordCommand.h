@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addRecordCommand(CLI::App& app);
+Command addRecordCommand(OptionParser& parser);
 
 } // namespace tavctl

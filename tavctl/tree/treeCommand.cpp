@@ -1,9 +1,9 @@
 #include "tavctl/tree/treeCommand.h"
 
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/tree/treeText.h"
 #include "tavctl/view/partOptions.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdio>
 
 namespace tavctl {
@@ -33,14 +33,14 @@ ExitStatus runTree(const TreeOptions& options) {
 
 } // namespace
 
-Command addTreeCommand(CLI::App& app) {
+Command addTreeCommand(OptionParser& parser) {
     auto options = std::make_shared<TreeOptions>();
-    CLI::App* const command =
-        app.add_subcommand("tree", "Show the bus as a tree with the devices marked in it");
-    command->add_flag("-n,--numeric", options->numeric, "Identifiers instead of names");
-    options->part.addTo(*command);
-    options->common.addTo(*command);
-    command->footer("Example: tavctl tree -s 01:00.0");
+    CommandOptions command =
+        parser.command("tree", "Show the bus as a tree with the devices marked in it");
+    command.flag("-n,--numeric", options->numeric, "Identifiers instead of names");
+    options->part.addTo(command);
+    options->common.addTo(command);
+    command.footer("Example: tavctl tree -s 01:00.0");
     return makeCommand(command, std::move(options), runTree);
 }
 

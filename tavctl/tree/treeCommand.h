@@ -5,6 +5,6 @@
 
 namespace tavctl {
 
-Command addTreeCommand(CLI::App& app);
+Command addTreeCommand(OptionParser& parser);
 
 } // namespace tavctl

@@ -4,7 +4,6 @@
 #include "tavctl/host/hostSession.h"
 #include "tavctl/words/failure.h"
 
-#include <CLI/CLI.hpp>
 #include <set>
 
 namespace tavctl {
@@ -32,13 +31,12 @@ std::vector<std::uint32_t> functionsOfModel(const std::vector<PlacedDevice>& dev
 
 } // namespace
 
-void PartOptions::addTo(CLI::App& command) {
-    command.add_option("-s", address, "Only this function, below it, and the way to it")
-        ->type_name("ADDRESS");
-    command.add_option("--model", model, "Only devices of models named so, likewise")
-        ->type_name("NAME");
-    command.add_option("--pci-ids", pciIds, "Names of vendors and devices (pci.ids)")
-        ->type_name("FILE");
+void PartOptions::addTo(CommandOptions command) {
+    command.value("-s", address, ValueForm::text("ADDRESS"),
+                  "Only this function, below it, and the way to it");
+    command.value("--model", model, ValueForm::text("NAME"),
+                  "Only devices of models named so, likewise");
+    command.value("--pci-ids", pciIds, ValueForm::file(), "Names of vendors and devices (pci.ids)");
 }
 
 MarkedBus::MarkedBus(const CommonOptions& options) {

@@ -2,7 +2,7 @@
 // choose a part of it and how things are called.
 #pragma once
 
-#include "tavctl/host/commonOptions.h"
+#include "tavctl/options/commonOptions.h"
 #include "tavctl/view/busTreeView.h"
 
 #include <string>
@@ -16,7 +16,7 @@ struct PartOptions {
     std::string pciIds;  // empty: where the system has it
 
     // Adds -s, --model and --pci-ids to a command.
-    void addTo(CLI::App& command);
+    void addTo(CommandOptions command);
 };
 
 // The bus and the devices of the plug-in on it. The options must be in force. Raises

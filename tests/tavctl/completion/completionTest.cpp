@@ -25,23 +25,12 @@ void forEachCommand(const CommandWords& command, const std::string& path,
         forEachCommand(each, path + " " + each.name, use);
 }
 
-std::vector<std::string> dashedNames(const CommandWords& command) {
-    std::vector<std::string> names;
-    for (const OptionWords& option : command.options) {
-        for (const std::string& name : option.shortNames)
-            names.push_back("-" + name);
-        for (const std::string& name : option.longNames)
-            names.push_back("--" + name);
-    }
-    return names;
-}
-
 // What a shell offers in place of the last word, in the order of its own.
 struct Shells {
     FileFolder folder;
-    std::string bash = folder.write("bash", bashCompletion(CommandLine().app()));
-    std::string zsh = folder.write("zsh", zshCompletion(CommandLine().app()));
-    std::string fish = folder.write("fish", fishCompletion(CommandLine().app()));
+    std::string bash = folder.write("bash", bashCompletion(commandLineWords()));
+    std::string zsh = folder.write("zsh", zshCompletion(commandLineWords()));
+    std::string fish = folder.write("fish", fishCompletion(commandLineWords()));
 
     [[nodiscard]] std::string inBash(const std::string& words) const {
         return testsupport::runCommand("cd " + folder.file("") + " && bash -c 'source " + bash +
@@ -61,7 +50,7 @@ struct Shells {
 
 TEST(Completion, BashOffersEveryCommandAndOption) {
     const Shells shells;
-    forEachCommand(wordsOf(CommandLine().app()), "", [&](const auto& command, const auto& path) {
+    forEachCommand(commandLineWords(), "", [&](const auto& command, const auto& path) {
         const std::string before = "tavctl" + path;
         const std::string words = "\n" + shells.inBash(before + " \"\"");
         for (const CommandWords& each : command.commands)
@@ -74,7 +63,7 @@ TEST(Completion, BashOffersEveryCommandAndOption) {
 
 TEST(Completion, FishOffersEveryCommandAndOption) {
     const Shells shells;
-    forEachCommand(wordsOf(CommandLine().app()), "", [&](const auto& command, const auto& path) {
+    forEachCommand(commandLineWords(), "", [&](const auto& command, const auto& path) {
         const std::string before = "tavctl" + path;
         const std::string words = "\n" + shells.inFish(before + " ");
         for (const CommandWords& each : command.commands)
@@ -92,7 +81,7 @@ TEST(Completion, ZshScriptIsWellFormedAndHasEveryCommandAndOption) {
     EXPECT_EQ(testsupport::runCommand("zsh -n " + shells.zsh + " 2>&1").output, "");
     const std::string script = shells.folder.read("zsh");
     EXPECT_TRUE(script.starts_with("#compdef tavctl\n"));
-    forEachCommand(wordsOf(CommandLine().app()), "", [&](const auto& command, auto path) {
+    forEachCommand(commandLineWords(), "", [&](const auto& command, auto path) {
         std::replace(path.begin(), path.end(), ' ', '_');
         const std::size_t begin = script.find("\n_tavctl" + path + "() {\n");
         ASSERT_NE(begin, std::string::npos) << path;
@@ -121,10 +110,9 @@ TEST(Completion, ValuesAreOfferedByTheirKind) {
 }
 
 TEST(CompletionCommand, WritesTheScriptOfAShell) {
-    const CommandLine line;
-    EXPECT_EQ(outputOf("completion bash"), bashCompletion(line.app()));
-    EXPECT_EQ(outputOf("completion zsh"), zshCompletion(line.app()));
-    EXPECT_EQ(outputOf("completion fish"), fishCompletion(line.app()));
+    EXPECT_EQ(outputOf("completion bash"), bashCompletion(commandLineWords()));
+    EXPECT_EQ(outputOf("completion zsh"), zshCompletion(commandLineWords()));
+    EXPECT_EQ(outputOf("completion fish"), fishCompletion(commandLineWords()));
     EXPECT_TRUE(says(tavctltest::runTavctl("completion csh"), 2, "csh not in {bash,zsh,fish}"));
 }
 

@@ -38,7 +38,7 @@ void expectOptions(const CommandWords& command, const std::string& text, const s
 }
 
 TEST(Manual, HasAPageForEveryCommandThatTellsEveryOption) {
-    const CommandWords whole = wordsOf(CommandLine().app());
+    const CommandWords whole = commandLineWords();
     const std::string mainPage = pageText("tavctl.1");
     for (const CommandWords& command : whole.commands) {
         const std::string page = "tavctl-" + command.name + ".1";
@@ -57,7 +57,7 @@ TEST(Manual, HasNoPageOfACommandThatIsNotThere) {
     std::size_t pages = 0;
     for (const auto& entry : fs::directory_iterator(kFolder))
         pages += entry.path().extension() == ".1" ? 1 : 0;
-    EXPECT_EQ(pages, wordsOf(CommandLine().app()).commands.size() + 1);
+    EXPECT_EQ(pages, commandLineWords().commands.size() + 1);
 }
 
 TEST(Manual, PagesAreWellFormed) {

@@ -1,4 +1,4 @@
-#include "tavctl/host/commonOptions.h"
+#include "tavctl/host/hostSetup.h"
 
 #include "platform/directorySearch.h"
 #include "platform/utf8Path.h"
@@ -6,7 +6,6 @@
 #include "quil/systemStatus.h"
 #include "tavctl/words/failure.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
 namespace tavctl {
@@ -53,19 +52,6 @@ void requireFolder(const char* option, const std::string& folder) {
 }
 
 } // namespace
-
-void CommonOptions::addTo(CLI::App& command) {
-    command.add_option("--plugin", plugin, "Plug-in to load (default: beside tavctl, or as found)")
-        ->type_name("FILE");
-    command.add_option("--dump", dump, "Recorded bus: text of lspci -x, or a folder like /sys")
-        ->type_name("PATH");
-    command
-        .add_option("--descriptions", descriptions,
-                    "Folder that holds \"PCI Hardware Descriptions\"")
-        ->type_name("DIR");
-    command.add_option("--state", state, "Folder of the terminal names")->type_name("DIR");
-    command.add_flag("--json", json, "Print JSON");
-}
 
 HostSetup::HostSetup(const CommonOptions& options) {
     if (!options.descriptions.empty())

@@ -1,0 +1,16 @@
+#include "tavctl/options/commonOptions.h"
+
+namespace tavctl {
+
+void CommonOptions::addTo(CommandOptions command) {
+    command.value("--plugin", plugin, ValueForm::file(),
+                  "Plug-in to load (default: beside tavctl, or as found)");
+    command.value("--dump", dump, ValueForm::file("PATH"),
+                  "Recorded bus: text of lspci -x, or a folder like /sys");
+    command.value("--descriptions", descriptions, ValueForm::folder(),
+                  "Folder that holds \"PCI Hardware Descriptions\"");
+    command.value("--state", state, ValueForm::folder(), "Folder of the terminal names");
+    command.flag("--json", json, "Print JSON");
+}
+
+} // namespace tavctl

@@ -1,0 +1,197 @@
+#include "tavctl/options/options.h"
+
+#include <CLI/CLI.hpp>
+#include <iterator>
+#include <list>
+#include <map>
+#include <sstream>
+#include <utility>
+
+namespace tavctl {
+
+namespace {
+
+constexpr std::size_t kHelpColumn = 26;
+
+} // namespace
+
+ValueForm ValueForm::text(std::string name) {
+    return {std::move(name), OptionWords::Value::text, {}};
+}
+
+ValueForm ValueForm::file(std::string name) {
+    return {std::move(name), OptionWords::Value::file, {}};
+}
+
+ValueForm ValueForm::folder(std::string name) {
+    return {std::move(name), OptionWords::Value::folder, {}};
+}
+
+ValueForm ValueForm::choice(std::string name, std::vector<std::string> choices) {
+    return {std::move(name), OptionWords::Value::choice, std::move(choices)};
+}
+
+// A command, or the program as a whole, with what the parser does not know of its options.
+class CommandOptions::Node {
+public:
+    explicit Node(CLI::App& app) : app_(app) {}
+
+    [[nodiscard]] CLI::App& app() { return app_; }
+    [[nodiscard]] const CLI::App& app() const { return app_; }
+
+    template <typename Value>
+    CLI::Option* addOption(const std::string& names, Value& value, const ValueForm& form,
+                           const std::string& description) {
+        return addNamed(names, value, form, description)->type_name(form.name);
+    }
+
+    // The name stands in place of dashes and of a value's name.
+    template <typename Value>
+    CLI::Option* addArgument(Value& value, const ValueForm& form, const std::string& description) {
+        return addNamed(form.name, value, form, description)->type_name("");
+    }
+
+    Node& addCommand(const std::string& word, const std::string& description) {
+        return within_.emplace_back(*app_.add_subcommand(word, description));
+    }
+
+    [[nodiscard]] CommandWords words() const {
+        CommandWords words{app_.get_name(), app_.get_description(), {}, {}};
+        for (const CLI::Option* option : std::as_const(app_).get_options())
+            words.options.push_back(wordsOf(*option));
+        for (const Node& command : within_)
+            words.commands.push_back(command.words());
+        return words;
+    }
+
+private:
+    template <typename Value>
+    CLI::Option* addNamed(const std::string& names, Value& value, const ValueForm& form,
+                          const std::string& description) {
+        CLI::Option* const option = app_.add_option(names, value, description);
+        if (form.kind == OptionWords::Value::choice)
+            option->check(CLI::IsMember(form.choices));
+        forms_.emplace(option, form);
+        return option;
+    }
+
+    [[nodiscard]] OptionWords wordsOf(const CLI::Option& option) const {
+        OptionWords words;
+        words.shortNames = option.get_snames();
+        words.longNames = option.get_lnames();
+        words.description = option.get_description();
+        const auto form = forms_.find(&option);
+        if (form != forms_.end()) {
+            words.value = form->second.kind;
+            words.choices = form->second.choices;
+        }
+        return words;
+    }
+
+    CLI::App& app_;
+    std::map<const CLI::Option*, ValueForm> forms_; // of those that take a value
+    std::list<Node> within_;
+};
+
+void CommandOptions::flag(const std::string& names, bool& isSet, const std::string& description) {
+    node_->app().add_flag(names, isSet, description);
+}
+
+void CommandOptions::value(const std::string& names, std::string& value, const ValueForm& form,
+                           const std::string& description) {
+    node_->addOption(names, value, form, description);
+}
+
+void CommandOptions::number(const std::string& names, int& value, const std::string& valueName,
+                            int least, int most, const std::string& description) {
+    node_->addOption(names, value, ValueForm::text(valueName), description)
+        ->check(CLI::Range(least, most));
+}
+
+void CommandOptions::values(const std::string& names, std::vector<std::string>& values,
+                            const ValueForm& form, const std::string& description) {
+    node_->addOption(names, values, form, description);
+}
+
+void CommandOptions::argument(std::string& value, const ValueForm& form,
+                              const std::string& description) {
+    node_->addArgument(value, form, description)->required();
+}
+
+void CommandOptions::optionalArgument(std::string& value, const ValueForm& form,
+                                      const std::string& description) {
+    node_->addArgument(value, form, description);
+}
+
+void CommandOptions::arguments(std::vector<std::string>& values, const ValueForm& form,
+                               const std::string& description) {
+    node_->addArgument(values, form, description);
+}
+
+void CommandOptions::needs(const std::string& option, const std::string& other) {
+    CLI::App& app = node_->app();
+    app.get_option(option)->needs(app.get_option(other));
+}
+
+void CommandOptions::footer(const std::string& text) {
+    node_->app().footer(text);
+}
+
+CommandOptions CommandOptions::action(const std::string& word, const std::string& description) {
+    node_->app().require_subcommand(0, 1);
+    Node& action = node_->addCommand(word, description);
+    action.app().fallthrough();
+    return CommandOptions(action);
+}
+
+bool CommandOptions::isGiven() const {
+    return node_->app().parsed();
+}
+
+struct OptionParser::Whole {
+    CLI::App app;
+    CommandOptions::Node node{app};
+};
+
+OptionParser::OptionParser(const std::string& program, const std::string& description,
+                           const std::string& version)
+    : whole_(std::make_unique<Whole>()) {
+    CLI::App& app = whole_->app;
+    app.name(program);
+    app.description(description);
+    app.set_version_flag("--version", version, "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.get_formatter()->column_width(kHelpColumn);
+    app.require_subcommand(1);
+}
+
+OptionParser::~OptionParser() = default;
+
+void OptionParser::footer(const std::string& text) {
+    whole_->app.footer(text);
+}
+
+CommandOptions OptionParser::command(const std::string& word, const std::string& description) {
+    return CommandOptions(whole_->node.addCommand(word, description));
+}
+
+ParsedLine OptionParser::parse(const std::vector<std::string>& words) {
+    CLI::App& app = whole_->app;
+    try {
+        // Without the program's name, and the first word last.
+        app.parse(std::vector<std::string>(words.rbegin(), std::prev(words.rend())));
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success))
+            return {ParsedLine::Kind::misuse, error.what()};
+        std::ostringstream answer;
+        app.exit(error, answer);
+        return {ParsedLine::Kind::question, answer.str()};
+    }
+    return {ParsedLine::Kind::command, {}};
+}
+
+CommandWords OptionParser::words() const {
+    return whole_->node.words();
+}
+
+} // namespace tavctl
