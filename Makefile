@@ -6,7 +6,7 @@ DEMO_STATE = build/demo-state
 TAVCTL = build/$(PRESET)/bin/tavctl
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
-.PHONY: help build demo test test-native windows test-windows test-guest test-sanitizers \
+.PHONY: help build demo quick test test-native windows test-windows test-guest test-sanitizers \
         check-valgrind check soak coverage build-bench bench bench-live bench-detail fuzz \
         format check-format tidy clang update-expectations record-sample record-guests \
         package-windows install clean
@@ -30,6 +30,11 @@ demo: ## list the devices of a recorded bus, twice: the names stay
 	    $(TAVCTL) list --dump samples/switchboxes.dump --descriptions descriptions \
 	        --state $(DEMO_STATE) || exit $$?; \
 	done
+
+quick: ## the tests of the rooms changed since the last commit, and of those above: half a minute
+	@scripts/install-packages.sh build test
+	@cmake --preset $(PRESET) -DZOTAVPCI_TESTS=ON >/dev/null
+	@scripts/quick.sh build/$(PRESET) $(JOBS)
 
 test: ## install what is missing, build, and run every test, of every target
 	@$(MAKE) --no-print-directory test-windows
@@ -58,8 +63,8 @@ test-guest: ## the tests among them that boot emulated machines, and no others
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
 	ctest --preset $(PRESET) -L guest
 
-test-sanitizers: ## the same but for guests, under address, leak and undefined-behaviour checking
-	@$(MAKE) --no-print-directory test-native PRESET=sanitizers CTEST_ARGUMENTS="-LE guest"
+test-sanitizers: clang ## the same but for guests, under address, leak and undefined-behaviour checking
+	@ctest --preset checked -LE guest
 
 # Left out where lines are counted, and nowhere else: what takes too long, or meets its own limit of
 # time, while each step is counted (lists of four billion entries, files of a gigabyte, thousands of
@@ -124,10 +129,10 @@ bench-detail: build-bench ## measure single steps and growth (FILTER=regular exp
 	@TMPDIR=$(BENCH_TMPDIR) build/bench/bin/tav_bench --benchmark_filter='$(or $(FILTER),.)'
 
 fuzz: ## let the fuzzers search (RUNS=inputs each, SECONDS=time each, TARGETS=names)
-	@scripts/install-packages.sh build fuzz
-	@cmake --preset fuzz >/dev/null
-	@cmake --build --preset fuzz -j $(JOBS)
-	@scripts/fuzz.sh build/fuzz $(or $(RUNS),50000) $(or $(SECONDS),60) $(TARGETS)
+	@scripts/install-packages.sh build test fuzz
+	@cmake --preset checked -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset checked -j $(JOBS) --target fuzzers
+	@scripts/fuzz.sh build/checked $(or $(RUNS),50000) $(or $(SECONDS),60) $(TARGETS)
 
 format: ## format every source file
 	@scripts/install-packages.sh lint
@@ -137,15 +142,15 @@ check-format: ## fail when a source file is not formatted
 	@scripts/install-packages.sh lint
 	@clang-format --dry-run --Werror $(SOURCES)
 
-clang: ## build everything with Clang's warnings as errors
-	@scripts/install-packages.sh build test lint
-	@cmake --preset clang >/dev/null
-	@cmake --build --preset clang -j $(JOBS)
+clang: ## build everything with Clang's warnings as errors and what it can check as it runs
+	@scripts/install-packages.sh build test lint fuzz
+	@cmake --preset checked -DZOTAVPCI_TESTS=ON >/dev/null
+	@cmake --build --preset checked -j $(JOBS)
 
 tidy: ## run clang-tidy over the product's sources
-	@scripts/install-packages.sh build test lint
-	@cmake --preset clang >/dev/null
-	@scripts/tidy.sh build/clang $(JOBS)
+	@scripts/install-packages.sh build test lint fuzz
+	@cmake --preset checked -DZOTAVPCI_TESTS=ON >/dev/null
+	@scripts/tidy.sh build/checked $(JOBS)
 
 update-expectations: build ## rewrite what the whole-system cases expect; read the diff
 	@build/$(PRESET)/bin/test_system --rewrite

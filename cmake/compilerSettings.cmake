@@ -36,8 +36,14 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 if(ZOTAVPCI_SANITIZE)
     target_compile_options(zotavpci_settings INTERFACE
         -fsanitize=${ZOTAVPCI_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-    target_compile_definitions(zotavpci_settings INTERFACE _GLIBCXX_ASSERTIONS)
+    target_compile_definitions(zotavpci_settings INTERFACE _GLIBCXX_ASSERTIONS TAV_SANITIZED)
     target_link_options(zotavpci_settings INTERFACE -fsanitize=${ZOTAVPCI_SANITIZE})
+endif()
+
+# What a fuzzer learns from: which branches of ours an input took. Tests are compiled without.
+if(ZOTAVPCI_FUZZERS)
+    target_compile_options(zotavpci_settings INTERFACE
+        $<$<NOT:$<BOOL:$<TARGET_PROPERTY:TAV_IS_TEST>>>:-fsanitize=fuzzer-no-link>)
 endif()
 
 # Counted at the lines as they are written, hence unoptimised, whatever a target asks for; by threads

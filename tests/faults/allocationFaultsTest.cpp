@@ -28,7 +28,7 @@ using testsupport::AllocationKind;
 
 // The address sanitizer keeps a note of each library that comes and goes, so blocks cannot be
 // balanced; it finds what nobody refers to any more by itself, when the program ends.
-#ifdef __SANITIZE_ADDRESS__
+#ifdef TAV_SANITIZED
 constexpr bool kBalancesBlocks = false;
 #else
 constexpr bool kBalancesBlocks = true;

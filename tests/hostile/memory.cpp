@@ -5,7 +5,7 @@
 #include <malloc.h>
 #include <sys/resource.h>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TAV_SANITIZED)
 // Not every package of the compiler has the header that declares it.
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the sanitizer's
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
@@ -13,10 +13,8 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 
 namespace testhostile {
 
-namespace {} // namespace
-
 std::size_t liveBytes() {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TAV_SANITIZED)
     return __sanitizer_get_current_allocated_bytes();
 #else
     const auto information = mallinfo2();

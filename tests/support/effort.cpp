@@ -6,7 +6,7 @@
 namespace testsupport {
 
 bool isSanitized() {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TAV_SANITIZED)
     return true;
 #else
     return false;
