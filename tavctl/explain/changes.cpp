@@ -1,7 +1,8 @@
 #include "tavctl/explain/changes.h"
 
-#include "pxidrivertools/cSlotPath.h"
+#include "pxidrivertools/busPlace.h"
 #include "source/descriptionLoader.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/words/words.h"
 
 #include <algorithm>
@@ -134,14 +135,6 @@ private:
         }
     }
 
-    [[nodiscard]] const pcibus::PciFunction* functionOf(const std::string& machineText) const {
-        cSlotPath path;
-        nZOQUIL000::tErrorStatus status;
-        path.ParseMachineText(machineText, status);
-        const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
-        return pcibus::functionAt(bus_, path.rootBus, hops);
-    }
-
     [[nodiscard]] const pcibus::PciFunction* functionAtMap(const std::string& map) const {
         cSlotPath path;
         nZOQUIL000::tErrorStatus status;
@@ -149,8 +142,7 @@ private:
         path.ApplyRelativePath(map, status);
         if (status.failed())
             return nullptr;
-        const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
-        return pcibus::functionAt(bus_, path.rootBus, hops);
+        return nZoPxiDriverTools_1_0::functionAt(bus_, path);
     }
 
     // The bridges that no section describes, below the anchor, or beside it when it is no bridge;
@@ -171,10 +163,8 @@ private:
             if (!taken.contains(handle) && top != nullptr && isBelow(*bridge, *top))
                 bridges.push_back(bridge);
         }
-        std::stable_partition(bridges.begin(), bridges.end(), [&](const auto* each) {
-            return tPciIds{each->vendorId, each->deviceId, each->subsystemVendorId,
-                           each->subsystemId} == ids;
-        });
+        std::stable_partition(bridges.begin(), bridges.end(),
+                              [&](const auto* each) { return each->ids() == ids; });
         if (bridges.size() > kMostMoves)
             bridges.resize(kMostMoves);
         return bridges;
@@ -189,7 +179,7 @@ private:
     }
 
     void moveSection(const std::string& section, const tBridgeDescription& described) {
-        const pcibus::PciFunction* const anchor = functionOf(candidate_->slotPath);
+        const pcibus::PciFunction* const anchor = functionAtSlotPath(bus_, candidate_->slotPath);
         if (anchor == nullptr)
             return;
         const pcibus::Position from = pcibus::positionOf(bus_, *anchor);
@@ -197,11 +187,9 @@ private:
             const std::string map = mapBetween(from, pcibus::positionOf(bus_, *bridge));
             Model model = model_;
             editSection(model, section, [&](auto& each) { each.traversalMap = map; });
-            if (tryChange(model,
-                          {section, kTraversalMapFromAnchor, map,
-                           join({"there stands ", pcibus::addressText(*bridge), ", ",
-                                 idsText({bridge->vendorId, bridge->deviceId,
-                                          bridge->subsystemVendorId, bridge->subsystemId})})}))
+            if (tryChange(model, {section, kTraversalMapFromAnchor, map,
+                                  join({"there stands ", pcibus::addressText(*bridge), ", ",
+                                        idsText(bridge->ids())})}))
                 return;
         }
     }
@@ -224,7 +212,7 @@ private:
     }
 
     void takeIdentifiers(const std::string& section, const pcibus::PciFunction& at) {
-        const tPciIds ids{at.vendorId, at.deviceId, at.subsystemVendorId, at.subsystemId};
+        const tPciIds ids = at.ids();
         Model model = model_;
         editSection(model, section, [&](auto& each) { each.ids = ids; });
         if (!tryChange(model, {section, "Vid, Pid, SsVid, SsPid",
@@ -295,8 +283,7 @@ private:
     // device or all but one.
     void addIfNear(std::size_t anchor, const pcibus::PciFunction& function,
                    std::vector<NearFunction>& near) const {
-        const tPciIds ids{function.vendorId, function.deviceId, function.subsystemVendorId,
-                          function.subsystemId};
+        const tPciIds ids = function.ids();
         const tPciIds& wanted = model_.anchors[anchor].ids;
         const bool wantsBridge = model_.anchors[anchor].headerType == kHeaderTypeBridge;
         const bool alike = (ids.vendor == wanted.vendor && ids.device == wanted.device) ||

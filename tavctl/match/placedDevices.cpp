@@ -1,7 +1,6 @@
 #include "tavctl/match/placedDevices.h"
 
-#include "pcibus/position.h"
-#include "pxidrivertools/cSlotPath.h"
+#include "pxidrivertools/busPlace.h"
 
 #include <algorithm>
 
@@ -15,11 +14,6 @@ using nZoTavManagerPciPlugin_15_0::tPortEntry;
 using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cSlotPath;
 using pcibus::Bus;
 using pcibus::PciFunction;
-
-const PciFunction* functionAtPath(const Bus& bus, const cSlotPath& path) {
-    const std::vector<std::uint8_t> hops(path.hops.begin(), path.hops.end());
-    return pcibus::functionAt(bus, path.rootBus, hops);
-}
 
 bool isSameDevice(const ListedDevice& listed, const MatchedDevice& matched) {
     const tDeviceRecord& record = matched.record;
@@ -52,7 +46,7 @@ bool placeMissing(cSlotPath place, const Bus& bus, PlacedPort& port) {
         return false;
     port.missingHop = place.hops.front();
     place.hops.pop_front();
-    const PciFunction* const above = functionAtPath(bus, place);
+    const PciFunction* const above = functionAt(bus, place);
     if (above == nullptr || !above->isBridge())
         return false;
     port.missingBelow = above->handle();
