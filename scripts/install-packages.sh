@@ -6,7 +6,7 @@
 set -euo pipefail
 
 declare -A packages=(
-    [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev"
+    [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev"
     [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish"
     [check]="valgrind"
     [coverage]="gcovr python3"

@@ -12,6 +12,9 @@
 #include "tavctl/record/recordCommand.h"
 #include "tavctl/tree/treeCommand.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/words.h"
+
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -97,12 +100,10 @@ private:
         if (json)
             return ExitStatus::wrongUsage;
         if (!misuse.commands.empty()) {
-            std::string list;
-            for (const std::string& name : misuse.commands)
-                list.append(list.empty() ? "" : ", ").append(name);
-            std::fprintf(stderr, "Commands: %s\n", list.c_str());
+            const std::string list = separated(misuse.commands, ", ");
+            std::fputs(fmt::format("Commands: {}\n", list).c_str(), stderr);
         }
-        std::fprintf(stderr, "\"%s --help\" says more.\n", misuse.command.c_str());
+        std::fputs(fmt::format("\"{} --help\" says more.\n", misuse.command).c_str(), stderr);
         return ExitStatus::wrongUsage;
     }
 

@@ -5,8 +5,9 @@
 #include "platform/systemCode.h"
 #include "tavctl/words/failure.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <optional>
 #include <vector>
@@ -52,12 +53,6 @@ std::optional<std::string> readFile(const std::string& path) {
     if (std::ferror(stream.get()) != 0)
         return std::nullopt;
     return text;
-}
-
-std::string fourDigits(std::uint16_t id) {
-    std::array<char, kIdDigits + 1> text{};
-    std::snprintf(text.data(), text.size(), "%04x", static_cast<unsigned>(id));
-    return text.data();
 }
 
 } // namespace
@@ -120,13 +115,12 @@ std::string PciNames::device(std::uint16_t vendorId, std::uint16_t deviceId) con
 }
 
 std::string PciNames::function(std::uint16_t vendorId, std::uint16_t deviceId) const {
-    std::string text = vendor(vendorId);
-    if (text.empty())
-        return "Device " + fourDigits(vendorId) + ":" + fourDigits(deviceId);
+    const std::string maker = vendor(vendorId);
+    if (maker.empty())
+        return fmt::format("Device {:04x}:{:04x}", vendorId, deviceId);
     const std::string name = device(vendorId, deviceId);
-    if (name.empty())
-        return text.append(" Device ").append(fourDigits(deviceId));
-    return text.append(" ").append(name);
+    return name.empty() ? fmt::format("{} Device {:04x}", maker, deviceId)
+                        : fmt::format("{} {}", maker, name);
 }
 
 } // namespace tavctl

@@ -1,5 +1,9 @@
 #include "tavctl/completion/completion.h"
 
+#include "tavctl/words/words.h"
+
+#include <fmt/core.h>
+
 namespace tavctl {
 
 namespace {
@@ -7,10 +11,7 @@ namespace {
 using Value = OptionWords::Value;
 
 std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words)
-        text.append(text.empty() ? "" : " ").append(word);
-    return text;
+    return separated(words, " ");
 }
 
 // What may stand in place of a command's own commands: the choices of its arguments.
@@ -47,11 +48,7 @@ public:
                "        case \"$path/$word\" in\n";
         forEachCommand(app_, "", [this](const CommandWords&, const std::string& path) {
             if (!path.empty())
-                out_.append("            ")
-                    .append(path)
-                    .append(") path=")
-                    .append(path)
-                    .append(" ;;\n");
+                out_ += fmt::format("            {0}) path={0} ;;\n", path);
         });
         out_ += "        esac\n"
                 "    done\n"
@@ -62,12 +59,11 @@ public:
         out_ += "    esac\n"
                 "    case \"$path\" in\n";
         forEachCommand(app_, "", [this](const CommandWords& command, const std::string& path) {
-            out_.append("        ").append(quotedPath(path)).append(") words='");
             std::vector<std::string> words = commandNames(command);
             const auto choices = argumentChoices(command);
             words.insert(words.end(), choices.begin(), choices.end());
-            out_.append(joined(words)).append("' options='");
-            out_.append(joined(allOptions(path))).append("' ;;\n");
+            out_ += fmt::format("        {}) words='{}' options='{}' ;;\n", quotedPath(path),
+                                joined(words), joined(allOptions(path)));
         });
         out_ += "    esac\n"
                 "    if [[ $cur == -* ]]; then\n"
@@ -116,14 +112,14 @@ private:
                 continue;
             std::string patterns;
             for (const std::string& name : dashedNames(option)) {
-                patterns.append(patterns.empty() ? "" : "|").append(path);
-                patterns.append(command.commands.empty() ? "" : "*").append("\\ ").append(name);
+                patterns += fmt::format("{}{}{}\\ {}", patterns.empty() ? "" : "|", path,
+                                        command.commands.empty() ? "" : "*", name);
             }
-            out_.append("        ").append(patterns).append(")\n            ");
+            out_ += fmt::format("        {})\n            ", patterns);
             switch (option.value) {
             case Value::choice:
-                out_.append("COMPREPLY=($(compgen -W '").append(joined(option.choices));
-                out_.append("' -- \"$cur\"))");
+                out_ += fmt::format("COMPREPLY=($(compgen -W '{}' -- \"$cur\"))",
+                                    joined(option.choices));
                 break;
             case Value::file:
                 out_ += "compopt -o filenames 2>/dev/null; COMPREPLY=($(compgen -f -- \"$cur\"))";
@@ -157,7 +153,7 @@ private:
     static std::string action(const OptionWords& option) {
         switch (option.value) {
         case Value::choice:
-            return std::string(":value:(").append(joined(option.choices)).append(")");
+            return fmt::format(":value:({})", joined(option.choices));
         case Value::file:
             return ":file:_files";
         case Value::folder:
@@ -170,21 +166,18 @@ private:
         return "";
     }
 
+    void add(const std::string& specification) {
+        out_ += fmt::format(" \\\n        {}", singleQuoted(specification));
+    }
+
     void addSpecifications(const CommandWords& command) {
         for (const OptionWords& option : command.options) {
             if (option.isArgument()) {
-                out_.append(" \\\n        ")
-                    .append(singleQuoted(std::string("*").append(action(option))));
+                add(fmt::format("*{}", action(option)));
                 continue;
             }
-            for (const std::string& name : dashedNames(option)) {
-                out_.append(" \\\n        ");
-                out_.append(singleQuoted(std::string(name)
-                                             .append("[")
-                                             .append(escaped(option.description))
-                                             .append("]")
-                                             .append(action(option))));
-            }
+            for (const std::string& name : dashedNames(option))
+                add(fmt::format("{}[{}]{}", name, escaped(option.description), action(option)));
         }
     }
 
@@ -205,36 +198,30 @@ private:
         if (!command.commands.empty() && name != "_tavctl")
             within.push_back(&command);
         for (const CommandWords& each : command.commands)
-            addFunction(each, std::string(name).append("_").append(each.name), within);
-        out_.append(name).append("() {\n");
+            addFunction(each, fmt::format("{}_{}", name, each.name), within);
+        out_ += fmt::format("{}() {{\n", name);
         if (!command.commands.empty()) {
-            out_.append("    local context state state_descr line\n    typeset -A opt_args\n");
-            out_.append("    local -a commands=(");
+            out_ += "    local context state state_descr line\n    typeset -A opt_args\n";
+            out_ += "    local -a commands=(";
             for (const CommandWords& each : command.commands)
-                out_.append("\n        ")
-                    .append(singleQuoted(
-                        std::string(each.name).append(":").append(escaped(each.description))));
-            out_.append(")\n");
+                out_ += fmt::format(
+                    "\n        {}",
+                    singleQuoted(fmt::format("{}:{}", each.name, escaped(each.description))));
+            out_ += ")\n";
         }
-        out_.append("    _arguments -C");
+        out_ += "    _arguments -C";
         addSpecifications(command);
         for (const CommandWords* outer : around)
             addSpecifications(*outer);
         if (!command.commands.empty()) {
-            out_.append(" \\\n        '1: :->command' \\\n        '*:: :->rest'\n");
-            out_.append("    case $state in\n        command) _describe command commands ;;\n");
-            out_.append("        rest) case $words[1] in\n");
+            out_ += " \\\n        '1: :->command' \\\n        '*:: :->rest'\n";
+            out_ += "    case $state in\n        command) _describe command commands ;;\n";
+            out_ += "        rest) case $words[1] in\n";
             for (const CommandWords& each : command.commands)
-                out_.append("            ")
-                    .append(each.name)
-                    .append(") ")
-                    .append(name)
-                    .append("_")
-                    .append(each.name)
-                    .append(" ;;\n");
-            out_.append("        esac ;;\n    esac");
+                out_ += fmt::format("            {0}) {1}_{0} ;;\n", each.name, name);
+            out_ += "        esac ;;\n    esac";
         }
-        out_.append("\n}\n");
+        out_ += "\n}\n";
     }
 
     std::string out_;
@@ -250,8 +237,7 @@ public:
 
 private:
     void addLine(const std::string& condition, const std::string& rest) {
-        out_.append("complete -c tavctl -n ").append(singleQuoted(condition));
-        out_.append(rest).append("\n");
+        out_ += fmt::format("complete -c tavctl -n {}{}\n", singleQuoted(condition), rest);
     }
 
     void addCommand(const CommandWords& command, const std::vector<std::string>& path,
@@ -261,15 +247,13 @@ private:
             addOption(option, condition);
         const std::string names = joined(commandNames(command));
         for (const CommandWords& each : command.commands) {
-            const std::string here = seen.empty()
-                                         ? condition
-                                         : std::string(seen)
-                                               .append("; and not __fish_seen_subcommand_from ")
-                                               .append(names);
-            addLine(here, std::string(" -a ").append(each.name).append(" -d ").append(
-                              singleQuoted(each.description)));
-            std::string inside = seen.empty() ? std::string() : std::string(seen).append("; and ");
-            inside.append("__fish_seen_subcommand_from ").append(each.name);
+            const std::string here =
+                seen.empty()
+                    ? condition
+                    : fmt::format("{}; and not __fish_seen_subcommand_from {}", seen, names);
+            addLine(here, fmt::format(" -a {} -d {}", each.name, singleQuoted(each.description)));
+            const std::string inside = fmt::format("{}{}__fish_seen_subcommand_from {}", seen,
+                                                   seen.empty() ? "" : "; and ", each.name);
             std::vector<std::string> deeper = path;
             deeper.push_back(each.name);
             addCommand(each, deeper, inside);
@@ -279,29 +263,29 @@ private:
     void addOption(const OptionWords& option, const std::string& condition) {
         std::string rest;
         for (const std::string& name : option.shortNames)
-            rest.append(" -s ").append(name);
+            rest += fmt::format(" -s {}", name);
         for (const std::string& name : option.longNames)
-            rest.append(" -l ").append(name);
+            rest += fmt::format(" -l {}", name);
         switch (option.value) {
         case Value::none:
             break;
         case Value::file:
-            rest.append(option.isArgument() ? " -F" : " -r -F");
+            rest += option.isArgument() ? " -F" : " -r -F";
             break;
         case Value::folder:
-            rest.append(" -x -a ").append(singleQuoted("(__fish_complete_directories)"));
+            rest += " -x -a '(__fish_complete_directories)'";
             break;
         case Value::choice:
-            rest.append(option.isArgument() ? " -a " : " -x -a ");
-            rest.append(singleQuoted(joined(option.choices)));
+            rest += fmt::format("{} -a {}", option.isArgument() ? "" : " -x",
+                                singleQuoted(joined(option.choices)));
             break;
         case Value::text:
-            rest.append(option.isArgument() ? "" : " -x");
+            rest += option.isArgument() ? "" : " -x";
             break;
         }
         if (option.isArgument() && option.value != Value::file && option.value != Value::choice)
             return;
-        addLine(condition, rest.append(" -d ").append(singleQuoted(option.description)));
+        addLine(condition, fmt::format("{} -d {}", rest, singleQuoted(option.description)));
     }
 
     std::string out_;

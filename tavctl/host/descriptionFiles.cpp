@@ -7,6 +7,8 @@
 #include "source/exceptionStatus.h"
 #include "tavctl/words/failure.h"
 
+#include <fmt/core.h>
+
 #include <filesystem>
 
 namespace tavctl {
@@ -49,12 +51,12 @@ std::vector<std::string> descriptionFiles() {
 
 std::vector<std::string> descriptionFilesIn(const std::string& folder) {
     cPciTavFilesystem filesystem;
-    const std::string separator(1, platform::pathSeparator());
-    std::string pattern = folder;
-    if (platform::lastSeparator(pattern) + 1 != pattern.size())
-        pattern += separator;
-    pattern.append("PCI Hardware Descriptions").append(separator).append("*.ini");
-    return filesLike(filesystem, pattern);
+    const char separator = platform::pathSeparator();
+    std::string prefix = folder;
+    if (platform::lastSeparator(prefix) + 1 != prefix.size())
+        prefix += separator;
+    return filesLike(filesystem,
+                     fmt::format("{}PCI Hardware Descriptions{}*.ini", prefix, separator));
 }
 
 } // namespace tavctl

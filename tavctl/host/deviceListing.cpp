@@ -4,9 +4,10 @@
 #include "tavctl/words/json.h"
 #include "tavctl/words/textTable.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 namespace tavctl {
 
@@ -49,11 +50,9 @@ Json orNull(const std::optional<std::int32_t>& value) {
     return value ? Json(*value) : Json(nullptr);
 }
 
-template <typename... Arguments>
-std::string formatted(const char* format, Arguments... arguments) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, arguments...);
-    return text.data();
+// A bus as addresses show it.
+std::string busText(std::int32_t bus) {
+    return fmt::format("bus {:02x}", static_cast<std::uint32_t>(bus));
 }
 
 std::string categoryName(std::int32_t category) {
@@ -65,16 +64,16 @@ std::string categoryName(std::int32_t category) {
     case kTavCategorySwitchboxTav:
         return "SwitchboxTav";
     default:
-        return formatted("category %d", category);
+        return fmt::format("category {}", category);
     }
 }
 
 std::string portText(const ListedPort& port) {
-    std::string text = formatted("bus %02x", static_cast<unsigned>(port.first.value_or(0)));
+    std::string text = busText(port.first.value_or(0));
     if (port.second)
-        text += formatted("  x%d", *port.second);
+        text += fmt::format("  x{}", *port.second);
     if (port.third)
-        text += "  " + linkSpeedName(*port.third);
+        text += fmt::format("  {}", linkSpeedName(*port.third));
     return text;
 }
 
@@ -92,7 +91,7 @@ std::string portLines(const ListedDevice& device) {
         rows.push_back({"  port", port.label, portText(port)});
     std::string out;
     for (const std::string& line : tableLines(rows, {}))
-        out.append(line).append("\n");
+        out += fmt::format("{}\n", line);
     return out;
 }
 
@@ -134,8 +133,8 @@ std::string listingAsJson(const std::vector<ListedDevice>& devices) {
 std::string linkSpeedName(std::int32_t code) {
     constexpr std::array kSpeeds{"2.5", "5", "8", "16", "32", "64"};
     if (code < 1 || static_cast<std::size_t>(code) > kSpeeds.size())
-        return formatted("speed code %d", code);
-    return std::string(kSpeeds[static_cast<std::size_t>(code) - 1]) + " GT/s";
+        return fmt::format("speed code {}", code);
+    return fmt::format("{} GT/s", kSpeeds[static_cast<std::size_t>(code) - 1]);
 }
 
 std::string listingAsTable(const std::vector<ListedDevice>& devices, bool verbose) {
@@ -148,16 +147,14 @@ std::string listingAsTable(const std::vector<ListedDevice>& devices, bool verbos
                         categoryName(device.category), labelsOf(device)});
     // Labels first: how many there are can be told by -v; the name last.
     const auto lines = verbose ? tableLines(rows, {}) : tableLines(rows, {4, 1, 0});
-    std::string out = lines.front() + "\n";
+    std::string out = fmt::format("{}\n", lines.front());
     for (std::size_t i = 0; i < devices.size(); ++i) {
-        out.append(lines[i + 1]).append("\n");
+        out += fmt::format("{}\n", lines[i + 1]);
         if (!verbose)
             continue;
         if (devices[i].walkValue)
-            out.append("  upstream  ")
-                .append(formatted("bus %02x", static_cast<unsigned>(*devices[i].walkValue)))
-                .append("\n");
-        out.append(portLines(devices[i]));
+            out += fmt::format("  upstream  {}\n", busText(*devices[i].walkValue));
+        out += portLines(devices[i]);
     }
     return out;
 }

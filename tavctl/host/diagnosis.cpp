@@ -14,6 +14,8 @@
 #include "source/exceptionStatus.h"
 #include "tavctl/description/loadFailure.h"
 
+#include <fmt/core.h>
+
 #include <boost/interprocess/exceptions.hpp>
 #include <functional>
 #include <optional>
@@ -72,7 +74,7 @@ std::optional<Failure> tryBridgeLibrary() {
 }
 
 std::optional<Failure> tryConfiguration(const char* name) {
-    return tryStep("read configuration value \"" + std::string(name) + "\"",
+    return tryStep(fmt::format("read configuration value \"{}\"", name),
                    platform::configurationOrigin(kConfigurationKey), [&] {
                        tErrorStatus status;
                        nZoPxiDriverTools_1_0::readConfiguration(name, status);

@@ -5,8 +5,9 @@
 #include "tavctl/words/failure.h"
 #include "tavctl/words/statusText.h"
 
+#include <fmt/core.h>
+
 #include <array>
-#include <cstdio>
 
 namespace tavctl {
 
@@ -21,9 +22,11 @@ std::string defaultPath() {
 }
 
 [[noreturn]] void failToRead(std::uint32_t device, std::uint32_t attribute, std::int32_t status) {
-    std::array<char, 48> object{};
-    std::snprintf(object.data(), object.size(), "device %u, attribute 0x%08X", device, attribute);
-    throw FailureException({"read attribute", object.data(), {}, status, {}});
+    throw FailureException({"read attribute",
+                            fmt::format("device {}, attribute 0x{:08X}", device, attribute),
+                            {},
+                            status,
+                            {}});
 }
 
 } // namespace
@@ -33,7 +36,7 @@ void HostPlugin::bind(Function*& function, const char* name) {
     function = reinterpret_cast<Function*>(library_.symbol(name));
     if (!function)
         throw FailureException(
-            {"load plug-in", path_, "it does not export " + std::string(name), {}, {}});
+            {"load plug-in", path_, fmt::format("it does not export {}", name), {}, {}});
 }
 
 HostPlugin::HostPlugin(const std::string& path) : path_(path.empty() ? defaultPath() : path) {

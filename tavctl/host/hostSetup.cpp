@@ -6,6 +6,8 @@
 #include "quil/systemStatus.h"
 #include "tavctl/words/failure.h"
 
+#include <fmt/core.h>
+
 #include <filesystem>
 
 namespace tavctl {
@@ -48,7 +50,7 @@ void requireFolder(const char* option, const std::string& folder) {
     const bool isFolder = std::filesystem::is_directory(platform::utf8Path(folder), error);
     if (!isFolder)
         throw FailureException(
-            {std::string("use ") + option, folder, "there is no such folder", {}, {}});
+            {fmt::format("use {}", option), folder, "there is no such folder", {}, {}});
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 #include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 
+#include <fmt/core.h>
+
 #include <random>
 #include <string>
 #include <system_error>
@@ -17,7 +19,7 @@ ScratchFolder::ScratchFolder() {
     const fs::path parent = fs::temp_directory_path(error);
     std::random_device random;
     for (int attempt = 0; !error && attempt < kAttempts; ++attempt) {
-        const fs::path candidate = parent / ("tavctl-" + std::to_string(random()));
+        const fs::path candidate = parent / fmt::format("tavctl-{}", random());
         // False, without an error, for a name that is taken.
         if (fs::create_directory(candidate, error)) {
             path_ = candidate;

@@ -5,6 +5,8 @@
 #include "source/modelDescription.h"
 #include "source/terminalNumbers.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <map>
 
@@ -40,11 +42,12 @@ std::string malformation(const NameEntry& entry) {
     if (canonical.empty() || canonical.ends_with(':'))
         return "the section is no slot path such as MR00:00,20";
     if (canonical != entry.slotPath)
-        return "the section is never looked up; the slot path is written " + canonical;
+        return fmt::format("the section is never looked up; the slot path is written {}",
+                           canonical);
     if (isMissing(entry.model))
-        return std::string("the key ") + kNameKeyModel + " is missing";
+        return fmt::format("the key {} is missing", kNameKeyModel);
     if (isMissing(entry.terminalName))
-        return std::string("the key ") + kNameKeyTerminalName + " is missing";
+        return fmt::format("the key {} is missing", kNameKeyTerminalName);
     if (!isMadeName(entry.terminalName))
         return "the terminal name is not a base followed by a number from 1 upwards";
     return {};
@@ -80,7 +83,7 @@ private:
         const auto [first, isFirst] = slots_.emplace(entry.terminalName, entry.slotPath);
         if (!isFirst)
             add(NameProblem::Kind::duplicate, entry,
-                "this is the name of " + first->second + " too");
+                fmt::format("this is the name of {} too", first->second));
         if (survey_ == nullptr)
             return;
         const MatchedDevice* const device = deviceIn(entry.slotPath, *survey_);
@@ -90,8 +93,8 @@ private:
             break;
         case NamePresence::replaced:
             add(NameProblem::Kind::stale, entry,
-                "the slot has a " + device->record.modelName + " now, as " +
-                    device->record.terminalName);
+                fmt::format("the slot has a {} now, as {}", device->record.modelName,
+                            device->record.terminalName));
             break;
         case NamePresence::present:
         case NamePresence::unknown:

@@ -3,6 +3,8 @@
 #include "tavctl/words/json.h"
 #include "tavctl/words/textTable.h"
 
+#include <fmt/core.h>
+
 namespace tavctl {
 
 namespace {
@@ -14,7 +16,7 @@ std::string asText(const std::vector<TableRow>& rows, bool verbose) {
     std::string text;
     for (const std::string& line :
          verbose ? tableLines(rows, {}) : tableLines(rows, {kModel, kSlotPath, 0}))
-        text.append(line).append("\n");
+        text += fmt::format("{}\n", line);
     return text;
 }
 
@@ -77,11 +79,9 @@ std::string namesAsJson(const NameFile& file, const Survey* survey) {
 std::string problemsAsText(const std::vector<NameProblem>& problems, const std::string& path) {
     std::string text;
     for (const NameProblem& problem : problems) {
-        text.append(path).append(":").append(std::to_string(problem.line)).append(": [");
-        text.append(problem.slotPath).append("] ");
-        if (!problem.terminalName.empty())
-            text.append(problem.terminalName).append(": ");
-        text.append(kindName(problem.kind)).append(": ").append(problem.message).append("\n");
+        const char* const colon = problem.terminalName.empty() ? "" : ": ";
+        text += fmt::format("{}:{}: [{}] {}{}{}: {}\n", path, problem.line, problem.slotPath,
+                            problem.terminalName, colon, kindName(problem.kind), problem.message);
     }
     return text;
 }
@@ -103,7 +103,7 @@ std::string forecastsAsTable(const std::vector<NameForecast>& forecasts, bool ve
     for (const NameForecast& forecast : forecasts) {
         std::string change = changeName(forecast.change);
         if (!forecast.before.empty())
-            change.append(", was ").append(forecast.before);
+            change += fmt::format(", was {}", forecast.before);
         rows.push_back({forecast.terminalName, change, forecast.model, forecast.slotPath});
     }
     return asText(rows, verbose);

@@ -5,9 +5,13 @@
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/names/nameReport.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/words.h"
+
+#include <fmt/core.h>
 
 #include <cstdio>
 #include <optional>
+#include <string_view>
 
 namespace tavctl {
 
@@ -37,6 +41,11 @@ void print(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
+// Beside the answer, which stays readable to a program.
+void complain(std::string_view what) {
+    std::fputs(fmt::format("tavctl: {}\n", what).c_str(), stderr);
+}
+
 NameFile readStored(const fs::path& path) {
     const NameLock lock(path, NameLock::Purpose::reading);
     return NameFile(path, true);
@@ -59,8 +68,7 @@ ExitStatus listNames(const NamesOptions& options) {
     if (options.common.json)
         print(namesAsJson(file, pointerTo(survey)));
     else if (file.entries().empty())
-        std::fprintf(stderr, "tavctl: no names are stored in %s\n",
-                     platform::utf8Text(path).c_str());
+        complain(fmt::format("no names are stored in {}", platform::utf8Text(path)));
     else
         print(namesAsTable(file, pointerTo(survey), options.verbose));
     return ExitStatus::done;
@@ -75,8 +83,8 @@ ExitStatus checkStored(const NamesOptions& options) {
     print(options.common.json ? problemsAsJson(problems, platform::utf8Text(path))
                               : problemsAsText(problems, platform::utf8Text(path)));
     if (problems.empty() && !options.common.json)
-        std::fprintf(stderr, "tavctl: no problem with %zu names in %s\n", file.entries().size(),
-                     platform::utf8Text(path).c_str());
+        complain(fmt::format("no problem with {} names in {}", file.entries().size(),
+                             platform::utf8Text(path)));
     return problems.empty() ? ExitStatus::done : ExitStatus::problemFound;
 }
 
@@ -85,7 +93,7 @@ void report(const NamesOptions& options, const char* what, std::size_t count,
     if (options.common.json)
         std::printf("{\"%s\":%zu}\n", what, count);
     else
-        std::printf("%s %zu name%s: %s\n", what, count, count == 1 ? "" : "s", where.c_str());
+        print(fmt::format("{} {}: {}\n", what, counted(count, "name"), where));
 }
 
 ExitStatus backUp(const NamesOptions& options) {
@@ -132,7 +140,7 @@ std::optional<Survey> surveyOfToday(const NamesOptions& options, const fs::path&
         return surveyDevices(path);
     } catch (const FailureException& exception) {
         if (!options.common.json)
-            std::fprintf(stderr, "tavctl: what would be gone is not known: %s\n", exception.what());
+            complain(fmt::format("what would be gone is not known: {}", exception.what()));
         return std::nullopt;
     }
 }
@@ -156,7 +164,7 @@ ExitStatus preview(const NamesOptions& options) {
     if (options.common.json)
         print(forecastsAsJson(forecasts));
     else if (forecasts.empty())
-        std::fputs("tavctl: no described device is present on this bus\n", stderr);
+        complain("no described device is present on this bus");
     else
         print(forecastsAsTable(forecasts, options.verbose));
     for (const NameForecast& forecast : forecasts) {

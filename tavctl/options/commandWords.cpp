@@ -1,13 +1,15 @@
 #include "tavctl/options/commandWords.h"
 
+#include <fmt/core.h>
+
 namespace tavctl {
 
 std::vector<std::string> dashedNames(const OptionWords& option) {
     std::vector<std::string> names;
     for (const std::string& name : option.shortNames)
-        names.push_back(std::string("-").append(name));
+        names.push_back(fmt::format("-{}", name));
     for (const std::string& name : option.longNames)
-        names.push_back(std::string("--").append(name));
+        names.push_back(fmt::format("--{}", name));
     return names;
 }
 

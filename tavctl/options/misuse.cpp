@@ -2,6 +2,8 @@
 
 #include "tavctl/words/nearestName.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -17,7 +19,7 @@ std::string withSuggestion(std::string reason, std::string_view word,
                            const std::vector<std::string>& names) {
     const std::string nearest = nearestName(word, names);
     if (!nearest.empty())
-        reason.append("; did you mean \"").append(nearest).append("\"?");
+        reason += fmt::format("; did you mean \"{}\"?", nearest);
     return reason;
 }
 
@@ -45,7 +47,7 @@ Misuse findMisuse(const CommandWords& whole, const std::vector<std::string>& wor
                     commands};
         }
         where = &*command;
-        path.append(" ").append(where->name);
+        path += fmt::format(" {}", where->name);
         commands = commandNames(*where);
         const auto more = dashedNames(*where);
         options.insert(options.end(), more.begin(), more.end());

@@ -8,9 +8,11 @@
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/record/madeCapabilities.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
-#include <array>
 #include <cstdio>
+#include <iterator>
 #include <system_error>
 
 namespace tavctl {
@@ -133,46 +135,29 @@ std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const LastBuses
     return bytes;
 }
 
-class Text {
-public:
-    template <typename... Arguments>
-    void line(const char* format, Arguments... arguments) {
-        std::array<char, 160> text{};
-        std::snprintf(text.data(), text.size(), format, arguments...); // NOLINT
-        out.append(text.data()).append("\n");
-    }
+using TextEnd = std::back_insert_iterator<std::string>;
 
-    std::string out;
-};
-
-void appendFunction(const RecordedFunction& recorded, Text& text) {
+void appendFunction(const RecordedFunction& recorded, TextEnd out) {
     const auto& bytes = recorded.bytes;
     const std::string address = pcibus::addressText(recorded.function);
     if (recorded.madeTo != 0)
-        text.line("# %s: bytes %02zx to %02zx are made from what the system says of its subsystem "
-                  "and link",
-                  address.c_str(), recorded.madeFrom, recorded.madeTo - 1);
+        fmt::format_to(out,
+                       "# {}: bytes {:02x} to {:02x} are made from what the system says of its "
+                       "subsystem and link\n",
+                       address, recorded.madeFrom, recorded.madeTo - 1);
     if (!recorded.note.empty())
-        text.line("# %s: %s", address.c_str(), recorded.note.c_str());
-    const unsigned revision = bytes[0x08];
-    std::array<char, 16> revisionText{};
-    if (revision != 0)
-        std::snprintf(revisionText.data(), revisionText.size(), " (rev %02x)", revision);
-    text.line("%s %02x%02x: %04x:%04x%s", address.c_str(), unsigned{bytes[0x0B]},
-              unsigned{bytes[0x0A]}, unsigned{recorded.function.vendorId},
-              unsigned{recorded.function.deviceId}, revisionText.data());
+        fmt::format_to(out, "# {}: {}\n", address, recorded.note);
+    fmt::format_to(out, "{} {:02x}{:02x}: {:04x}:{:04x}", address, bytes[0x0B], bytes[0x0A],
+                   recorded.function.vendorId, recorded.function.deviceId);
+    if (const std::uint8_t revision = bytes[0x08]; revision != 0)
+        fmt::format_to(out, " (rev {:02x})", revision);
     constexpr std::size_t kRow = 16;
-    for (std::size_t row = 0; row < bytes.size(); row += kRow) {
-        std::array<char, 24> number{};
-        std::snprintf(number.data(), number.size(), "%02zx:", row);
-        text.out += number.data();
-        for (std::size_t i = row; i < std::min(row + kRow, bytes.size()); ++i) {
-            std::snprintf(number.data(), number.size(), " %02x", unsigned{bytes[i]});
-            text.out += number.data();
-        }
-        text.out += '\n';
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (i % kRow == 0)
+            fmt::format_to(out, "\n{:02x}:", i);
+        fmt::format_to(out, " {:02x}", bytes[i]);
     }
-    text.out += '\n';
+    fmt::format_to(out, "\n\n");
 }
 
 } // namespace
@@ -198,26 +183,31 @@ BusRecording scrubbedRecording(const pcibus::Bus& bus) {
 }
 
 std::string recordingText(const BusRecording& recording, const std::string& program) {
-    Text text;
-    text.line("# Recorded by %s in the form of lspci -xxx: %zu functions.", program.c_str(),
-              recording.functions.size());
+    std::string text = fmt::format("# Recorded by {} in the form of lspci -xxx: {} functions.\n",
+                                   program, recording.functions.size());
+    const TextEnd out(text);
     const auto made = static_cast<std::size_t>(
         std::count_if(recording.functions.begin(), recording.functions.end(),
                       [](const RecordedFunction& recorded) { return recorded.madeTo != 0; }));
     if (recording.scrubbed)
-        text.out += "# Scrubbed: only what matters to matching is as on the bus.\n";
+        text += "# Scrubbed: only what matters to matching is as on the bus.\n";
     if (recording.headersOnly != 0)
-        text.line("# Of %zu functions only the first 64 bytes could be read; run as root for more.",
-                  recording.headersOnly);
+        fmt::format_to(out,
+                       "# Of {} functions only the first 64 bytes could be read; run as root for "
+                       "more.\n",
+                       recording.headersOnly);
     if (made != 0)
-        text.line("# The capabilities of %zu bridges are made for this recording, as told there.",
-                  made);
+        fmt::format_to(out,
+                       "# The capabilities of {} bridges are made for this recording, as told "
+                       "there.\n",
+                       made);
     if (recording.otherDomains != 0)
-        text.line("# %zu functions of domains other than 0 are left out.", recording.otherDomains);
-    text.out += '\n';
+        fmt::format_to(out, "# {} functions of domains other than 0 are left out.\n",
+                       recording.otherDomains);
+    text += '\n';
     for (const RecordedFunction& recorded : recording.functions)
-        appendFunction(recorded, text);
-    return std::move(text.out);
+        appendFunction(recorded, out);
+    return text;
 }
 
 } // namespace tavctl

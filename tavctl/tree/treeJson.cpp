@@ -2,8 +2,7 @@
 #include "tavctl/tree/treeText.h"
 #include "tavctl/words/json.h"
 
-#include <array>
-#include <cstdio>
+#include <fmt/core.h>
 
 namespace tavctl {
 
@@ -12,9 +11,7 @@ namespace {
 using pcibus::PciFunction;
 
 std::string identifier(std::uint16_t id) {
-    std::array<char, 8> text{};
-    std::snprintf(text.data(), text.size(), "%04x", static_cast<unsigned>(id));
-    return text.data();
+    return fmt::format("{:04x}", id);
 }
 
 Json orNull(const std::string& text) {

@@ -2,9 +2,9 @@
 
 #include "tavctl/bus/busAddress.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <optional>
 
 namespace tavctl {
@@ -13,14 +13,8 @@ namespace {
 
 using pcibus::PciFunction;
 
-std::string formatted(const char* format, unsigned first, unsigned second) {
-    std::array<char, 48> text{};
-    std::snprintf(text.data(), text.size(), format, first, second); // NOLINT(*-format-nonliteral)
-    return text.data();
-}
-
 std::string hopText(std::uint8_t hop) {
-    return formatted("%02x.%x", pcibus::deviceOfHop(hop), pcibus::functionOfHop(hop));
+    return fmt::format("{:02x}.{:x}", pcibus::deviceOfHop(hop), pcibus::functionOfHop(hop));
 }
 
 // What stands on one level: functions, and the places of missing ports among them.
@@ -48,7 +42,7 @@ public:
                 out_ += i == 0 ? "-+-" : last ? " \\-" : " +-";
             else
                 out_ += '-';
-            out_.append(formatted("[%04x:%02x]", 0, roots[i])).append("\n");
+            out_ += fmt::format("[0000:{:02x}]\n", roots[i]);
             prefix_ = several ? (last ? "    " : " |  ") : " ";
             drawLevel(branches(view_.bus().functionsOn(roots[i]), {}));
         }
@@ -73,7 +67,7 @@ private:
     void drawLevel(const std::vector<Branch>& level) {
         for (std::size_t i = 0; i < level.size(); ++i) {
             const bool last = i + 1 == level.size();
-            out_.append(prefix_).append(last ? "\\-" : "+-").append(hopText(level[i].hop));
+            out_ += fmt::format("{}{}{}", prefix_, last ? "\\-" : "+-", hopText(level[i].hop));
             if (level[i].function == nullptr) {
                 drawMissing(level[i].missing);
                 continue;
@@ -88,27 +82,25 @@ private:
     }
 
     void drawMissing(const MissingPort& missing) {
-        out_.append("  ")
-            .append(style_.warning(
-                std::string("{").append(nameOf(missing.device)).append(" port, missing}")))
-            .append("\n");
+        const std::string text = fmt::format("{{{} port, missing}}", nameOf(missing.device));
+        out_ += fmt::format("  {}\n", style_.warning(text));
     }
 
     void drawFunction(const PciFunction& function) {
         if (function.isBridge())
             out_ += busesOf(function);
         for (const TreeMark& mark : view_.marksOf(function.handle()))
-            out_.append("  ").append(style_.mark(markText(mark, function)));
+            out_ +=
+                fmt::format("  {}", style_.mark(fmt::format("{{{}}}", markText(mark, function))));
         const std::string name = numeric_ ? identifiersOf(function)
                                           : names_.function(function.vendorId, function.deviceId);
-        out_.append("  ").append(name).append("\n");
+        out_ += fmt::format("  {}\n", name);
     }
 
     // "8086:a110 1234:0001"
     static std::string identifiersOf(const PciFunction& function) {
-        return formatted("%04x:%04x", function.vendorId, function.deviceId)
-            .append(" ")
-            .append(formatted("%04x:%04x", function.subsystemVendorId, function.subsystemId));
+        return fmt::format("{:04x}:{:04x} {:04x}:{:04x}", function.vendorId, function.deviceId,
+                           function.subsystemVendorId, function.subsystemId);
     }
 
     // "-[01-08]"; "-[]" for a bridge without a bus of its own below.
@@ -116,8 +108,9 @@ private:
         if (bridge.secondaryBus == 0 || view_.bus().parentOfBus(bridge.secondaryBus) != &bridge)
             return "-[]";
         const std::uint8_t last = view_.lastBusBelow(bridge);
-        return last == bridge.secondaryBus ? formatted("-[%02x]", last, 0)
-                                           : formatted("-[%02x-%02x]", bridge.secondaryBus, last);
+        return last == bridge.secondaryBus
+                   ? fmt::format("-[{:02x}]", last)
+                   : fmt::format("-[{:02x}-{:02x}]", bridge.secondaryBus, last);
     }
 
     [[nodiscard]] const std::string& nameOf(std::size_t device) const {
@@ -126,31 +119,26 @@ private:
 
     [[nodiscard]] std::string markText(const TreeMark& mark, const PciFunction& function) const {
         const PlacedDevice& device = view_.devices()[mark.device];
-        std::string text = "{";
-        text.append(nameOf(mark.device));
+        const std::string& name = nameOf(mark.device);
         switch (mark.role) {
         case TreeMark::Role::device:
-            text.append(": ").append(device.listed.model);
-            break;
+            return fmt::format("{}: {}", name, device.listed.model);
         case TreeMark::Role::upstreamPort:
-            text.append(" upstream port");
-            break;
+            return fmt::format("{} upstream port", name);
         case TreeMark::Role::anchor:
-            text.append(" anchor");
-            break;
+            return fmt::format("{} anchor", name);
         case TreeMark::Role::port:
-            text.append(portText(device.ports[mark.port], function));
             break;
         }
-        return text.append("}");
+        return fmt::format("{} {}", name, portText(device.ports[mark.port], function));
     }
 
     [[nodiscard]] std::string portText(const PlacedPort& port, const PciFunction& bridge) const {
         if (port.labels.empty())
-            return " port without a label";
-        std::string text = port.labels.size() == 1 ? " port" : " ports";
+            return "port without a label";
+        std::string text = port.labels.size() == 1 ? "port" : "ports";
         for (const std::string& label : port.labels)
-            text.append(" \"").append(label).append("\"");
+            text += fmt::format(" \"{}\"", label);
         return view_.below(bridge).empty() ? text.append(", empty") : text;
     }
 

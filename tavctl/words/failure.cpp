@@ -4,6 +4,8 @@
 #include "tavctl/words/json.h"
 #include "tavctl/words/statusText.h"
 
+#include <fmt/core.h>
+
 #include <cstdio>
 
 namespace tavctl {
@@ -11,9 +13,9 @@ namespace tavctl {
 namespace {
 
 std::string plainText(const Failure& failure) {
-    std::string text = "tavctl: " + failure.sentence() + "\n";
+    std::string text = fmt::format("tavctl: {}\n", failure.sentence());
     if (failure.status)
-        text += "  status " + describeStatus(*failure.status) + "\n";
+        text += fmt::format("  status {}\n", describeStatus(*failure.status));
     if (failure.status ==
         nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::kConfigurationErrNoKey)
         text += "  --descriptions and --state take the place of the configuration\n";
@@ -21,7 +23,7 @@ std::string plainText(const Failure& failure) {
     if (record && !record->empty()) {
         text += "  error record\n";
         for (const auto& [name, value] : record->leaves())
-            text.append("    ").append(name).append(" = ").append(value).append("\n");
+            text += fmt::format("    {} = {}\n", name, value);
     }
     return text;
 }
@@ -44,7 +46,7 @@ std::string jsonText(const Failure& failure) {
 std::string Failure::sentence() const {
     std::string text = operation;
     if (!object.empty())
-        text += " (" + object + ")";
+        text += fmt::format(" ({})", object);
     if (!reason.empty())
         text += ": " + reason;
     else if (status)

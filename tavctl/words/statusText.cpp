@@ -10,8 +10,7 @@
 #include "source/cPciTavFilesystem.h"
 #include "zopcibrd/zopcibrd.h"
 
-#include <array>
-#include <cstdio>
+#include <fmt/core.h>
 
 namespace tavctl {
 
@@ -66,9 +65,7 @@ constexpr std::uint32_t kSystemErrorBase = 0x80070000U;
 } // namespace
 
 std::string hexadecimalStatus(std::int32_t status) {
-    std::array<char, 11> text{};
-    std::snprintf(text.data(), text.size(), "0x%08X", static_cast<unsigned>(status));
-    return text.data();
+    return fmt::format("0x{:08X}", static_cast<std::uint32_t>(status));
 }
 
 std::string statusWords(std::int32_t status) {
@@ -83,7 +80,7 @@ std::string statusWords(std::int32_t status) {
 }
 
 std::string describeStatus(std::int32_t status) {
-    return std::to_string(status) + " (" + hexadecimalStatus(status) + "): " + statusWords(status);
+    return fmt::format("{} ({}): {}", status, hexadecimalStatus(status), statusWords(status));
 }
 
 } // namespace tavctl

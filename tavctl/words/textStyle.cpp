@@ -2,6 +2,8 @@
 
 #include "platform/terminal.h"
 
+#include <fmt/core.h>
+
 #include <cstdlib>
 
 namespace tavctl {
@@ -15,7 +17,7 @@ TextStyle TextStyle::forStream(std::FILE* stream) {
 std::string TextStyle::dress(const char* code, const std::string& text) const {
     if (!colour_ || text.empty())
         return text;
-    return std::string("\033[").append(code).append("m").append(text).append("\033[0m");
+    return fmt::format("\033[{}m{}\033[0m", code, text);
 }
 
 } // namespace tavctl

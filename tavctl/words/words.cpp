@@ -2,9 +2,9 @@
 
 #include "tavctl/words/characters.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace tavctl {
 
@@ -45,12 +45,12 @@ std::string join(std::initializer_list<std::string_view> parts) {
 std::string quoted(std::string_view text) {
     constexpr std::size_t kLongest = 50;
     if (characterCount(text) <= kLongest)
-        return join({"\"", text, "\""});
-    return join({"\"", firstCharacters(text, kLongest), "...\""});
+        return fmt::format("\"{}\"", text);
+    return fmt::format("\"{}...\"", firstCharacters(text, kLongest));
 }
 
 std::string counted(std::size_t number, std::string_view noun) {
-    return join({std::to_string(number), " ", noun, number == 1 ? "" : "s"});
+    return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
 }
 
 std::string enumerated(const std::vector<std::string>& items) {
@@ -63,10 +63,18 @@ std::string enumerated(const std::vector<std::string>& items) {
     return text;
 }
 
+std::string separated(const std::vector<std::string>& items, std::string_view separator) {
+    std::string text;
+    for (const std::string& item : items) {
+        if (&item != &items.front())
+            text += separator;
+        text += item;
+    }
+    return text;
+}
+
 std::string hexadecimal(std::uint32_t number, int digits) {
-    std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "%0*X", digits, number);
-    return text.data();
+    return fmt::format("{:0{}X}", number, digits);
 }
 
 std::string wrapped(std::string_view text, std::size_t indent, std::size_t width) {

@@ -20,6 +20,9 @@ std::string counted(std::size_t number, std::string_view noun);
 // "a", "a and b", "a, b and c".
 std::string enumerated(const std::vector<std::string>& items);
 
+// "a,b,c" for the separator ",".
+std::string separated(const std::vector<std::string>& items, std::string_view separator);
+
 // A number in upper-case hexadecimal, with at least that many digits.
 std::string hexadecimal(std::uint32_t number, int digits);
 
