@@ -15,6 +15,8 @@
 #include "tavctl/words/json.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -56,8 +58,8 @@ const pcibus::PciFunction& bridgeAt(const pcibus::Bus& bus, const std::string& a
         return function;
     const pcibus::PciFunction* const above = bus.parentOfBus(function.bus);
     fail(address, above == nullptr ? std::string("it is no bridge, and stands on a root bus")
-                                   : join({"it is no bridge; the one above it is ",
-                                           pcibus::addressText(*above)}));
+                                   : fmt::format("it is no bridge; the one above it is {}",
+                                                 pcibus::addressText(*above)));
 }
 
 void write(const DescribeOptions& options, const std::string& text) {
@@ -84,14 +86,16 @@ std::string asJson(const std::string& address, const std::string& text,
 void tell(const DescribeOptions& options, const describe::Draft& draft,
           const describe::Proof& proof) {
     if (!proof.others.empty())
-        std::fputs(wrapped(join({"tavctl: by this description the plug-in also lists ",
-                                 enumerated(proof.others)}),
+        std::fputs(wrapped(fmt::format("tavctl: by this description the plug-in also lists {}",
+                                       enumerated(proof.others)),
                            0)
                        .c_str(),
                    stderr);
     if (!options.output.empty())
-        std::fprintf(stderr, "tavctl: wrote %s: %s\n", options.output.c_str(),
-                     counted(draft.ports.size(), "port").c_str());
+        std::fputs(fmt::format("tavctl: wrote {}: {}\n", options.output,
+                               counted(draft.ports.size(), "port"))
+                       .c_str(),
+                   stderr);
 }
 
 ExitStatus runDescribe(const DescribeOptions& options) {
@@ -109,7 +113,8 @@ ExitStatus runDescribe(const DescribeOptions& options) {
     const describe::Proof proof = describe::makeProvable(draft, bus, *bridge);
     if (!proof.lists)
         fail(options.address,
-             join({"no description by this bridge makes the plug-in list it: ", proof.obstacle}));
+             fmt::format("no description by this bridge makes the plug-in list it: {}",
+                         proof.obstacle));
     const std::string text = describe::textOf(draft);
     write(options, options.common.json ? asJson(options.address, text, proof) : text);
     tell(options, draft, proof);

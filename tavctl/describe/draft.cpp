@@ -4,6 +4,8 @@
 #include "tavctl/explain/changes.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <map>
 #include <utility>
@@ -17,7 +19,7 @@ using nZoTavManagerPciPlugin_15_0::tModelDescription;
 using nZoTavManagerPciPlugin_15_0::tPciIds;
 
 std::string idText(const tPciIds& ids) {
-    return join({hexadecimal(ids.vendor, 4), ":", hexadecimal(ids.device, 4)});
+    return fmt::format("{:04X}:{:04X}", ids.vendor, ids.device);
 }
 
 // The numbers of labels that a port takes by its width.
@@ -31,21 +33,21 @@ std::vector<std::string> numbered(const std::string& name, std::size_t count) {
         return {name};
     std::vector<std::string> labels;
     for (std::size_t i = 1; i <= count; ++i)
-        labels.push_back(join({name, std::to_string(i)}));
+        labels.push_back(fmt::format("{}{}", name, i));
     return labels;
 }
 
 std::string remarkOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge) {
-    std::string remark = join({"Now ", pcibus::addressText(bridge)});
+    std::string remark = fmt::format("Now {}", pcibus::addressText(bridge));
     if (bridge.linkWidth != 0)
-        remark += join({", at most ", std::to_string(bridge.linkWidth), " lanes wide"});
+        remark += fmt::format(", at most {} lanes wide", bridge.linkWidth);
     if (bus.parentOfBus(bridge.secondaryBus) != &bridge)
-        return remark + ".";
+        return fmt::format("{}.", remark);
     const auto below = bus.functionsOn(bridge.secondaryBus);
     if (below.empty())
         return remark + "; nothing is behind it.";
     const pcibus::PciFunction& first = below.front();
-    remark += join({"; behind it ", pcibus::addressText(first), " (", idText(first.ids()), ")"});
+    remark += fmt::format("; behind it {} ({})", pcibus::addressText(first), idText(first.ids()));
     return remark + (below.size() == 1 ? "." : " and more.");
 }
 
@@ -88,17 +90,14 @@ std::string commented(const std::string& text) {
     std::string lines = wrapped(text, 0, 96);
     for (std::size_t start = 0; start < lines.size();) {
         const std::size_t end = lines.find('\n', start);
-        out += join({"; ", lines.substr(start, end - start), "\n"});
+        out += fmt::format("; {}\n", lines.substr(start, end - start));
         start = end + 1;
     }
     return out;
 }
 
 std::string listOf(const std::vector<std::string>& items) {
-    std::string text;
-    for (const std::string& item : items)
-        text.append(text.empty() ? "" : ",").append(item);
-    return items.empty() ? "\"\"" : text;
+    return items.empty() ? "\"\"" : separated(items, ",");
 }
 
 std::vector<std::string> namesOf(const std::vector<DraftBridge>& bridges) {
@@ -117,9 +116,8 @@ std::vector<std::string> labelsOf(const Draft& draft) {
 }
 
 std::string idLines(const tPciIds& ids) {
-    return join({"Vid = ", hexadecimal(ids.vendor, 4), "\nPid = ", hexadecimal(ids.device, 4),
-                 "\nSsVid = ", hexadecimal(ids.subsystemVendor, 4),
-                 "\nSsPid = ", hexadecimal(ids.subsystem, 4), "\n"});
+    return fmt::format("Vid = {:04X}\nPid = {:04X}\nSsVid = {:04X}\nSsPid = {:04X}\n", ids.vendor,
+                       ids.device, ids.subsystemVendor, ids.subsystem);
 }
 
 class Writer {
@@ -144,41 +142,48 @@ private:
     static std::string idsKey(const tPciIds& ids) { return explain::idsText(ids); }
 
     void head() {
-        text_ += commented(
-            join({draft_.model, ". A draft that tavctl describe made from ", draft_.origin,
-                  ". It is complete and works as it is; what only you can know is "
-                  "marked with EDIT."}));
+        text_ +=
+            commented(fmt::format("{}. A draft that tavctl describe made from {}. It is complete "
+                                  "and works as it is; what only you can know is marked with EDIT.",
+                                  draft_.model, draft_.origin));
         for (const std::string& note : draft_.notes)
-            text_ += ";\n" + commented(note);
+            text_ += fmt::format(";\n{}", commented(note));
     }
 
     void model() {
-        text_ += "\n[UpstreamTAV]\n; EDIT: the name that is reported to the host.\n";
-        text_ += join({"Model = ", draft_.model, "\n"});
-        text_ += "; EDIT: PCI, Expresscard or SwitchboxTav.\n";
-        text_ += join({"DeviceCategory = ", draft_.category, "\n"});
-        text_ += "; Bridges of the box that are neither the upstream port nor a connector's.\n";
-        text_ += join({"InternalBridges = ", listOf(namesOf(draft_.internalBridges)), "\n"});
-        if (draft_.linkWidthPerLabel != 0) {
-            text_ += "; Lanes that one connector carries. A port takes as many labels as its "
-                     "width divided by it.\n";
-            text_ += join({"LinkWidthPerLabel = ", std::to_string(draft_.linkWidthPerLabel), "\n"});
-        }
-        text_ += "; EDIT: what is printed beside the connectors: first the upstream port's, then "
-                 "the others in\n; the order of DownstreamPorts, ";
-        text_ += draft_.linkWidthPerLabel == 0 ? "one for each port.\n" : "without blanks.\n";
-        text_ += join({"ConnectorLabels = ", listOf(labelsOf(draft_)), "\n"});
-        text_ += "; The sections DownstreamPort... below.\n";
-        text_ += join({"DownstreamPorts = ", listOf(namesOf(draft_.ports)), "\n"});
-        text_ += "HasUpstreamPort = 1\n";
-        text_ += "; EDIT: the word that names such as TAV1 begin with; no digits, no \"%\".\n";
-        text_ += join({"TerminalNameBase = ", draft_.terminalNameBase, "\n"});
+        text_ += fmt::format(
+            "\n[UpstreamTAV]\n"
+            "; EDIT: the name that is reported to the host.\n"
+            "Model = {}\n"
+            "; EDIT: PCI, Expresscard or SwitchboxTav.\n"
+            "DeviceCategory = {}\n"
+            "; Bridges of the box that are neither the upstream port nor a connector's.\n"
+            "InternalBridges = {}\n",
+            draft_.model, draft_.category, listOf(namesOf(draft_.internalBridges)));
+        if (draft_.linkWidthPerLabel != 0)
+            text_ += fmt::format("; Lanes that one connector carries. A port takes as many labels "
+                                 "as its width divided by it.\n"
+                                 "LinkWidthPerLabel = {}\n",
+                                 draft_.linkWidthPerLabel);
+        text_ += fmt::format(
+            "; EDIT: what is printed beside the connectors: first the upstream port's, then the "
+            "others in\n"
+            "; the order of DownstreamPorts, {}.\n"
+            "ConnectorLabels = {}\n"
+            "; The sections DownstreamPort... below.\n"
+            "DownstreamPorts = {}\n"
+            "HasUpstreamPort = 1\n"
+            "; EDIT: the word that names such as TAV1 begin with; no digits, no \"%\".\n"
+            "TerminalNameBase = {}\n",
+            draft_.linkWidthPerLabel == 0 ? "one for each port" : "without blanks",
+            listOf(labelsOf(draft_)), listOf(namesOf(draft_.ports)), draft_.terminalNameBase);
     }
 
     void anchor() {
-        text_ += "\n; The bridge by which the box is recognised: every bridge with these four "
-                 "identifiers is tried.\n";
-        text_ += join({"[Anchor]\nPciHeaderType = 1\n", idLines(draft_.anchor)});
+        text_ += fmt::format("\n; The bridge by which the box is recognised: every bridge with "
+                             "these four identifiers is tried.\n"
+                             "[Anchor]\nPciHeaderType = 1\n{}",
+                             idLines(draft_.anchor));
     }
 
     void upstreamPort() {
@@ -188,14 +193,14 @@ private:
     }
 
     void section(std::string_view prefix, const DraftBridge& bridge) {
-        const std::string name = join({prefix, bridge.name});
+        const std::string name = fmt::format("{}{}", prefix, bridge.name);
         text_ += '\n';
         if (!bridge.remark.empty())
             text_ += commented(bridge.remark);
-        text_ += join({"[", name, "]\n"});
+        text_ += fmt::format("[{}]\n", name);
         const auto [first, isNew] = sections_.emplace(idsKey(bridge.ids), name);
-        text_ += isNew ? idLines(bridge.ids) : join({"IDsSameAs = ", first->second, "\n"});
-        text_ += join({"TraversalMapFromAnchor = ", bridge.map, "\n"});
+        text_ += isNew ? idLines(bridge.ids) : fmt::format("IDsSameAs = {}\n", first->second);
+        text_ += fmt::format("TraversalMapFromAnchor = {}\n", bridge.map);
         if (bridge.isOptional)
             text_ +=
                 "; Not counted when boxes are searched for: others have as many such bridges.\n"
@@ -224,9 +229,10 @@ Draft draftOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
               const DraftRequest& request) {
     Draft draft;
     draft.anchor = bridge.ids();
-    draft.model = request.model.empty() ? join({"New box ", idText(draft.anchor)}) : request.model;
+    draft.model =
+        request.model.empty() ? fmt::format("New box {}", idText(draft.anchor)) : request.model;
     draft.category = request.category;
-    draft.origin = join({"the bridge ", pcibus::addressText(bridge)});
+    draft.origin = fmt::format("the bridge {}", pcibus::addressText(bridge));
     draft.linkWidthPerLabel = request.linkWidthPerLabel;
     draft.upstreamLabels = numbered("HOST", labelCount(bridge, request.linkWidthPerLabel));
     Collector(bus, bridge, request, draft).collect(bridge);

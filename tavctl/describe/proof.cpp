@@ -4,6 +4,8 @@
 #include "tavctl/match/busBridges.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 
 namespace tavctl::describe {
@@ -41,7 +43,7 @@ std::string failureOf(const Candidate& candidate) {
     const explain::Step* const failure = candidate.firstFailure();
     return failure == nullptr
                ? std::string()
-               : join({"expected that ", failure->condition, ", found ", failure->found});
+               : fmt::format("expected that {}, found {}", failure->condition, failure->found);
 }
 
 std::string obstacleOf(const Candidate* own, const std::vector<Candidate>& candidates) {
@@ -49,18 +51,18 @@ std::string obstacleOf(const Candidate* own, const std::vector<Candidate>& candi
         return "it is not found by its identifiers";
     if (own->outcome == Outcome::partOfOther) {
         const Candidate* const other = firstWith(candidates, Outcome::listed);
-        return join({"a bridge with the same identifiers", other == nullptr ? "" : ", ",
-                     other == nullptr ? "" : explain::addressText(other->address),
-                     ", is taken for the box, and this one for a part of it"});
+        return fmt::format("a bridge with the same identifiers{}{}, is taken for the box, and this "
+                           "one for a part of it",
+                           other == nullptr ? "" : ", ",
+                           other == nullptr ? "" : explain::addressText(other->address));
     }
     const bool notReached = own->firstFailure() == nullptr;
     const Candidate* const earlier =
         notReached ? firstWith(candidates, Outcome::rejected) : nullptr;
     if (earlier != nullptr)
-        return join({explain::addressText(earlier->address),
-                     " has the same identifiers and comes first, and what fails there ends the "
-                     "model's turn (",
-                     failureOf(*earlier), ")"});
+        return fmt::format("{} has the same identifiers and comes first, and what fails there ends "
+                           "the model's turn ({})",
+                           explain::addressText(earlier->address), failureOf(*earlier));
     return failureOf(*own);
 }
 

@@ -5,6 +5,8 @@
 #include "tavctl/words/failure.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <istream>
 #include <map>
@@ -30,8 +32,7 @@ Functions functionsBelow(const pcibus::Bus& bus, const std::string& anchorPath) 
         const std::string hops = anchorPath.substr(anchorPath.find(':') + 1);
         if (path.size() > anchorPath.size() && path.ends_with("," + hops) &&
             path.substr(0, path.find(':')) == anchorPath.substr(0, anchorPath.find(':')))
-            functions[path] =
-                join({hexadecimal(each.vendorId, 4), ":", hexadecimal(each.deviceId, 4)});
+            functions[path] = fmt::format("{:04X}:{:04X}", each.vendorId, each.deviceId);
     }
     return functions;
 }
@@ -76,17 +77,17 @@ void settleLinkWidth(Draft& draft, const pcibus::Bus& bus, const std::string& an
         if (perLabel == 0)
             perLabel = here;
         if (here == 0 || here != perLabel || width / perLabel != draft.ports[i].labels.size())
-            fail(join({"port ", quoted(draft.ports[i].labels.front()), " is ",
-                       counted(width, "lane"), " wide and has ",
-                       counted(draft.ports[i].labels.size(), "label"),
-                       "; all ports must have the same number of lanes for each label"}));
+            fail(fmt::format("port {} is {} wide and has {}; all ports must have the same number "
+                             "of lanes for each label",
+                             quoted(draft.ports[i].labels.front()), counted(width, "lane"),
+                             counted(draft.ports[i].labels.size(), "label")));
     }
     draft.linkWidthPerLabel = static_cast<std::int32_t>(perLabel);
     const pcibus::PciFunction* const upstream = functionAtSlotPath(bus, anchorPath);
     const std::size_t width = upstream == nullptr ? 0 : upstream->linkWidth;
     draft.upstreamLabels.clear();
     for (std::size_t i = 1; i <= width / perLabel; ++i)
-        draft.upstreamLabels.push_back(join({"HOST", std::to_string(i)}));
+        draft.upstreamLabels.push_back(fmt::format("HOST{}", i));
 }
 
 } // namespace
@@ -125,9 +126,10 @@ std::string Watch::changedPort(const pcibus::Bus& before, const pcibus::Bus& aft
         ports.insert(portAbove(path, steady, anchorPath));
     if (ports.size() == 1)
         return *ports.begin();
-    say(ports.empty() ? "Nothing has changed below the box. Is it plugged in, and powered?"
-                      : join({"Something has changed behind ", counted(ports.size(), "port"),
-                              " at once. One at a time, please."}));
+    say(ports.empty()
+            ? "Nothing has changed below the box. Is it plugged in, and powered?"
+            : fmt::format("Something has changed behind {} at once. One at a time, please.",
+                          counted(ports.size(), "port")));
     return {};
 }
 
@@ -147,14 +149,15 @@ std::shared_ptr<const pcibus::Bus> Watch::run(Draft& draft, const std::string& a
         }
         std::string path;
         while (path.empty()) {
-            if (!ask(join({"Plug something into connector ", quoted(label),
-                           " (or unplug what is in it), then press Enter; s and Enter skips it."}),
+            if (!ask(fmt::format("Plug something into connector {} (or unplug what is in it), then "
+                                 "press Enter; s and Enter skips it.",
+                                 quoted(label)),
                      answer) ||
                 answer == "s")
                 break;
             const auto after = readBus_();
             if (functionAtSlotPath(*after, anchorPath) == nullptr)
-                fail(join({"the box is no longer at ", anchorPath}));
+                fail(fmt::format("the box is no longer at {}", anchorPath));
             path = changedPort(*before, *after, anchorPath);
             before = after;
         }
@@ -174,8 +177,8 @@ std::shared_ptr<const pcibus::Bus> Watch::run(Draft& draft, const std::string& a
                                               *port, std::to_string(portPaths.size())));
         }
         draft.ports[index].labels.push_back(label);
-        say(join({"Connector ", quoted(label), " is the port ", pcibus::addressText(*port),
-                  ": TraversalMapFromAnchor = ", draft.ports[index].map, "."}));
+        say(fmt::format("Connector {} is the port {}: TraversalMapFromAnchor = {}.", quoted(label),
+                        pcibus::addressText(*port), draft.ports[index].map));
     }
     if (draft.ports.empty())
         fail("no connector was found");

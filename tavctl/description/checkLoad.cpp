@@ -5,6 +5,8 @@
 #include "tavctl/words/nearestName.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <set>
 #include <utility>
@@ -19,7 +21,7 @@ using Kind = LoadProblem::Kind;
 constexpr bool kEndsLoad = true;
 
 std::string inBrackets(std::string_view section) {
-    return join({"[", section, "]"});
+    return fmt::format("[{}]", section);
 }
 
 class LoadCheck {
@@ -54,7 +56,8 @@ private:
             break;
         case Kind::emptyNumber:
             findings_.add("empty-number", text_.name(problem.section, problem.key),
-                          join({problem.key, " is empty"}), expectedNumber(problem.key), kEndsLoad);
+                          fmt::format("{} is empty", problem.key), expectedNumber(problem.key),
+                          kEndsLoad);
             break;
         case Kind::badDecimal:
             badNumber(problem, "is no decimal number of 32 bits");
@@ -64,7 +67,7 @@ private:
             break;
         case Kind::unknownCategory:
             findings_.add("unknown-category", text_.value(problem.section, problem.key),
-                          join({valueText(problem), " is no device category"}),
+                          fmt::format("{} is no device category", valueText(problem)),
                           "exactly PCI, Expresscard or SwitchboxTav", kEndsLoad);
             break;
         }
@@ -77,10 +80,10 @@ private:
                           "the file starts with the mark of UTF-16 or UTF-32 text",
                           "plain ASCII or UTF-8; save the file anew in that encoding", kEndsLoad);
         else
-            findings_.add(
-                "cannot-open", {},
-                join({"the file cannot be opened or read", trouble.empty() ? "" : ": ", trouble}),
-                "a readable file, and no folder", kEndsLoad);
+            findings_.add("cannot-open", {},
+                          fmt::format("the file cannot be opened or read{}{}",
+                                      trouble.empty() ? "" : ": ", trouble),
+                          "a readable file, and no folder", kEndsLoad);
     }
 
     void missing(const LoadProblem& problem) {
@@ -95,10 +98,10 @@ private:
             return;
         const std::string near = nearestName(section, unaskedSections());
         const std::string hint =
-            near.empty() ? std::string() : join({"; there is ", inBrackets(near)});
+            near.empty() ? std::string() : fmt::format("; there is {}", inBrackets(near));
         findings_.add("missing-section", namedAt(section),
-                      join({"there is no section ", inBrackets(section)}),
-                      join({"a line ", inBrackets(section), ", spelled exactly so", hint}),
+                      fmt::format("there is no section {}", inBrackets(section)),
+                      fmt::format("a line {}, spelled exactly so{}", inBrackets(section), hint),
                       kEndsLoad);
     }
 
@@ -135,18 +138,20 @@ private:
 
     void missingKey(const LoadProblem& problem) {
         if (const Place place = emptyLine(problem); place.line != 0) {
-            findings_.add(
-                "missing-key", place,
-                join({"nothing stands behind the \"=\", so ", problem.key, " counts as missing"}),
-                isText(problem.key) ? join({problem.key, " = \"\" for an empty value"})
-                                    : expectedNumber(problem.key),
-                kEndsLoad);
+            findings_.add("missing-key", place,
+                          fmt::format("nothing stands behind the \"=\", so {} counts as missing",
+                                      problem.key),
+                          isText(problem.key)
+                              ? fmt::format("{} = \"\" for an empty value", problem.key)
+                              : expectedNumber(problem.key),
+                          kEndsLoad);
             return;
         }
-        findings_.add("missing-key", text_.header(problem.section),
-                      join({inBrackets(problem.section), " has no key ", problem.key}),
-                      join({problem.key, ", spelled exactly so", alternative(problem.key)}),
-                      kEndsLoad);
+        findings_.add(
+            "missing-key", text_.header(problem.section),
+            fmt::format("{} has no key {}", inBrackets(problem.section), problem.key),
+            fmt::format("{}, spelled exactly so{}", problem.key, alternative(problem.key)),
+            kEndsLoad);
     }
 
     // A line of the section that would give the key if it had a value.
@@ -188,15 +193,15 @@ private:
 
     void badNumber(const LoadProblem& problem, std::string_view trouble) {
         findings_.add("bad-number", text_.value(problem.section, problem.key),
-                      join({valueText(problem), " ", trouble}), expectedNumber(problem.key),
-                      kEndsLoad);
+                      fmt::format("{} {}", valueText(problem), trouble),
+                      expectedNumber(problem.key), kEndsLoad);
     }
 
     // With its key, for those who see the sentence and not the line.
     [[nodiscard]] std::string valueText(const LoadProblem& problem) const {
         const auto lines = text_.linesOf(problem.section, problem.key);
-        return join({problem.key, ": ",
-                     lines.empty() ? "the value" : quoted(text_.line(lines.back())->value)});
+        return fmt::format("{}: {}", problem.key,
+                           lines.empty() ? "the value" : quoted(text_.line(lines.back())->value));
     }
 
     // The same where it is missing for its own section; null when it is not.
@@ -213,23 +218,23 @@ private:
 
     // IDsSameAs leads to a section that is not there or has no identifiers of its own.
     void nowhere(const LoadProblem& problem) {
-        if (!reported_.insert(join({problem.askedBy, "\n", problem.section})).second)
+        if (!reported_.insert(fmt::format("{}\n{}", problem.askedBy, problem.section)).second)
             return;
         const Place place = text_.value(problem.askedBy, kIDsSameAs);
         const bool chained = !text_.linesOf(problem.section, kIDsSameAs).empty();
-        std::string found = join({inBrackets(problem.section), " has no ", problem.key});
+        std::string found = fmt::format("{} has no {}", inBrackets(problem.section), problem.key);
         if (problem.kind == Kind::missingSection)
-            found = join({"there is no section ", inBrackets(problem.section)});
+            found = fmt::format("there is no section {}", inBrackets(problem.section));
         else if (chained)
             found += "; its own IDsSameAs is not followed";
         const std::string near = problem.kind == Kind::missingSection
                                      ? nearestName(problem.section, text_.sections())
                                      : std::string();
-        findings_.add(
-            "ids-same-as-nowhere", place, std::move(found),
-            join({"the name of a section with Vid, Pid, SsVid and SsPid",
-                  near.empty() ? "" : "; there is ", near.empty() ? "" : inBrackets(near)}),
-            kEndsLoad);
+        findings_.add("ids-same-as-nowhere", place, std::move(found),
+                      fmt::format("the name of a section with Vid, Pid, SsVid and SsPid{}{}",
+                                  near.empty() ? "" : "; there is ",
+                                  near.empty() ? "" : inBrackets(near)),
+                      kEndsLoad);
     }
 
     const Description& description_;

@@ -2,6 +2,8 @@
 
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 namespace tavctl::lint {
 
 std::string Finding::placeText() const {
@@ -9,13 +11,13 @@ std::string Finding::placeText() const {
     for (const int number : {place.line, place.column}) {
         if (number == 0)
             break;
-        where.append(":").append(std::to_string(number));
+        where += fmt::format(":{}", number);
     }
     return where;
 }
 
 std::string Finding::sentence() const {
-    return join({found, "; expected ", expected});
+    return fmt::format("{}; expected {}", found, expected);
 }
 
 } // namespace tavctl::lint

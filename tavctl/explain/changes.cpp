@@ -5,6 +5,8 @@
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <functional>
 #include <optional>
@@ -188,8 +190,8 @@ private:
             Model model = model_;
             editSection(model, section, [&](auto& each) { each.traversalMap = map; });
             if (tryChange(model, {section, kTraversalMapFromAnchor, map,
-                                  join({"there stands ", pcibus::addressText(*bridge), ", ",
-                                        idsText(bridge->ids())})}))
+                                  fmt::format("there stands {}, {}", pcibus::addressText(*bridge),
+                                              idsText(bridge->ids()))}))
                 return;
         }
     }
@@ -215,12 +217,12 @@ private:
         const tPciIds ids = at.ids();
         Model model = model_;
         editSection(model, section, [&](auto& each) { each.ids = ids; });
-        if (!tryChange(model, {section, "Vid, Pid, SsVid, SsPid",
-                               join({hexadecimal(ids.vendor, 4), ", ", hexadecimal(ids.device, 4),
-                                     ", ", hexadecimal(ids.subsystemVendor, 4), ", ",
-                                     hexadecimal(ids.subsystem, 4)}),
-                               join({"the identifiers of ", pcibus::addressText(at),
-                                     ", in place of IDsSameAs if that is there"})})) {
+        if (!tryChange(model,
+                       {section, "Vid, Pid, SsVid, SsPid",
+                        fmt::format("{:04X}, {:04X}, {:04X}, {:04X}", ids.vendor, ids.device,
+                                    ids.subsystemVendor, ids.subsystem),
+                        fmt::format("the identifiers of {}, in place of IDsSameAs if that is there",
+                                    pcibus::addressText(at))})) {
             model = model_;
             editSection(model, section, [](auto& each) { each.isOptional = true; });
             tryChange(model, {section, kIsOptional, "1", "so that it is not counted"});
@@ -248,16 +250,16 @@ private:
         while (!fewer.connectorLabels.empty()) {
             fewer.connectorLabels.pop_back();
             const std::size_t less = model_.connectorLabels.size() - fewer.connectorLabels.size();
-            if (tryChange(fewer,
-                          {kSectionModel, kConnectorLabels, listText(fewer.connectorLabels),
-                           join({counted(less, "label"), " less, for the ports that are there"})}))
+            if (tryChange(fewer, {kSectionModel, kConnectorLabels, listText(fewer.connectorLabels),
+                                  fmt::format("{} less, for the ports that are there",
+                                              counted(less, "label"))}))
                 return;
         }
         Model more = model_;
         for (std::size_t n = 1; n <= kMostLabels; ++n) {
-            more.connectorLabels.push_back(join({"NEW", std::to_string(n)}));
+            more.connectorLabels.push_back(fmt::format("NEW{}", n));
             if (tryChange(more, {kSectionModel, kConnectorLabels, listText(more.connectorLabels),
-                                 join({counted(n, "label"), " more"})}))
+                                 fmt::format("{} more", counted(n, "label"))}))
                 return;
         }
     }
@@ -330,7 +332,7 @@ private:
         const auto add = [&](const char* key, std::uint32_t from, std::uint32_t to, int digits) {
             if (from != to)
                 changes.push_back({section, key, hexadecimal(to, digits),
-                                   join({"as ", addressText(near.address), " has it"})});
+                                   fmt::format("as {} has it", addressText(near.address))});
         };
         add(kPciHeaderType, before.headerType, after.headerType, 1);
         add(kVid, before.ids.vendor, after.ids.vendor, 4);
@@ -376,7 +378,7 @@ std::string mapBetween(const pcibus::Position& from, const pcibus::Position& to)
     for (std::size_t up = common; up < a.size(); ++up)
         add("-");
     for (std::size_t i = b.size() - common; i > 0; --i)
-        add(join({"d", std::to_string(b[i - 1] >> 3), "f", std::to_string(b[i - 1] & 7)}));
+        add(fmt::format("d{}f{}", b[i - 1] >> 3, b[i - 1] & 7));
     return map;
 }
 

@@ -5,6 +5,8 @@
 #include "tavctl/match/busBridges.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -19,9 +21,9 @@ std::vector<std::string> anchorTexts(const lint::Description& description) {
     const auto& anchors = description.model().anchors;
     for (std::size_t i = 0; i < anchors.size(); ++i)
         texts.push_back(
-            join({"[", description.anchorSection(i), "] ",
-                  anchors[i].headerType == kHeaderTypeBridge ? "a bridge " : "a function ",
-                  idsText(anchors[i].ids)}));
+            fmt::format("[{}] {}{}", description.anchorSection(i),
+                        anchors[i].headerType == kHeaderTypeBridge ? "a bridge " : "a function ",
+                        idsText(anchors[i].ids)));
     return texts;
 }
 

@@ -8,6 +8,8 @@
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/words/nearestName.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <memory>
@@ -48,7 +50,7 @@ explain::Descriptions loadDescriptions() {
     std::string reason = "no description file describes this model";
     const std::string near = nearestName(model, names);
     if (!near.empty())
-        reason.append("; did you mean \"").append(near).append("\"?");
+        reason += fmt::format("; did you mean \"{}\"?", near);
     throw FailureException({"explain", model, reason, {}, {}}, ExitStatus::problemFound);
 }
 

@@ -3,6 +3,8 @@
 #include "pcibus/pciFunction.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 
 namespace tavctl::explain {
@@ -35,8 +37,8 @@ std::string addressText(const nZoTavManagerPciPlugin_15_0::tBusAddress& address)
 }
 
 std::string idsText(const nZoTavManagerPciPlugin_15_0::tPciIds& ids) {
-    return join({hexadecimal(ids.vendor, 4), ":", hexadecimal(ids.device, 4), " subsystem ",
-                 hexadecimal(ids.subsystemVendor, 4), ":", hexadecimal(ids.subsystem, 4)});
+    return fmt::format("{:04X}:{:04X} subsystem {:04X}:{:04X}", ids.vendor, ids.device,
+                       ids.subsystemVendor, ids.subsystem);
 }
 
 } // namespace tavctl::explain

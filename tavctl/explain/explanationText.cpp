@@ -3,6 +3,8 @@
 #include "tavctl/words/json.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -46,13 +48,13 @@ std::string outcomeText(const Candidate& candidate, bool withSteps) {
     case Outcome::listed:
         return candidate.reported == candidate.address
                    ? "listed"
-                   : join({"listed, reported at ", addressText(candidate.reported)});
+                   : fmt::format("listed, reported at {}", addressText(candidate.reported));
     case Outcome::rejected: {
         const Step* const failure = candidate.firstFailure();
         return failure == nullptr || withSteps
                    ? "not listed"
-                   : join({"not listed: expected that ", failure->condition, ", found ",
-                           failure->found});
+                   : fmt::format("not listed: expected that {}, found {}", failure->condition,
+                                 failure->found);
     }
     case Outcome::partOfOther:
         return "not an anchor of its own: it serves as a bridge of one above";
@@ -62,26 +64,24 @@ std::string outcomeText(const Candidate& candidate, bool withSteps) {
 }
 
 std::string stepText(const Step& step) {
-    std::string head = "      ";
-    head.append(resultName(step.result));
-    head.append(12 - head.size(), ' ');
+    const std::string head = fmt::format("      {:<6}", resultName(step.result));
     if (step.result == Step::Result::failed) {
         std::string text = hanging(head, step.condition);
-        text += hanging(std::string(12, ' ').append("expected: "), step.expected);
-        text += hanging(std::string(12, ' ').append("found:    "), step.found);
+        text += hanging("            expected: ", step.expected);
+        text += hanging("            found:    ", step.found);
         return text;
     }
-    return hanging(head,
-                   step.found.empty() ? step.condition : join({step.condition, ": ", step.found}));
+    return hanging(head, step.found.empty() ? step.condition
+                                            : fmt::format("{}: {}", step.condition, step.found));
 }
 
 std::string changeText(const Change& change) {
-    return hanging("      change: ", join({"[", change.section, "] ", change.key, " = ",
-                                           change.value, "\n(", change.reason, ")"}));
+    return hanging("      change: ", fmt::format("[{}] {} = {}\n({})", change.section, change.key,
+                                                 change.value, change.reason));
 }
 
 std::string candidateText(const Candidate& candidate, bool withSteps) {
-    std::string head = join({"    ", addressText(candidate.address), "  "});
+    std::string head = fmt::format("    {}  ", addressText(candidate.address));
     std::string text = hanging(head, outcomeText(candidate, withSteps));
     if (withSteps) {
         for (const Step& step : candidate.steps)
@@ -103,9 +103,10 @@ std::string nearText(const Explanation& explanation) {
     for (const NearFunction& near : explanation.near) {
         if (anyListed && near.changes.empty())
             continue;
-        text += hanging(join({"    ", addressText(near.address), "  "}),
-                        join({idsText(near.ids), near.isBridge ? ", a bridge" : ", no bridge",
-                              near.changes.empty() ? "; not listed with these either" : ""}));
+        text += hanging(fmt::format("    {}  ", addressText(near.address)),
+                        fmt::format("{}{}{}", idsText(near.ids),
+                                    near.isBridge ? ", a bridge" : ", no bridge",
+                                    near.changes.empty() ? "; not listed with these either" : ""));
         for (const Change& change : near.changes)
             text += changeText(change);
     }
@@ -116,12 +117,12 @@ std::string verdict(const Explanation& explanation) {
     const std::size_t listed = explanation.listed();
     if (listed == 0)
         return "not listed";
-    return listed == 1 ? "listed once" : join({"listed ", std::to_string(listed), " times"});
+    return listed == 1 ? "listed once" : fmt::format("listed {} times", listed);
 }
 
 std::string explanationText(const Explanation& explanation, bool all) {
-    std::string text = wrapped(join({explanation.model, ": ", verdict(explanation)}), 0);
-    text += join({"  ", explanation.file, "\n"});
+    std::string text = wrapped(fmt::format("{}: {}", explanation.model, verdict(explanation)), 0);
+    text += fmt::format("  {}\n", explanation.file);
     for (const std::string& anchor : explanation.anchors)
         text += hanging("  anchor: ", anchor);
     if (explanation.candidates.empty())

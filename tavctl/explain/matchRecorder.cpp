@@ -7,6 +7,8 @@
 #include "tavctl/words/statusText.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -73,7 +75,7 @@ std::string MatchRecorder::bridgeText(std::uint32_t bridge) {
     Candidate at;
     at.handle = bridge;
     setAddress(at);
-    return join({"bridge ", addressText(at.address)});
+    return fmt::format("bridge {}", addressText(at.address));
 }
 
 // What stands where no bridge was found.
@@ -84,9 +86,9 @@ std::string MatchRecorder::placeText(const tBridgeDescription& description) cons
     path.ApplyRelativePath(description.traversalMap, status); // as the look-up did
     const std::string place = machineText(path);
     if (const pcibus::PciFunction* const at = nZoPxiDriverTools_1_0::functionAt(bus_, path))
-        return join(
-            {"no bridge but ", addressText({at->bus, at->device, at->function}), " at ", place});
-    return join({"nothing at ", place});
+        return fmt::format("no bridge but {} at {}",
+                           addressText({at->bus, at->device, at->function}), place);
+    return fmt::format("nothing at {}", place);
 }
 
 void MatchRecorder::onModel(std::uint32_t index) {
@@ -110,12 +112,11 @@ void MatchRecorder::onModelFailed(const std::exception& exception) {
     else if (naming_)
         condition = "a terminal name can be given";
     else if (!lookingFor_.empty())
-        condition = join({"[", lookingFor_, "] can be looked up"});
+        condition = fmt::format("[{}] can be looked up", lookingFor_);
     const Candidate* const candidate = current();
     if (placing_ && candidate != nullptr && bus_.parentOfBus(candidate->address.bus) == nullptr)
-        failStep(
-            std::move(condition), "a bridge",
-            join({"none, since bus ", hexadecimal(candidate->address.bus, 2), " is a root bus"}));
+        failStep(std::move(condition), "a bridge",
+                 fmt::format("none, since bus {:02X} is a root bus", candidate->address.bus));
     else
         failStep(std::move(condition), "no failure", explanation().failure);
 }
@@ -184,7 +185,7 @@ void MatchRecorder::onDescribedBridge(const tBridgeDescription& description, std
                                       bool counts) {
     const std::string section = std::exchange(lookingFor_, {});
     const std::string condition =
-        join({"[", section, "] stands at ", mapText(description.traversalMap)});
+        fmt::format("[{}] stands at {}", section, mapText(description.traversalMap));
     if (bridge == kNoHandle) {
         step({Result::failed, condition, "a bridge", placeText(description), section});
         failedStep_ = false; // the search goes on with the next candidate
@@ -192,8 +193,9 @@ void MatchRecorder::onDescribedBridge(const tBridgeDescription& description, std
         step({Result::met, condition, "a bridge", bridgeText(bridge), section});
     else
         step({Result::noted, condition,
-              join({"a bridge with the anchor's identifiers, ", idsText(description.ids)}),
-              join({bridgeText(bridge), ", which has others or serves elsewhere; not counted"}),
+              fmt::format("a bridge with the anchor's identifiers, {}", idsText(description.ids)),
+              fmt::format("{}, which has others or serves elsewhere; not counted",
+                          bridgeText(bridge)),
               section});
 }
 
@@ -253,43 +255,45 @@ void MatchRecorder::onWalk(const tBusAddress& address, const cSlotPath& anchor) 
         step({Result::noted,
               "its places are looked for from its own slot path",
               candidate.slotPath,
-              join({path, ", that of another anchor of the model"}),
+              fmt::format("{}, that of another anchor of the model", path),
               {}});
 }
 
 void MatchRecorder::onReportingBridge(const tBridgeDescription& description, std::uint32_t bridge) {
     const std::string section = std::exchange(lookingFor_, {});
     step({bridge == kNoHandle ? Result::failed : Result::met,
-          join({"[", section, "], at whose address the device is reported, stands at ",
-                mapText(description.traversalMap)}),
+          fmt::format("[{}], at whose address the device is reported, stands at {}", section,
+                      mapText(description.traversalMap)),
           "a bridge", bridge == kNoHandle ? placeText(description) : bridgeText(bridge), section});
 }
 
 void MatchRecorder::onUpstreamPort(const tBridgeDescription& description, std::uint32_t bridge) {
     const std::string section = std::exchange(lookingFor_, {});
     step({bridge == kNoHandle ? Result::failed : Result::met,
-          join({"the upstream port stands at ", mapText(description.traversalMap)}), "a bridge",
-          bridge == kNoHandle ? placeText(description) : bridgeText(bridge), section});
+          fmt::format("the upstream port stands at {}", mapText(description.traversalMap)),
+          "a bridge", bridge == kNoHandle ? placeText(description) : bridgeText(bridge), section});
 }
 
 void MatchRecorder::onDownstreamPort(const tBridgeDescription& description, std::uint32_t bridge) {
     const std::string section = std::exchange(lookingFor_, {});
     if (bridge == kNoHandle)
         step({Result::noted,
-              join({"[", section, "] stands at ", mapText(description.traversalMap)}), "a bridge",
-              join({placeText(description), "; the port takes no label"}), section});
+              fmt::format("[{}] stands at {}", section, mapText(description.traversalMap)),
+              "a bridge", fmt::format("{}; the port takes no label", placeText(description)),
+              section});
     else
-        step({Result::met, join({"[", section, "] stands at ", mapText(description.traversalMap)}),
+        step({Result::met,
+              fmt::format("[{}] stands at {}", section, mapText(description.traversalMap)),
               "a bridge", bridgeText(bridge), section});
 }
 
 void MatchRecorder::onPortLabels(std::uint32_t linkWidth, std::uint32_t wanted, std::size_t left) {
     const std::string width =
-        linkWidth == 0 ? std::string() : join({" (link width ", std::to_string(linkWidth), ")"});
+        linkWidth == 0 ? std::string() : fmt::format(" (link width {})", linkWidth);
     step({wanted <= left ? Result::met : Result::failed,
-          join({"there are labels for this port", width}),
+          fmt::format("there are labels for this port{}", width),
           counted(wanted, "label"),
-          join({counted(left, "label"), " left"}),
+          fmt::format("{} left", counted(left, "label")),
           {}});
     labelsTaken_ += wanted;
 }
@@ -298,7 +302,8 @@ void MatchRecorder::onLabelsLeft(std::size_t left) {
     step({left == 0 ? Result::met : Result::failed,
           "the labels come out even",
           counted(labelsTaken_, "label"),
-          left == 0 ? counted(labelsTaken_, "label") : join({counted(left, "label"), " too many"}),
+          left == 0 ? counted(labelsTaken_, "label")
+                    : fmt::format("{} too many", counted(left, "label")),
           {}});
     naming_ = left == 0;
 }

@@ -7,6 +7,8 @@
 #include "tavctl/words/failure.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <tuple>
 
@@ -90,12 +92,12 @@ bool losesAny(const std::vector<Comparison>& comparisons) {
 std::string comparisonsAsText(const std::vector<Comparison>& comparisons) {
     std::string text;
     for (const Comparison& comparison : comparisons) {
-        text += join({"\n", comparison.dump, "\n"});
+        text += fmt::format("\n{}\n", comparison.dump);
         if (comparison.models.empty())
             text += "  has none of the models\n";
         for (const FoundModel& each : comparison.models)
             text +=
-                join({"  ", changeName(each.change), "  ", each.address, "  ", each.model, "\n"});
+                fmt::format("  {}  {}  {}\n", changeName(each.change), each.address, each.model);
     }
     return text;
 }

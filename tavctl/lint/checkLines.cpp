@@ -6,6 +6,8 @@
 #include "tavctl/words/nearestName.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <set>
 
@@ -17,7 +19,7 @@ using namespace nZoTavManagerPciPlugin_15_0::nDescription;
 using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::trim;
 
 std::string inBrackets(std::string_view section) {
-    return join({"[", section, "]"});
+    return fmt::format("[{}]", section);
 }
 
 class LineCheck {
@@ -86,11 +88,10 @@ private:
     void checkHeader(const PositionedLine& line) {
         const Place place = text_.placeOf(line.number, line.name);
         if (!seen_.insert(line.section()).second) {
-            findings_.add(
-                "duplicate-section", place,
-                join({inBrackets(line.name), " was begun before, in line ",
-                      std::to_string(text_.header(line.section()).line), "; this continues it"}),
-                "each section once");
+            findings_.add("duplicate-section", place,
+                          fmt::format("{} was begun before, in line {}; this continues it",
+                                      inBrackets(line.name), text_.header(line.section()).line),
+                          "each section once");
             return;
         }
         if (askedSections_.contains(line.section()))
@@ -116,9 +117,9 @@ private:
                                  : prefix == kPrefixInternalBridge ? kInternalBridges
                                                                    : kDownstreamPorts;
         findings_.add("unused-section", place,
-                      join({inBrackets(section), " is not read: ", list, " does not name it"}),
-                      join({quoted(section.substr(prefix.size())), " among the items of ", list,
-                            ", or no such section"}));
+                      fmt::format("{} is not read: {} does not name it", inBrackets(section), list),
+                      fmt::format("{} among the items of {}, or no such section",
+                                  quoted(section.substr(prefix.size())), list));
     }
 
     void unknownSection(const Place& place, const std::string& section) {
@@ -133,16 +134,17 @@ private:
                      kPrefixAlternateAnchor, kPrefixInternalBridge, kPrefixDownstreamPort};
             near = nearestName(section, known);
         }
-        findings_.add(
-            "unknown-section", place, join({"nothing asks for a section ", inBrackets(section)}),
-            near.empty() ? "a section of a description, or none" : join({inBrackets(near), "?"}));
+        findings_.add("unknown-section", place,
+                      fmt::format("nothing asks for a section {}", inBrackets(section)),
+                      near.empty() ? "a section of a description, or none"
+                                   : fmt::format("{}?", inBrackets(near)));
     }
 
     void checkKey(const PositionedLine& line) {
         const Place place = text_.placeOf(line.number, line.name);
         if (!inSection_) {
             findings_.add("key-outside-section", place,
-                          join({"the key ", line.name, " stands before the first section"}),
+                          fmt::format("the key {} stands before the first section", line.name),
                           "a section above it, such as [UpstreamTAV]");
             return;
         }
@@ -152,8 +154,8 @@ private:
         const bool isListed = self != lines.end() && *self == line.number;
         if (isListed && self != lines.begin())
             findings_.add("duplicate-key", place,
-                          join({name, " was given before, in line ", std::to_string(lines.front()),
-                                "; the last value counts"}),
+                          fmt::format("{} was given before, in line {}; the last value counts",
+                                      name, lines.front()),
                           "each key once in a section");
         if (askedSections_.contains(line.section()) && self == lines.begin() && isListed)
             checkAsked(place, line.section(), name);
@@ -172,10 +174,11 @@ private:
         const bool isIdentifier = key == kVid || key == kPid || key == kSsVid || key == kSsPid;
         const auto redirected = reads.idsSameAs().find(section);
         if (isIdentifier && redirected != reads.idsSameAs().end()) {
-            findings_.add("unused-key", place,
-                          join({key, " is not read: IDsSameAs takes the identifiers from ",
-                                inBrackets(redirected->second)}),
-                          join({"either IDsSameAs or identifiers in ", inBrackets(section)}));
+            findings_.add(
+                "unused-key", place,
+                fmt::format("{} is not read: IDsSameAs takes the identifiers from {}", key,
+                            inBrackets(redirected->second)),
+                fmt::format("either IDsSameAs or identifiers in {}", inBrackets(section)));
             return;
         }
         std::vector<std::string> known;
@@ -185,12 +188,13 @@ private:
         }
         std::string near = nearestName(key, known);
         std::string expected =
-            near.empty() ? join({"one of ", enumerated(known)}) : join({near, "?"});
+            near.empty() ? fmt::format("one of {}", enumerated(known)) : fmt::format("{}?", near);
         if (near.empty() &&
             std::find(askedNames_.begin(), askedNames_.end(), key) != askedNames_.end())
-            expected = join({"this key has a meaning in other sections only; here, ", expected});
+            expected =
+                fmt::format("this key has a meaning in other sections only; here, {}", expected);
         findings_.add("unknown-key", place,
-                      join({"nothing asks for a key ", key, " in ", inBrackets(section)}),
+                      fmt::format("nothing asks for a key {} in {}", key, inBrackets(section)),
                       std::move(expected));
     }
 

@@ -4,6 +4,8 @@
 #include "tavctl/lint/checks.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 
 namespace tavctl::lint {
@@ -20,17 +22,17 @@ void checkList(const Description& description, const std::string& section, const
         const std::string& item = items[i];
         const auto place = [&] { return description.text().item(section, key, i); };
         if (item.empty())
-            findings.add("empty-item", place(),
-                         join({"item ", std::to_string(i + 1), " of ", key, " is empty"}),
+            findings.add("empty-item", place(), fmt::format("item {} of {} is empty", i + 1, key),
                          "one comma between two items");
         else if (trim(item) != item)
             findings.add("blank-in-list", place(),
-                         join({"the item is ", quoted(item), ", with its blanks"}),
-                         join({quoted(trim(item)), ", without blanks around the commas"}));
+                         fmt::format("the item is {}, with its blanks", quoted(item)),
+                         fmt::format("{}, without blanks around the commas", quoted(trim(item))));
         const auto here = items.begin() + static_cast<std::ptrdiff_t>(i);
         if (!item.empty() && std::find(items.begin(), here, item) != here)
             findings.add("duplicate-item", place(),
-                         join({key, " names ", quoted(item), " a second time"}), "each item once");
+                         fmt::format("{} names {} a second time", key, quoted(item)),
+                         "each item once");
     }
 }
 

@@ -6,6 +6,8 @@
 #include "tavctl/lint/mapPlace.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <set>
 
@@ -62,8 +64,9 @@ private:
     void badStep(const std::string& section, std::string_view map, std::size_t start,
                  std::size_t end) {
         findings_.add("bad-traversal-map", place(section, start, end),
-                      start == end ? std::string("a step is empty")
-                                   : join({quoted(map.substr(start, end - start)), " is no step"}),
+                      start == end
+                          ? std::string("a step is empty")
+                          : fmt::format("{} is no step", quoted(map.substr(start, end - start))),
                       "steps like d2f0 (down), - (up) or f1 (across), with commas and no blanks "
                       "between; \"\" stays at the anchor");
     }
@@ -78,8 +81,8 @@ private:
             fits = within(scanSigned(step), kLastFunction) && fits;
         if (!fits)
             findings_.add("map-number", place(section, start, end),
-                          join({quoted(map.substr(start, end - start)),
-                                " names a place that no PCI function has"}),
+                          fmt::format("{} names a place that no PCI function has",
+                                      quoted(map.substr(start, end - start))),
                           "decimal numbers: a device from 0 to 31, a function from 0 to 7");
     }
 

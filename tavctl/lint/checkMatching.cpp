@@ -6,6 +6,8 @@
 #include "tavctl/lint/mapPlace.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <initializer_list>
 #include <set>
@@ -75,16 +77,18 @@ private:
         }
         if (!standsForAnchor)
             findings_.add("anchor-not-described", text_.header(section),
-                          join({"no bridge that is not optional has the identifiers of [", section,
-                                "] and TraversalMapFromAnchor = \"\", so the count never comes "
-                                "out and the model is never found"}),
+                          fmt::format("no bridge that is not optional has the identifiers of [{}] "
+                                      "and TraversalMapFromAnchor = \"\", so the count never comes "
+                                      "out and the model is never found",
+                                      section),
                           "the upstream port or an internal bridge with IDsSameAs = Anchor and "
                           "TraversalMapFromAnchor = \"\"");
         else if (described > places.size())
             findings_.add("anchor-counted-twice", text_.header(section),
-                          join({counted(described, "bridge"), " with the identifiers of [", section,
-                                "] stand in ", counted(places.size(), "place"),
-                                ", so the count never comes out and the model is never found"}),
+                          fmt::format("{} with the identifiers of [{}] stand in {}, so the count "
+                                      "never comes out and the model is never found",
+                                      counted(described, "bridge"), section,
+                                      counted(places.size(), "place")),
                           "each place once; IsOptional = 1 takes a bridge out of the count");
     }
 
@@ -117,8 +121,9 @@ private:
                         [&](const tAnchorIdentity& each) { return each.ids == own; });
         if (counts && !bridge.isOptional && !isAnchors && mixed_.insert(section).second)
             findings_.add("mixed-bridges", text_.header(section),
-                          join({"with alternate anchors [", section,
-                                "] is looked for with the anchor's identifiers, not with its own"}),
+                          fmt::format("with alternate anchors [{}] is looked for with the anchor's "
+                                      "identifiers, not with its own",
+                                      section),
                           "IsOptional = 1 for a bridge that has other identifiers than the anchor");
     }
 
@@ -153,17 +158,16 @@ private:
                           text_.item(kSectionModel, kConnectorLabels, upstream + each * listed),
                           "with alternate anchors the ports are gone through once for each "
                           "anchor: this label goes to the first port again",
-                          join({counted(upstream + each * listed, "label"), " at most"}));
+                          fmt::format("{} at most", counted(upstream + each * listed, "label")));
         } else if (perLabel == 0) {
             checkFewer(labels, upstream, listed);
         }
     }
 
     void tooManyLabels(std::size_t most, std::size_t each) {
-        std::string found =
-            join({counted(model_.connectorLabels.size(), "label"), ", but the ports take ",
-                  most == 0 ? "none" : join({"at most ", std::to_string(most)}),
-                  ": the model is never listed"});
+        std::string found = fmt::format("{}, but the ports take {}: the model is never listed",
+                                        counted(model_.connectorLabels.size(), "label"),
+                                        most == 0 ? "none" : fmt::format("at most {}", most));
         if (each == 0)
             found += ". No link is as wide as LinkWidthPerLabel";
         findings_.add("too-many-labels", text_.item(kSectionModel, kConnectorLabels, most),
@@ -179,8 +183,8 @@ private:
         if (labels < upstream + certain)
             findings_.add(
                 "fewer-labels-than-ports", text_.value(kSectionModel, kConnectorLabels),
-                join({counted(labels, "label"), " for ", counted(upstream + certain, "port"),
-                      ": the ports behind the last label are not looked at"}),
+                fmt::format("{} for {}: the ports behind the last label are not looked at",
+                            counted(labels, "label"), counted(upstream + certain, "port")),
                 "a label for each port; IsOptional = 1 for a port that may be missing");
     }
 

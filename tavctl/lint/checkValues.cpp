@@ -8,6 +8,8 @@
 #include "tavctl/lint/checks.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 
 namespace tavctl::lint {
@@ -58,21 +60,22 @@ private:
             scanHexadecimal(rest);
             rest = trim(rest);
             if (!rest.empty())
-                findings_.add("number-cut-short", text_.placeOf(lines.back(), rest),
-                              join({quoted(rest), " is ignored: the number read is 0x",
-                                    hexadecimal(number, 1)}),
-                              "hexadecimal digits only, with or without 0x");
+                findings_.add(
+                    "number-cut-short", text_.placeOf(lines.back(), rest),
+                    fmt::format("{} is ignored: the number read is 0x{:X}", quoted(rest), number),
+                    "hexadecimal digits only, with or without 0x");
         }
         if (key == kPciHeaderType) {
             if (number > kHeaderTypeBridge)
-                findings_.add("header-type", text_.value(section, key),
-                              join({"header type 0x", hexadecimal(number, 1),
-                                    " is taken for a function that is no bridge"}),
-                              "1 for a PCI-to-PCI bridge, 0 for any other function");
+                findings_.add(
+                    "header-type", text_.value(section, key),
+                    fmt::format("header type 0x{:X} is taken for a function that is no bridge",
+                                number),
+                    "1 for a PCI-to-PCI bridge, 0 for any other function");
         } else if (number > kLargestIdentifier) {
             findings_.add("identifier-width", text_.value(section, key),
-                          join({key, " has more than 16 bits; 0x",
-                                hexadecimal(number & kLargestIdentifier, 4), " is what counts"}),
+                          fmt::format("{} has more than 16 bits; 0x{:04X} is what counts", key,
+                                      number & kLargestIdentifier),
                           "at most four hexadecimal digits");
         }
     }
@@ -87,14 +90,13 @@ private:
     }
 
     void tooLong(const Place& place, std::string_view what, std::size_t size, std::size_t longest) {
-        findings_.add(
-            "text-too-long", place,
-            join({what, " has ", std::to_string(size), " bytes, and a host cannot read it"}),
-            join({"at most ", std::to_string(longest), " bytes"}));
+        findings_.add("text-too-long", place,
+                      fmt::format("{} has {} bytes, and a host cannot read it", what, size),
+                      fmt::format("at most {} bytes", longest));
     }
 
     void notUtf8(const Place& place, std::string_view what) {
-        findings_.add("not-utf8", place, join({what, " holds bytes that are not UTF-8"}),
+        findings_.add("not-utf8", place, fmt::format("{} holds bytes that are not UTF-8", what),
                       "UTF-8; save the file anew in that encoding");
     }
 
@@ -103,9 +105,10 @@ private:
              at = text.find(';', at + 1)) {
             if (at == 0 || !isSpace(text[at - 1]))
                 continue;
-            findings_.add("comment-in-value", text_.part(kSectionModel, key, at, text.size() - at),
-                          join({"this is part of ", key, ": behind a value there are no comments"}),
-                          "a comment on a line of its own");
+            findings_.add(
+                "comment-in-value", text_.part(kSectionModel, key, at, text.size() - at),
+                fmt::format("this is part of {}: behind a value there are no comments", key),
+                "a comment on a line of its own");
             return;
         }
     }
@@ -120,17 +123,18 @@ private:
         else if (trimLeft(text) != text || (key == kModel && trim(text) != text))
             trouble = "begins or ends with a blank";
         if (trouble != nullptr)
-            findings_.add("name-not-kept", text_.value(kSectionModel, key),
-                          join({key, " ", trouble,
-                                ", so the device gets a new name at each start of the host"}),
-                          "a plain text");
+            findings_.add(
+                "name-not-kept", text_.value(kSectionModel, key),
+                fmt::format("{} {}, so the device gets a new name at each start of the host", key,
+                            trouble),
+                "a plain text");
     }
 
     void checkReserved(const char* key, const std::string& text) {
         if (text == kNoText)
             findings_.add(
                 "reserved-name", text_.value(kSectionModel, key),
-                join({key, " \"_\" stands for no name at all; the model is never listed"}),
+                fmt::format("{} \"_\" stands for no name at all; the model is never listed", key),
                 "any other text");
     }
 

@@ -6,6 +6,8 @@
 #include "tavctl/lint/modelTree.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <deque>
 #include <map>
@@ -43,9 +45,10 @@ void checkModelNames(std::deque<Linted>& all) {
             continue;
         const auto [first, isNew] = seen.emplace(description.model().model, &description);
         if (!isNew)
-            each.findings.add("duplicate-model", description.text().value(kSectionModel, kModel),
-                              join({first->second->path(), " describes a model of this name too"}),
-                              "one file for each model");
+            each.findings.add(
+                "duplicate-model", description.text().value(kSectionModel, kModel),
+                fmt::format("{} describes a model of this name too", first->second->path()),
+                "one file for each model");
     }
 }
 
@@ -56,11 +59,11 @@ void checkSameTree(std::deque<Linted>& all) {
             const Description& other = all[earlier].description;
             if (!other.loads() || !satisfiedByOneTree(other.model(), description.model()))
                 continue;
-            all[later].findings.add(
-                "same-tree", description.text().header(kSectionAnchor),
-                join({"a box can be taken for this model and for ", quoted(other.model().model),
-                      " (", other.path(), ") at once: it is listed twice then"}),
-                "an anchor, or counted bridges, that tell the models apart");
+            all[later].findings.add("same-tree", description.text().header(kSectionAnchor),
+                                    fmt::format("a box can be taken for this model and for {} ({}) "
+                                                "at once: it is listed twice then",
+                                                quoted(other.model().model), other.path()),
+                                    "an anchor, or counted bridges, that tell the models apart");
             break;
         }
     }

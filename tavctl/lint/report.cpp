@@ -5,6 +5,8 @@
 #include "tavctl/words/json.h"
 #include "tavctl/words/words.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <string_view>
 
@@ -12,7 +14,7 @@ namespace tavctl::lint {
 
 namespace {
 
-constexpr std::size_t kIndent = 4;
+constexpr int kIndent = 4;
 // Room for a line and its indentation.
 constexpr int kShownCharacters = 74;
 
@@ -54,11 +56,10 @@ void appendLine(std::string& out, const Finding& finding) {
     if (finding.place.line == 0)
         return;
     const Excerpt excerpt = excerptOf(finding);
-    out.append(kIndent, ' ').append(excerpt.text).append("\n");
     const int room = std::max(1, kShownCharacters - excerpt.column + 1);
     const int length = std::clamp(finding.place.length, 1, room);
-    out.append(kIndent + static_cast<std::size_t>(excerpt.column) - 1, ' ').append("^");
-    out.append(static_cast<std::size_t>(length) - 1, '~').append("\n");
+    out += fmt::format("{:{}}{}\n", "", kIndent, excerpt.text);
+    out += fmt::format("{:>{}}{:~<{}}\n", '^', kIndent + excerpt.column, "", length - 1);
 }
 
 Json placeOrNull(int number) {
@@ -86,18 +87,19 @@ Json againstJson(const std::vector<Comparison>& comparisons) {
 std::string reportAsText(const Report& report) {
     std::string out;
     for (const Finding& finding : report.findings) {
-        out += join(
-            {finding.placeText(), ": ", severityName(finding.severity), ": ", finding.rule, "\n"});
+        out += fmt::format("{}: {}: {}\n", finding.placeText(), severityName(finding.severity),
+                           finding.rule);
         appendLine(out, finding);
-        out += wrapped("found: " + finding.found, 2);
-        out += wrapped("expected: " + finding.expected, 2);
+        out += wrapped(fmt::format("found: {}", finding.found), 2);
+        out += wrapped(fmt::format("expected: {}", finding.expected), 2);
         out += '\n';
     }
     if (report.findings.empty())
-        out += join({counted(report.files.size(), "file"), ", no problems\n"});
+        out += fmt::format("{}, no problems\n", counted(report.files.size(), "file"));
     else
-        out += join({counted(report.files.size(), "file"), ", ", counted(report.errors(), "error"),
-                     ", ", counted(report.warnings(), "warning"), "\n"});
+        out +=
+            fmt::format("{}, {}, {}\n", counted(report.files.size(), "file"),
+                        counted(report.errors(), "error"), counted(report.warnings(), "warning"));
     if (report.endsLoad())
         out += "The plug-in cannot load these files: it lists nothing at all.\n";
     return out;
@@ -128,9 +130,8 @@ std::string rulesAsText() {
         width = std::max(width, each.id.size());
     std::string out;
     for (const Rule& each : rules()) {
-        std::string line(severityName(each.severity));
-        line.append(9 - line.size(), ' ').append(each.id);
-        line.append(width + 11 - line.size(), ' ');
+        const std::string line =
+            fmt::format("{:<9}{:<{}}", severityName(each.severity), each.id, width + 2);
         std::string summary = wrapped(each.summary, line.size());
         summary.replace(0, line.size(), line);
         out += summary;

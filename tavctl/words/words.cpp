@@ -35,13 +35,6 @@ void wrapLine(std::string& out, std::string_view line, std::size_t indent, std::
 
 } // namespace
 
-std::string join(std::initializer_list<std::string_view> parts) {
-    std::string text;
-    for (const std::string_view part : parts)
-        text += part;
-    return text;
-}
-
 std::string quoted(std::string_view text) {
     constexpr std::size_t kLongest = 50;
     if (characterCount(text) <= kLongest)

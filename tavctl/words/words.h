@@ -2,14 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tavctl {
-
-std::string join(std::initializer_list<std::string_view> parts);
 
 // "text", with the quotes; of a long text its beginning and "...".
 std::string quoted(std::string_view text);
