@@ -11,7 +11,8 @@ using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cSlotPath;
 std::int32_t statusOf(const cSlotPath::tErrorStatus& status) {
     if (!status.failed())
         return 0;
-    return status.code == nZOQUIL000::zoquilerr_memoryFull ? kPciBrdErrOutOfMemory : kPciBrdErrInvalidArgument;
+    return status.code == nZOQUIL000::zoquilerr_memoryFull ? kPciBrdErrOutOfMemory
+                                                           : kPciBrdErrInvalidArgument;
 }
 
 } // namespace
