@@ -53,8 +53,14 @@ windows: ## cross compile everything for 64- and 32-bit Windows
 	    cmake --build --preset windows-$$target -j $(JOBS) || exit 1; \
 	done
 
-test-windows: windows ## the tests among them that run under Wine, for both
+test-windows: ## the tests among them that run under Wine, for both
+	@scripts/install-packages.sh build windows
 	@scripts/install-wine32.sh
+	@for target in x64 x86; do \
+	    TAV_WINEPREFIX=$(CURDIR)/build/windows-$$target/wine scripts/wine-run.sh --prepare \
+	        >/dev/null 2>&1 </dev/null & \
+	done
+	@$(MAKE) --no-print-directory windows
 	@for target in x64 x86; do ctest --preset windows-$$target || exit 1; done
 
 test-guest: ## the tests among them that boot emulated machines, and no others

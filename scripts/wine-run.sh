@@ -2,12 +2,19 @@
 # Runs a Windows program of a build under Wine, in a prefix of that build's own.
 #
 #   scripts/wine-run.sh PROGRAM.exe [ARGUMENT...]
+#   TAV_WINEPREFIX=FOLDER scripts/wine-run.sh --prepare
 #
 # The prefix is TAV_WINEPREFIX, or the folder "wine" of the build that the program stands in. A
-# prefix is made by the first program that runs in it, one at a time.
+# prefix is made by the first program that runs in it, one at a time, or by --prepare alone: that
+# takes most of a minute, which may go by while something is compiled.
 set -euo pipefail
 
-program=$(realpath "$1")
+if [ "$1" != --prepare ]; then
+    program=$(realpath "$1")
+elif [ -z "${TAV_WINEPREFIX:-}" ]; then
+    echo "$0: --prepare takes TAV_WINEPREFIX, the prefix to make" >&2
+    exit 2
+fi
 if [ -z "${TAV_WINEPREFIX:-}" ]; then
     folder=$(dirname "$program")
     while [ "$folder" != / ] && [ ! -e "$folder/CMakeCache.txt" ]; do
@@ -42,4 +49,5 @@ if [ ! -e "$WINEPREFIX/ready" ]; then
     fi
     exec 9>&-
 fi
+[ "$1" = --prepare ] && exit
 exec "${run[@]}" "$@"
