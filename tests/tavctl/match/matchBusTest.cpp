@@ -19,6 +19,7 @@ namespace {
 using namespace nZoTavManagerPciPlugin_15_0;
 using namespace nZoPciBrdWrapper_15_0;
 using nZoPxiDriverTools_1_0::cSlotPath;
+using tavctltest::kSample;
 
 // Every answer of a bus, as text.
 class Answers {
