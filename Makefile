@@ -93,7 +93,7 @@ check-valgrind: ## run tavctl and a few whole-system cases under valgrind
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target tavctl zotavpci zopcibrd test_system
 	@scripts/check-valgrind.sh $(CURDIR)/build/$(PRESET)/bin
 
-check: ## the tests again under checking, the fuzzers for a while, valgrind: a quarter of an hour
+check: ## the tests again under checking, the fuzzers for a while, valgrind: some minutes
 	@$(MAKE) --no-print-directory check-valgrind
 	@$(MAKE) --no-print-directory fuzz RUNS=30000 SECONDS=15
 	@$(MAKE) --no-print-directory test-sanitizers

@@ -319,6 +319,27 @@ TEST(CommandLine, NamesAndDescriptionsOfAWrongEncodingAreNamed) {
                          "): the file starts with the mark of UTF-16 or UTF-32 text; expected "));
 }
 
+// In the words of lint, by every command that loads descriptions.
+TEST(CommandLine, DescriptionThatDoesNotLoadIsToldAlikeByEveryCommand) {
+    const TemporaryFolder folder;
+    const TemporaryFolder names;
+    fs::create_directory(folder.path() / "PCI Hardware Descriptions");
+    const std::string file = folder
+                                 .file("PCI Hardware Descriptions/box.ini",
+                                       "[UpstreamTAV]\nModel = Box\nDeviceCategory = pci\n")
+                                 .string();
+    for (const std::string command :
+         {"list", "tree", "draw", "explain", "names check", "names preview"}) {
+        EXPECT_TRUE(says(runTavctl(command + " " + kDump + "--descriptions " +
+                                   folder.path().string() + " " + state(names)),
+                         3,
+                         "tavctl: load description (" + file +
+                             ":3:18): DeviceCategory: \"pci\" is no device category; expected "
+                             "exactly PCI, Expresscard or SwitchboxTav"))
+            << command;
+    }
+}
+
 TEST(CommandLine, MissingDumpIsNamed) {
     const TemporaryFolder folder;
     const auto result = runTavctl("list --dump /nonexistent.dump " + kDescriptions + state(folder));
