@@ -232,7 +232,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         fuzz::takeParseOptions(input, *file);
         MemoryFiles files;
         files.content = input;
-        std::FILE* const stream = files.open("", "rb");
+        std::FILE* const stream = files.open("", "rb").stream;
         const IniStatus status = loadIni(*file, stream);
         files.close(stream);
         const auto expected = fuzz::readReference(input, *file);

@@ -47,7 +47,7 @@ void takeWriteOptions(std::string_view& input, IniWriteOptions& options) {
 }
 
 IniStatus load(IniFileObject& file, MemoryFiles& files) {
-    std::FILE* const stream = files.open("", "rb");
+    std::FILE* const stream = files.open("", "rb").stream;
     const IniStatus status = loadIni(file, stream);
     files.close(stream);
     return status;

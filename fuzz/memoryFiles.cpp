@@ -5,7 +5,11 @@
 
 namespace fuzz {
 
-std::FILE* MemoryFiles::open(const char*, const char* mode) noexcept {
+using Code = MemoryFiles::Code;
+
+constexpr Code kDone = platform::kNoSystemError;
+
+ini::IniOpened MemoryFiles::open(const char*, const char* mode) noexcept {
     position_ = 0;
     if (mode[0] == 'w') {
         content.clear();
@@ -29,37 +33,66 @@ std::FILE* MemoryFiles::open(const char*, const char* mode) noexcept {
     std::FILE* const stream = fopencookie(this, "rb", functions);
     if (stream != nullptr)
         std::setvbuf(stream, nullptr, _IONBF, 0); // there is nothing to save calls of
-    return stream;
+    return {stream};
 }
 
-bool MemoryFiles::write(std::FILE*, const char* data, std::size_t size) noexcept {
-    content.append(data, size);
-    return true;
+Code MemoryFiles::write(std::FILE*, const char* data, std::size_t size) noexcept {
+    content.replace(position_, size, data, size);
+    position_ += size;
+    return kDone;
 }
 
-bool MemoryFiles::flush(std::FILE*) noexcept {
-    return true;
+Code MemoryFiles::flush(std::FILE*) noexcept {
+    return kDone;
 }
 
-bool MemoryFiles::force(std::FILE*) noexcept {
-    return true;
+Code MemoryFiles::force(std::FILE*) noexcept {
+    return kDone;
 }
 
-bool MemoryFiles::close(std::FILE* stream) noexcept {
-    return std::fclose(stream) == 0;
+Code MemoryFiles::close(std::FILE* stream) noexcept {
+    std::fclose(stream);
+    return kDone;
 }
 
-MemoryFiles::Creation MemoryFiles::createExclusively(const char*) noexcept {
-    return Creation::created;
+ini::IniOpened MemoryFiles::openInPlace(const char* path) noexcept {
+    ++time_;
+    return open(path, "r+b");
 }
 
-bool MemoryFiles::rename(const char*, const char*) noexcept {
-    return true;
+Code MemoryFiles::secureSpace(std::FILE*, std::uint64_t) noexcept {
+    return kDone;
 }
 
-bool MemoryFiles::remove(const char*) noexcept {
+std::uint64_t MemoryFiles::keepFront(std::FILE*, std::uint64_t size) noexcept {
+    position_ = static_cast<std::size_t>(size);
+    return size;
+}
+
+Code MemoryFiles::cutBehind(std::FILE*, std::uint64_t size) noexcept {
+    content.resize(static_cast<std::size_t>(size));
+    return kDone;
+}
+
+Code MemoryFiles::followLinks(std::string&) noexcept {
+    return kDone;
+}
+
+ini::IniCreated MemoryFiles::createExclusively(const char* path) noexcept {
+    return {open(path, "wb"), false, true};
+}
+
+Code MemoryFiles::takeAccess(std::FILE*, std::FILE*) noexcept {
+    return kDone;
+}
+
+Code MemoryFiles::rename(const char*, const char*) noexcept {
+    return kDone;
+}
+
+Code MemoryFiles::remove(const char*) noexcept {
     content.clear();
-    return true;
+    return kDone;
 }
 
 std::optional<platform::FileTime> MemoryFiles::lastWriteTime(const char*) noexcept {

@@ -17,14 +17,20 @@ class MemoryFiles : public ini::IniFileOperations {
 public:
     std::string content;
 
-    std::FILE* open(const char* path, const char* mode) noexcept override;
-    bool write(std::FILE* stream, const char* data, std::size_t size) noexcept override;
-    bool flush(std::FILE* stream) noexcept override;
-    bool force(std::FILE* stream) noexcept override;
-    bool close(std::FILE* stream) noexcept override;
-    Creation createExclusively(const char* path) noexcept override;
-    bool rename(const char* from, const char* to) noexcept override;
-    bool remove(const char* path) noexcept override;
+    ini::IniOpened open(const char* path, const char* mode) noexcept override;
+    Code write(std::FILE* stream, const char* data, std::size_t size) noexcept override;
+    Code flush(std::FILE* stream) noexcept override;
+    Code force(std::FILE* stream) noexcept override;
+    Code close(std::FILE* stream) noexcept override;
+    ini::IniOpened openInPlace(const char* path) noexcept override;
+    Code secureSpace(std::FILE* stream, std::uint64_t size) noexcept override;
+    std::uint64_t keepFront(std::FILE* stream, std::uint64_t size) noexcept override;
+    Code cutBehind(std::FILE* stream, std::uint64_t size) noexcept override;
+    Code followLinks(std::string& path) noexcept override;
+    ini::IniCreated createExclusively(const char* path) noexcept override;
+    Code takeAccess(std::FILE* from, std::FILE* to) noexcept override;
+    Code rename(const char* from, const char* to) noexcept override;
+    Code remove(const char* path) noexcept override;
     std::optional<platform::FileTime> lastWriteTime(const char* path) noexcept override;
     void pause(std::chrono::milliseconds time) noexcept override;
 

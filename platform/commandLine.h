@@ -10,7 +10,8 @@ namespace platform {
 std::vector<std::string> commandLine(int argc, char** argv);
 
 // Lets standard output and standard error carry UTF-8 and line ends as they are written, to a
-// console as to a file.
+// console as to a file, and makes a file that grows beyond the process's limit a failure to write
+// like others rather than the process's end.
 void prepareOutput() noexcept;
 
 } // namespace platform

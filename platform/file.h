@@ -1,5 +1,6 @@
-// What the product does with files beyond the C library: opening by UTF-8 path, exclusive creation,
-// forcing to disk, renaming over a file, and the last-write time.
+// What the product does with files beyond the C library: opening by UTF-8 path, forcing to disk,
+// and the last-write time. fileInPlace.h and fileReplacement.h have two ways of writing a file
+// anew.
 #pragma once
 
 #include "platform/systemCode.h"
@@ -23,8 +24,10 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 
 // Opens a file with a mode of fopen. Null on failure; lastSystemCode() says why. What is read,
 // updated or appended to must be a file, so that a pipe or a device in its place holds nobody up;
-// the null device may be read, as an empty file. A file that appending creates is readable and
-// writable by its owner only. Writing from the start ("w") goes to whatever there is.
+// the null device may be read, as an empty file. Updating and appending follow on Linux only such
+// symbolic links as are the user's own or root's. A file that appending creates is readable and
+// writable by its owner only. Writing from the start ("w") goes to whatever there is. Programs that
+// this process starts do not get the file on Linux.
 Stream openStream(const char* path, const char* mode) noexcept;
 
 // A last-write time, in the system's own units since its own epoch: to be compared for equality
@@ -34,22 +37,12 @@ using FileTime = std::uint64_t;
 // The last-write time by a look into the folder; nothing when there is no such file.
 std::optional<FileTime> lastWriteTime(const char* path) noexcept;
 
-// Makes the file readable and writable by its owner only, as far as the system knows owners.
-// 0, or -1 with lastSystemCode() set.
-int restrictToOwner(const char* path) noexcept;
-
-// Creates an empty file that must not exist yet, and closes it. It is readable and writable by its
-// owner only, as far as the system knows owners.
-SystemCode createExclusively(const char* path) noexcept;
-
-// True for the code with which createExclusively() says that the name is taken.
-bool isNameTaken(SystemCode code) noexcept;
+// Makes an open file, which has this path, readable and writable by its owner only, as far as the
+// system knows owners. 0, or -1 with lastSystemCode() set.
+int restrictToOwner(std::FILE* stream, const char* path) noexcept;
 
 // Forces what has been written to the stream onto the disk. The stream must be flushed before.
 SystemCode forceToDisk(std::FILE* stream) noexcept;
-
-// Renames a file, replacing the target when there is one; readers see the old or the new content.
-SystemCode renameReplacing(const char* from, const char* to) noexcept;
 
 SystemCode removeFile(const char* path) noexcept;
 

@@ -50,8 +50,11 @@ bool flushStream(std::FILE* stream) noexcept {
 
 bool closeStream(std::FILE* stream) noexcept {
     const bool isFlushed = flushStream(stream);
+    const int error = errno;
     errno = 0;
     const bool isClosed = std::fclose(stream) == 0 || errno == EINTR;
+    if (!isFlushed)
+        errno = error;
     return isFlushed && isClosed;
 }
 

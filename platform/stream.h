@@ -16,7 +16,8 @@ std::size_t writeStream(std::FILE* stream, const char* from, std::size_t size) n
 bool flushStream(std::FILE* stream) noexcept;
 
 // Writes what is buffered and closes. False when something was not written; the stream is gone
-// either way. An interruption of the closing itself is none: there is nothing left to repeat.
+// either way, and errno says why. An interruption of the closing itself is none: there is nothing
+// left to repeat.
 bool closeStream(std::FILE* stream) noexcept;
 
 } // namespace platform

@@ -18,10 +18,12 @@ SystemCode lastSystemCode() noexcept;
 // True for the codes by which the system reports that memory ran out.
 bool isOutOfMemory(SystemCode code) noexcept;
 
-// The codes of failures that the product meets before the system does: memory that ran out, and a
-// file whose content is not what it is read as.
+// The codes of failures that the product meets before the system does, or of which the system says
+// nothing: memory that ran out, a file whose content is not what it is read as, and a transfer that
+// failed.
 SystemCode outOfMemoryCode() noexcept;
 SystemCode malformedDataCode() noexcept;
+SystemCode failedTransferCode() noexcept;
 
 // What both systems say of a thing that is not there: ENOENT and ERROR_FILE_NOT_FOUND.
 inline constexpr SystemCode kNotFound = 2;

@@ -25,8 +25,10 @@ namespace {
 constexpr int kMostWrites = 5;
 constexpr std::chrono::milliseconds kPause{5};
 
-void fail(tFixedStatus& status, std::int32_t code, std::int32_t line) noexcept {
-    nZOQUIL000::setFixedStatus(status, code, "zotavpci", "pxidrivertools\\cIniFile", line);
+void fail(tFixedStatus& status, std::int32_t code, std::int32_t line,
+          platform::SystemCode reason = platform::kNoSystemError) noexcept {
+    if (nZOQUIL000::setFixedStatus(status, code, "zotavpci", "pxidrivertools\\cIniFile", line))
+        nZOQUIL000::noteSystemCode(status, reason);
 }
 
 // Runs what may run out of memory.
@@ -64,23 +66,24 @@ std::string formatNumber(Number number, int base) {
 class OpenStream {
 public:
     OpenStream(IniFileOperations& files, const char* path) noexcept
-        : files_(files), stream_(files.open(path, "rb")) {
+        : files_(files), opened_(files.open(path, "rb")) {
         // Files are read in few large pieces, which need no buffer between.
-        if (stream_ != nullptr)
-            std::setvbuf(stream_, nullptr, _IONBF, 0);
+        if (get() != nullptr)
+            std::setvbuf(get(), nullptr, _IONBF, 0);
     }
     ~OpenStream() {
-        if (stream_ != nullptr)
-            files_.close(stream_);
+        if (get() != nullptr)
+            files_.close(get());
     }
     OpenStream(const OpenStream&) = delete;
     OpenStream& operator=(const OpenStream&) = delete;
 
-    std::FILE* get() const noexcept { return stream_; }
+    std::FILE* get() const noexcept { return opened_.stream; }
+    platform::SystemCode code() const noexcept { return opened_.code; }
 
 private:
     IniFileOperations& files_;
-    std::FILE* stream_;
+    IniOpened opened_;
 };
 
 } // namespace
@@ -124,7 +127,7 @@ bool cIniFile::storePath(const char* utf8Path, tFixedStatus& status) {
 void cIniFile::load(tFixedStatus& status) {
     const OpenStream stream(*services_.files, path_.c_str());
     if (stream.get() == nullptr)
-        return fail(status, kIniFileErrCannotOpen, __LINE__);
+        return fail(status, kIniFileErrCannotOpen, __LINE__, stream.code());
     // Looked up before the content is read, so that a change in between is seen as one.
     platform::FileTime time = 0;
     if (readTimestamp(path_.c_str(), time, *services_.files) < 0)
@@ -172,8 +175,9 @@ void cIniFile::save(tFixedStatus& status) {
         before = engine_->path.length != 0 ? std::optional(engine_->lastWriteTime)
                                            : services_.files->lastWriteTime(path_.c_str());
     for (int written = 1;; ++written) {
-        if (writeIni(*engine_, path_.c_str(), *services_.files) < 0)
-            return fail(status, kIniFileErrNotStored, __LINE__);
+        if (writeIni(*engine_, path_.c_str(), *services_.files,
+                     before ? IniRewrite::always : IniRewrite::ifDifferent) < 0)
+            return fail(status, kIniFileErrNotStored, __LINE__, engine_->failure);
         if (!before || engine_->lastWriteTime != *before)
             return;
         if (written == kMostWrites)

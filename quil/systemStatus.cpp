@@ -1,5 +1,10 @@
 #include "quil/systemStatus.h"
 
+#include "quil/memberWriter.h"
+
+#include <new>
+#include <string>
+
 namespace nZOQUIL000 {
 
 namespace {
@@ -21,6 +26,24 @@ std::int32_t statusFromSystemCode(platform::SystemCode code) noexcept {
 bool setSystemError(tErrorStatus& status, platform::SystemCode code,
                     const tErrorSite& site) noexcept {
     return setError(status, statusFromSystemCode(code), site);
+}
+
+void appendSystemReason(tErrorStatus& status, platform::SystemCode code) noexcept {
+    if (code == platform::kNoSystemError)
+        return;
+    std::string words;
+    try {
+        words = platform::systemMessage(code);
+    } catch (const std::bad_alloc&) {
+        words.clear();
+    }
+    const JsonMember api{"api", platform::systemCodeOrigin()};
+    const JsonMember number{"code", code};
+    MemberWriter writer(status);
+    if (words.empty())
+        writer.append({"internal_error", {api, number}});
+    else
+        writer.append({"internal_error", {api, number, {"string", words.c_str()}}});
 }
 
 } // namespace nZOQUIL000

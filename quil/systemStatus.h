@@ -16,4 +16,8 @@ namespace nZOQUIL000 {
 bool setSystemError(tErrorStatus& status, platform::SystemCode code,
                     const tErrorSite& site) noexcept;
 
+// Adds to the record of a status what the system says of `code`, as "internal_error" with "api",
+// "code" and "string"; without "string" when there is no memory for the words. Nothing for success.
+void appendSystemReason(tErrorStatus& status, platform::SystemCode code) noexcept;
+
 } // namespace nZOQUIL000

@@ -43,8 +43,13 @@ bool setFixedStatus(tFixedStatus& status, std::int32_t code, const char* compone
     status.component[length] = 0;
     copyFile(status.file, file);
     status.line = line;
-    status.cleared = 0;
+    status.systemCode = 0;
     return true;
+}
+
+void noteSystemCode(tFixedStatus& status, platform::SystemCode code) noexcept {
+    if (hasDetail(status))
+        status.systemCode = code;
 }
 
 bool convertFixedStatus(const tFixedStatus& source, tErrorStatus& destination) noexcept {

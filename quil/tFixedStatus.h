@@ -1,6 +1,7 @@
 // The status form of the INI file class: a plain structure of fixed size, without a text to grow.
 #pragma once
 
+#include "platform/systemCode.h"
 #include "quil/tErrorStatus.h"
 
 #include <cstddef>
@@ -16,7 +17,8 @@ struct tFixedStatus {
     char component[10] = {};
     char file[102] = {};
     std::int32_t line = 0;
-    std::uint64_t cleared = 0; // every set clears it
+    // The system's code behind the failure, where there is one. Every set clears it.
+    std::uint64_t systemCode = 0;
     std::uint8_t reserved[72] = {};
 
     [[nodiscard]] bool failed() const noexcept { return code < 0; }
@@ -30,6 +32,9 @@ static_assert(offsetof(tFixedStatus, line) == 120);
 // file path of more than 100 characters keeps its first and its last 49, with ".." between.
 bool setFixedStatus(tFixedStatus& status, std::int32_t code, const char* component,
                     const char* file, std::int32_t line) noexcept;
+
+// Adds why the system failed to a status just set; for a structure without detail fields nothing.
+void noteSystemCode(tFixedStatus& status, platform::SystemCode code) noexcept;
 
 // Merges a fixed-layout status into an error status; what it says of file, line and component
 // becomes the record. False only when growing the text failed.

@@ -2,6 +2,7 @@
 
 #include "quil/memberWriter.h"
 #include "quil/setError.h"
+#include "quil/systemStatus.h"
 
 namespace zoerr {
 
@@ -20,11 +21,16 @@ void raiseIfFailed(tErrorStatus& status) {
         throw Exception(status);
 }
 
-void raiseIfFailed(const tFixedStatus& status) {
+void raiseIfFailed(const tFixedStatus& status, const char* path) {
     if (!status.failed())
         return;
     tErrorStatus converted;
     nZOQUIL000::convertFixedStatus(status, converted);
+    if (path != nullptr) {
+        nZOQUIL000::MemberWriter(converted).append({"path", path});
+        const auto code = static_cast<platform::SystemCode>(status.systemCode);
+        nZOQUIL000::appendSystemReason(converted, code);
+    }
     raiseIfFailed(converted);
 }
 

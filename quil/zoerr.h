@@ -54,7 +54,8 @@ public:
 // Raises an Exception with the status when it holds an error and no exception is in flight.
 void raiseIfFailed(nZOQUIL000::tErrorStatus& status);
 
-// The same for the status of an INI file operation, whose detail becomes the error record.
-void raiseIfFailed(const nZOQUIL000::tFixedStatus& status);
+// The same for the status of an INI file operation, whose detail becomes the error record. With the
+// file's path, that is added as "path", and what the system said, where it did.
+void raiseIfFailed(const nZOQUIL000::tFixedStatus& status, const char* path = nullptr);
 
 } // namespace zoerr

@@ -120,7 +120,7 @@ int cPciTavFilesystem::EnsureFileExists(const std::string& path) {
     const platform::Stream created = platform::openStream(path.c_str(), "a");
     if (!created)
         return static_cast<int>(platform::lastSystemCode());
-    return platform::restrictToOwner(path.c_str());
+    return platform::restrictToOwner(created.get(), path.c_str());
 }
 
 void cPciTavFilesystem::LockFile(const std::string& path) {

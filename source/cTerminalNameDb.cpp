@@ -37,10 +37,13 @@ void cTerminalNameDb::Load() {
     filesystem_.EnsureFileExists(lockFile);
     filesystem_.LockFile(lockFile);
     const std::string nameFile = folder + kNameFile;
-    filesystem_.EnsureFileExists(nameFile);
+    const int made = filesystem_.EnsureFileExists(nameFile);
     tFixedStatus status;
     iniFile_.open(nameFile.c_str(), 0, status);
-    zoerr::raiseIfFailed(status);
+    // That there is no such file is not the reason where one could not be made.
+    if (made > 0 && status.systemCode == platform::kNotFound)
+        nZOQUIL000::noteSystemCode(status, static_cast<platform::SystemCode>(made));
+    zoerr::raiseIfFailed(status, nameFile.c_str());
     numbers_.reset();
     loaded_ = true;
 }
@@ -114,7 +117,12 @@ void cTerminalNameDb::Save() {
         raiseSoftwareFault(kFile);
     tFixedStatus status;
     iniFile_.save(status);
-    zoerr::raiseIfFailed(status);
+    if (!status.failed())
+        return;
+    tFixedStatus ignored;
+    std::string nameFile;
+    iniFile_.getPath(nameFile, ignored);
+    zoerr::raiseIfFailed(status, nameFile.c_str());
 }
 
 void cTerminalNameDb::Close() {

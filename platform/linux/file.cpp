@@ -2,6 +2,7 @@
 
 #include "platform/linux/interruption.h"
 #include "platform/linux/openFile.h"
+#include "platform/linux/ownFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -15,23 +16,17 @@ namespace platform {
 
 namespace {
 
-constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-
 SystemCode codeOf(int result) noexcept {
     return result == 0 ? kNoSystemError : lastSystemCode();
 }
 
-// The stream of a descriptor, or none of -1.
-Stream streamOf(int descriptor, const char* mode) noexcept {
-    if (descriptor < 0)
-        return nullptr;
-    Stream stream(fdopen(descriptor, mode));
-    if (!stream) {
-        const int error = errno;
-        close(descriptor);
-        errno = error;
-    }
-    return stream;
+constexpr mode_t kForAll = 0666; // what the process's mask leaves of it
+
+// The descriptor of what there is at the path, emptied or made.
+int openFromStart(const char* path, const char* mode) noexcept {
+    const int access = std::strchr(mode, '+') != nullptr ? O_RDWR : O_WRONLY;
+    return pastInterruptions(
+        [&] { return open(path, access | O_CREAT | O_TRUNC | O_CLOEXEC, kForAll); });
 }
 
 } // namespace
@@ -48,7 +43,7 @@ Stream openStream(const char* path, const char* mode) noexcept {
         return streamOf(
             openFile(path, O_WRONLY | O_APPEND | O_CREAT, BesideFiles::none, kOwnerOnly), mode);
     default:
-        return Stream(pastInterruptions([&] { return std::fopen(path, mode); }));
+        return streamOf(openFromStart(path, mode), mode);
     }
 }
 
@@ -61,32 +56,12 @@ std::optional<FileTime> lastWriteTime(const char* path) noexcept {
            static_cast<FileTime>(status.st_mtim.tv_nsec);
 }
 
-int restrictToOwner(const char* path) noexcept {
-    return pastInterruptions([&] { return chmod(path, kOwnerOnly); });
-}
-
-SystemCode createExclusively(const char* path) noexcept {
-    const int descriptor = pastInterruptions(
-        [&] { return open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly); });
-    if (descriptor < 0)
-        return lastSystemCode();
-    const SystemCode closed = codeOf(close(descriptor));
-    if (closed == kNoSystemError || closed == EINTR) // it is closed, with nothing to write
-        return kNoSystemError;
-    unlink(path); // what is said to have failed is not there
-    return closed;
-}
-
-bool isNameTaken(SystemCode code) noexcept {
-    return code == EEXIST;
+int restrictToOwner(std::FILE* stream, const char*) noexcept {
+    return pastInterruptions([&] { return fchmod(fileno(stream), kOwnerOnly); });
 }
 
 SystemCode forceToDisk(std::FILE* stream) noexcept {
     return codeOf(pastInterruptions([&] { return fsync(fileno(stream)); }));
-}
-
-SystemCode renameReplacing(const char* from, const char* to) noexcept {
-    return codeOf(std::rename(from, to));
 }
 
 SystemCode removeFile(const char* path) noexcept {

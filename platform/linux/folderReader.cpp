@@ -1,5 +1,6 @@
 #include "platform/folderReader.h"
 
+#include "platform/linux/descriptor.h"
 #include "platform/linux/interruption.h"
 
 #include <dirent.h>
@@ -12,22 +13,6 @@
 namespace platform {
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) noexcept : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0)
-            close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int number() const noexcept { return number_; }
-
-private:
-    int number_;
-};
 
 struct ListCloser {
     void operator()(DIR* list) const noexcept { closedir(list); }

@@ -1,6 +1,7 @@
 #include "platform/linux/openFile.h"
 
 #include "platform/linux/interruption.h"
+#include "platform/linux/trustedLinks.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,6 +9,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <new>
+#include <string>
 
 namespace platform {
 
@@ -27,11 +30,35 @@ int reasonToRefuse(const struct stat& status, BesideFiles accepted) noexcept {
     return isNull && accepted == BesideFiles::theNullDevice ? 0 : EMEDIUMTYPE;
 }
 
+int openOnce(const char* path, int flags, mode_t permissions) noexcept {
+    return pastInterruptions(
+        [&] { return open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, permissions); });
+}
+
+// What comes to stand at the path while its links are looked at is not followed.
+int openBehindLinks(const char* path, int flags, mode_t permissions) noexcept {
+    try {
+        std::string file(path);
+        errno = followTrustedLinks(file);
+        return errno == 0 ? openOnce(file.c_str(), flags, permissions) : -1;
+    } catch (const std::bad_alloc&) {
+        errno = ENOMEM;
+        return -1;
+    }
+}
+
+int openAny(const char* path, int flags, mode_t permissions) noexcept {
+    if ((flags & O_ACCMODE) == O_RDONLY)
+        return openOnce(path, flags, permissions);
+    const int descriptor = openOnce(path, flags | O_NOFOLLOW, permissions);
+    return descriptor < 0 && errno == ELOOP ? openBehindLinks(path, flags | O_NOFOLLOW, permissions)
+                                            : descriptor;
+}
+
 } // namespace
 
 int openFile(const char* path, int flags, BesideFiles accepted, mode_t permissions) noexcept {
-    const int descriptor = pastInterruptions(
-        [&] { return open(path, flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, permissions); });
+    const int descriptor = openAny(path, flags, permissions);
     if (descriptor < 0)
         return -1;
     struct stat status = {};

@@ -9,9 +9,10 @@ namespace platform {
 // What else than a file may stand at the path.
 enum class BesideFiles { none, theNullDevice };
 
-// Opens the path with flags of open(2), for this process alone, without waiting for anybody.
-// The descriptor, or -1 with errno set: EISDIR for a folder, EMEDIUMTYPE for anything else that is
-// no file.
+// Opens the path with flags of open(2), for this process alone, without waiting for anybody. To be
+// written to, a file is found through links only as followTrustedLinks() does. The descriptor, or
+// -1 with errno set: EISDIR for a folder, EMEDIUMTYPE for anything else that is no file, EACCES for
+// somebody else's link.
 int openFile(const char* path, int flags, BesideFiles accepted, mode_t permissions = 0) noexcept;
 
 } // namespace platform

@@ -21,6 +21,10 @@ SystemCode malformedDataCode() noexcept {
     return EBADMSG;
 }
 
+SystemCode failedTransferCode() noexcept {
+    return EIO;
+}
+
 bool isSharingViolation(SystemCode) noexcept {
     return false; // every file can be opened while others have it open
 }

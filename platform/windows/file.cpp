@@ -47,38 +47,15 @@ std::optional<FileTime> lastWriteTime(const char* path) noexcept {
     return search ? std::optional(timeOf(entry)) : std::nullopt;
 }
 
-int restrictToOwner(const char* path) noexcept {
+int restrictToOwner(std::FILE*, const char* path) noexcept {
     constexpr int kReadAndWrite = _S_IREAD | _S_IWRITE;
     const WidePath wide(path);
     return wide.needed() ? _wchmod(wide.text(), kReadAndWrite) : _chmod(path, kReadAndWrite);
 }
 
-SystemCode createExclusively(const char* path) noexcept {
-    constexpr DWORD kNotShared = 0;
-    const WidePath wide(path);
-    const FileHandle created(wide.needed()
-                                 ? CreateFileW(wide.text(), GENERIC_WRITE, kNotShared, nullptr,
-                                               CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr)
-                                 : CreateFileA(path, GENERIC_WRITE, kNotShared, nullptr, CREATE_NEW,
-                                               FILE_ATTRIBUTE_NORMAL, nullptr));
-    return codeOf(static_cast<bool>(created));
-}
-
-bool isNameTaken(SystemCode code) noexcept {
-    return code == ERROR_FILE_EXISTS;
-}
-
 SystemCode forceToDisk(std::FILE* stream) noexcept {
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
     return codeOf(FlushFileBuffers(handle) != 0);
-}
-
-SystemCode renameReplacing(const char* from, const char* to) noexcept {
-    const WidePath wideFrom(from, to);
-    const WidePath wideTo(to, from);
-    if (wideFrom.needed() && wideTo.needed())
-        return codeOf(MoveFileExW(wideFrom.text(), wideTo.text(), MOVEFILE_REPLACE_EXISTING) != 0);
-    return codeOf(MoveFileExA(from, to, MOVEFILE_REPLACE_EXISTING) != 0);
 }
 
 SystemCode removeFile(const char* path) noexcept {

@@ -21,6 +21,10 @@ SystemCode malformedDataCode() noexcept {
     return ERROR_INVALID_DATA;
 }
 
+SystemCode failedTransferCode() noexcept {
+    return ERROR_IO_DEVICE;
+}
+
 bool isSharingViolation(SystemCode code) noexcept {
     return code == ERROR_SHARING_VIOLATION;
 }

@@ -12,8 +12,9 @@
 //   iniLookup        finds sections and keys by name
 //     iniNames       ... when two names are the same      iniIndex     a hash index over a list
 //   iniUpdate        sets, renames and removes
-//   iniSafeWrite     saves through a temporary file
-//     iniWrite       ... the text that goes into it       iniFileOperations  what the disk does
+//   iniSafeWrite     saves through a temporary file, or in place
+//     iniWrite       ... the text that goes into it       iniSinks     where it goes
+//     iniFileOperations  ... what the disk does
 //   iniStatus        the results of all of it
 #pragma once
 
@@ -52,6 +53,8 @@ struct IniFileObject {
     // when there is none.
     IniText path;
     platform::FileTime lastWriteTime = 0;
+    // Why the last write failed; platform::kNoSystemError when it did not, or not for the system.
+    platform::SystemCode failure = platform::kNoSystemError;
 
     // The loaded text, which names and values look into.
     char* block = nullptr;

@@ -3,37 +3,60 @@
 #pragma once
 
 #include "platform/file.h"
+#include "platform/systemCode.h"
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <string>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
-// Paths are UTF-8. Nothing here throws.
+// A stream that was opened, or null and the reason. It is the caller's until close().
+struct IniOpened {
+    std::FILE* stream = nullptr;
+    platform::SystemCode code = platform::kNoSystemError;
+};
+
+// The same for a file that must not have been there before.
+struct IniCreated : IniOpened {
+    bool isNameTaken = false;
+    bool isThere = false; // it was created; with a null stream it cannot be written
+};
+
+// Paths are UTF-8. A code is platform::kNoSystemError, or the reason of a failure. Nothing throws.
 class IniFileOperations {
 public:
-    enum class Creation { created, nameTaken, failed };
+    using Code = platform::SystemCode;
 
     virtual ~IniFileOperations() = default;
 
-    // With a mode of fopen; null on failure. The stream is the caller's until close().
-    virtual std::FILE* open(const char* path, const char* mode) noexcept = 0;
-    // False when not everything could be written.
-    virtual bool write(std::FILE* stream, const char* data, std::size_t size) noexcept = 0;
+    // With a mode of fopen.
+    virtual IniOpened open(const char* path, const char* mode) noexcept = 0;
+    // A failure when not everything could be written.
+    virtual Code write(std::FILE* stream, const char* data, std::size_t size) noexcept = 0;
     // Hands what is buffered to the system.
-    virtual bool flush(std::FILE* stream) noexcept = 0;
+    virtual Code flush(std::FILE* stream) noexcept = 0;
     // Forces what the system has onto the disk.
-    virtual bool force(std::FILE* stream) noexcept = 0;
+    virtual Code force(std::FILE* stream) noexcept = 0;
     // The stream is gone, whatever the result.
-    virtual bool close(std::FILE* stream) noexcept = 0;
+    virtual Code close(std::FILE* stream) noexcept = 0;
 
-    // Makes an empty file that must not be there yet.
-    virtual Creation createExclusively(const char* path) noexcept = 0;
-    // Replaces a file that has the new name.
-    virtual bool rename(const char* from, const char* to) noexcept = 0;
-    virtual bool remove(const char* path) noexcept = 0;
+    // Writing a file anew where it stands: platform/fileInPlace.h.
+    virtual IniOpened openInPlace(const char* path) noexcept = 0;
+    virtual Code secureSpace(std::FILE* stream, std::uint64_t size) noexcept = 0;
+    virtual std::uint64_t keepFront(std::FILE* stream, std::uint64_t size) noexcept = 0;
+    virtual Code cutBehind(std::FILE* stream, std::uint64_t size) noexcept = 0;
+
+    // Putting a new file in another's place: platform/fileReplacement.h.
+    virtual Code followLinks(std::string& path) noexcept = 0;
+    virtual IniCreated createExclusively(const char* path) noexcept = 0;
+    virtual Code takeAccess(std::FILE* from, std::FILE* to) noexcept = 0;
+    virtual Code rename(const char* from, const char* to) noexcept = 0;
+
+    virtual Code remove(const char* path) noexcept = 0;
     // Nothing when there is no such file.
     virtual std::optional<platform::FileTime> lastWriteTime(const char* path) noexcept = 0;
     // Waits, so that a file's time moves on.

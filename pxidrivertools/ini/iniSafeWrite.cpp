@@ -1,7 +1,10 @@
 #include "pxidrivertools/ini/iniSafeWrite.h"
 
+#include "platform/systemCode.h"
+#include "pxidrivertools/ini/iniSinks.h"
 #include "pxidrivertools/ini/iniWrite.h"
 
+#include <cstdint>
 #include <new>
 #include <string>
 #include <string_view>
@@ -29,95 +32,208 @@ std::string siblingTemporary(const std::string& target) {
 
 namespace {
 
-// Whether the target can be written, found out before anything is. Mode "wb" would empty an
-// existing target, so it is left for the case that neither opening nor looking finds one.
-IniStatus probeTarget(const std::string& target, IniFileOperations& files) noexcept {
-    std::FILE* stream = files.open(target.c_str(), "r+b");
-    const bool exists = stream != nullptr || files.lastWriteTime(target.c_str()).has_value();
-    if (!exists)
-        stream = files.open(target.c_str(), "wb");
-    if (stream == nullptr)
-        return kIniNoAccess;
-    const bool closed = files.close(stream);
-    const bool removed = exists || files.remove(target.c_str());
-    return closed && removed ? kIniDone : kIniNoAccess;
-}
+// One write of a file object: what each step needs, and the system's reason for the failure.
+class Saving {
+public:
+    Saving(IniFileObject& file, IniFileOperations& files) noexcept
+        : file_(file), files_(files), text_(file.memory), other_(file.memory) {}
 
-IniStatus createNumbered(const std::string& target, IniFileOperations& files,
-                         std::string& temporary) {
-    const platform::PathParts parts = platform::splitPath(target);
-    for (int number = 0; number < kTemporaryNames; ++number) {
-        temporary = numberedTemporary(parts, number);
-        switch (files.createExclusively(temporary.c_str())) {
-        case IniFileOperations::Creation::created:
+    // A target that cannot be opened, or has no room, is left as it is; one that fails while it is
+    // being written is removed rather than left cut.
+    IniStatus inPlace(const char* path, IniRewrite rewrite) noexcept {
+        const IniOpened old = files_.open(path, "rb");
+        IniStatus status = measure(old.stream);
+        if (old.stream != nullptr)
+            files_.close(old.stream);
+        if (status == kIniNameTooLong)
+            files_.remove(path);
+        if (status != kIniDone)
+            return status;
+        if (isSame_ && rewrite == IniRewrite::ifDifferent)
             return kIniDone;
-        case IniFileOperations::Creation::nameTaken:
-            break;
-        case IniFileOperations::Creation::failed:
-            return kIniNoTemporary;
+        return overwrite(path, isSame_ ? 0 : same_);
+    }
+
+    // Raises std::bad_alloc.
+    IniStatus throughTemporary(std::string target) {
+        if (const Code code = files_.followLinks(target); failed(code))
+            return fail(kIniNoAccess, code);
+        std::FILE* existing = nullptr;
+        IniStatus status = probe(target, existing);
+        std::string temporary;
+        if (status == kIniDone)
+            status = measure(nullptr);
+        if (status == kIniDone)
+            status = file_.write.sameDirectoryTemporary
+                         ? writeNumbered(target, existing, temporary)
+                         : writeSibling(temporary = siblingTemporary(target));
+        if (existing != nullptr)
+            files_.close(existing);
+        if (status != kIniDone)
+            return status;
+        const Code code = files_.rename(temporary.c_str(), target.c_str());
+        if (!failed(code))
+            return kIniDone;
+        files_.remove(temporary.c_str());
+        return fail(kIniNoAccess, code);
+    }
+
+private:
+    using Code = platform::SystemCode;
+
+    static bool failed(Code code) noexcept { return code != platform::kNoSystemError; }
+
+    IniStatus fail(IniStatus status, Code code) noexcept {
+        file_.failure = code;
+        return status;
+    }
+
+    // What is to be written, and how it compares with what an open file, or null, holds.
+    IniStatus measure(std::FILE* old) noexcept {
+        if (text_.bytes().empty() || other_.bytes().empty())
+            return fail(kIniOutOfMemory, platform::outOfMemoryCode());
+        if (old != nullptr)
+            std::setvbuf(old, nullptr, _IONBF, 0);
+        IniComparison comparison(old, other_.bytes());
+        IniOutput output(comparison, text_.bytes());
+        const IniStatus status = writeContents(file_, output);
+        size_ = comparison.size();
+        same_ = comparison.same();
+        isSame_ = comparison.isSame();
+        return status;
+    }
+
+    // The first `same` bytes stay.
+    IniStatus overwrite(const char* path, std::uint64_t same) noexcept {
+        const IniOpened opened = files_.openInPlace(path);
+        if (opened.stream == nullptr)
+            return fail(kIniOpenFailed, opened.code);
+        if (const Code code = files_.secureSpace(opened.stream, size_); failed(code)) {
+            files_.close(opened.stream);
+            noRoom_ = true;
+            return fail(kIniWriteFailed, code);
         }
+        return write(opened.stream, path, files_.keepFront(opened.stream, same));
     }
-    return kIniTemporariesTaken;
-}
 
-// Writes and closes the file at `path`; removes it when that fails.
-IniStatus writeFile(const IniFileObject& file, const std::string& path, bool isOurs,
-                    IniFileOperations& files) noexcept {
-    std::FILE* const stream = files.open(path.c_str(), "wb");
-    if (stream == nullptr) {
-        if (isOurs)
-            files.remove(path.c_str());
-        return kIniOpenFailed;
+    IniStatus writeSibling(const std::string& temporary) noexcept {
+        const IniStatus status = overwrite(temporary.c_str(), 0);
+        if (noRoom_)
+            files_.remove(temporary.c_str());
+        return status;
     }
-    std::setvbuf(stream, nullptr, _IONBF, 0); // the output has a buffer of its own
-    IniOutput output(files, stream);
-    IniStatus status = writeContents(file, output);
-    if (status == kIniDone && file.write.flush && !files.force(stream))
-        status = kIniWriteFailed;
-    if (!files.close(stream) && status == kIniDone)
-        status = kIniWriteFailed;
-    if (status != kIniDone)
-        files.remove(path.c_str());
-    return status;
-}
 
-IniStatus writeThroughTemporary(const IniFileObject& file, const std::string& target,
-                                IniFileOperations& files) {
-    IniStatus status = probeTarget(target, files);
-    if (status != kIniDone)
-        return status;
-    const bool numbered = file.write.sameDirectoryTemporary;
-    std::string temporary;
-    if (numbered)
-        status = createNumbered(target, files, temporary);
-    else
-        temporary = siblingTemporary(target);
-    if (status == kIniDone)
-        status = writeFile(file, temporary, numbered, files);
-    if (status != kIniDone)
-        return status;
-    if (files.rename(temporary.c_str(), target.c_str()))
+    // Writes what is behind the first `kept` bytes and closes the stream; removes the file when
+    // that fails.
+    IniStatus write(std::FILE* stream, const char* path, std::uint64_t kept) noexcept {
+        std::setvbuf(stream, nullptr, _IONBF, 0); // the output has a buffer of its own
+        IniFileSink sink(files_, stream, kept);
+        IniOutput output(sink, text_.bytes());
+        IniStatus status = writeContents(file_, output);
+        Code code = sink.code();
+        const auto step = [&](auto work) {
+            if (!failed(code))
+                code = work();
+        };
+        step([&] { return files_.flush(stream); });
+        step([&] { return files_.cutBehind(stream, size_); });
+        if (file_.write.flush)
+            step([&] { return files_.force(stream); });
+        if (const Code closed = files_.close(stream); !failed(code))
+            code = closed;
+        if (failed(code) && status == kIniDone)
+            status = kIniWriteFailed;
+        if (status == kIniDone)
+            return kIniDone;
+        files_.remove(path);
+        return fail(status, code);
+    }
+
+    // Whether the target can be written, found out before anything is; it stays open, if it is
+    // there. Writing anew would make a missing target, so that is left for the case that neither
+    // opening nor looking finds one.
+    IniStatus probe(const std::string& target, std::FILE*& existing) noexcept {
+        const IniOpened opened = files_.open(target.c_str(), "r+b");
+        existing = opened.stream;
+        if (existing != nullptr)
+            return kIniDone;
+        if (files_.lastWriteTime(target.c_str()))
+            return fail(kIniNoAccess, opened.code);
+        const IniOpened made = files_.openInPlace(target.c_str());
+        if (made.stream == nullptr)
+            return fail(kIniNoAccess, made.code);
+        const Code closed = files_.close(made.stream);
+        const Code removed = files_.remove(target.c_str());
+        if (failed(closed) || failed(removed))
+            return fail(kIniNoAccess, failed(closed) ? closed : removed);
         return kIniDone;
-    files.remove(temporary.c_str());
-    return kIniNoAccess;
-}
+    }
+
+    // Writes a file beside the target under the first number that nobody has taken; it may be read
+    // and written by whoever may do so with the existing one.
+    IniStatus writeNumbered(const std::string& target, std::FILE* existing,
+                            std::string& temporary) {
+        const platform::PathParts parts = platform::splitPath(target);
+        for (int number = 0; number < kTemporaryNames; ++number) {
+            temporary = numberedTemporary(parts, number);
+            const IniCreated created = files_.createExclusively(temporary.c_str());
+            if (created.stream != nullptr)
+                return writeCreated(created.stream, existing, temporary.c_str());
+            if (created.isThere) {
+                files_.remove(temporary.c_str());
+                return fail(kIniOpenFailed, created.code);
+            }
+            if (!created.isNameTaken)
+                return fail(kIniNoTemporary, created.code);
+        }
+        return kIniTemporariesTaken;
+    }
+
+    IniStatus writeCreated(std::FILE* stream, std::FILE* existing, const char* path) noexcept {
+        IniStatus status = kIniNoAccess;
+        Code code =
+            existing == nullptr ? platform::kNoSystemError : files_.takeAccess(existing, stream);
+        if (!failed(code)) {
+            status = kIniWriteFailed;
+            code = files_.secureSpace(stream, size_);
+        }
+        if (!failed(code))
+            return write(stream, path, 0);
+        files_.close(stream);
+        files_.remove(path);
+        return fail(status, code);
+    }
+
+    IniFileObject& file_;
+    IniFileOperations& files_;
+    IniBuffer text_;
+    IniBuffer other_;
+    std::uint64_t size_ = 0; // of the text, in bytes
+    std::uint64_t same_ = 0; // of these stand alike at the front of the file
+    bool isSame_ = false;    // the file holds the text and no more
+    bool noRoom_ = false;    // there was none for the text, and the file was left alone
+};
 
 } // namespace
 
-IniStatus writeIni(IniFileObject& file, const char* path, IniFileOperations& files) noexcept {
+IniStatus writeIni(IniFileObject& file, const char* path, IniFileOperations& files,
+                   IniRewrite rewrite) noexcept {
+    file.failure = platform::kNoSystemError;
     if (*path == '\0')
         return kIniInvalid;
     // Before the first file is touched: what can fail for want of memory.
     IniText remembered;
-    if (!copyText(file.memory, path, remembered))
-        return kIniOutOfMemory;
-    IniStatus status = kIniDone;
+    IniStatus status = kIniOutOfMemory;
+    if (!copyText(file.memory, path, remembered)) {
+        file.failure = platform::outOfMemoryCode();
+        return status;
+    }
     try {
-        const std::string target(path);
-        status = file.write.safeWrite ? writeThroughTemporary(file, target, files)
-                                      : writeFile(file, target, false, files);
+        Saving saving(file, files);
+        status =
+            file.write.safeWrite ? saving.throughTemporary(path) : saving.inPlace(path, rewrite);
     } catch (const std::bad_alloc&) {
-        status = kIniOutOfMemory;
+        file.failure = platform::outOfMemoryCode();
     }
     if (status != kIniDone) {
         releaseText(file.memory, remembered);

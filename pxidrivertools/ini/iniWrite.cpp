@@ -10,10 +10,6 @@
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
-// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
-IniOutput::IniOutput(IniFileOperations& files, std::FILE* stream) noexcept
-    : files_(files), stream_(stream) {}
-
 void IniOutput::put(std::string_view text) noexcept {
     for (;;) {
         const std::size_t feed = text.find('\n');
@@ -28,7 +24,7 @@ void IniOutput::put(std::string_view text) noexcept {
 void IniOutput::putLong(std::string_view text) noexcept {
     while (!text.empty()) {
         if (used_ == buffer_.size())
-            writeOut();
+            giveLines();
         const std::string_view piece = text.substr(0, buffer_.size() - used_);
         std::memcpy(buffer_.data() + used_, piece.data(), piece.size());
         used_ += piece.size();
@@ -37,15 +33,20 @@ void IniOutput::putLong(std::string_view text) noexcept {
 }
 
 bool IniOutput::finish() noexcept {
-    writeOut();
-    ok_ = ok_ && files_.flush(stream_);
+    give(used_);
     return ok_;
 }
 
-void IniOutput::writeOut() noexcept {
-    if (ok_ && used_ != 0)
-        ok_ = files_.write(stream_, buffer_.data(), used_);
-    used_ = 0;
+void IniOutput::giveLines() noexcept {
+    give(wholeLines_ != 0 ? wholeLines_ : used_);
+}
+
+void IniOutput::give(std::size_t size) noexcept {
+    if (ok_ && size != 0)
+        ok_ = sink_.take({buffer_.data(), size});
+    used_ -= size;
+    wholeLines_ = 0;
+    std::memmove(buffer_.data(), buffer_.data() + size, used_);
 }
 
 namespace {

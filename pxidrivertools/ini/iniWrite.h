@@ -2,22 +2,22 @@
 #pragma once
 
 #include "pxidrivertools/ini/iniFileObject.h"
-#include "pxidrivertools/ini/iniFileOperations.h"
+#include "pxidrivertools/ini/iniSinks.h"
 #include "pxidrivertools/ini/iniStatus.h"
 
-#include <array>
-#include <cstdio>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
-// A text on its way to the disk: buffered, with each "\n" as CR LF.
-// After a failed write everything further is dropped; ok() and finish() tell.
+// A text on its way to a sink: in large pieces, each of whole lines unless one is longer than that,
+// and with each "\n" as CR LF.
+// After the sink has failed everything further is dropped; ok() and finish() tell.
 class IniOutput {
 public:
-    // Both outlive the output, which neither flushes nor closes the stream at its end.
-    IniOutput(IniFileOperations& files, std::FILE* stream) noexcept;
+    // The buffer has room for some bytes at least. Both outlive the output.
+    IniOutput(IniSink& sink, std::span<char> buffer) noexcept : sink_(sink), buffer_(buffer) {}
 
     // Text that may have line feeds in it: each becomes the two bytes 13 and 10.
     void put(std::string_view text) noexcept;
@@ -29,26 +29,30 @@ public:
         used_ += text.size();
     }
     void putAsIs(char character) noexcept { putAsIs(std::string_view(&character, 1)); }
-    void endLine() noexcept { putAsIs("\r\n"); }
+    void endLine() noexcept {
+        putAsIs("\r\n");
+        wholeLines_ = used_;
+    }
 
-    // Writes what is left and flushes the stream. False when that or any write before failed.
+    // Gives the sink what is left. False when it failed now or before.
     bool finish() noexcept;
 
     bool ok() const noexcept { return ok_; }
 
 private:
     void putLong(std::string_view text) noexcept;
-    void writeOut() noexcept;
+    void giveLines() noexcept;
+    void give(std::size_t size) noexcept;
 
-    IniFileOperations& files_;
-    std::FILE* stream_;
+    IniSink& sink_;
+    std::span<char> buffer_;
     std::size_t used_ = 0;
+    std::size_t wholeLines_ = 0; // where the last of them ends in the buffer
     bool ok_ = true;
-    // Few large writes; not filled before it is used, since most files are short.
-    std::array<char, 65536> buffer_;
 };
 
-// Writes every section in order and flushes. kIniDone, kIniNameTooLong or kIniWriteFailed.
+// Puts out every section in order, and finishes. kIniDone, kIniNameTooLong, or kIniWriteFailed when
+// the sink fails.
 IniStatus writeContents(const IniFileObject& file, IniOutput& output) noexcept;
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -5,14 +5,17 @@
 #include "platform/busLocation.h"
 #include "platform/configurationValue.h"
 #include "platform/directorySearch.h"
-#include "platform/file.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/configuration.h"
+#include "quil/cQUILDeviceFinder.h"
+#include "source/cPciModelInfoDb.h"
 #include "source/cPciTavFilesystem.h"
+#include "source/cPciTavPluginCache.h"
 #include "source/cTerminalNameDb.h"
 #include "source/descriptionLoader.h"
 #include "source/exceptionStatus.h"
 #include "tavctl/description/loadFailure.h"
+#include "tavctl/words/json.h"
 
 #include <fmt/core.h>
 
@@ -34,6 +37,18 @@ using nZoPxiDriverTools_1_0::kConfigurationKey;
 using nZoPxiDriverTools_1_0::kPathValue;
 using nZOQUIL000::tErrorStatus;
 
+// The system's own words in an error record; empty when there are none.
+std::string systemWordsOf(const std::string& record) {
+    const auto parsed = Json::parsedObject(record);
+    if (!parsed)
+        return {};
+    for (const auto& [name, value] : parsed->leaves()) {
+        if (name == "internal_error.string")
+            return value;
+    }
+    return {};
+}
+
 // The failure of the exception in flight.
 Failure currentFailure(const std::string& operation, const std::string& object) {
     Failure failure{operation, object, {}, statusOfCurrentException(), {}};
@@ -41,6 +56,7 @@ Failure currentFailure(const std::string& operation, const std::string& object) 
         throw;
     } catch (const zoerr::Exception& exception) {
         failure.record = exception.text();
+        failure.reason = systemWordsOf(failure.record);
     } catch (const boost::interprocess::interprocess_exception& exception) {
         failure.reason = platform::systemMessage(
             static_cast<platform::SystemCode>(exception.get_native_error()));
@@ -82,34 +98,25 @@ std::optional<Failure> tryConfiguration(const char* name) {
                    });
 }
 
-// The system's words for why a file that an INI file object could not open cannot be; none when it
-// can be.
-std::string openingTrouble(const std::string& path, const Failure& failure) {
-    if (failure.status != nZoPxiDriverTools_1_0::kIniFileErrCannotOpen ||
-        platform::openStream(path.c_str(), "rb"))
-        return {};
-    return platform::systemMessage(platform::lastSystemCode());
-}
-
 std::optional<Failure> tryNames() {
     if (auto failure = tryConfiguration(kConfigPathValue))
         return failure;
     cPciTavFilesystem filesystem;
     const std::string folder = filesystem.GetConfigPath();
     const std::string lockFile = folder + kNameLockFile;
+    const int made = filesystem.EnsureFileExists(lockFile);
     if (auto failure =
-            tryStep("lock terminal names", lockFile, [&] { filesystem.LockFile(lockFile); }))
+            tryStep("lock terminal names", lockFile, [&] { filesystem.LockFile(lockFile); })) {
+        // That there is no such file is not the reason where one could not be made.
+        if (made > 0 && failure->reason == platform::systemMessage(platform::kNotFound))
+            failure->reason = platform::systemMessage(static_cast<platform::SystemCode>(made));
         return failure;
-    const std::string nameFile = folder + kNameFile;
-    auto failure = tryStep("read terminal names", nameFile, [&] {
+    }
+    filesystem.UnlockFile();
+    return tryStep("read terminal names", folder + kNameFile, [&] {
         nZoPxiDriverTools_1_0::cIniFile file;
-        nZOQUIL000::tFixedStatus status;
-        file.open(nameFile.c_str(), 0, status);
-        zoerr::raiseIfFailed(status);
+        cTerminalNameDb(filesystem, file).Load();
     });
-    if (failure && failure->reason.empty())
-        failure->reason = openingTrouble(nameFile, *failure);
-    return failure;
 }
 
 std::optional<Failure> tryDescription(const std::string& path) {
@@ -166,16 +173,24 @@ std::optional<Failure> trySession() {
     return failure;
 }
 
-// A save cannot be tried again without risk: a failed one removes the file.
+// Everything once more in this process, where the record of what fails is to be had. A disk that is
+// still full is left as it is.
 std::optional<Failure> trySave(std::int32_t status) {
     if (status != nZoPxiDriverTools_1_0::kIniFileErrNotStored)
         return std::nullopt;
     cPciTavFilesystem filesystem;
     const std::string nameFile = filesystem.GetConfigPath() + kNameFile;
-    Failure failure{"save terminal names", nameFile, {}, status, {}};
-    if (!platform::openStream(nameFile.c_str(), "r+b"))
-        failure.reason = platform::systemMessage(platform::lastSystemCode());
-    return failure;
+    auto failure = tryStep("save terminal names", nameFile, [&] {
+        tErrorStatus loaded;
+        cQUILDeviceFinder deviceFinder;
+        cPciBrdWrapper_ex bridgeWrapper(loaded);
+        nZoPxiDriverTools_1_0::cIniFile file;
+        cTerminalNameDb names(filesystem, file);
+        cPciTavPluginCache().Build(deviceFinder, bridgeWrapper, filesystem, names, modelDatabase());
+    });
+    if (failure && failure->status == status)
+        return failure;
+    return Failure{"save terminal names", nameFile, {}, status, {}};
 }
 
 } // namespace

@@ -38,16 +38,10 @@ const char* wordsOf(IniStatus status) {
     switch (status) {
     case kIniWideEncoding:
         return "it is UTF-16 or UTF-32; UTF-8 is expected";
-    case kIniNoTemporary:
     case kIniTemporariesTaken:
-        return "no temporary file can be made beside it";
+        return "every name for a temporary file beside it is taken";
     case kIniOutOfMemory:
         return "out of memory";
-    case kIniNoAccess:
-    case kIniOpenFailed:
-        return "it cannot be written";
-    case kIniWriteFailed:
-        return "writing it failed; is the disk full?";
     default:
         return "it cannot be read";
     }
@@ -121,11 +115,11 @@ void NameFile::write(const fs::path& target) const {
     const std::string name = platform::utf8Text(target);
     const IniStatus status = writeIni(*file_, name.c_str());
     if (status != kIniDone)
-        throw FailureException({"write terminal names", name, wordsOf(status), {}, {}});
-    if (platform::restrictToOwner(name.c_str()) != 0)
-        throw FailureException({"restrict terminal names to their owner",
+        throw FailureException({"write terminal names",
                                 name,
-                                platform::systemMessage(platform::lastSystemCode()),
+                                file_->failure == platform::kNoSystemError
+                                    ? wordsOf(status)
+                                    : platform::systemMessage(file_->failure),
                                 {},
                                 {}});
 }

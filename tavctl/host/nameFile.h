@@ -50,8 +50,9 @@ public:
     };
     [[nodiscard]] const std::vector<Repeated>& repeated() const { return repeated_; }
 
-    // Replaces `target` by this content, readable by its owner only, forced onto the disk; a
-    // failure leaves it as it was. Raises FailureException.
+    // Replaces `target` by this content, forced onto the disk; a failure leaves it as it was. The
+    // file keeps owner and permissions; a new one is readable by its owner only. Raises
+    // FailureException.
     void write(const std::filesystem::path& target) const;
 
 private:

@@ -1,5 +1,6 @@
 #include "tavctl/host/scratchFolder.h"
 
+#include "platform/privateFolder.h"
 #include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 
@@ -18,21 +19,18 @@ ScratchFolder::ScratchFolder() {
     std::error_code error;
     const fs::path parent = fs::temp_directory_path(error);
     std::random_device random;
+    std::string reason = error ? error.message() : "every name is taken";
     for (int attempt = 0; !error && attempt < kAttempts; ++attempt) {
-        const fs::path candidate = parent / fmt::format("tavctl-{}", random());
-        // False, without an error, for a name that is taken.
-        if (fs::create_directory(candidate, error)) {
-            path_ = candidate;
-            std::error_code ignored; // a system that knows no owners has nothing to restrict
-            fs::permissions(path_, fs::perms::owner_all, ignored);
+        path_ = parent / fmt::format("tavctl-{}", random());
+        const platform::SystemCode code = platform::createPrivateFolder(path_);
+        if (code == platform::kNoSystemError)
             return;
+        if (!platform::isFolderNameTaken(code)) {
+            reason = platform::systemMessage(code);
+            break;
         }
     }
-    throw FailureException({"make a temporary folder",
-                            platform::utf8Text(parent),
-                            error ? error.message() : "",
-                            {},
-                            {}});
+    throw FailureException({"make a temporary folder", platform::utf8Text(parent), reason, {}, {}});
 }
 
 ScratchFolder::~ScratchFolder() {

@@ -30,9 +30,10 @@ public:
     // "tavctl names restore"
     [[nodiscard]] std::string name() const;
 
-private:
+    // The file that it writes.
     [[nodiscard]] std::filesystem::path target() const;
 
+private:
     Word word_;
     FaultMachine machine_;
     testsupport::TemporaryFolder folder_; // of the saved file

@@ -15,6 +15,12 @@ namespace testfaults {
 struct CallFault {
     Verdict verdict;
     std::string name; // "ENOSPC", "short"
+
+    // A signal, a call that does only a part, or one that the file system does not have: nobody's
+    // failure.
+    [[nodiscard]] bool isHarmless() const {
+        return name == "EINTR" || name == "short" || name == "EOPNOTSUPP";
+    }
 };
 
 // "openat"; "system call 123" where the table has no name for it.

@@ -54,13 +54,12 @@ std::string names(const Plugin& plugin) {
 void run(char** arguments) {
     const Plugin plugin(arguments[1]);
     const int journal = open(arguments[3], O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600);
-    const testhostile::Epoch& epoch = testhostile::mapEpoch(arguments[4]);
-    const unsigned long end = std::strtoul(arguments[6], nullptr, 10);
-    for (unsigned long cycle = std::strtoul(arguments[5], nullptr, 10); cycle < end; ++cycle) {
+    const unsigned long end = std::strtoul(arguments[5], nullptr, 10);
+    for (unsigned long cycle = std::strtoul(arguments[4], nullptr, 10); cycle < end; ++cycle) {
         const std::string bus = arguments[2] + std::to_string(cycle % testhostile::kBuses);
         setenv("TAV_PCI_DUMP", bus.c_str(), 1);
-        std::string line = std::to_string(cycle) + " " + std::to_string(epoch.load());
-        line.append(" ").append(std::to_string(plugin.initialize())).append(names(plugin));
+        std::string line = std::to_string(cycle) + " ";
+        line.append(std::to_string(plugin.initialize())).append(names(plugin));
         line.push_back('\n');
         plugin.finalize();
         if (write(journal, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
@@ -72,7 +71,7 @@ void run(char** arguments) {
 
 int main(int argc, char** argv) {
     try {
-        if (argc != 7)
+        if (argc != 6)
             throw std::runtime_error("wrong number of arguments");
         run(argv);
         return 0;

@@ -1,4 +1,5 @@
 // Texts and lists without memory: each request is refused once, reported, and nothing has changed.
+#include "pxidrivertools/ini/iniSafeWrite.h"
 #include "tests/pxidrivertools/iniFileFixture.h"
 #include "tests/support/allocationFaults.h"
 
@@ -151,23 +152,28 @@ TEST_F(IniFileTextMemoryTest, StoredTextsAndLists) {
     EXPECT_GE(refuseEachChange([&](Status& s) { file.setIntegerList("a", "x", integers, s); }), 2);
 }
 
-// What the engine is refused, the save reports, before any file is touched.
-TEST_F(IniFileTextMemoryTest, Saving) {
+// The names of temporary files, on the way of the safe write-back.
+TEST_F(IniFileTextMemoryTest, WritingBack) {
+    const IniFileOwner engine(createIniFile());
+    ASSERT_EQ(setValue(*engine, "a", "x", kLong, kNoQuote), kIniStored);
+    const std::string before = folder.read("file.ini");
     for (std::size_t n = 1;; ++n) {
-        Status status;
+        IniStatus status = kIniDone;
         bool refused = false;
         {
             const testsupport::AllocationFault fault(n);
-            file.save(status);
+            status = writeIni(*engine, path.c_str());
             refused = fault.happened();
         }
         if (!refused) {
-            EXPECT_EQ(status.code, 0);
-            EXPECT_GT(n, 1U);
+            EXPECT_EQ(status, kIniDone);
+            EXPECT_GT(n, 3U);
             return;
         }
-        ASSERT_EQ(status.code, -313319);
-        ASSERT_EQ(folder.read("file.ini").substr(0, 5), "[a]\nx");
+        ASSERT_EQ(status, kIniOutOfMemory);
+        EXPECT_TRUE(platform::isOutOfMemory(engine->failure));
+        ASSERT_EQ(folder.read("file.ini"), before);
+        EXPECT_EQ(folder.fileCount(), 1U);
     }
 }
 

@@ -7,7 +7,19 @@ using namespace ini;
 using Status = tFixedStatus;
 using Calls = std::vector<std::string>;
 
-const Calls kOneSave = {"open file.ini wb", "write", "flush", "close", "time file.ini"};
+Calls oneSave(std::size_t size) {
+    return {"open file.ini rb",
+            "close",
+            "open file.ini",
+            "secure " + std::to_string(size),
+            "write",
+            "flush",
+            "cut " + std::to_string(size),
+            "close",
+            "time file.ini"};
+}
+
+const Calls kOneSave = oneSave(12);
 
 // A clock that stands still for a number of looks.
 class SlowFiles : public TestFiles {
@@ -37,7 +49,7 @@ TEST_F(IniFileSaveTest, RewritesTheFileInPlace) {
     set("a", "w", "3");
     files.failAt(0);
     EXPECT_EQ(save(), 0);
-    EXPECT_EQ(files.calls, kOneSave);
+    EXPECT_EQ(files.calls, oneSave(content().size()));
     EXPECT_EQ(content(), "[a]\r\nx = 1\r\ny = \"2\"\r\nw = 3\r\n\r\n[b]\r\nz = " +
                              std::string(200, 'v') + "\r\n");
     EXPECT_EQ(folder.fileCount(), 1U);
@@ -59,11 +71,40 @@ TEST_F(IniFileSaveTest, EachFailingStepIsReportedAndDeletesTheFile) {
         open("[a]\nx=1\n");
         files.failAt(n);
         codes.push_back(save());
-        const bool kept = n == 1 || n == 5;
+        const bool kept = n <= 4 || n == 9; // before the content is touched, and after it is whole
         EXPECT_EQ(folder.has("file.ini"), kept) << n;
+        if (codes.back() != 0 && kept) {
+            EXPECT_EQ(content(), "[a]\nx=1\n") << n;
+        }
         EXPECT_EQ(get("a", "x"), "1") << "the object keeps its content";
     }
-    EXPECT_EQ(codes, (std::vector<std::int32_t>{-313319, -313319, -313319, -313319, 0}));
+    EXPECT_EQ(codes, (std::vector<std::int32_t>{0, 0, -313319, -313319, -313319, -313319, -313319,
+                                                -313319, 0}));
+}
+
+TEST_F(IniFileSaveTest, TheSystemsReasonComesWithTheStatus) {
+    open("[a]\nx=1\n");
+    files.failAt(4);
+    Status status;
+    file.save(status);
+    EXPECT_EQ(status.code, -313319);
+    EXPECT_EQ(status.systemCode, TestFiles::kFailure);
+    Status missing;
+    file.open(folder.file("none.ini").c_str(), 0, missing);
+    EXPECT_EQ(missing.code, -313316);
+    EXPECT_EQ(missing.systemCode, platform::kNotFound);
+}
+
+TEST_F(IniFileSaveTest, WhatIsThereAlreadyIsNotWrittenAgain) {
+    open("[a]\nx=1\n");
+    EXPECT_EQ(save(), 0);
+    const auto time = std::filesystem::last_write_time(path()) - std::chrono::hours(1);
+    std::filesystem::last_write_time(path(), time);
+    files.failAt(0);
+    EXPECT_EQ(save(), 0);
+    EXPECT_EQ(files.calls, (Calls{"open file.ini rb", "close", "time file.ini"}));
+    EXPECT_EQ(std::filesystem::last_write_time(path()), time);
+    EXPECT_FALSE(changed());
 }
 
 TEST_F(IniFileSaveTest, WithoutMemoryNothingIsWritten) {

@@ -132,35 +132,65 @@ private:
 // The system's files, written down, with one operation that fails.
 class TestFiles : public ini::IniFileOperations {
 public:
+    // The reason of what fails here.
+    static constexpr Code kFailure = 4711;
+
     // Fails the Nth operation from now on, counted from 1; 0 fails none.
     void failAt(std::size_t operation) {
         calls.clear();
         failAt_ = operation;
     }
 
-    std::FILE* open(const char* path, const char* mode) noexcept override {
-        return next("open " + leaf(path) + " " + mode) ? real_.open(path, mode) : nullptr;
+    ini::IniOpened open(const char* path, const char* mode) noexcept override {
+        return next("open " + leaf(path) + " " + mode) ? real_.open(path, mode)
+                                                       : ini::IniOpened{nullptr, kFailure};
     }
-    bool write(std::FILE* stream, const char* data, std::size_t size) noexcept override {
+    Code write(std::FILE* stream, const char* data, std::size_t size) noexcept override {
+        written.append(data, size);
         if (next("write"))
             return real_.write(stream, data, size);
         real_.write(stream, data, size / 2);
-        return false;
+        return kFailure;
     }
-    bool flush(std::FILE* stream) noexcept override { return next("flush") && real_.flush(stream); }
-    bool force(std::FILE* stream) noexcept override { return next("force") && real_.force(stream); }
-    bool close(std::FILE* stream) noexcept override {
+    Code flush(std::FILE* stream) noexcept override {
+        return next("flush") ? real_.flush(stream) : kFailure;
+    }
+    Code force(std::FILE* stream) noexcept override {
+        return next("force") ? real_.force(stream) : kFailure;
+    }
+    Code close(std::FILE* stream) noexcept override {
         const bool fails = !next("close");
-        return real_.close(stream) && !fails;
+        const Code code = real_.close(stream);
+        return fails ? kFailure : code;
     }
-    Creation createExclusively(const char* path) noexcept override {
-        return next("create " + leaf(path)) ? real_.createExclusively(path) : Creation::failed;
+    ini::IniOpened openInPlace(const char* path) noexcept override {
+        return next("open " + leaf(path)) ? real_.openInPlace(path)
+                                          : ini::IniOpened{nullptr, kFailure};
     }
-    bool rename(const char* from, const char* to) noexcept override {
-        return next("rename " + leaf(from) + " " + leaf(to)) && real_.rename(from, to);
+    Code secureSpace(std::FILE* stream, std::uint64_t size) noexcept override {
+        return next("secure " + std::to_string(size)) ? real_.secureSpace(stream, size) : kFailure;
     }
-    bool remove(const char* path) noexcept override {
-        return next("remove " + leaf(path)) && real_.remove(path);
+    std::uint64_t keepFront(std::FILE* stream, std::uint64_t size) noexcept override {
+        return real_.keepFront(stream, size);
+    }
+    Code cutBehind(std::FILE* stream, std::uint64_t size) noexcept override {
+        return next("cut " + std::to_string(size)) ? real_.cutBehind(stream, size) : kFailure;
+    }
+    Code followLinks(std::string& path) noexcept override {
+        return next("follow " + leaf(path)) ? real_.followLinks(path) : kFailure;
+    }
+    ini::IniCreated createExclusively(const char* path) noexcept override {
+        return next("create " + leaf(path)) ? real_.createExclusively(path)
+                                            : ini::IniCreated{{nullptr, kFailure}};
+    }
+    Code takeAccess(std::FILE* from, std::FILE* to) noexcept override {
+        return next("access") ? real_.takeAccess(from, to) : kFailure;
+    }
+    Code rename(const char* from, const char* to) noexcept override {
+        return next("rename " + leaf(from) + " " + leaf(to)) ? real_.rename(from, to) : kFailure;
+    }
+    Code remove(const char* path) noexcept override {
+        return next("remove " + leaf(path)) ? real_.remove(path) : kFailure;
     }
     std::optional<platform::FileTime> lastWriteTime(const char* path) noexcept override {
         return next("time " + leaf(path)) ? real_.lastWriteTime(path) : std::nullopt;
@@ -170,6 +200,7 @@ public:
     }
 
     std::vector<std::string> calls;
+    std::string written; // what writes were given
 
 protected:
     static std::string leaf(std::string_view path) {

@@ -17,13 +17,13 @@ bool refuseToReallocate(tErrorStatus&, std::uint32_t requested) {
 
 TEST(FixedStatus, KeepsComponentFileAndLineAndClearsTheLastField) {
     tFixedStatus status;
-    status.cleared = 99;
+    status.systemCode = 99;
     EXPECT_TRUE(setFixedStatus(status, -3, "zotavpci", "a\\b", 17));
     EXPECT_EQ(status.code, -3);
     EXPECT_STREQ(status.component, "zotavpci");
     EXPECT_STREQ(status.file, "a\\b");
     EXPECT_EQ(status.line, 17);
-    EXPECT_EQ(status.cleared, 0U);
+    EXPECT_EQ(status.systemCode, 0U);
 }
 
 TEST(FixedStatus, FollowsTheMergeRule) {

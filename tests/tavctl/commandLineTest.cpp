@@ -1,5 +1,6 @@
 // tavctl as a person runs it: usage, exit statuses, sentences.
 #include "tests/support/environmentValue.h"
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 #include "tests/tavctl/runTavctl.h"
 
@@ -264,18 +265,37 @@ TEST(CommandLine, FailingPluginIsNamedWithWhatItWasAskedFor) {
     EXPECT_TRUE(says(runTavctl(arguments), 3, "read attribute (device 0, attribute 0x"));
 }
 
-TEST(CommandLine, NamesThatThePluginCouldNotSaveAreNamedWithTheReason) {
+// As on a full disk: the limit is one block of a kilobyte, and the names need more.
+TEST(CommandLine, NamesThatCannotBeSavedAreNamedWithTheReasonAndKept) {
     const TemporaryFolder folder;
-    const std::string arguments =
-        "list --plugin " FAULTY_PLUGIN_FILE " " + kDump + kDescriptions + state(folder);
+    std::string names;
+    for (int number = 10; number < 50; ++number)
+        names += "[MR00:" + std::to_string(number) + "]\r\nModel = M\r\nTerminalName = X1\r\n";
+    const fs::path file = folder.file("zotavpci.ini", names);
+    const std::string limited = "ulimit -f 1; " TAVCTL_FILE " ";
+    const auto listed = testsupport::runCommand(limited + "list " + kDump + kDescriptions +
+                                                state(folder) + " 2>&1");
+    EXPECT_TRUE(says(listed, 3, "save terminal names (" + file.string() + "): File too large"));
+    EXPECT_TRUE(says(listed, 3, "status -313319 "));
+    EXPECT_EQ(testsupport::fileText(file), names);
+    const fs::path backup = folder.path() / "backup.ini";
+    const auto saved = testsupport::runCommand(limited + "names backup " + state(folder) + " " +
+                                               backup.string() + " 2>&1");
+    EXPECT_TRUE(says(saved, 3, "write terminal names (" + backup.string() + "): File too large"));
+    EXPECT_FALSE(fs::exists(backup));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 2)
+        << "the names and their lock";
+}
+
+// A plug-in that says so without a reason that can be found.
+TEST(CommandLine, NamesThatAnotherPluginDoesNotSaveAreNamed) {
+    const TemporaryFolder folder;
     const testsupport::EnvironmentValue faults("FAULTY_PLUGIN", "initialize=-313319");
-    const std::string head =
-        "save terminal names (" + (folder.path() / "zotavpci.ini").string() + "): ";
-    EXPECT_TRUE(says(runTavctl(arguments), 3, head + "No such file or directory"));
-    static_cast<void>(folder.file("zotavpci.ini", ""));
-    const auto writable = runTavctl(arguments);
-    EXPECT_TRUE(says(writable, 3, head));
-    EXPECT_EQ(writable.output.find("No such file"), std::string::npos) << writable.output;
+    EXPECT_TRUE(says(
+        runTavctl("list --plugin " FAULTY_PLUGIN_FILE " " + kDump + kDescriptions + state(folder)),
+        3,
+        "save terminal names (" + (folder.path() / "zotavpci.ini").string() +
+            "): INI file: saving or storing failed"));
 }
 
 TEST(CommandLine, MissingFoldersAreNamed) {

@@ -130,11 +130,12 @@ TEST(NameForecast, TellsWhatStaysChangesIsNewAndGone) {
     EXPECT_EQ(forecastNames(file, nullptr, then).size(), 3U);
 }
 
-TEST(NameFile, IsWrittenAsThePluginReadsItForItsOwnerOnly) {
+TEST(NameFile, IsWrittenAsThePluginReadsItAndKeepsItsPermissions) {
     const Names names;
     const NameFile file = names.file("; a comment\n[MR00:00]\nModel = A long model name " +
                                      std::string(100, 'x') + "\nTerminalName = TAV1\n");
     const std::string target = names.folder.write("target.ini", "old");
+    ASSERT_EQ(chmod(target.c_str(), 0640), 0);
     file.write(target);
     EXPECT_EQ(names.folder.read("target.ini"), "[MR00:00]\r\nModel = A long model name " +
                                                    std::string(100, 'x') +
@@ -142,7 +143,11 @@ TEST(NameFile, IsWrittenAsThePluginReadsItForItsOwnerOnly) {
     EXPECT_EQ(names.folder.fileCount(), 2U);
     struct stat status = {};
     ASSERT_EQ(stat(target.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    EXPECT_EQ(status.st_mode & 0777U, 0640U);
+    const std::string fresh = names.folder.file("fresh.ini");
+    file.write(fresh);
+    ASSERT_EQ(stat(fresh.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U) << "a new one is its owner's only";
 }
 
 TEST(NameFile, ThatIsMissingIsEmptyOnlyWhereThatIsMeant) {
@@ -168,7 +173,7 @@ TEST(NameFile, FailedWriteIsToldAndLeavesNothing) {
         FAIL() << "nothing was raised";
     } catch (const FailureException& exception) {
         EXPECT_EQ(exception.failure().operation, "write terminal names");
-        EXPECT_EQ(exception.failure().reason, "it cannot be written");
+        EXPECT_EQ(exception.failure().reason, "No such file or directory");
     }
     EXPECT_EQ(names.folder.fileCount(), 1U);
 }

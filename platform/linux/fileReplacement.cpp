@@ -1,0 +1,93 @@
+#include "platform/fileReplacement.h"
+
+#include "platform/linux/interruption.h"
+#include "platform/linux/ownFile.h"
+#include "platform/linux/trustedLinks.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <new>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+constexpr const char* kAccessList = "system.posix_acl_access";
+constexpr mode_t kPermissions = 07777;
+
+SystemCode codeOf(int result) noexcept {
+    return result == 0 ? kNoSystemError : lastSystemCode();
+}
+
+bool hasNoList(int error) noexcept {
+    return error == ENODATA || error == ENOTSUP;
+}
+
+int takeAccessList(int from, int to) {
+    const ssize_t size = fgetxattr(from, kAccessList, nullptr, 0);
+    if (size < 0)
+        return hasNoList(errno) ? 0 : -1;
+    std::vector<char> list(static_cast<std::size_t>(size));
+    const ssize_t got = fgetxattr(from, kAccessList, list.data(), list.size());
+    if (got < 0)
+        return hasNoList(errno) ? 0 : -1;
+    return fsetxattr(to, kAccessList, list.data(), static_cast<std::size_t>(got), 0);
+}
+
+// The owner first: a change of it takes permissions away.
+int takeOwner(int to, const struct stat& like) noexcept {
+    struct stat now = {};
+    if (fstat(to, &now) != 0)
+        return -1;
+    if (now.st_uid == like.st_uid && now.st_gid == like.st_gid)
+        return 0;
+    return pastInterruptions([&] { return fchown(to, like.st_uid, like.st_gid); });
+}
+
+} // namespace
+
+NewFile createExclusively(const char* path) noexcept {
+    NewFile file;
+    const int descriptor = pastInterruptions(
+        [&] { return open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly); });
+    if (descriptor >= 0)
+        pastInterruptions([&] { return fchmod(descriptor, kOwnerOnly); });
+    file.isThere = descriptor >= 0;
+    file.stream = streamOf(descriptor, "wb");
+    if (!file.stream)
+        file.code = lastSystemCode();
+    return file;
+}
+
+bool isNameTaken(SystemCode code) noexcept {
+    return code == EEXIST;
+}
+
+SystemCode followLinks(std::string& path) noexcept {
+    return static_cast<SystemCode>(followTrustedLinks(path));
+}
+
+SystemCode takeAccess(std::FILE* from, std::FILE* to) noexcept {
+    struct stat like = {};
+    if (fstat(fileno(from), &like) != 0)
+        return lastSystemCode();
+    try {
+        if (takeOwner(fileno(to), like) != 0 ||
+            pastInterruptions([&] { return fchmod(fileno(to), like.st_mode & kPermissions); }) != 0)
+            return lastSystemCode();
+        return codeOf(takeAccessList(fileno(from), fileno(to)));
+    } catch (const std::bad_alloc&) {
+        return outOfMemoryCode();
+    }
+}
+
+SystemCode renameReplacing(const char* from, const char* to) noexcept {
+    return codeOf(std::rename(from, to));
+}
+
+} // namespace platform

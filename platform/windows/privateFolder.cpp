@@ -1,0 +1,15 @@
+#include "platform/privateFolder.h"
+
+#include "platform/windows/systemHeaders.h"
+
+namespace platform {
+
+SystemCode createPrivateFolder(const std::filesystem::path& path) {
+    return CreateDirectoryW(path.c_str(), nullptr) != 0 ? kNoSystemError : lastSystemCode();
+}
+
+bool isFolderNameTaken(SystemCode code) noexcept {
+    return code == ERROR_ALREADY_EXISTS;
+}
+
+} // namespace platform
