@@ -1,5 +1,6 @@
 // Opening, saving and closing the terminal names, with the lock that goes with it.
 #include "include/tavPlugin.h"
+#include "platform/systemCode.h"
 #include "tests/source/support/nameDatabase.h"
 #include "tests/source/support/raised.h"
 
@@ -141,6 +142,25 @@ TEST_F(TerminalNameFiles, SavingWithoutTheLockIsASoftwareFault) {
     db.filesystem.UnlockFile();
     expectSoftwareFault(raisedBy([&] { db.names.Save(); }));
     EXPECT_THAT(db.filesystem.names(), IsEmpty());
+}
+
+// Both of loading and of saving, beside file, line and component.
+TEST_F(TerminalNameFiles, WhatFailsInTheSystemIsInTheRecord) {
+    const auto expectFolderInItsPlace = [&](const testsupport::Raised& raised) {
+        EXPECT_EQ(raised.member("path"), db.filesystem.nameFile().generic_string());
+        const auto& reason = raised.record["internal_error"];
+        EXPECT_EQ(reason["api"], platform::systemCodeOrigin());
+        EXPECT_GT(reason["code"], 0);
+        EXPECT_EQ(reason["string"], platform::systemMessage(reason["code"]));
+        EXPECT_EQ(raised.record.size(), 5U);
+    };
+    db.names.Load();
+    db.store("MR00:08", "Box", "TAV1");
+    std::filesystem::remove(db.filesystem.nameFile());
+    std::filesystem::create_directory(db.filesystem.nameFile());
+    expectFolderInItsPlace(raisedBy([&] { db.names.Save(); }));
+    db.names.Close();
+    expectFolderInItsPlace(raisedBy([&] { db.names.Load(); }));
 }
 
 TEST_F(TerminalNameFiles, FailedSaveRaisesItsOwnStatus) {
