@@ -1,9 +1,10 @@
 // Any bytes as a recorded bus. The text is refused with the number of a line that it has, or gives
-// a bus that obeys its rules: in order, no two functions at one address, no way down that comes
-// back, every function found again by its handle and by its position.
+// a bus that obeys its rules: in order, no two functions at one address, none that does not answer,
+// no way down that comes back, every function found again by its handle and by its position. A text
+// is an empty bus only where it is blank or every function was passed over, which is told.
 //
 // A first byte 01 makes the rest a bus in short (see busText.h), which is printed as a dump first:
-// the bus must then have just these functions.
+// the bus must then have just these functions, but for those that do not answer, which are counted.
 #include "pcibus/dump.h"
 
 #include "fuzz/busText.h"
@@ -44,6 +45,7 @@ void expectOrder(const Bus& bus) {
     for (const PciFunction& function : bus.functions()) {
         expect(function.handle() >= next, "functions are in order, one at an address");
         next = std::uint64_t{function.handle()} + 1;
+        expect(function.vendorId != 0xFFFF, "a function that does not answer is passed over");
         expect(function.device <= 31 && function.function <= 7, "an address is in range");
         expect(bus.find(function.handle()) == &function, "a function is found by its handle");
         expect((bus.findBridge(function.handle()) == &function) == function.isBridge(),
@@ -104,27 +106,53 @@ bool sameFunction(const PciFunction& a, const PciFunction& b) {
            a.linkWidth == b.linkWidth && a.linkSpeed == b.linkSpeed && a.line == b.line;
 }
 
+// Nothing but white space, behind a byte-order mark or without one.
+bool isBlank(std::string_view text) {
+    if (text.starts_with("\xEF\xBB\xBF"))
+        text.remove_prefix(3);
+    return text.find_first_not_of(" \t\r\n\v\f") == std::string_view::npos;
+}
+
+void expectFunctions(const Bus& bus, const pcibus::LeftOut& leftOut,
+                     std::vector<PciFunction> expected) {
+    const std::size_t dead = std::erase_if(
+        expected, [](const PciFunction& function) { return function.vendorId == 0xFFFF; });
+    std::sort(expected.begin(), expected.end(),
+              [](const auto& a, const auto& b) { return a.handle() < b.handle(); });
+    expect(std::equal(expected.begin(), expected.end(), bus.functions().begin(),
+                      bus.functions().end(), sameFunction),
+           "the bus has the functions of the dump");
+    // Only bridges are printed with the bit that says that there are capabilities, and with these.
+    expect(leftOut.dead == dead && leftOut.otherDomains == 0 && leftOut.headerOnly == 0,
+           "what is passed over is counted");
+}
+
 // False when the text is refused.
-bool expectBus(std::string_view text, std::vector<PciFunction>* expected) {
+bool expectBus(std::string_view text, const std::vector<PciFunction>* expected) {
     try {
+        pcibus::LeftOut leftOut;
         std::size_t given = 0;
+        std::size_t headersOnly = 0;
         const Bus bus = pcibus::parseDump(
-            text, "the name", [&](const PciFunction&, std::span<const std::uint8_t> bytes) {
+            text, "the name",
+            [&](const PciFunction&, std::span<const std::uint8_t> bytes) {
                 ++given;
                 expect(bytes.size() >= 64 && bytes.size() <= 4096, "a function has its bytes");
-            });
+                headersOnly += bytes.size() == 64 && (bytes[6] & 0x10) != 0 ? 1 : 0;
+            },
+            &leftOut);
         expect(given == bus.functions().size(), "each function's bytes are given");
         expectOrder(bus);
         expectTree(bus);
-        if (expected != nullptr) {
-            std::sort(expected->begin(), expected->end(),
-                      [](const auto& a, const auto& b) { return a.handle() < b.handle(); });
-            expect(std::equal(expected->begin(), expected->end(), bus.functions().begin(),
-                              bus.functions().end(), sameFunction),
-                   "the bus has the functions of the dump");
-        }
+        expect(leftOut.headerOnly == headersOnly, "headers without their capabilities are counted");
+        expect(leftOut.unreadable == 0, "the functions of a dump have their bytes");
+        expect(isBlank(text) || given + leftOut.dead + leftOut.otherDomains != 0,
+               "a text without functions is refused");
+        if (expected != nullptr)
+            expectFunctions(bus, leftOut, *expected);
         return true;
     } catch (const pcibus::BusError& error) {
+        expect(!isBlank(text), "a blank text is an empty bus");
         expectLineNumber(error.what(), text);
         return false;
     }
@@ -138,7 +166,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         expectBus(input, nullptr);
         return 0;
     }
-    auto functions = fuzz::readBusText(input.substr(1));
+    const auto functions = fuzz::readBusText(input.substr(1));
     expectBus(fuzz::dumpOf(functions), &functions);
     return 0;
 }

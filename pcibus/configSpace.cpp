@@ -15,6 +15,8 @@ constexpr std::size_t kSubsystemVendorId = 0x2C; // header type 0
 constexpr std::size_t kSubsystemId = 0x2E;       // header type 0
 constexpr std::size_t kFirstCapability = 0x34;
 
+constexpr std::uint16_t kNobody = 0xFFFF; // as vendor identifier
+
 constexpr unsigned kStatusHasCapabilities = 1U << 4;
 constexpr unsigned kMultiFunction = 0x80;
 
@@ -44,17 +46,16 @@ struct Capabilities {
     std::size_t express = 0;
 };
 
-bool findCapabilities(Bytes bytes, Capabilities& found) {
-    if ((read16(bytes, kStatus) & kStatusHasCapabilities) == 0)
-        return true;
+Capabilities findCapabilities(Bytes bytes) {
+    Capabilities found;
+    if (!saysCapabilities(bytes))
+        return found;
     std::bitset<kCapabilityPositions> visited;
     std::size_t next = kFirstCapability;
     for (;;) {
         const std::size_t at = bytes[next] & ~(kCapabilityAlignment - 1);
-        if (at < kHeaderSize || at + 2 > bytes.size())
-            return true;
-        if (visited[at / kCapabilityAlignment])
-            return false;
+        if (at < kHeaderSize || at + 2 > bytes.size() || visited[at / kCapabilityAlignment])
+            return found;
         visited.set(at / kCapabilityAlignment);
         if (bytes[at] == kSubsystemCapability && found.subsystem == 0)
             found.subsystem = at;
@@ -66,10 +67,15 @@ bool findCapabilities(Bytes bytes, Capabilities& found) {
 
 } // namespace
 
-bool decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result) {
-    Capabilities capabilities;
-    if (!findCapabilities(bytes, capabilities))
-        return false;
+bool isDead(std::span<const std::uint8_t> bytes) {
+    return read16(bytes, kVendorId) == kNobody;
+}
+
+bool saysCapabilities(std::span<const std::uint8_t> bytes) {
+    return (read16(bytes, kStatus) & kStatusHasCapabilities) != 0;
+}
+
+void decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result) {
     result.vendorId = read16(bytes, kVendorId);
     result.deviceId = read16(bytes, kDeviceId);
     result.headerType = static_cast<std::uint8_t>(bytes[kHeaderType] & ~kMultiFunction);
@@ -83,7 +89,8 @@ bool decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result)
         result.subsystemId = read16(bytes, kSubsystemId);
     }
     if (!result.isBridge())
-        return true;
+        return;
+    const Capabilities capabilities = findCapabilities(bytes);
     result.secondaryBus = bytes[kSecondaryBus];
     if (const std::size_t at = capabilities.subsystem) {
         result.subsystemVendorId = read16(bytes, at + kSubsystemCapabilityVendorId);
@@ -94,7 +101,6 @@ bool decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result)
         result.linkSpeed = static_cast<std::uint8_t>(link & 0x0F);
         result.linkWidth = static_cast<std::uint8_t>(link >> 4 & 0x3F);
     }
-    return true;
 }
 
 } // namespace pcibus

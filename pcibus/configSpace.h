@@ -16,8 +16,12 @@ inline constexpr std::size_t kHeaderSize = 64;
 inline constexpr std::size_t kMaxConfigSize = 4096;
 
 // Fills everything but the address and the line. `bytes` are the first ones of the configuration
-// space, at least kHeaderSize of them; what lies beyond them counts as not there. False when the
-// capabilities form a loop; `result` is then unspecified.
-bool decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result);
+// space, at least kHeaderSize of them; what lies beyond them counts as not there. A list of
+// capabilities that comes back to itself ends there, and what came before counts.
+void decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result);
+
+// What the header says; `bytes` as above. Where no function answers, every byte reads FF.
+bool isDead(std::span<const std::uint8_t> bytes);
+bool saysCapabilities(std::span<const std::uint8_t> bytes);
 
 } // namespace pcibus

@@ -3,6 +3,7 @@
 #include "pcibus/address.h"
 #include "pcibus/configSpace.h"
 #include "pcibus/fileBytes.h"
+#include "pcibus/fileKind.h"
 #include "pcibus/hexRow.h"
 
 #include <algorithm>
@@ -46,6 +47,8 @@ public:
 
     // Whole lines, the next ones.
     void take(std::string_view text) {
+        if (line_ == 0)
+            text = begin(text);
         while (!text.empty()) {
             const std::size_t end = std::min(text.find('\n'), text.size());
             ++line_;
@@ -54,18 +57,36 @@ public:
         }
     }
 
-    Bus finish() {
+    Bus finish(LeftOut* leftOut) {
         finishFunction();
+        if (firstText_ != 0 && !hasFunctions_)
+            refuse(firstText_, "expected what lspci -x prints, got " +
+                                   (kind_.empty() ? "no function" : std::string(kind_)));
+        if (leftOut != nullptr)
+            *leftOut = leftOut_;
         return Bus(std::move(functions_),
                    [this](const PciFunction& function) { return place(function.line); });
     }
 
 private:
+    // The text that a file begins with, without its byte-order mark.
+    std::string_view begin(std::string_view text) {
+        constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+        if (const std::string_view kind = foreignKind(text); !kind.empty())
+            refuse(1, "expected what lspci -x prints, got " + std::string(kind));
+        if (text.starts_with(kByteOrderMark))
+            text.remove_prefix(kByteOrderMark.size());
+        kind_ = textKind(text);
+        return text;
+    }
+
     void takeLine(std::string_view line) {
         if (takeFullRow(line))
             return;
         while (!line.empty() && (isBlank(line.back()) || line.back() == '\r'))
             line.remove_suffix(1);
+        if (firstText_ == 0 && line.find_first_not_of(" \t\r\v\f") != std::string_view::npos)
+            firstText_ = line_;
         if (line.empty() || isBlank(line.front()))
             return;
         if (const std::size_t digits = offsetDigits(line); digits != 0)
@@ -138,6 +159,7 @@ private:
 
     void beginFunction(std::string_view line, const Address& address) {
         finishFunction();
+        hasFunctions_ = true;
         if (address.device > kMaxDevice || address.function > kMaxFunction)
             refuse("expected a device up to 1f and a function up to 7, got " + quoted(line));
         current_ = {};
@@ -167,14 +189,23 @@ private:
         if (size_ < kHeaderSize)
             refuse(current_.line, "expected at least 64 bytes for " + addressText(current_) +
                                       ", got " + std::to_string(size_));
-        if (!decodeConfigSpace(std::span(bytes_).first(size_), current_))
-            refuse(current_.line, "capabilities of " + addressText(current_) + " form a loop");
-        if (address_->domain == 0) {
-            functions_.push_back(current_);
-            if (sink_)
-                sink_(current_, std::span(bytes_).first(size_));
-        }
+        const std::span<const std::uint8_t> bytes = std::span(bytes_).first(size_);
+        if (address_->domain != 0)
+            ++leftOut_.otherDomains;
+        else if (isDead(bytes))
+            ++leftOut_.dead;
+        else
+            list(bytes);
         address_.reset();
+    }
+
+    void list(std::span<const std::uint8_t> bytes) {
+        decodeConfigSpace(bytes, current_);
+        if (bytes.size() == kHeaderSize && saysCapabilities(bytes))
+            ++leftOut_.headerOnly;
+        functions_.push_back(current_);
+        if (sink_)
+            sink_(current_, bytes);
     }
 
     [[nodiscard]] std::string place(std::uint32_t line) const {
@@ -188,6 +219,10 @@ private:
     const std::string& name_;
     const ConfigSink& sink_;
     std::uint32_t line_ = 0;
+    std::uint32_t firstText_ = 0; // the first line that is not blank; 0 before it
+    std::string_view kind_;       // what a text without functions is, where it can be told
+    bool hasFunctions_ = false;   // of any domain, dead or alive
+    LeftOut leftOut_;
     std::vector<PciFunction> functions_;
     std::bitset<0x10000> seen_;                // handles of domain 0
     std::unordered_set<std::uint64_t> others_; // domains and handles
@@ -201,19 +236,20 @@ private:
 
 } // namespace
 
-Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink) {
+Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink,
+              LeftOut* leftOut) {
     DumpReader reader(name, sink);
     reader.take(text);
-    return reader.finish();
+    return reader.finish(leftOut);
 }
 
-Bus readDump(const std::filesystem::path& file, const ConfigSink& sink) {
+Bus readDump(const std::filesystem::path& file, const ConfigSink& sink, LeftOut* leftOut) {
     const std::string name = pathText(file);
     DumpReader reader(name, sink);
     FilePieces pieces(file);
     for (std::string_view lines = pieces.next(); !lines.empty(); lines = pieces.next())
         reader.take(lines);
-    return reader.finish();
+    return reader.finish(leftOut);
 }
 
 } // namespace pcibus

@@ -22,7 +22,8 @@ constexpr std::uint8_t functionOfHop(std::uint8_t hop) {
     return static_cast<std::uint8_t>(hop & kMaxFunction);
 }
 
-// Vendor 0xFFFF and the like are not special: whatever the bus publishes is carried as it is.
+// The readers leave out functions with vendor 0xFFFF, since nothing answers there; no other number
+// is special: whatever the bus publishes is carried as it is.
 struct PciFunction {
     std::uint8_t bus = 0;
     std::uint8_t device = 0;     // 0 to kMaxDevice

@@ -7,10 +7,11 @@
 
 namespace pcibus {
 
-Bus readBus(const std::filesystem::path& path) {
+Bus readBus(const std::filesystem::path& path, LeftOut* leftOut) {
     // A path that cannot be looked at is left to the reader of dumps, which says why.
     std::error_code ignored;
-    return std::filesystem::is_directory(path, ignored) ? readSysfs(path) : readDump(path);
+    return std::filesystem::is_directory(path, ignored) ? readSysfs(path, leftOut)
+                                                        : readDump(path, {}, leftOut);
 }
 
 } // namespace pcibus

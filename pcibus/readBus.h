@@ -2,13 +2,14 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "pcibus/leftOut.h"
 
 #include <filesystem>
 
 namespace pcibus {
 
 // A folder stands for /sys, live or copied (see sysfs.h); anything else is a dump (see dump.h).
-// Raises BusError and std::bad_alloc.
-Bus readBus(const std::filesystem::path& path);
+// `leftOut`, where somebody asks, is told what is passed over. Raises BusError and std::bad_alloc.
+Bus readBus(const std::filesystem::path& path, LeftOut* leftOut = nullptr);
 
 } // namespace pcibus

@@ -6,6 +6,7 @@
 #include "platform/folderReader.h"
 
 #include <array>
+#include <cerrno>
 #include <span>
 #include <string>
 #include <string_view>
@@ -72,20 +73,16 @@ private:
     std::size_t size_ = 0;
 };
 
-// "0x10b5"; a file that is there says nothing else.
+// "0x10b5"; 0 for anything else.
 std::uint16_t readIdentifier(FunctionFiles& files, const char* file) {
     const Value value(files, file);
     std::string_view digits = value.text();
-    if (digits.empty())
-        return 0;
     if (digits.starts_with("0x"))
         digits.remove_prefix(2);
     unsigned number = 0;
     for (const char digit : digits) {
         if (hexValue(digit) < 0 || number > 0xFFF)
-            throw BusError(pathText(files.pathOf(file)) +
-                           ": expected an identifier such as 0x10b5, got \"" +
-                           std::string(value.text()) + '"');
+            return 0;
         number = number << 4 | static_cast<unsigned>(hexValue(digit));
     }
     return static_cast<std::uint16_t>(number);
@@ -124,52 +121,77 @@ std::uint8_t readLinkSpeed(FunctionFiles& files, const char* file) {
     return 0;
 }
 
-// False when the function was unplugged since its folder was listed.
-bool readFunction(FunctionFiles& files, PciFunction& function) {
+// The process or the system is short of something, which says nothing about the function whose file
+// was asked for.
+bool isShortage(int failure) {
+    return failure == EMFILE || failure == ENFILE || failure == ENOMEM;
+}
+
+enum class Read { done, unplugged, unreadable, dead };
+
+Read readFunction(FunctionFiles& files, PciFunction& function) {
     std::array<std::uint8_t, kHeaderSize> header{};
     std::size_t size = 0;
-    if (const int failure = files.read("config", header, size); failure != 0) {
-        // The entry itself, not what it leads to: a copied tree of links that lead nowhere is a
-        // tree that cannot be read.
-        std::error_code ignored;
-        if (fs::symlink_status(files.path() / files.function(), ignored).type() ==
-            fs::file_type::not_found)
-            return false;
+    const int failure = files.read("config", header, size);
+    if (isShortage(failure))
         FunctionFiles::refuse(files.pathOf("config"), failure);
+    if (failure != 0 || size < kHeaderSize) {
+        // The entry itself, not what it leads to: a link of a copied tree that leads nowhere is a
+        // function that cannot be read.
+        std::error_code ignored;
+        const bool isThere = fs::symlink_status(files.path() / files.function(), ignored).type() !=
+                             fs::file_type::not_found;
+        return isThere ? Read::unreadable : Read::unplugged;
     }
-    if (size < kHeaderSize)
-        throw BusError(pathText(files.pathOf("config")) + ": expected at least 64 bytes, got " +
-                       std::to_string(size));
-    // The header alone holds no capability, and so no loop of them.
-    static_cast<void>(decodeConfigSpace(header, function));
+    if (isDead(header))
+        return Read::dead;
+    decodeConfigSpace(header, function);
     if (!function.isBridge())
-        return true;
+        return Read::done;
     function.subsystemVendorId = readIdentifier(files, "subsystem_vendor");
     function.subsystemId = readIdentifier(files, "subsystem_device");
     function.linkWidth = readLinkWidth(files, "max_link_width");
     function.linkSpeed = readLinkSpeed(files, "max_link_speed");
-    return true;
+    return Read::done;
 }
 
 } // namespace
 
-Bus readSysfs(const fs::path& root) {
+Bus readSysfs(const fs::path& root, LeftOut* leftOut) {
     const fs::path devices = root / "bus" / "pci" / "devices";
     FunctionFiles files(devices);
     std::vector<PciFunction> functions;
+    LeftOut counts;
     for (const std::string& name : files.names()) {
         const auto address = readAddress(name);
-        if (!address || address->length != name.size() || address->domain != 0 ||
-            address->device > kMaxDevice || address->function > kMaxFunction)
+        if (!address || address->length != name.size() || address->device > kMaxDevice ||
+            address->function > kMaxFunction)
             continue;
+        if (address->domain != 0) {
+            ++counts.otherDomains;
+            continue;
+        }
         PciFunction function;
         function.bus = address->bus;
         function.device = address->device;
         function.function = address->function;
         files.enter(name);
-        if (readFunction(files, function))
+        switch (readFunction(files, function)) {
+        case Read::done:
             functions.push_back(function);
+            break;
+        case Read::unplugged:
+            break;
+        case Read::unreadable:
+            ++counts.unreadable;
+            break;
+        case Read::dead:
+            ++counts.dead;
+            break;
+        }
     }
+    if (leftOut != nullptr)
+        *leftOut = counts;
     return Bus(std::move(functions), [&](const PciFunction& function) {
         return pathText(devices / ("0000:" + addressText(function)));
     });

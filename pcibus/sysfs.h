@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "pcibus/leftOut.h"
 
 #include <filesystem>
 
@@ -11,13 +12,18 @@ namespace pcibus {
 // `root` stands for /sys: the functions are the entries "DDDD:BB:DD.F" of bus/pci/devices below
 // it. Domain 0 only; other entries are passed over. Of each function the first 64 bytes of
 // "config" are read, of a bridge also "subsystem_vendor", "subsystem_device", "max_link_width" and
-// "max_link_speed", which count as 0 where they are missing or say that nothing is known.
+// "max_link_speed", which count as 0 where they are missing, cannot be read, hold nothing of the
+// kind or say that nothing is known.
 //
-// Raises BusError ("file or folder: reason") when there is no such folder, when a configuration
-// cannot be read or has fewer than 64 bytes, when a subsystem file holds no identifier, and for
-// what no bus can be (see Bus). A function that is unplugged meanwhile is left out. Raises
-// std::bad_alloc; but some C++ libraries end the program when memory runs out while they list a
-// folder.
-Bus readSysfs(const std::filesystem::path& root);
+// One damaged function does not take the others with it: one whose vendor identifier reads FFFF is
+// passed over, and so is one whose "config" is missing, cannot be read or has fewer than 64 bytes.
+// `leftOut`, where somebody asks, is told how many. A function that is unplugged meanwhile is left
+// out and not counted.
+//
+// Raises BusError ("file or folder: reason") when there is no such folder or it cannot be listed,
+// when no function's files can be opened for want of descriptors or memory, and for what no bus can
+// be (see Bus). Raises std::bad_alloc; but some C++ libraries end the program when memory runs out
+// while they list a folder.
+Bus readSysfs(const std::filesystem::path& root, LeftOut* leftOut = nullptr);
 
 } // namespace pcibus

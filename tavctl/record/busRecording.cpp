@@ -32,13 +32,11 @@ bool isSame(const PciFunction& a, const PciFunction& b) {
 // What is read back from the bytes is what the bus says of the function.
 void complete(RecordedFunction& recorded) {
     PciFunction readBack;
-    const bool readable = pcibus::decodeConfigSpace(recorded.bytes, readBack);
-    if (readable && isSame(readBack, recorded.function))
+    pcibus::decodeConfigSpace(recorded.bytes, readBack);
+    if (isSame(readBack, recorded.function))
         return;
     if (recorded.bytes.size() > pcibus::kHeaderSize)
-        recorded.note = readable ? "its capabilities do not say what the system says of it; they "
-                                   "are left out"
-                                 : "its capabilities form a loop; they are left out";
+        recorded.note = "its capabilities do not say what the system says of it; they are left out";
     if (recorded.function.isBridge()) {
         const auto [from, to] = makeCapabilities(recorded.function, recorded.bytes);
         recorded.madeFrom = from;
@@ -55,21 +53,8 @@ std::vector<std::uint8_t> readBytes(const fs::path& file) {
     return bytes;
 }
 
-// Entries of the device folder that are functions of domains other than 0.
-std::size_t countOtherDomains(const fs::path& devices) {
-    constexpr std::string_view kDomain = "0000:";
-    std::size_t count = 0;
-    std::error_code error;
-    for (fs::directory_iterator entry(devices, error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-        if (!platform::utf8Text(entry->path().filename()).starts_with(kDomain))
-            ++count;
-    }
-    return count;
-}
-
 void add(const PciFunction& function, std::vector<std::uint8_t> bytes, BusRecording& recording) {
-    if (bytes.size() < pcibus::kHeaderSize)
+    if (bytes.size() < pcibus::kHeaderSize || pcibus::isDead(bytes))
         return; // unplugged meanwhile
     RecordedFunction recorded;
     recorded.function = function;
@@ -83,20 +68,26 @@ void add(const PciFunction& function, std::vector<std::uint8_t> bytes, BusRecord
 BusRecording recordSysfs(const fs::path& root) {
     const fs::path devices = root / "bus" / "pci" / "devices";
     BusRecording recording;
-    const pcibus::Bus bus = pcibus::readSysfs(root);
+    pcibus::LeftOut leftOut;
+    const pcibus::Bus bus = pcibus::readSysfs(root, &leftOut);
     for (const PciFunction& function : bus.functions())
         add(function, readBytes(devices / ("0000:" + pcibus::addressText(function)) / "config"),
             recording);
-    recording.otherDomains = countOtherDomains(devices);
+    recording.otherDomains = leftOut.otherDomains;
     return recording;
 }
 
 BusRecording recordDump(const fs::path& file) {
     BusRecording recording;
-    pcibus::readDump(file, [&](const PciFunction& function, std::span<const std::uint8_t> bytes) {
-        const std::span kept = bytes.first(std::min(bytes.size(), kStandardSize));
-        add(function, {kept.begin(), kept.end()}, recording);
-    });
+    pcibus::LeftOut leftOut;
+    pcibus::readDump(
+        file,
+        [&](const PciFunction& function, std::span<const std::uint8_t> bytes) {
+            const std::span kept = bytes.first(std::min(bytes.size(), kStandardSize));
+            add(function, {kept.begin(), kept.end()}, recording);
+        },
+        &leftOut);
+    recording.otherDomains = leftOut.otherDomains;
     std::sort(recording.functions.begin(), recording.functions.end(),
               [](const RecordedFunction& a, const RecordedFunction& b) {
                   return a.function.handle() < b.function.handle();

@@ -157,20 +157,9 @@ TEST_F(SpecialFiles, InPlaceOfAFileOfSysfsHoldNobodyUp) {
     machine.bus.writeSysfs(dump);
     const fs::path function = fs::canonical(dump / "bus/pci/devices/0000:00:1c.0");
     forEachKind(function / "max_link_width", [](Kind) { return "0 devices"; });
-    const std::string config = dump.string() + "/bus/pci/devices/0000:00:1c.0/config: ";
-    forEachKind(function / "config", [&](Kind kind) -> std::string {
-        const std::string start = "open bridge session (" + dump.string() + "): " + config;
-        switch (kind) {
-        case Kind::linkToZero:
-        case Kind::linkToFull: // 64 zeros are no bridge, so what was below it is on a root bus
-            return "0 devices";
-        case Kind::pipe:
-        case Kind::linkToNull:
-            return start + "expected at least 64 bytes, got 0";
-        default:
-            return start + whyNoFile(kind);
-        }
-    });
+    // 64 zeros are no bridge, and any other kind is a function that cannot be read: either way what
+    // was below it is on a root bus.
+    forEachKind(function / "config", [](Kind) { return "0 devices"; });
 }
 
 TEST_F(SpecialFiles, InPlaceOfTheNameOfARootBridgeHoldNobodyUp) {

@@ -1,5 +1,5 @@
-// Recorded buses: what lspci prints is understood, and what no lspci prints is refused with its
-// line.
+// Recorded buses: what lspci prints is understood, dead hardware is passed over, and what no lspci
+// prints is refused with its line.
 #include "pcibus/dump.h"
 
 #include "tests/support/busBuilder.h"
@@ -17,6 +17,7 @@ namespace {
 
 using pcibus::Bus;
 using pcibus::BusError;
+using pcibus::LeftOut;
 using pcibus::parseDump;
 using pcibus::readDump;
 using testing::ElementsAre;
@@ -53,6 +54,13 @@ std::string small(const std::string& address = "00:01.0") {
 
 std::vector<std::string> parsed(const std::string& text) {
     return describe(parseDump(text, "bus.txt").functions());
+}
+
+// What is passed over.
+std::string leftOutOf(const std::string& text) {
+    LeftOut leftOut;
+    parseDump(text, "bus.txt", {}, &leftOut);
+    return describe(leftOut);
 }
 
 TEST(Dump, ReadsEveryFunctionOfAMachine) {
@@ -128,12 +136,84 @@ TEST(Dump, PassesOverLinesThatAreNothing) {
     EXPECT_EQ(parsed(text), parsed(small()));
 }
 
-TEST(Dump, WithoutFunctionsIsAnEmptyBus) {
-    for (const char* text : {"", "\n", "nothing here\n", "\t00:01.0 indented\n"}) {
+TEST(Dump, OfNothingButWhiteSpaceIsAnEmptyBus) {
+    for (const char* text : {"", "\n", " \t\r\n\v\f\n", "  ", "\xEF\xBB\xBF", "\xEF\xBB\xBF\r\n"}) {
         const Bus bus = parseDump(text, "bus.txt");
         EXPECT_THAT(bus.functions(), IsEmpty()) << text;
         EXPECT_THAT(bus.rootBuses(), IsEmpty()) << text;
     }
+}
+
+TEST(Dump, RefusesATextWithoutFunctionsNamingItsFirstLine) {
+    constexpr const char* kReason = ": expected what lspci -x prints, got no function";
+    EXPECT_EQ(refusal("nothing here\n"), std::string("bus.txt:1") + kReason);
+    EXPECT_EQ(refusal("\n \t\r\n\t00:01.0 indented\nmore\n"), std::string("bus.txt:3") + kReason);
+    EXPECT_EQ(refusal("\xEF\xBB\xBF\n."), std::string("bus.txt:2") + kReason);
+    EXPECT_EQ(refusal(std::string("\0\n", 2)), std::string("bus.txt:1") + kReason);
+}
+
+TEST(Dump, SkipsAByteOrderMarkAtTheStartOnly) {
+    const std::string mark = "\xEF\xBB\xBF";
+    EXPECT_EQ(parsed(mark + small()), parsed(small()));
+    EXPECT_EQ(parsed(mark + "a note\r\n" + small()), parsed(small()));
+    EXPECT_THAT(parsed(small() + mark + "00:02.0 no function, since a mark is before it\n"),
+                SizeIs(1));
+    EXPECT_EQ(refusal(mark + "\n00: 86 80\n"),
+              "bus.txt:2: expected a function before the first row, got \"00:\"");
+}
+
+// The same bus as the tools of other systems write text.
+std::string inUtf16(const std::string& text, bool bigEndian) {
+    std::string result;
+    for (const char character : text) {
+        result += bigEndian ? std::string(1, '\0') + character : character + std::string(1, '\0');
+    }
+    return result;
+}
+
+TEST(Dump, NamesTheKindOfAFileThatIsNone) {
+    using namespace std::string_literals;
+    const auto got = [](const std::string& kind) {
+        return "bus.txt:1: expected what lspci -x prints, got " + kind;
+    };
+    for (const bool bigEndian : {false, true}) {
+        const std::string mark = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
+        EXPECT_EQ(refusal(mark + inUtf16(small(), bigEndian)), got("text in UTF-16"));
+        EXPECT_EQ(refusal(inUtf16(small(), bigEndian)), got("text in UTF-16"));
+    }
+    // Rows behind the beginning are no excuse, nor is a line that would be refused.
+    const std::string behind = "\n00: zz\n" + small();
+    EXPECT_EQ(refusal("\x1F\x8B\x08" + behind), got("a file compressed with gzip"));
+    EXPECT_EQ(refusal("\xFD"
+                      "7zXZ\0"s +
+                      behind),
+              got("a file compressed with xz"));
+    EXPECT_EQ(refusal("\x28\xB5\x2F\xFD" + behind), got("a file compressed with zstd"));
+    EXPECT_EQ(refusal("BZh91AY&SY" + behind), got("a file compressed with bzip2"));
+    EXPECT_EQ(refusal("BZh1\x17\x72\x45\x38\x50\x90" + behind),
+              got("a file compressed with bzip2"));
+    EXPECT_EQ(refusal("PK\x03\x04" + behind), got("a zip archive"));
+    EXPECT_EQ(refusal("\x7F"
+                      "ELF" +
+                      behind),
+              got("a program"));
+    EXPECT_EQ(refusal("MZ\x90\0\x03"s + behind), got("a program"));
+    EXPECT_EQ(refusal("version https://git-lfs.github.com/spec/v1\noid sha256:0\n"),
+              got("a Git LFS pointer in place of the file"));
+    EXPECT_EQ(refusal("<!DOCTYPE html>\n"), got("a web page"));
+    EXPECT_EQ(refusal("<!doctype html>\n"), got("a web page"));
+    EXPECT_EQ(refusal("<html lang=\"en\">\n"), got("a web page"));
+    EXPECT_EQ(refusal("{\"version\":1}\n"), got("JSON"));
+}
+
+// What begins as another kind of file does, and is a note above a dump.
+TEST(Dump, WordsAboveTheFirstFunctionAreNoKindOfFile) {
+    for (const char* note : {"MZ is the machine's name", "BZh is it", "BZh9 is it", "PK", "{",
+                             "<html>", "version https://git-lfs.github.com/spec/v1"})
+        EXPECT_EQ(parsed(note + ("\n" + small())), parsed(small())) << note;
+    EXPECT_EQ(refusal("MZ\n"), "bus.txt:1: expected what lspci -x prints, got no function");
+    EXPECT_EQ(refusal("MZ" + std::string(62, ' ') + '\0'),
+              "bus.txt:1: expected what lspci -x prints, got no function");
 }
 
 TEST(Dump, SortsByBusDeviceAndFunction) {
@@ -156,6 +236,90 @@ TEST(Dump, PassesOverOtherDomains) {
     const std::string text = small("0001:00:01.0") + small("0000:00:02.0") +
                              small("10000:00:02.0") + small("ffffffff:00:02.0");
     EXPECT_THAT(parsed(text), ElementsAre(testing::StartsWith("00:02.0")));
+    EXPECT_EQ(leftOutOf(text), "otherDomains 3");
+    EXPECT_EQ(leftOutOf(small("0001:00:01.0")), "otherDomains 1");
+}
+
+// What a bus reads where nothing answers.
+std::string dead(const std::string& address) {
+    std::string text = address + " rev ff (prog-if ff)\n";
+    for (const char* offset : {"00", "10", "20", "30"}) {
+        text += offset + std::string(":");
+        for (int byte = 0; byte < 16; ++byte)
+            text += " ff";
+        text += '\n';
+    }
+    return text;
+}
+
+TEST(Dump, PassesOverFunctionsThatDoNotAnswer) {
+    testsupport::machines::Switch machine;
+    machine.bus.poke(machine.second, 0, {0xFF, 0xFF});
+    auto expected = describe(machine.bus.functions());
+    ASSERT_EQ(std::erase_if(expected, [](const auto& each) { return each.starts_with("03:00.1"); }),
+              1U);
+    EXPECT_EQ(parsed(machine.bus.dump()), expected);
+    EXPECT_EQ(leftOutOf(machine.bus.dump()), "dead 1");
+
+    const std::string all = dead("00:01.0") + small("00:02.0") + dead("0001:00:01.0");
+    EXPECT_THAT(parsed(all), ElementsAre(testing::StartsWith("00:02.0")));
+    EXPECT_EQ(leftOutOf(all), "otherDomains 1, dead 1");
+    EXPECT_THAT(parsed(dead("00:01.0")), IsEmpty());
+}
+
+TEST(Dump, IsGivenToASinkWithoutWhatIsPassedOver) {
+    std::vector<std::string> given;
+    parseDump(dead("00:01.0") + small("00:02.0") + small("0001:00:01.0"), "bus.txt",
+              [&](const auto& function, auto) { given.push_back(addressText(function)); });
+    EXPECT_THAT(given, ElementsAre("00:02.0"));
+}
+
+TEST(Dump, BusBelowABridgeThatDoesNotAnswerIsARootBus) {
+    testsupport::machines::Switch machine;
+    machine.bus.poke(machine.up, 0, {0xFF, 0xFF});
+    const Bus bus = parseDump(machine.bus.dump(), "bus.txt");
+    EXPECT_THAT(bus.rootBuses(), ElementsAre(0, 2, 0x40));
+    EXPECT_EQ(bus.parentOfBus(2), nullptr);
+}
+
+// A bridge whose secondary bus reads FF would otherwise close a circle with one that is alive.
+TEST(Dump, BridgesThatDoNotAnswerFormNoCycle) {
+    testsupport::machines::Switch machine;
+    machine.bus.setSecondaryBus(machine.downB, 1);
+    machine.bus.poke(machine.downB, 0, {0xFF, 0xFF});
+    EXPECT_EQ(leftOutOf(machine.bus.dump()), "dead 1");
+}
+
+TEST(Dump, DamagedTextOfFunctionsThatDoNotAnswerIsRefusedAllTheSame) {
+    EXPECT_EQ(refusal(dead("00:01.0") + dead("00:01.0")),
+              "bus.txt:6: a second function at 00:01.0");
+    EXPECT_EQ(refusal(dead("00:01.0") + small("00:01.0")),
+              "bus.txt:6: a second function at 00:01.0");
+    EXPECT_EQ(refusal(replaced(dead("00:01.0"), "30: ff", "30: fx")),
+              "bus.txt:5: expected a byte as two hexadecimal digits, got \"fx\"");
+    EXPECT_EQ(refusal(replaced(dead("00:01.0"), "30: ff", "    ff")),
+              "bus.txt:1: expected at least 64 bytes for 00:01.0, got 48");
+}
+
+TEST(Dump, CountsFunctionsWhoseCapabilitiesAreNotInIt) {
+    testsupport::machines::Switch machine;
+    EXPECT_EQ(leftOutOf(machine.bus.dump({.bytes = 64})), "headerOnly 10");
+    machine.bus.poke(machine.host, 0x06, {0x00}); // has none
+    machine.bus.poke(machine.card, 0x00, {0xFF, 0xFF});
+    EXPECT_EQ(leftOutOf(machine.bus.dump({.bytes = 64})), "dead 1, headerOnly 8");
+    machine.bus.poke(machine.card, 0x00, {0x72, 0x11});
+    EXPECT_EQ(leftOutOf(machine.bus.dump({.bytes = 64, .domain = 3})), "otherDomains 10");
+    EXPECT_EQ(leftOutOf(machine.bus.dump({.bytes = 80})), "nothing");
+    EXPECT_EQ(leftOutOf(machine.bus.dump()), "nothing");
+}
+
+TEST(Dump, ThatIsRefusedLeavesTheCountsAlone) {
+    LeftOut counts{.otherDomains = 7, .dead = 7, .unreadable = 7, .headerOnly = 7};
+    EXPECT_THROW(parseDump(dead("00:01.0") + "40: zz\n", "bus.txt", {}, &counts), BusError);
+    EXPECT_EQ(counts.dead, 7U);
+    EXPECT_EQ(counts.headerOnly, 7U);
+    parseDump("", "bus.txt", {}, &counts);
+    EXPECT_EQ(counts.dead + counts.otherDomains + counts.unreadable + counts.headerOnly, 0U);
 }
 
 TEST(Dump, RefusesBytesThatAreNoneNamingTheLine) {
@@ -235,14 +399,25 @@ TEST(Dump, RefusesAddressesOutOfRange) {
     EXPECT_EQ(refusal(small("00:1f.7")), "accepted");
 }
 
-TEST(Dump, RefusesCapabilityLoopsOfAnyFunction) {
+TEST(Dump, CapabilitiesThatFormALoopCountAsFarAsTheyGo) {
     testsupport::machines::Switch machine;
+    const auto whole = describe(machine.bus.functions());
+    const auto bytes = machine.bus.configSpace(machine.up);
+    const std::uint8_t first = bytes.at(0x34);
+    std::size_t last = first;
+    while (bytes.at(last + 1) != 0)
+        last = bytes.at(last + 1);
+    ASSERT_NE(last, first);
+    machine.bus.poke(machine.up, last + 1, {first});
     machine.bus.poke(machine.second, 0x41, {0x40});
-    const std::string text = machine.bus.dump({.bytes = 256});
-    // The seventh function, 18 lines each.
-    EXPECT_EQ(refusal(text), "bus.txt:127: capabilities of 03:00.1 form a loop");
-    EXPECT_EQ(refusal(machine.bus.dump({.bytes = 256, .domain = 5})),
-              "bus.txt:127: capabilities of 03:00.1 form a loop");
+    EXPECT_EQ(parsed(machine.bus.dump()), whole);
+    EXPECT_EQ(leftOutOf(machine.bus.dump()), "nothing");
+    // The first leads to itself, so those behind it are not found; the other functions are as ever.
+    machine.bus.poke(machine.up, first + 1U, {first});
+    const auto found = parsed(machine.bus.dump());
+    ASSERT_EQ(found.size(), whole.size());
+    for (std::size_t i = 0; i < found.size(); ++i)
+        EXPECT_EQ(found[i] == whole[i], !found[i].starts_with("01:00.0")) << found[i];
 }
 
 TEST(Dump, RefusesBridgesThatFormACycleNamingOneOfThem) {

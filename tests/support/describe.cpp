@@ -26,4 +26,17 @@ std::vector<std::string> describe(std::span<const pcibus::PciFunction> functions
     return lines;
 }
 
+std::string describe(const pcibus::LeftOut& leftOut) {
+    std::string text;
+    const auto add = [&text](const char* name, std::size_t count) {
+        if (count != 0)
+            text += (text.empty() ? "" : ", ") + std::string(name) + ' ' + std::to_string(count);
+    };
+    add("otherDomains", leftOut.otherDomains);
+    add("dead", leftOut.dead);
+    add("unreadable", leftOut.unreadable);
+    add("headerOnly", leftOut.headerOnly);
+    return text.empty() ? "nothing" : text;
+}
+
 } // namespace testsupport

@@ -63,6 +63,7 @@ TEST_F(Sessions, BusThatCannotBeReadIsRefused) {
     testsupport::machines::Switch machine;
     machine.bus.setSecondaryBus(machine.downA, 1);
     EXPECT_EQ(open(folder.file("bus.txt", machine.bus.dump()).string(), session), kPciBrdErrNoBus);
+    EXPECT_EQ(open(folder.file("bus.txt", "no dump\n").string(), session), kPciBrdErrNoBus);
     EXPECT_EQ(session, kUntouched);
 }
 
@@ -72,6 +73,26 @@ TEST_F(Sessions, AnEmptyBusIsABus) {
     std::uint32_t count = kUntouched;
     EXPECT_EQ(library.GetRootBuses(session, nullptr, &count), 0);
     EXPECT_EQ(count, 0U);
+}
+
+TEST_F(Sessions, AnswerFromWhatIsLeftOfADamagedBus) {
+    testsupport::machines::Switch machine;
+    machine.bus.poke(machine.up, 0, {0xFF, 0xFF});
+    const auto loop = machine.bus.configSpace(machine.downA).at(0x34);
+    machine.bus.poke(machine.downA, loop + 1U, {loop});
+    const std::uint32_t session = open(machine.bus);
+    std::uint8_t roots[4] = {};
+    std::uint32_t count = 4;
+    ASSERT_EQ(library.GetRootBuses(session, roots, &count), 0);
+    ASSERT_EQ(count, 3U);
+    EXPECT_EQ(roots[1], 2) << "the bus below the bridge that does not answer";
+    EXPECT_EQ(bridgesOn(session, 1), 0U);
+    EXPECT_EQ(bridgesOn(session, 2), 2U);
+    std::uint32_t bridge = kUntouched;
+    EXPECT_EQ(library.FindBridgeByAddress(session, 1, 0, 0, &bridge), kPciBrdErrNotFound);
+    EXPECT_EQ(library.FindParentBridgeForBus(session, 2, &bridge), kPciBrdErrNotFound);
+    EXPECT_EQ(library.FindBridgeBySlotPath(session, "MR02:08", &bridge), 0);
+    EXPECT_EQ(bridge, machine.bus.handle(machine.downA));
 }
 
 TEST_F(Sessions, ReadTheBusOnce) {
