@@ -11,4 +11,11 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 // stays. Raises std::bad_alloc only.
 std::string escapeText(std::string_view text);
 
+// Undoes it: each sequence that escapeText writes becomes its character again, so what was escaped
+// comes back byte for byte. Every other backslash stays as it is, and what follows it, too: one at
+// the end, "\a", and "\x" before anything but the digits that stand for a control character, such
+// as
+// "\x41", "\x1F" in capitals, and "\x0a", which is written "\n". Raises std::bad_alloc only.
+std::string unescapeText(std::string_view text);
+
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

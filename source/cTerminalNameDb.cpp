@@ -1,5 +1,6 @@
 #include "source/cTerminalNameDb.h"
 
+#include "pxidrivertools/escapedText.h"
 #include "source/modelDescription.h"
 #include "source/tavStatus.h"
 
@@ -56,7 +57,9 @@ std::string cTerminalNameDb::read(const std::string& section, const char* key) {
     // name.
     if (status.code == nZoPxiDriverTools_1_0::kIniFileErrMemoryFull)
         zoerr::raiseIfFailed(status);
-    return status.failed() || value.empty() ? std::string(kNoText) : value;
+    if (status.failed() || value.empty())
+        return std::string(kNoText);
+    return nZoPxiDriverTools_1_0::unescapeText(value);
 }
 
 void cTerminalNameDb::write(const std::string& section, const char* key, const std::string& value) {
@@ -78,15 +81,19 @@ int cTerminalNameDb::Matches(const cSlotPath& slotPath, const std::string& model
 void cTerminalNameDb::Store(const cSlotPath& slotPath, const std::string& model,
                             const std::string& terminalName) {
     const std::string section = sectionOf(slotPath);
-    // When anything below fails, the numbers are gone and will be read afresh.
+    // When a write fails, the numbers are gone and will be read afresh.
     auto numbers = std::exchange(numbers_, std::nullopt);
     const std::string replaced = read(section, kNameKeyTerminalName);
     write(section, kNameKeyModel, model);
     write(section, kNameKeyTerminalName, terminalName);
-    if (numbers) {
+    if (!numbers)
+        return;
+    try {
         numbers->remove(replaced);
-        numbers->add(read(section, kNameKeyTerminalName));
+        numbers->add(terminalName);
         numbers_ = std::move(numbers);
+    } catch (const std::bad_alloc&) {
+        // The entry is stored. The numbers are read afresh when they are asked for.
     }
 }
 

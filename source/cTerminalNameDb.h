@@ -19,6 +19,9 @@ inline constexpr const char* kNameLockFile = "zotavpci.loc";
 inline constexpr const char* kNameKeyModel = "Model";
 inline constexpr const char* kNameKeyTerminalName = "TerminalName";
 
+// Models and names are stored escaped (pxidrivertools/escapedText.h) and read back as they were,
+// but for blanks at their ends, which INI files do not keep.
+//
 // The failures of the INI file and of slot paths are raised as zoerr::Exception with their own
 // status. Both collaborators must outlive the object.
 class cTerminalNameDb {
@@ -47,7 +50,8 @@ public:
     int Matches(const cSlotPath& slotPath, const std::string& model, const std::string& base,
                 std::string& terminalName);
 
-    // Writes the entry of the slot; what stood there is replaced. In memory until Save().
+    // Writes the entry of the slot; what stood there is replaced. In memory until Save(). Once both
+    // values are written nothing raises.
     void Store(const cSlotPath& slotPath, const std::string& model,
                const std::string& terminalName);
 

@@ -2,6 +2,7 @@
 
 #include "platform/file.h"
 #include "platform/utf8Path.h"
+#include "pxidrivertools/escapedText.h"
 #include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniLoad.h"
 #include "pxidrivertools/ini/iniLookup.h"
@@ -62,7 +63,7 @@ void load(IniFileObject& file, const std::string& path) {
 
 std::string valueOf(IniFileObject& file, IniSection& section, const char* key) {
     const IniKey* const found = findKey(file, section, key);
-    return found == nullptr ? std::string() : std::string(found->value.view());
+    return found == nullptr ? std::string() : unescapeText(found->value.view());
 }
 
 template <typename Use>

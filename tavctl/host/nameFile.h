@@ -25,7 +25,8 @@ private:
     platform::FileLock lock_; // releases it by closing the file, which cannot fail
 };
 
-// What is stored for one slot. Empty texts stand for what is missing.
+// What is stored for one slot, with model and name as the plug-in tells them: unescaped. Empty
+// texts stand for what is missing.
 struct NameEntry {
     std::string slotPath; // the section, in machine form when it is well formed
     std::string model;

@@ -113,14 +113,14 @@ private:
         }
     }
 
-    // Names are stored escaped and without quotes, and reading them back undoes neither.
+    // Names are stored escaped and read back so; blanks around what is written are lost. Behind a
+    // name base its number is written.
     void checkKept(const char* key, const std::string& text, bool readsAsNothing) {
         const char* trouble = nullptr;
         if (readsAsNothing)
             trouble = "is empty";
-        else if (escapeText(text) != text)
-            trouble = "holds a double quote, a backslash or a control character";
-        else if (trimLeft(text) != text || (key == kModel && trim(text) != text))
+        else if (const std::string written = escapeText(text);
+                 trimLeft(written) != written || (key == kModel && trim(written) != written))
             trouble = "begins or ends with a blank";
         if (trouble != nullptr)
             findings_.add(

@@ -42,9 +42,9 @@ private:
             EXPECT_EQ(result.names, case_.expectedNames());
             return;
         }
-        expectListing(case_, case_.run(state.path(), true, way));
         // What was found once is found again under the same names.
-        expectListing(case_, case_.run(state.path(), true, way));
+        for (int start = 1; start <= 3; ++start)
+            expectListing(case_, case_.run(state.path(), true, way));
     }
 
     SystemCase case_;

@@ -5,6 +5,7 @@
 #include "tavctl/names/nameReport.h"
 #include "tavctl/words/failure.h"
 #include "tests/support/fileFolder.h"
+#include "tests/support/fileText.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -52,6 +53,28 @@ TEST(NameCheck, FindsNothingInWhatThePluginWrites) {
                                       entry("MR40:08,E0", "Box", "TAV2"))),
                 IsEmpty());
     EXPECT_THAT(problemsOf(names.file("")), IsEmpty());
+}
+
+// The plug-in stores them so, and tells them unescaped.
+TEST(NameCheck, EscapedNamesAreThoseThatTheirDevicesTell) {
+    const Names names;
+    const NameFile file = names.file(entry("MR00:00,20", R"(The \"Box\"\x07)", R"(C:\\\x071)"));
+    ASSERT_EQ(file.entries().size(), 1U);
+    EXPECT_EQ(file.entries()[0].model, "The \"Box\"\x07");
+    EXPECT_EQ(file.entries()[0].terminalName, "C:\\\x07"
+                                              "1");
+    const Survey now{device("MR00:00,20", "The \"Box\"\x07",
+                            "C:\\\x07"
+                            "1")};
+    EXPECT_THAT(problemsOf(file, &now), IsEmpty());
+    EXPECT_EQ(presenceOf(file.entries()[0], now), NamePresence::present);
+    ASSERT_EQ(forecastNames(file, nullptr, now).size(), 1U);
+    EXPECT_EQ(forecastNames(file, nullptr, now)[0].change, NameForecast::Change::stays);
+    // What is written elsewhere is the file's own text.
+    const auto copy = names.folder.file("copy.ini");
+    file.write(copy);
+    EXPECT_EQ(testsupport::fileText(copy),
+              "[MR00:00,20]\r\nModel = The \\\"Box\\\"\\x07\r\nTerminalName = C:\\\\\\x071\r\n");
 }
 
 TEST(NameCheck, EntriesThatThePluginCannotUseAreMalformed) {
