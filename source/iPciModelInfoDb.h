@@ -15,8 +15,6 @@ namespace nZoTavManagerPciPlugin_15_0 {
 // std::out_of_range for an index that is not below GetModelCount(). Lists handed in are replaced.
 class iPciModelInfoDb {
 public:
-    virtual ~iPciModelInfoDb() = default;
-
     // Loads every description file, in the order of the listing, one model each. Does nothing when
     // models are loaded already. The first faulty file ends the load with a zoerr::Exception; the
     // models before it stay.
@@ -38,6 +36,8 @@ public:
     virtual void GetLinkWidthPerLabel(std::uint32_t index, std::int32_t& width) const = 0;
     [[nodiscard]] virtual bool HasLinkWidthPerLabel(std::uint32_t index) const = 0;
     [[nodiscard]] virtual const std::string& GetTerminalNameBase(std::uint32_t index) const = 0;
+
+    virtual ~iPciModelInfoDb() = default;
 };
 
 } // namespace nZoTavManagerPciPlugin_15_0
