@@ -3,10 +3,10 @@
 #include "quil/debugPrinter.h"
 #include "quil/tracePrefix.h"
 
-#include <algorithm>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 namespace nZOQUIL000 {
 
@@ -50,13 +50,14 @@ void tTrace::write(const char* file, std::int32_t line, const char* format, ...)
     char* const message = writeTracePrefix(text, sizeof text, prefix);
     const std::size_t room = kLongest - static_cast<std::size_t>(message - text);
 
+    // Its result says nothing of a format that fails; the text that is there by then does.
+    message[0] = '\0';
     std::va_list arguments;
     va_start(arguments, format);
-    const int length = std::vsnprintf(message, room + 1, format, arguments);
+    static_cast<void>(std::vsnprintf(message, room + 1, format, arguments));
     va_end(arguments);
-    if (length < 0)
-        return;
-    char* end = message + std::min(static_cast<std::size_t>(length), room);
+    message[room] = '\0'; // not every C library ends a text that it has cut
+    char* end = message + std::strlen(message);
     if (end == message || end[-1] != '\n')
         *end++ = '\n';
     *end = '\0';

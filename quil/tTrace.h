@@ -26,8 +26,9 @@ public:
     void setDestination(iTraceDestination* destination) noexcept;
 
     // Writes one line: the prefix, the message formatted as std::printf does, and a line end when
-    // the message has none. The line is cut to 511 bytes with its line end. The destination must
-    // not write to the trace itself.
+    // the message has none. The line is cut to 511 bytes with its line end. Of a message whose
+    // format cannot be carried out to its end, the text up to there is written. The destination
+    // must not write to the trace itself.
     [[gnu::format(printf, 4, 5)]] void write(const char* file, std::int32_t line,
                                              const char* format, ...) noexcept;
 
