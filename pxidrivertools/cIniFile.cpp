@@ -422,8 +422,8 @@ bool cIniFile::fileChanged(tFixedStatus& status) {
     return !time || *time != engine_->lastWriteTime;
 }
 
-bool cIniFile::getConfirmSave(tFixedStatus& status) {
-    return !status.failed() && confirmSave_ != 0;
+std::uint8_t cIniFile::getConfirmSave(tFixedStatus& status) {
+    return status.failed() ? std::uint8_t{0} : confirmSave_;
 }
 
 void cIniFile::setConfirmSave(std::uint8_t confirm, tFixedStatus& status) {

@@ -71,7 +71,7 @@ public:
     void setStringList(const std::string& section, const std::string& key,
                        const std::list<std::string>& values, tFixedStatus& status) override;
     bool fileChanged(tFixedStatus& status) override;
-    bool getConfirmSave(tFixedStatus& status) override;
+    std::uint8_t getConfirmSave(tFixedStatus& status) override;
     void setConfirmSave(std::uint8_t confirm, tFixedStatus& status) override;
 
 private:

@@ -130,8 +130,9 @@ public:
 
     // Whether the file on disk is no longer the one that was opened or saved. NothingToWatch.
     virtual bool fileChanged(tFixedStatus& status) = 0;
-    // Whether save() sees to it that the file's last-write time changes. False at first.
-    virtual bool getConfirmSave(tFixedStatus& status) = 0;
+    // Whether save() sees to it that the file's last-write time changes: any value but 0 does, and
+    // is given back as it was set. 0 at first, and for a status that has failed.
+    virtual std::uint8_t getConfirmSave(tFixedStatus& status) = 0;
     virtual void setConfirmSave(std::uint8_t confirm, tFixedStatus& status) = 0;
 
 protected:

@@ -134,15 +134,17 @@ TEST_F(IniFileSaveTest, TheFileHasChangedWhenItsTimeDiffersOrItIsGone) {
     EXPECT_FALSE(changed());
 }
 
-TEST_F(IniFileSaveTest, ConfirmSaveIsAFlag) {
+TEST_F(IniFileSaveTest, ConfirmSaveIsGivenBackAsItWasSet) {
     Status status;
-    EXPECT_FALSE(file.getConfirmSave(status));
-    file.setConfirmSave(2, status);
-    EXPECT_TRUE(file.getConfirmSave(status));
+    EXPECT_EQ(file.getConfirmSave(status), 0);
+    for (const unsigned value : {2U, 1U, 128U, 255U}) {
+        file.setConfirmSave(static_cast<std::uint8_t>(value), status);
+        EXPECT_EQ(file.getConfirmSave(status), value);
+    }
     open("[a]\n");
-    EXPECT_TRUE(file.getConfirmSave(status)) << "whatever is open";
+    EXPECT_EQ(file.getConfirmSave(status), 255) << "whatever is open";
     file.setConfirmSave(0, status);
-    EXPECT_FALSE(file.getConfirmSave(status));
+    EXPECT_EQ(file.getConfirmSave(status), 0);
     EXPECT_EQ(status.code, 0);
 }
 
