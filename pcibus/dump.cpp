@@ -62,10 +62,11 @@ public:
         if (firstText_ != 0 && !hasFunctions_)
             refuse(firstText_, "expected what lspci -x prints, got " +
                                    (kind_.empty() ? "no function" : std::string(kind_)));
+        Bus bus(std::move(functions_),
+                [this](const PciFunction& function) { return place(function.line); });
         if (leftOut != nullptr)
             *leftOut = leftOut_;
-        return Bus(std::move(functions_),
-                   [this](const PciFunction& function) { return place(function.line); });
+        return bus;
     }
 
 private:

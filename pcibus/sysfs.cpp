@@ -176,25 +176,18 @@ Bus readSysfs(const fs::path& root, LeftOut* leftOut) {
         function.device = address->device;
         function.function = address->function;
         files.enter(name);
-        switch (readFunction(files, function)) {
-        case Read::done:
+        const Read read = readFunction(files, function);
+        if (read == Read::done)
             functions.push_back(function);
-            break;
-        case Read::unplugged:
-            break;
-        case Read::unreadable:
-            ++counts.unreadable;
-            break;
-        case Read::dead:
-            ++counts.dead;
-            break;
-        }
+        counts.unreadable += read == Read::unreadable ? 1 : 0;
+        counts.dead += read == Read::dead ? 1 : 0;
     }
-    if (leftOut != nullptr)
-        *leftOut = counts;
-    return Bus(std::move(functions), [&](const PciFunction& function) {
+    Bus bus(std::move(functions), [&](const PciFunction& function) {
         return pathText(devices / ("0000:" + addressText(function)));
     });
+    if (leftOut != nullptr)
+        *leftOut = counts;
+    return bus;
 }
 
 } // namespace pcibus
