@@ -10,7 +10,7 @@
 #include <array>
 #include <bitset>
 #include <optional>
-#include <unordered_set>
+#include <set>
 #include <vector>
 
 namespace pcibus {
@@ -225,8 +225,8 @@ private:
     bool hasFunctions_ = false;   // of any domain, dead or alive
     LeftOut leftOut_;
     std::vector<PciFunction> functions_;
-    std::bitset<0x10000> seen_;                // handles of domain 0
-    std::unordered_set<std::uint64_t> others_; // domains and handles
+    std::bitset<0x10000> seen_;      // handles of domain 0
+    std::set<std::uint64_t> others_; // domains and handles; ordered, for the text chooses them
 
     // The function whose rows are being read, while there is an address.
     std::optional<Address> address_;

@@ -6,7 +6,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
@@ -27,8 +26,9 @@ public:
 
 private:
     struct Used {
-        std::unordered_map<std::uint32_t, std::size_t> entries; // how many names use a number
-        std::uint32_t searchFrom = 1;                           // every lower number is used
+        // How many names use a number. Ordered: whoever writes the file chooses the numbers.
+        std::map<std::uint32_t, std::size_t> entries;
+        std::uint32_t searchFrom = 1; // every lower number is used
     };
     std::map<std::string, Used> byBase_;
 };

@@ -1,5 +1,7 @@
 #include "pxidrivertools/ini/iniNames.h"
 
+#include "platform/randomSeed.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -23,7 +25,34 @@ std::uint64_t upperEight(std::uint64_t bytes) noexcept {
     return bytes - (lower >> 2); // 0x80 becomes 0x20, the distance between the cases
 }
 
-constexpr std::uint64_t kOddFactor = 0x9E3779B97F4A7C15U;
+// What nobody who writes a file can know, drawn once per process. Without it no two names are known
+// to collide.
+struct HashKey {
+    std::uint64_t start = platform::randomSeed();
+    std::uint64_t factor = platform::randomSeed() | 1;
+    std::uint64_t end = platform::randomSeed() | 1;
+};
+
+const HashKey& hashKey() noexcept {
+    static const HashKey key;
+    return key;
+}
+
+// Both halves of the product in one, so that every bit of it counts.
+std::uint64_t foldedProduct(std::uint64_t left, std::uint64_t right) noexcept {
+#ifdef __SIZEOF_INT128__
+    __extension__ using Wide = unsigned __int128;
+    const Wide product = Wide{left} * right;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+#else
+    const auto low = [](std::uint64_t number) { return number & 0xFFFFFFFFU; };
+    const std::uint64_t lowest = low(left) * low(right);
+    const std::uint64_t one = (left >> 32) * low(right) + (lowest >> 32);
+    const std::uint64_t other = low(left) * (right >> 32) + low(one);
+    const std::uint64_t highest = (left >> 32) * (right >> 32) + (one >> 32) + (other >> 32);
+    return (other << 32 | low(lowest)) ^ highest;
+#endif
+}
 
 } // namespace
 
@@ -45,10 +74,10 @@ bool hidesName(bool caseSensitive, std::string_view earlier, std::string_view la
 std::uint32_t hashName(bool caseSensitive, std::string_view name) noexcept {
     if (!caseSensitive)
         name = trim(name);
-    std::uint64_t hash = name.size();
+    const HashKey& key = hashKey();
+    std::uint64_t hash = key.start ^ name.size();
     const auto mix = [&](std::uint64_t bytes) {
-        hash = (hash ^ (caseSensitive ? bytes : upperEight(bytes))) * kOddFactor;
-        hash ^= hash >> 32;
+        hash = foldedProduct(hash ^ (caseSensitive ? bytes : upperEight(bytes)), key.factor);
     };
     // All but the last bytes, which may overlap those before.
     for (std::size_t at = 0; at + 8 < name.size(); at += 8) {
@@ -57,7 +86,7 @@ std::uint32_t hashName(bool caseSensitive, std::string_view name) noexcept {
         mix(bytes);
     }
     mix(lastEight(name));
-    return static_cast<std::uint32_t>(hash ^ (hash >> 15));
+    return static_cast<std::uint32_t>(foldedProduct(hash ^ key.start, key.end));
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

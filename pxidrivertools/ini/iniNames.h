@@ -18,7 +18,8 @@ bool equalNames(bool caseSensitive, std::string_view left, std::string_view righ
 // front never gets to `later`.
 bool hidesName(bool caseSensitive, std::string_view earlier, std::string_view later) noexcept;
 
-// Equal names have equal hashes.
+// Equal names have equal hashes, of one process; another process has others. Whoever does not run
+// in it cannot choose names that collide.
 std::uint32_t hashName(bool caseSensitive, std::string_view name) noexcept;
 
 // The last bytes of a name, eight at most, in one number that differs when they differ.

@@ -79,7 +79,7 @@ PciNames PciNames::load(const std::string& file) {
 }
 
 PciNames PciNames::parse(std::string_view text) {
-    PciNames names;
+    PciNames names; // the lines are in order, as a rule
     std::optional<std::uint16_t> vendor;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
@@ -92,14 +92,14 @@ PciNames PciNames::parse(std::string_view text) {
         if (!line.starts_with('\t')) {
             vendor = takeId(line);
             if (vendor)
-                names.vendors_.emplace(*vendor, line);
+                names.vendors_.emplace_hint(names.vendors_.end(), *vendor, line);
             continue;
         }
         line.remove_prefix(1);
         if (!vendor)
             continue;
         if (const auto device = takeId(line))
-            names.devices_.emplace(keyOf(*vendor, *device), line);
+            names.devices_.emplace_hint(names.devices_.end(), keyOf(*vendor, *device), line);
     }
     return names;
 }

@@ -3,9 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace tavctl {
 
@@ -32,8 +32,9 @@ public:
     [[nodiscard]] std::string function(std::uint16_t vendorId, std::uint16_t deviceId) const;
 
 private:
-    std::unordered_map<std::uint16_t, std::string> vendors_;
-    std::unordered_map<std::uint64_t, std::string> devices_; // by vendor << 16 | device
+    // Ordered: whoever writes the file chooses the numbers.
+    std::map<std::uint16_t, std::string> vendors_;
+    std::map<std::uint64_t, std::string> devices_; // by vendor << 16 | device
 };
 
 } // namespace tavctl

@@ -2,6 +2,7 @@
 #include "pxidrivertools/ini/iniLoad.h"
 
 #include "tests/pxidrivertools/iniHelpers.h"
+#include "tests/support/collidingNames.h"
 
 namespace {
 
@@ -244,6 +245,33 @@ TEST_F(IniLoadTest, HoldsAFileFullOfOneName) {
     file->mergeDuplicates = true;
     ASSERT_EQ(loadText(*file, text), kIniDone);
     EXPECT_EQ(listing(*file), "a@399999{k@2=199999;}");
+}
+
+// As sections, as keys of one section, and both again, as many as a walk would never end with.
+TEST_F(IniLoadTest, NamesMadeToCollideAreLoadedAndFound) {
+    const std::vector<std::string> names = testsupport::collidingNames(20'000);
+    std::string text;
+    for (int time = 0; time < 2; ++time) {
+        for (const std::string& name : names)
+            text += "[" + name + "]\nk = 1\n";
+        text += "[one]\n";
+        for (const std::string& name : names)
+            text += name + " = " + std::to_string(time) + "\n";
+    }
+    for (const bool caseSensitive : {true, false}) {
+        file->caseSensitive = caseSensitive;
+        ASSERT_EQ(loadText(*file, text), kIniDone);
+        ASSERT_EQ(countOf(file->sections), names.size() + 1);
+        IniSection* const one = findSection(*file, "one");
+        ASSERT_NE(one, nullptr);
+        EXPECT_EQ(countOf(one->keys), names.size());
+        for (const std::string& name : names) {
+            ASSERT_NE(findSection(*file, name), nullptr);
+            const IniKey* const key = findKey(*file, *one, name);
+            ASSERT_NE(key, nullptr);
+            ASSERT_EQ(key->value.view(), "1");
+        }
+    }
 }
 
 } // namespace

@@ -1,8 +1,12 @@
 // When names of sections and keys are the same.
 #include "pxidrivertools/ini/iniNames.h"
 
+#include "tests/support/collidingNames.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -95,6 +99,33 @@ TEST(IniNames, HashesSeeTheWholeLength) {
         EXPECT_NE(hashName(true, other), hash) << i;
     }
     EXPECT_NE(hashName(true, std::string(1, '\0')), hashName(true, ""));
+}
+
+// What one mixing that is known lets collide: as many different hashes as random numbers would be,
+// also of the few bits that a small table looks at.
+TEST(IniNames, HashesCannotBeMadeToCollide) {
+    const std::vector<std::string> names = testsupport::collidingNames(4096);
+    for (const bool caseSensitive : {true, false}) {
+        std::set<std::uint32_t> hashes;
+        std::vector<unsigned> inSlot(1024);
+        for (const std::string& name : names) {
+            const std::uint32_t hash = hashName(caseSensitive, name);
+            hashes.insert(hash);
+            ++inSlot[hash % inSlot.size()];
+        }
+        EXPECT_GE(hashes.size(), names.size() - 2) << caseSensitive;
+        EXPECT_LE(*std::max_element(inSlot.begin(), inSlot.end()), 32U) << caseSensitive;
+    }
+}
+
+// Names that differ little are spread like any others.
+TEST(IniNames, HashesOfSimilarNamesAreSpread) {
+    for (const std::string base : {"", "Key", "Section 000", "A name of some length, "}) {
+        std::vector<unsigned> inSlot(1024);
+        for (int n = 0; n < 4096; ++n)
+            ++inSlot[hashName(false, base + std::to_string(n)) % inSlot.size()];
+        EXPECT_LE(*std::max_element(inSlot.begin(), inSlot.end()), 32U) << base;
+    }
 }
 
 TEST(IniNames, ANameHidesWhatIsEqualToItForEverySearch) {
