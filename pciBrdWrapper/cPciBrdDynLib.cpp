@@ -38,10 +38,17 @@ void setLoaderError(tErrorStatus& status, const JsonMember& debug, const JsonMem
     writer.append({"zodynlib_debug", {debug, object}});
     const JsonMember api{"api", platform::systemCodeOrigin()};
     const JsonMember code{"code", library.failure()};
-    if (library.failureText().empty())
+    const JsonMember words{"string", library.failureText().c_str()};
+    const bool hasCode = library.failure() != platform::kNoSystemError;
+    const bool hasWords = !library.failureText().empty();
+    if (hasCode && hasWords)
+        writer.append({"internal_error", {api, code, words}});
+    else if (hasCode)
         writer.append({"internal_error", {api, code}});
+    else if (hasWords)
+        writer.append({"internal_error", {api, words}});
     else
-        writer.append({"internal_error", {api, code, {"string", library.failureText().c_str()}}});
+        writer.append({"internal_error", {api}});
 }
 
 } // namespace

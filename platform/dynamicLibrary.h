@@ -21,7 +21,7 @@ public:
     // Loads the library of this UTF-8 name. A name without a folder is searched for as the system
     // does for the calling module, but on Linux never in the current folder, even where the
     // environment names that; a name with one is taken as it is. False on failure, with failure()
-    // and failureText() set. Raises std::bad_alloc.
+    // and failureText() set. Raises std::bad_alloc for want of memory for the name only.
     bool load(const char* utf8Name);
 
     // The address of an exported symbol; null on failure, with failure() and failureText() set.
@@ -32,10 +32,14 @@ public:
     [[nodiscard]] bool loaded() const noexcept { return handle_ != nullptr; }
     [[nodiscard]] SystemCode failure() const noexcept { return failure_; }
 
-    // The loader's own words for the last failure; empty when it has none.
+    // The loader's own words for the last failure; empty when it has none, or there was no memory
+    // for them.
     [[nodiscard]] const std::string& failureText() const noexcept { return failureText_; }
 
 private:
+    // What the loader says of its last call, about this library or symbol.
+    void keepFailure(SystemCode code, const char* name) noexcept;
+
     void* handle_ = nullptr;
     SystemCode failure_ = kNoSystemError;
     std::string failureText_;

@@ -16,10 +16,21 @@ namespace platform {
 
 namespace {
 
-// Not dlopen, which is the same for the base namespace: sanitizers put a function of their own in
-// its place, and then their run path would count.
-void* open(const char* name, int flags) noexcept {
-    return dlmopen(LM_ID_BASE, name, flags);
+constexpr const char* kNotFoundWords = ": cannot open shared object file: ";
+
+// The module that this code is linked into, as the loader knows it; null when it cannot be told. By
+// dlopen, which looks in the namespace that the module lives in: a host may have made one for it.
+std::unique_ptr<void, int (*)(void*)> thisModule() {
+    Dl_info information = {};
+    void* module = nullptr;
+    static const char kInThisModule = 0;
+    if (dladdr1(&kInThisModule, &information, &module, RTLD_DL_LINKMAP) == 0)
+        return {nullptr, dlclose};
+    errno = 0;
+    module = dlopen(static_cast<const link_map*>(module)->l_name, RTLD_LAZY | RTLD_NOLOAD);
+    if (module == nullptr && errno == ENOMEM)
+        throw std::bad_alloc();
+    return {module, dlclose};
 }
 
 // The loader's answer about where it searches. Its dlinfo may report success although the loader
@@ -30,19 +41,8 @@ void askForSearch(void* handle, int request, Dl_serinfo& answer) {
         throw std::bad_alloc();
 }
 
-// The folders in which the loader looks for what the module that this code is linked into asks for.
-// None when the loader does not tell.
-std::vector<std::string> searchedFolders() {
-    Dl_info information = {};
-    void* module = nullptr;
-    static const char kInThisModule = 0;
-    if (dladdr1(&kInThisModule, &information, &module, RTLD_DL_LINKMAP) == 0)
-        return {};
-    void* const handle =
-        open(static_cast<const link_map*>(module)->l_name, RTLD_LAZY | RTLD_NOLOAD);
-    if (handle == nullptr)
-        return {};
-    const std::unique_ptr<void, int (*)(void*)> closed(handle, dlclose);
+// The folders in which the loader looks for what the module asks for.
+std::vector<std::string> searchedFolders(void* handle) {
     Dl_serinfo header = {};
     askForSearch(handle, RTLD_DI_SERINFOSIZE, header);
     std::vector<std::max_align_t> room(header.dls_size / sizeof(std::max_align_t) + 1);
@@ -62,11 +62,9 @@ bool isAbsolute(const std::string& folder) {
 // An empty element in LD_LIBRARY_PATH, which is soon made by mistake, means the current folder to
 // the loader: whoever can write there would decide what the host runs. In such an environment the
 // loader gets a whole path, from its other folders. Empty when the file is in none of them.
-std::string nameForLoader(const char* name) {
-    if (std::strchr(name, '/') != nullptr)
-        return name;
-    const std::vector<std::string> folders = searchedFolders();
-    if (std::all_of(folders.begin(), folders.end(), isAbsolute))
+std::string nameForLoader(void* module, const char* name) {
+    const std::vector<std::string> folders = searchedFolders(module);
+    if (!folders.empty() && std::all_of(folders.begin(), folders.end(), isAbsolute))
         return name;
     for (const std::string& folder : folders) {
         std::string path = folder + "/" + name;
@@ -74,6 +72,23 @@ std::string nameForLoader(const char* name) {
             return path;
     }
     return {};
+}
+
+// What the loader is asked for: in which namespace, which is the module's own, and under what name.
+struct Request {
+    Lmid_t space = LM_ID_BASE;
+    std::string name; // empty: nothing, since it cannot be told where the loader would look
+};
+
+Request requestFor(const char* name) {
+    Request request;
+    const auto module = thisModule();
+    const bool isKnown = module && dlinfo(module.get(), RTLD_DI_LMID, &request.space) == 0;
+    if (std::strchr(name, '/') != nullptr)
+        request.name = name;
+    else if (isKnown)
+        request.name = nameForLoader(module.get(), name);
+    return request;
 }
 
 } // namespace
@@ -88,22 +103,16 @@ DynamicLibrary::~DynamicLibrary() {
 
 bool DynamicLibrary::load(const char* utf8Name) {
     unload();
-    const std::string name = nameForLoader(utf8Name);
-    if (name.empty()) {
-        failure_ = ENOENT;
-        failureText_.assign(utf8Name).append(": cannot open shared object file: ");
-        failureText_.append(std::strerror(ENOENT));
-        return false;
-    }
-    do // again where the loader gave up for a signal
-        errno = 0;
-    while ((handle_ = open(name.c_str(), RTLD_NOW | RTLD_LOCAL)) == nullptr && errno == EINTR);
-    if (handle_)
-        return true;
-    failure_ = lastSystemCode();
-    const char* text = dlerror();
-    failureText_ = text ? text : "";
-    return false;
+    const Request request = requestFor(utf8Name);
+    dlerror();
+    errno = request.name.empty() ? ENOENT : 0;
+    // Not dlopen, which is the same otherwise: sanitizers put a function of their own in its place,
+    // and then their run path would count.
+    if (!request.name.empty())
+        handle_ = dlmopen(request.space, request.name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle_ == nullptr)
+        keepFailure(lastSystemCode(), utf8Name);
+    return handle_ != nullptr;
 }
 
 void* DynamicLibrary::symbol(const char* name) {
@@ -112,10 +121,20 @@ void* DynamicLibrary::symbol(const char* name) {
     void* address = dlsym(handle_, name);
     if (address)
         return address;
-    failure_ = lastSystemCode();
-    const char* text = dlerror();
-    failureText_ = text ? text : "";
+    keepFailure(lastSystemCode(), name);
     return nullptr;
+}
+
+void DynamicLibrary::keepFailure(SystemCode code, const char* name) noexcept {
+    failure_ = code;
+    try {
+        if (const char* const text = dlerror())
+            failureText_ = text;
+        else // the loader was not asked
+            failureText_.assign(name).append(kNotFoundWords).append(std::strerror(ENOENT));
+    } catch (const std::bad_alloc&) {
+        failureText_.clear();
+    }
 }
 
 void DynamicLibrary::unload() noexcept {

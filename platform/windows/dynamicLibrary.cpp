@@ -3,6 +3,7 @@
 #include "platform/utf8.h"
 #include "platform/windows/systemMessage.h"
 
+#include <new>
 #include <optional>
 #include <string_view>
 
@@ -42,15 +43,12 @@ DynamicLibrary::~DynamicLibrary() {
 bool DynamicLibrary::load(const char* utf8Name) {
     unload();
     std::wstring name;
-    if (decode(utf8Name, name)) {
+    const bool isUtf8 = decode(utf8Name, name);
+    if (isUtf8)
         handle_ = LoadLibraryExW(name.c_str(), nullptr, 0);
-        if (handle_ != nullptr)
-            return true;
-        failure_ = GetLastError();
-    } else {
-        failure_ = ERROR_NO_UNICODE_TRANSLATION;
-    }
-    failureText_ = rawSystemMessage(failure_);
+    if (handle_ != nullptr)
+        return true;
+    keepFailure(isUtf8 ? GetLastError() : ERROR_NO_UNICODE_TRANSLATION, utf8Name);
     return false;
 }
 
@@ -58,9 +56,17 @@ void* DynamicLibrary::symbol(const char* name) {
     const FARPROC address = GetProcAddress(static_cast<HMODULE>(handle_), name);
     if (address != nullptr)
         return reinterpret_cast<void*>(address);
-    failure_ = GetLastError();
-    failureText_ = rawSystemMessage(failure_);
+    keepFailure(GetLastError(), name);
     return nullptr;
+}
+
+void DynamicLibrary::keepFailure(SystemCode code, const char* /*name*/) noexcept {
+    failure_ = code;
+    try {
+        failureText_ = rawSystemMessage(code);
+    } catch (const std::bad_alloc&) {
+        failureText_.clear();
+    }
 }
 
 void DynamicLibrary::unload() noexcept {

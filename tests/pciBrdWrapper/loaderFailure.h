@@ -12,6 +12,9 @@ std::string bridgeLibrary();
 // There is no library of that name.
 std::string noLibrary();
 
+// The same where there was no memory for the loader's words.
+std::string noLibraryWithoutWords();
+
 // The file at this path is no library.
 std::string notALibrary(const std::string& path);
 

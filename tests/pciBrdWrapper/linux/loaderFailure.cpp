@@ -6,7 +6,7 @@ namespace {
 
 // The loader has words, but no code.
 std::string withText(const std::string& text) {
-    return R"("internal_error":{"api":"posix","code":0,"string":")" + text + R"("})";
+    return R"("internal_error":{"api":"posix","string":")" + text + R"("})";
 }
 
 } // namespace
@@ -17,6 +17,10 @@ std::string bridgeLibrary() {
 
 std::string noLibrary() {
     return withText("zopcibrd.so: cannot open shared object file: No such file or directory");
+}
+
+std::string noLibraryWithoutWords() {
+    return R"("internal_error":{"api":"posix"})";
 }
 
 std::string notALibrary(const std::string& path) {

@@ -27,6 +27,10 @@ std::string noLibrary() {
     return withCode(126); // ERROR_MOD_NOT_FOUND
 }
 
+std::string noLibraryWithoutWords() {
+    return R"("internal_error":{"api":"win32","code":126})";
+}
+
 std::string notALibrary(const std::string&) {
     return withCode(193); // ERROR_BAD_EXE_FORMAT
 }
