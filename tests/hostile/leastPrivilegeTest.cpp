@@ -220,15 +220,20 @@ protected:
 
 constexpr const char* kPaths[] = {nullptr,         "",  ":",  "::",  "/nowhere:",    ":/nowhere",
                                   "/nowhere::/no", ".", "./", "sub", "/nowhere:sub", "sub:.",
-                                  "../current"};
+                                  "../current",    ";"};
+// A host loads the plug-in beside its own libraries or apart from them.
+constexpr const char* kHosts[] = {"--initialize ", "--apart --initialize "};
 
 TEST_F(LibrarySearch, NeverUsesTheCurrentFolder) {
     std::uint64_t paths = 0;
     for (const char* path : kPaths) {
         SCOPED_TRACE(path == nullptr ? "none" : path);
-        Facts facts = runThere(path, "--initialize " + plugin.string());
-        EXPECT_EQ(facts["initialize"], "-52005");
-        EXPECT_FALSE(fs::exists(marker));
+        for (const char* host : kHosts) {
+            SCOPED_TRACE(host);
+            Facts facts = runThere(path, host + plugin.string());
+            EXPECT_EQ(facts["initialize"], "-52005");
+            EXPECT_FALSE(fs::exists(marker));
+        }
         ++paths;
     }
     testsupport::figure(paths, "loader paths under which the current folder is not searched");
@@ -238,10 +243,13 @@ TEST_F(LibrarySearch, FindsTheLibraryBesideThePluginInSpiteOfIt) {
     fs::copy_file(ZOPCIBRD_FILE, own / "zopcibrd.so");
     for (const char* path : kPaths) {
         SCOPED_TRACE(path == nullptr ? "none" : path);
-        Facts facts = runThere(path, "--initialize " + plugin.string());
-        EXPECT_EQ(facts["initialize"], "0");
-        EXPECT_EQ(facts["devices"], "4");
-        EXPECT_FALSE(fs::exists(marker));
+        for (const char* host : kHosts) {
+            SCOPED_TRACE(host);
+            Facts facts = runThere(path, host + plugin.string());
+            EXPECT_EQ(facts["initialize"], "0");
+            EXPECT_EQ(facts["devices"], "4");
+            EXPECT_FALSE(fs::exists(marker));
+        }
     }
 }
 
@@ -252,19 +260,25 @@ TEST_F(LibrarySearch, FollowsWholePathsOfTheEnvironment) {
     for (const std::string& path : {elsewhere.string(), ":" + elsewhere.string(),
                                     elsewhere.string() + ":", "sub:" + elsewhere.string()}) {
         SCOPED_TRACE(path);
-        Facts facts = runThere(path.c_str(), "--initialize " + plugin.string());
-        EXPECT_EQ(facts["initialize"], "0");
-        EXPECT_EQ(facts["devices"], "4");
-        EXPECT_FALSE(fs::exists(marker));
+        for (const char* host : kHosts) {
+            SCOPED_TRACE(host);
+            Facts facts = runThere(path.c_str(), host + plugin.string());
+            EXPECT_EQ(facts["initialize"], "0");
+            EXPECT_EQ(facts["devices"], "4");
+            EXPECT_FALSE(fs::exists(marker));
+        }
     }
 }
 
 // What the loader alone would do, so that the tests above are seen to be about something.
 TEST_F(LibrarySearch, OfTheLoaderAloneUsesTheCurrentFolder) {
-    for (const char* path : {":", "/nowhere:", ".", "sub"}) {
+    for (const char* path : {":", "/nowhere:", ".", "sub", ";"}) {
         SCOPED_TRACE(path);
-        EXPECT_EQ(runThere(path, "zopcibrd.so")["loaded"], "1");
-        EXPECT_TRUE(fs::remove(marker));
+        for (const char* host : {"", "--apart "}) {
+            SCOPED_TRACE(host);
+            EXPECT_EQ(runThere(path, host + std::string("zopcibrd.so"))["loaded"], "1");
+            EXPECT_TRUE(fs::remove(marker));
+        }
     }
 }
 

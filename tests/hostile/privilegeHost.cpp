@@ -3,6 +3,7 @@
 //
 //     privilegeHost LIBRARY...                loads each as the loader finds it
 //     privilegeHost --initialize LIBRARY...   and the first one is the plug-in; the last one first
+//     privilegeHost --apart ...               the same in a linker namespace of its own
 //
 // One fact a line: "name value".
 #include "include/tavPlugin.h"
@@ -48,11 +49,15 @@ void initialize(void* plugin) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::vector<std::string> words(argv + 1, argv + argc);
+    std::vector<std::string> words(argv + 1, argv + argc);
+    const bool isApart = !words.empty() && words.front() == "--apart";
+    if (isApart)
+        words.erase(words.begin());
     const bool initializes = !words.empty() && words.front() == "--initialize";
     void* library = nullptr;
     for (auto word = words.rbegin(); word != words.rend() - (initializes ? 1 : 0); ++word) {
-        library = dlopen(word->c_str(), RTLD_NOW);
+        library = isApart ? dlmopen(LM_ID_NEWLM, word->c_str(), RTLD_NOW)
+                          : dlopen(word->c_str(), RTLD_NOW);
         std::printf("loaded %d\n", library != nullptr ? 1 : 0);
     }
     tellOfEnvironment();
