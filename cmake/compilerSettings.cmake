@@ -9,10 +9,10 @@ target_compile_options(zotavpci_settings INTERFACE
 
 if(WIN32)
     # Windows 7 is the oldest system; the run-time libraries travel inside, so that a file needs no
-    # other beside it; addresses are random and data is not run.
+    # other beside it, what checks the stack among them; addresses are random and data is not run.
     target_compile_definitions(zotavpci_settings INTERFACE _WIN32_WINNT=0x0601)
     target_link_options(zotavpci_settings INTERFACE
-        -static LINKER:--dynamicbase LINKER:--nxcompat LINKER:--gc-sections
+        -static -fstack-protector-strong LINKER:--dynamicbase LINKER:--nxcompat LINKER:--gc-sections
         $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:--high-entropy-va>
         $<$<CONFIG:Release>:-s>)
     enable_language(RC)

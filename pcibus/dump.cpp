@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <bitset>
+#include <memory>
 #include <optional>
 #include <set>
 #include <vector>
@@ -40,7 +41,7 @@ std::string hexText(std::size_t value) {
     return text;
 }
 
-// One pass over the lines, with the function whose rows are being read.
+// One pass over the lines, with the function whose rows are being read. Too large for a stack.
 class DumpReader {
 public:
     DumpReader(const std::string& name, const ConfigSink& sink) : name_(name), sink_(sink) {}
@@ -239,18 +240,18 @@ private:
 
 Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink,
               LeftOut* leftOut) {
-    DumpReader reader(name, sink);
-    reader.take(text);
-    return reader.finish(leftOut);
+    const auto reader = std::make_unique<DumpReader>(name, sink);
+    reader->take(text);
+    return reader->finish(leftOut);
 }
 
 Bus readDump(const std::filesystem::path& file, const ConfigSink& sink, LeftOut* leftOut) {
     const std::string name = pathText(file);
-    DumpReader reader(name, sink);
+    const auto reader = std::make_unique<DumpReader>(name, sink);
     FilePieces pieces(file);
     for (std::string_view lines = pieces.next(); !lines.empty(); lines = pieces.next())
-        reader.take(lines);
-    return reader.finish(leftOut);
+        reader->take(lines);
+    return reader->finish(leftOut);
 }
 
 } // namespace pcibus

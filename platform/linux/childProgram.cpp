@@ -59,7 +59,7 @@ void writeWhole(int descriptor, std::string_view text) {
 }
 
 void readWhole(int descriptor, std::string& text) {
-    std::array<char, 1 << 16> chunk;
+    std::vector<char> chunk(1 << 16);
     for (;;) {
         const ssize_t size = read(descriptor, chunk.data(), chunk.size());
         if (size == 0 || (size < 0 && errno != EINTR))

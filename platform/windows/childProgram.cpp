@@ -4,7 +4,6 @@
 #include "platform/windows/commandLineText.h"
 #include "platform/windows/uniqueHandle.h"
 
-#include <array>
 #include <thread>
 
 namespace platform {
@@ -38,7 +37,7 @@ void writeWhole(HANDLE handle, std::string_view text) {
 }
 
 void readWhole(HANDLE handle, std::string& text) {
-    std::array<char, 1 << 16> chunk;
+    std::vector<char> chunk(1 << 16);
     DWORD size = 0;
     while (ReadFile(handle, chunk.data(), static_cast<DWORD>(chunk.size()), &size, nullptr) &&
            size != 0)

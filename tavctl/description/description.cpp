@@ -19,7 +19,7 @@ using namespace nDescription;
 
 std::string readAll(std::FILE* stream) {
     std::string bytes;
-    std::array<char, 4096> part{};
+    std::array<char, 2048> part{};
     for (std::size_t got = 0; (got = std::fread(part.data(), 1, part.size(), stream)) != 0;)
         bytes.append(part.data(), got);
     return bytes;

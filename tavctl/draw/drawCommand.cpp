@@ -11,6 +11,7 @@
 #include "tavctl/words/resultFile.h"
 
 #include <filesystem>
+#include <memory>
 
 namespace tavctl {
 
@@ -47,8 +48,8 @@ std::string laidOut(const std::string& dot) {
 ExitStatus runDraw(const DrawOptions& options) {
     const HostSetup setup(options.common);
     const PciNames names = PciNames::load(options.part.pciIds);
-    const MarkedBus marked(options.common);
-    BusTreeView view(marked.bus, marked.devices);
+    const auto marked = std::make_unique<MarkedBus>(options.common);
+    BusTreeView view(marked->bus, marked->devices);
     showPart(options.part, view);
     DrawingOptions drawing;
     drawing.title = options.common.dump.empty()

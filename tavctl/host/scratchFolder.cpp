@@ -1,12 +1,12 @@
 #include "tavctl/host/scratchFolder.h"
 
 #include "platform/privateFolder.h"
+#include "platform/randomSeed.h"
 #include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 
 #include <fmt/core.h>
 
-#include <random>
 #include <string>
 #include <system_error>
 
@@ -18,10 +18,9 @@ ScratchFolder::ScratchFolder() {
     constexpr int kAttempts = 100;
     std::error_code error;
     const fs::path parent = fs::temp_directory_path(error);
-    std::random_device random;
     std::string reason = error ? error.message() : "every name is taken";
     for (int attempt = 0; !error && attempt < kAttempts; ++attempt) {
-        path_ = parent / fmt::format("tavctl-{}", random());
+        path_ = parent / fmt::format("tavctl-{}", platform::randomSeed());
         const platform::SystemCode code = platform::createPrivateFolder(path_);
         if (code == platform::kNoSystemError)
             return;
