@@ -9,6 +9,21 @@ namespace zoerr {
 using nZOQUIL000::tErrorStatus;
 using nZOQUIL000::tFixedStatus;
 
+namespace {
+
+// Plain: the host calls from one thread at a time, and a variable for each thread is dear.
+int exceptionsOfHost = 0;
+
+} // namespace
+
+HostCall::HostCall() noexcept {
+    exceptionsOfHost = std::uncaught_exceptions();
+}
+
+HostCall::~HostCall() {
+    exceptionsOfHost = 0;
+}
+
 void raise(std::int32_t code, const nZOQUIL000::tErrorSite& site, const char* message) {
     const Exception exception;
     if (nZOQUIL000::setError(exception.status(), code, site) && message)
@@ -17,7 +32,7 @@ void raise(std::int32_t code, const nZOQUIL000::tErrorSite& site, const char* me
 }
 
 void raiseIfFailed(tErrorStatus& status) {
-    if (status.failed() && std::uncaught_exceptions() == 0)
+    if (status.failed() && std::uncaught_exceptions() <= exceptionsOfHost)
         throw Exception(status);
 }
 

@@ -51,7 +51,18 @@ public:
 [[noreturn]] void raise(std::int32_t code, const nZOQUIL000::tErrorSite& site,
                         const char* message = nullptr);
 
-// Raises an Exception with the status when it holds an error and no exception is in flight.
+// Stands in a function that the host calls: exceptions that are in flight then are the host's,
+// which may call from a destructor while one of its own passes, and do not count for
+// raiseIfFailed(). One at a time.
+class HostCall {
+public:
+    HostCall() noexcept;
+    ~HostCall();
+    HostCall(const HostCall&) = delete;
+    HostCall& operator=(const HostCall&) = delete;
+};
+
+// Raises an Exception with the status when it holds an error and no exception of ours is in flight.
 void raiseIfFailed(nZOQUIL000::tErrorStatus& status);
 
 // The same for the status of an INI file operation, whose detail becomes the error record. With the

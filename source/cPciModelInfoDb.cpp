@@ -4,9 +4,21 @@ namespace nZoTavManagerPciPlugin_15_0 {
 
 template class cPciModelInfoDbTemplated<nZoPxiDriverTools_1_0::cIniFile>;
 
+namespace {
+
+cPciModelInfoDb* database = nullptr;
+
+} // namespace
+
 iPciModelInfoDb& modelDatabase() {
-    static cPciModelInfoDb database;
-    return database;
+    if (database == nullptr)
+        database = new cPciModelInfoDb;
+    return *database;
+}
+
+void releaseModelDatabase() noexcept {
+    delete database;
+    database = nullptr;
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0

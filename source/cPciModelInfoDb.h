@@ -26,6 +26,10 @@ using cPciModelInfoDb = cPciModelInfoDbTemplated<nZoPxiDriverTools_1_0::cIniFile
 extern template class cPciModelInfoDbTemplated<nZoPxiDriverTools_1_0::cIniFile>;
 
 // The one database of the process; loaded by the first build of the device cache and never again.
+// Raises std::bad_alloc.
 iPciModelInfoDb& modelDatabase();
+
+// At the library's end. Whoever asks later gets a new one.
+void releaseModelDatabase() noexcept;
 
 } // namespace nZoTavManagerPciPlugin_15_0

@@ -11,6 +11,8 @@
 #include "source/exceptionStatus.h"
 #include "source/tavStatus.h"
 
+#include <atomic>
+
 namespace {
 
 using namespace nZoTavManagerPciPlugin_15_0;
@@ -30,6 +32,30 @@ void destroyCache() noexcept {
     pluginCache = nullptr;
 }
 
+// Whether the host is in one of the functions.
+std::atomic<bool> isCalled = false;
+
+class Call {
+public:
+    Call() noexcept { isCalled.store(true, std::memory_order_relaxed); }
+    ~Call() { isCalled.store(false, std::memory_order_relaxed); }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+};
+
+// When the library is unloaded, by a host that has not finalised it, or the process ends. A process
+// may end while another thread of it is still in a call: then nothing is taken from under it. A
+// call that comes even later finds no list, or makes a new one.
+struct AtUnload {
+    ~AtUnload() {
+        if (isCalled.load(std::memory_order_relaxed))
+            return;
+        destroyCache();
+        releaseModelDatabase();
+    }
+};
+const AtUnload atUnload;
+
 // Everything that a build works with lives on this function's stack and is gone when it returns:
 // the bridge library is loaded only meanwhile, and the lock is held only meanwhile.
 void buildCache() {
@@ -48,6 +74,7 @@ void buildCache() {
 // Runs the body of an export, which gives a status or raises one; no exception leaves it.
 template <typename Body>
 std::int32_t guarded(Body body) noexcept {
+    const Call call;
     try {
         return body();
     } catch (...) {
@@ -59,6 +86,7 @@ std::int32_t guarded(Body body) noexcept {
 
 std::int32_t tavPlugin_initialize() {
     const std::int32_t status = guarded([] {
+        const zoerr::HostCall hostCall;
         buildCache();
         return kTavManSuccess;
     });
@@ -68,6 +96,7 @@ std::int32_t tavPlugin_initialize() {
 }
 
 void tavPlugin_finalize() {
+    const Call call;
     destroyCache();
 }
 

@@ -90,6 +90,38 @@ TEST(Lifetime, LibraryWithoutTheFunctionsGivesTheLoadersStatus) {
     EXPECT_EQ(plugin.initialize(), -52005);
 }
 
+// What initialize gives to a destructor of the host that runs while an exception of the host
+// passes.
+std::int32_t initializedWhileUnwinding(const PluginCopy& plugin) {
+    struct Initializer {
+        ~Initializer() { status = plugin.initialize(); }
+        const PluginCopy& plugin;
+        std::int32_t& status;
+    };
+    std::int32_t status = 77;
+    try {
+        const Initializer initializer{plugin, status};
+        throw 1;
+    } catch (int) {
+    }
+    return status;
+}
+
+TEST(Lifetime, ExceptionsOfTheHostInFlightChangeNothing) {
+    const SampleMachine machine;
+    const PluginCopy plugin;
+    {
+        const testsupport::EnvironmentValue none("TAV_MANAGER_CONF", "/nonexistent");
+        EXPECT_EQ(initializedWhileUnwinding(plugin), -52003);
+        EXPECT_EQ(plugin.countOrStatus(), kTavManErrSoftwareFault);
+    }
+    EXPECT_EQ(initializedWhileUnwinding(plugin), 0);
+    EXPECT_EQ(plugin.countOrStatus(), kSampleDevices);
+    std::filesystem::remove(plugin.bridgeLibrary());
+    EXPECT_EQ(initializedWhileUnwinding(plugin), -52005);
+    EXPECT_EQ(plugin.initialize(), -52005);
+}
+
 TEST(Lifetime, BridgeLibraryIsLoadedOnlyDuringInitialize) {
     const SampleMachine machine;
     const PluginCopy plugin;

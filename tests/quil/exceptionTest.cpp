@@ -101,6 +101,23 @@ TEST(RaiseIfFailed, KeepsQuietWhileAnExceptionIsInFlight) {
     }
 }
 
+TEST(RaiseIfFailed, ExceptionsFromBeforeTheHostsCallDoNotCount) {
+    struct Caller {
+        ~Caller() {
+            const zoerr::HostCall call;
+            tErrorStatus status;
+            setError(status, -6, kSomeSite);
+            EXPECT_THROW(zoerr::raiseIfFailed(status), zoerr::Exception);
+        }
+    };
+    try {
+        const Caller caller;
+        zoerr::raise(-5, kSomeSite);
+    } catch (const zoerr::Exception& exception) {
+        EXPECT_EQ(exception.status().code, -5);
+    }
+}
+
 TEST(RaiseIfFailed, FixedStatusBecomesARecord) {
     tFixedStatus status;
     ASSERT_TRUE(setFixedStatus(status, -313322, "zotavpci", "pxidrivertools\\cIniFile", 12));
