@@ -6,6 +6,7 @@
 #include "pxidrivertools/cIniFile.h"
 #include "pxidrivertools/ini/iniLoad.h"
 #include "pxidrivertools/ini/iniLookup.h"
+#include "tests/support/collidingNames.h"
 #include "tests/support/temporaryFolder.h"
 
 #include <benchmark/benchmark.h>
@@ -68,6 +69,25 @@ void IniSaveDescription(benchmark::State& state) {
 void IniLoad(benchmark::State& state, const IniShape& shape) {
     load(state, bench::iniText(shape));
 }
+// As many sections of one key, with names like any others and with names that somebody has chosen
+// to collide.
+void IniLoadNames(benchmark::State& state, const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names)
+        text.append("[").append(name).append("]\nk=1\n");
+    load(state, text);
+}
+constexpr std::size_t kNames = 80'000;
+void IniLoadPlainNames(benchmark::State& state) {
+    std::vector<std::string> names;
+    for (std::size_t n = 0; n < kNames; ++n)
+        names.push_back("S" + std::to_string(100'000'000'000'000 + n)); // sixteen bytes
+    IniLoadNames(state, names);
+}
+void IniLoadChosenNames(benchmark::State& state) {
+    IniLoadNames(state, testsupport::collidingNames(kNames));
+}
+
 void IniSave(benchmark::State& state, const IniShape& shape) {
     save(state, bench::iniText(shape));
 }
@@ -137,6 +157,8 @@ BENCHMARK(IniLoadDescription)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(IniLoad, 20000_sections, kManySections)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(IniLoad, 200000_sections, kVeryManySections)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(IniLoad, one_section, kOneLargeSection)->Unit(benchmark::kMillisecond);
+BENCHMARK(IniLoadPlainNames)->Unit(benchmark::kMillisecond);
+BENCHMARK(IniLoadChosenNames)->Unit(benchmark::kMillisecond);
 BENCHMARK(IniSaveDescription)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(IniSave, 20000_sections, kManySections)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(IniSave, 200000_sections, kVeryManySections)->Unit(benchmark::kMillisecond);

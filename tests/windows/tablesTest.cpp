@@ -59,6 +59,12 @@ TEST_P(ProductFiles, AreLoadedAtRandomAddressesAndDoNotRunData) {
     EXPECT_FALSE(file.characteristics & IMAGE_FILE_RELOCS_STRIPPED);
 }
 
+// What checks the stack travels inside, and asks the system for the number that it checks with.
+TEST_P(ProductFiles, CheckTheirStack) {
+    PeFile file = readPeFile(GetParam().path);
+    EXPECT_TRUE(file.imports["advapi32.dll"].contains("CryptGenRandom"));
+}
+
 class VersionResource {
 public:
     explicit VersionResource(const char* file) {
