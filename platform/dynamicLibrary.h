@@ -37,8 +37,9 @@ public:
     [[nodiscard]] const std::string& failureText() const noexcept { return failureText_; }
 
 private:
-    // What the loader says of its last call, about this library or symbol.
-    void keepFailure(SystemCode code, const char* name) noexcept;
+    // What the loader says of its last call; given a name, that there is no such library, for which
+    // the loader was not asked.
+    void keepFailure(SystemCode code, const char* name = nullptr) noexcept;
 
     void* handle_ = nullptr;
     SystemCode failure_ = kNoSystemError;

@@ -111,7 +111,7 @@ bool DynamicLibrary::load(const char* utf8Name) {
     if (!request.name.empty())
         handle_ = dlmopen(request.space, request.name.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle_ == nullptr)
-        keepFailure(lastSystemCode(), utf8Name);
+        keepFailure(lastSystemCode(), request.name.empty() ? utf8Name : nullptr);
     return handle_ != nullptr;
 }
 
@@ -121,16 +121,16 @@ void* DynamicLibrary::symbol(const char* name) {
     void* address = dlsym(handle_, name);
     if (address)
         return address;
-    keepFailure(lastSystemCode(), name);
+    keepFailure(lastSystemCode());
     return nullptr;
 }
 
 void DynamicLibrary::keepFailure(SystemCode code, const char* name) noexcept {
     failure_ = code;
     try {
-        if (const char* const text = dlerror())
-            failureText_ = text;
-        else // the loader was not asked
+        const char* const text = name == nullptr ? dlerror() : nullptr;
+        failureText_ = text != nullptr ? text : "";
+        if (name != nullptr)
             failureText_.assign(name).append(kNotFoundWords).append(std::strerror(ENOENT));
     } catch (const std::bad_alloc&) {
         failureText_.clear();

@@ -48,7 +48,7 @@ bool DynamicLibrary::load(const char* utf8Name) {
         handle_ = LoadLibraryExW(name.c_str(), nullptr, 0);
     if (handle_ != nullptr)
         return true;
-    keepFailure(isUtf8 ? GetLastError() : ERROR_NO_UNICODE_TRANSLATION, utf8Name);
+    keepFailure(isUtf8 ? GetLastError() : ERROR_NO_UNICODE_TRANSLATION);
     return false;
 }
 
@@ -56,7 +56,7 @@ void* DynamicLibrary::symbol(const char* name) {
     const FARPROC address = GetProcAddress(static_cast<HMODULE>(handle_), name);
     if (address != nullptr)
         return reinterpret_cast<void*>(address);
-    keepFailure(GetLastError(), name);
+    keepFailure(GetLastError());
     return nullptr;
 }
 
