@@ -369,7 +369,7 @@ TEST_F(HostileFiles, StateFolderFullOfLinks) {
     const BoundedResult result = run({"names", "restore", backup.string()}, 0, 0);
     EXPECT_EQ(result.exitStatus, 3);
     EXPECT_EQ(result.error, "tavctl: write terminal names (" + nameFile.string() +
-                                "): no temporary file can be made beside it\n");
+                                "): every name for a temporary file beside it is taken\n");
     EXPECT_EQ(names(), before);
     EXPECT_EQ(fs::file_size(victim), 9U);
     EXPECT_FALSE(fs::exists(folder.path() / "new"));
