@@ -34,6 +34,8 @@ struct Scene {
     unsigned names;       // of devices that are not there
     bool devicesAreKnown; // and those of all that are there
     unsigned cycles;      // initialises in one life
+    // By hand, so that a save writes all of it in its own way, once: that can cost names.
+    bool isEdited = false;
 };
 
 void PrintTo(const Scene& scene, std::ostream* stream) {
@@ -64,6 +66,8 @@ protected:
             before_.append(entry.data());
         }
         stored_ = testfaults::parseNames(before_);
+        if (GetParam().isEdited)
+            std::erase(before_, '\r');
     }
 
     void putNames() const {
@@ -91,7 +95,7 @@ protected:
 
     // How long a life takes that nobody ends.
     [[nodiscard]] Clock::duration measure() const {
-        constexpr std::size_t kLives = 15;
+        constexpr std::size_t kLives = 9;
         std::vector<Clock::duration> times;
         for (std::size_t life = 0; life < kLives; ++life) {
             putNames();
@@ -130,8 +134,8 @@ protected:
     std::uint64_t lost_ = 0;
 };
 
-TEST_P(KilledLives, LoseNoStoredName) {
-    const std::uint64_t lives = testsupport::effort(20, 400);
+TEST_P(KilledLives, LoseNoNameThatIsStoredAsTheProductStoresIt) {
+    const std::uint64_t lives = testsupport::effort(testsupport::isSanitized() ? 5 : 20, 400);
     const double one = std::chrono::duration<double>(measure()).count();
     std::mt19937 random(20261122);
     std::uniform_real_distribution<double> moment(0, one);
@@ -149,7 +153,7 @@ TEST_P(KilledLives, LoseNoStoredName) {
     }
     EXPECT_EQ(gone_, 0U);
     EXPECT_EQ(empty_, 0U);
-    EXPECT_EQ(lost_, 0U);
+    EXPECT_TRUE(lost_ == 0 || GetParam().isEdited) << lost_;
     EXPECT_TRUE(changed_ == 0 || !GetParam().devicesAreKnown) << "there is nothing to be written";
     // Whatever the last one left, the next one succeeds.
     EXPECT_EQ(testfaults::runInChild([&] { return live(1); }), 0);
@@ -181,6 +185,8 @@ INSTANTIATE_TEST_SUITE_P(Names, KilledLives,
                                          Scene{"Known100InMemory", kInMemory, 96, true, 1},
                                          Scene{"Known1000InMemory", kInMemory, 996, true, 1},
                                          Scene{"Known5000InMemory", kInMemory, 4996, true, 1},
+                                         Scene{"Edited1000", nullptr, 1000, false, 1, true},
+                                         Scene{"Edited5000", nullptr, 5000, false, 1, true},
                                          Scene{"New100InALoop", nullptr, 100, false, 20},
                                          Scene{"Known100InALoop", nullptr, 96, true, 20},
                                          Scene{"New100InALoopInMemory", kInMemory, 100, false, 20},

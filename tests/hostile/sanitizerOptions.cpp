@@ -6,6 +6,6 @@ extern "C" {
 __attribute__((visibility("default"))) const char* __asan_default_options();
 // NOLINTNEXTLINE(bugprone-reserved-identifier)
 const char* __asan_default_options() {
-    return "allocator_may_return_null=1:max_allocation_size_mb=4000";
+    return "allocator_may_return_null=1:max_allocation_size_mb=500";
 }
 }

@@ -73,8 +73,8 @@ TEST_F(IniFileSaveTest, EachFailingStepIsReportedAndDeletesTheFile) {
         codes.push_back(save());
         const bool kept = n <= 4 || n == 9; // before the content is touched, and after it is whole
         EXPECT_EQ(folder.has("file.ini"), kept) << n;
-        if (codes.back() != 0 && kept) {
-            EXPECT_EQ(content(), "[a]\nx=1\n") << n;
+        if (codes.back() != 0 && n != 4) {
+            EXPECT_EQ(content(), kept ? "[a]\nx=1\n" : "(no such file)") << n;
         }
         EXPECT_EQ(get("a", "x"), "1") << "the object keeps its content";
     }

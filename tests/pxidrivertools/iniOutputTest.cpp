@@ -73,7 +73,7 @@ TEST_F(IniOutputTest, WritesAreLargeAndOfWholeLinesAndEverythingIsInThem) {
 }
 
 TEST_F(IniOutputTest, WhatTheFileHasAlreadyIsPassedOver) {
-    for (const std::uint64_t already : {0, 1, 5, 12, 100}) {
+    for (const std::uint64_t already : {0U, 1U, 5U, 12U, 100U}) {
         kept = already;
         const std::string text = "0123456789\r\n";
         EXPECT_EQ(written([&](IniOutput& out) { out.put("0123456789\n"); }),
