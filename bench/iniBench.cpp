@@ -52,6 +52,7 @@ void save(benchmark::State& state, const std::string& text) {
     ini::cIniFile file;
     open(file, path);
     for (auto _ : state) {
+        std::filesystem::resize_file(path, 0); // what is there already would not be written
         ini::tFixedStatus status;
         file.save(status);
         requireDone(status, "the file cannot be saved");

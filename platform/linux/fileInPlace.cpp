@@ -48,6 +48,8 @@ int cut(int file, std::uint64_t size) noexcept {
 // ends of lines.
 int fillBehind(int file, std::uint64_t from, std::uint64_t to) noexcept {
     static constexpr char kNothing[512] = {};
+    if (from >= to)
+        return 0;
     while (from < to) {
         const std::size_t size = std::min<std::uint64_t>(sizeof kNothing, to - from);
         const ssize_t done = pastInterruptions(

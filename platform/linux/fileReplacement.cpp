@@ -28,15 +28,18 @@ bool hasNoList(int error) noexcept {
     return error == ENODATA || error == ENOTSUP;
 }
 
+// One that the folder gives to each new file, perhaps.
+int dropAccessList(int file) noexcept {
+    return fremovexattr(file, kAccessList) == 0 || hasNoList(errno) ? 0 : -1;
+}
+
 int takeAccessList(int from, int to) {
     const ssize_t size = fgetxattr(from, kAccessList, nullptr, 0);
     if (size < 0)
-        return hasNoList(errno) ? 0 : -1;
+        return hasNoList(errno) ? dropAccessList(to) : -1;
     std::vector<char> list(static_cast<std::size_t>(size));
     const ssize_t got = fgetxattr(from, kAccessList, list.data(), list.size());
-    if (got < 0)
-        return hasNoList(errno) ? 0 : -1;
-    return fsetxattr(to, kAccessList, list.data(), static_cast<std::size_t>(got), 0);
+    return got < 0 ? -1 : fsetxattr(to, kAccessList, list.data(), static_cast<std::size_t>(got), 0);
 }
 
 // The owner first: a change of it takes permissions away.
@@ -77,10 +80,10 @@ SystemCode takeAccess(std::FILE* from, std::FILE* to) noexcept {
     if (fstat(fileno(from), &like) != 0)
         return lastSystemCode();
     try {
-        if (takeOwner(fileno(to), like) != 0 ||
-            pastInterruptions([&] { return fchmod(fileno(to), like.st_mode & kPermissions); }) != 0)
+        if (takeOwner(fileno(to), like) != 0 || takeAccessList(fileno(from), fileno(to)) != 0)
             return lastSystemCode();
-        return codeOf(takeAccessList(fileno(from), fileno(to)));
+        return codeOf(
+            pastInterruptions([&] { return fchmod(fileno(to), like.st_mode & kPermissions); }));
     } catch (const std::bad_alloc&) {
         return outOfMemoryCode();
     }

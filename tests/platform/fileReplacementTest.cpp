@@ -120,6 +120,14 @@ TEST_F(PlatformFileReplacement, TheAccessListIsTaken) {
     EXPECT_EQ(getxattr(name("new").c_str(), kName, taken.data(), taken.size()),
               static_cast<ssize_t>(kList.size()));
     EXPECT_TRUE(std::equal(kList.begin(), kList.end(), taken.begin()));
+
+    // A list that the new file has from its folder is not the old file's.
+    folder.write("plain", "");
+    ASSERT_EQ(chmod(name("plain").c_str(), 0640), 0);
+    const Stream plain = openStream(name("plain").c_str(), "rb");
+    EXPECT_EQ(takeAccess(plain.get(), to.stream.get()), kNoSystemError);
+    EXPECT_EQ(getxattr(name("new").c_str(), kName, taken.data(), taken.size()), -1);
+    EXPECT_EQ(statusOf("new").st_mode & 07777U, 0640U);
 }
 
 TEST_F(PlatformFileReplacement, RenamingReplacesTheTarget) {
