@@ -37,6 +37,9 @@ class Saving {
 public:
     Saving(IniFileObject& file, IniFileOperations& files) noexcept
         : file_(file), files_(files), text_(file.memory), other_(file.memory) {}
+    ~Saving() { closeExisting(); }
+    Saving(const Saving&) = delete;
+    Saving& operator=(const Saving&) = delete;
 
     // A target that cannot be opened, or has no room, is left as it is; one that fails while it is
     // being written is removed rather than left cut.
@@ -58,17 +61,15 @@ public:
     IniStatus throughTemporary(std::string target) {
         if (const Code code = files_.followLinks(target); failed(code))
             return fail(kIniNoAccess, code);
-        std::FILE* existing = nullptr;
-        IniStatus status = probe(target, existing);
+        IniStatus status = probe(target);
         std::string temporary;
         if (status == kIniDone)
             status = measure(nullptr);
         if (status == kIniDone)
             status = file_.write.sameDirectoryTemporary
-                         ? writeNumbered(target, existing, temporary)
+                         ? writeNumbered(target, temporary)
                          : writeSibling(temporary = siblingTemporary(target));
-        if (existing != nullptr)
-            files_.close(existing);
+        closeExisting(); // what is open cannot be replaced everywhere
         if (status != kIniDone)
             return status;
         const Code code = files_.rename(temporary.c_str(), target.c_str());
@@ -152,10 +153,10 @@ private:
     // Whether the target can be written, found out before anything is; it stays open, if it is
     // there. Writing anew would make a missing target, so that is left for the case that neither
     // opening nor looking finds one.
-    IniStatus probe(const std::string& target, std::FILE*& existing) noexcept {
+    IniStatus probe(const std::string& target) noexcept {
         const IniOpened opened = files_.open(target.c_str(), "r+b");
-        existing = opened.stream;
-        if (existing != nullptr)
+        existing_ = opened.stream;
+        if (existing_ != nullptr)
             return kIniDone;
         if (files_.lastWriteTime(target.c_str()))
             return fail(kIniNoAccess, opened.code);
@@ -171,14 +172,13 @@ private:
 
     // Writes a file beside the target under the first number that nobody has taken; it may be read
     // and written by whoever may do so with the existing one.
-    IniStatus writeNumbered(const std::string& target, std::FILE* existing,
-                            std::string& temporary) {
+    IniStatus writeNumbered(const std::string& target, std::string& temporary) {
         const platform::PathParts parts = platform::splitPath(target);
         for (int number = 0; number < kTemporaryNames; ++number) {
             temporary = numberedTemporary(parts, number);
             const IniCreated created = files_.createExclusively(temporary.c_str());
             if (created.stream != nullptr)
-                return writeCreated(created.stream, existing, temporary.c_str());
+                return writeCreated(created.stream, temporary.c_str());
             if (created.isThere) {
                 files_.remove(temporary.c_str());
                 return fail(kIniOpenFailed, created.code);
@@ -189,10 +189,10 @@ private:
         return kIniTemporariesTaken;
     }
 
-    IniStatus writeCreated(std::FILE* stream, std::FILE* existing, const char* path) noexcept {
+    IniStatus writeCreated(std::FILE* stream, const char* path) noexcept {
         IniStatus status = kIniNoAccess;
         Code code =
-            existing == nullptr ? platform::kNoSystemError : files_.takeAccess(existing, stream);
+            existing_ == nullptr ? platform::kNoSystemError : files_.takeAccess(existing_, stream);
         if (!failed(code)) {
             status = kIniWriteFailed;
             code = files_.secureSpace(stream, size_);
@@ -204,8 +204,15 @@ private:
         return fail(status, code);
     }
 
+    void closeExisting() noexcept {
+        if (existing_ != nullptr)
+            files_.close(existing_);
+        existing_ = nullptr;
+    }
+
     IniFileObject& file_;
     IniFileOperations& files_;
+    std::FILE* existing_ = nullptr; // what a safe write is to replace
     IniBuffer text_;
     IniBuffer other_;
     std::uint64_t size_ = 0; // of the text, in bytes

@@ -147,7 +147,7 @@ TEST_F(TerminalNameFiles, SavingWithoutTheLockIsASoftwareFault) {
 // Both of loading and of saving, beside file, line and component.
 TEST_F(TerminalNameFiles, WhatFailsInTheSystemIsInTheRecord) {
     const auto expectFolderInItsPlace = [&](const testsupport::Raised& raised) {
-        EXPECT_EQ(raised.member("path"), db.filesystem.nameFile().generic_string());
+        EXPECT_EQ(std::filesystem::path(raised.member("path")), db.filesystem.nameFile());
         const auto& reason = raised.record["internal_error"];
         EXPECT_EQ(reason["api"], platform::systemCodeOrigin());
         EXPECT_GT(reason["code"], 0);
