@@ -60,9 +60,9 @@ public:
     virtual void getPath(std::wstring& path, tFixedStatus& status) = 0;
     // Saves nothing.
     virtual void close(tFixedStatus& status) = 0;
-    // Writes the file anew where it stands; nothing is written where it holds the same bytes already
-    // and confirmSave is off. A file that cannot be written, or has no room, is left as it is; one
-    // whose writing fails is gone. NotOpen, ReadOnly, NotStored.
+    // Writes the file anew where it stands; nothing is written where it holds the same bytes
+    // already and confirmSave is off. A file that cannot be written, or has no room, is left as it
+    // is; one whose writing fails is gone. NotOpen, ReadOnly, NotStored.
     virtual void save(tFixedStatus& status) = 0;
     // Drops every section. From then on the file is read and written as a new engine object does
     // it. NotOpen, ReadOnly, NoEngine.
