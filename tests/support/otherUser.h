@@ -5,7 +5,6 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <stdexcept>
 #include <string>
 
 namespace testsupport {
@@ -16,13 +15,7 @@ public:
     static constexpr gid_t kGroup = 23456;
 
     // Makes the file, or the link itself, his. True when it is now.
-    static bool take(const std::string& path) {
-        if (geteuid() != 0)
-            return false;
-        if (lchown(path.c_str(), kUser, kGroup) != 0)
-            throw std::runtime_error("cannot give away " + path);
-        return true;
-    }
+    static bool take(const std::string& path) { return lchown(path.c_str(), kUser, kGroup) == 0; }
 };
 
 } // namespace testsupport
