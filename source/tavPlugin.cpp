@@ -12,6 +12,7 @@
 #include "source/tavStatus.h"
 
 #include <atomic>
+#include <thread>
 
 namespace {
 
@@ -32,26 +33,34 @@ void destroyCache() noexcept {
     pluginCache = nullptr;
 }
 
-// Whether the host is in one of the functions.
-std::atomic<bool> isCalled = false;
+// How many calls of the host's there are, and whether the library gives up what it has.
+std::atomic<unsigned> use = 0;
+constexpr unsigned kGivingUp = 1U << 31;
 
 class Call {
 public:
-    Call() noexcept { isCalled.store(true, std::memory_order_relaxed); }
-    ~Call() { isCalled.store(false, std::memory_order_relaxed); }
+    Call() noexcept {
+        if ((use.fetch_add(1) & kGivingUp) == 0)
+            return;
+        while ((use.load() & kGivingUp) != 0)
+            std::this_thread::yield();
+    }
+    ~Call() { use.fetch_sub(1); }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 };
 
 // When the library is unloaded, by a host that has not finalised it, or the process ends. A process
-// may end while another thread of it is still in a call: then nothing is taken from under it. A
-// call that comes even later finds no list, or makes a new one.
+// may end while another thread of it calls: nothing is taken from under a call, and one that comes
+// meanwhile or even later finds no list, or makes a new one.
 struct AtUnload {
     ~AtUnload() {
-        if (isCalled.load(std::memory_order_relaxed))
+        unsigned none = 0;
+        if (!use.compare_exchange_strong(none, kGivingUp))
             return;
         destroyCache();
         releaseModelDatabase();
+        use.fetch_sub(kGivingUp);
     }
 };
 const AtUnload atUnload;

@@ -16,11 +16,13 @@ using testplugin::PluginCopy;
 using testplugin::SampleMachine;
 
 constexpr int kAsExpected = 7;
+constexpr unsigned kPatience = 60; // seconds, after which a child counts as hanging
 
 // The exit status; -1 for a signal's.
 int statusOfChild(const std::function<void()>& work) {
     const pid_t child = fork();
     if (child == 0) {
+        alarm(kPatience);
         work();
         _exit(1);
     }
