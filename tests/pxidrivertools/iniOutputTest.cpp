@@ -77,7 +77,7 @@ TEST_F(IniOutputTest, WhatTheFileHasAlreadyIsPassedOver) {
         kept = already;
         const std::string text = "0123456789\r\n";
         EXPECT_EQ(written([&](IniOutput& out) { out.put("0123456789\n"); }),
-                  already < text.size() ? text.substr(already) : "");
+                  already < text.size() ? text.substr(static_cast<std::size_t>(already)) : "");
     }
 }
 
