@@ -114,7 +114,7 @@ private:
             noRoom_ = true;
             return fail(kIniWriteFailed, code);
         }
-        return write(opened.stream, path, files_.keepFront(opened.stream, same));
+        return write(opened.stream, path, same);
     }
 
     IniStatus writeSibling(const std::string& temporary) noexcept {
@@ -124,11 +124,11 @@ private:
         return status;
     }
 
-    // Writes what is behind the first `kept` bytes and closes the stream; removes the file when
-    // that fails.
-    IniStatus write(std::FILE* stream, const char* path, std::uint64_t kept) noexcept {
+    // Writes what is behind the first `same` bytes, as far as the file still has these, and closes
+    // the stream, which is fresh from opening; removes the file when that fails.
+    IniStatus write(std::FILE* stream, const char* path, std::uint64_t same) noexcept {
         std::setvbuf(stream, nullptr, _IONBF, 0); // the output has a buffer of its own
-        IniFileSink sink(files_, stream, kept);
+        IniFileSink sink(files_, stream, files_.keepFront(stream, same));
         IniOutput output(sink, text_.bytes());
         IniStatus status = writeContents(file_, output);
         Code code = sink.code();
