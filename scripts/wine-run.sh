@@ -35,9 +35,16 @@ if ! command -v wine >/dev/null; then
 fi
 # A Windows program runs as an ordinary user: for root under Linux no file is read-only. The server
 # that opens the files comes from the first program, so all of them start without that right.
-run=(wine)
+wine=(wine)
+# On a machine that runs no 32-bit code, the Wine whose 32-bit loader is emulated.
+emulated=/usr/local/lib/wine32-emulated
+if [ -e "$emulated/complete" ]; then
+    wine=("$emulated/lib/wine/wine64")
+    export WINESERVER=$emulated/lib/wine/wineserver
+fi
+run=("${wine[@]}")
 if [ "$(id -u)" -eq 0 ]; then
-    run=(setpriv --bounding-set=-dac_override,-dac_read_search wine)
+    run=(setpriv --bounding-set=-dac_override,-dac_read_search "${wine[@]}")
 fi
 if [ ! -e "$WINEPREFIX/ready" ]; then
     mkdir -p "$WINEPREFIX"
@@ -45,6 +52,12 @@ if [ ! -e "$WINEPREFIX/ready" ]; then
     flock 9
     if [ ! -e "$WINEPREFIX/ready" ]; then
         "${run[@]}" wineboot --init >&2 9>&-
+        # A library that Wine's 32-bit ones need and that an emulated loader does not put there.
+        zlib=/usr/i686-w64-mingw32/lib/zlib1.dll
+        system=$WINEPREFIX/drive_c/windows/syswow64
+        if [ -e "$system/ntdll.dll" ] && [ ! -e "$system/zlib1.dll" ] && [ -e "$zlib" ]; then
+            cp "$zlib" "$system/"
+        fi
         touch "$WINEPREFIX/ready"
     fi
     exec 9>&-
