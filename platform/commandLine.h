@@ -11,7 +11,8 @@ std::vector<std::string> commandLine(int argc, char** argv);
 
 // Lets standard output and standard error carry UTF-8 and line ends as they are written, to a
 // console as to a file, and makes a file that grows beyond the process's limit a failure to write
-// like others rather than the process's end.
+// like others rather than the process's end. A standard stream that is closed is kept from being
+// the next file that is opened: writing to it fails.
 void prepareOutput() noexcept;
 
 } // namespace platform

@@ -16,10 +16,15 @@ struct NewFile {
     bool isThere = false; // with a null stream: it was created, but could not be opened
 };
 
-// Creates an empty file that must not exist yet. It is readable and writable by its owner only, as
-// far as the system knows owners. On Linux the stream is that of the file that was created,
-// whatever has its name by now; on Windows it is closed and opened again with the mode "wb".
-NewFile createExclusively(const char* path) noexcept;
+// Who may read and write a new file, as far as the system knows owners: its owner only, or whom the
+// process lets (on Linux its file mode creation mask).
+enum class NewFileAccess { ownerOnly, usual };
+
+// Creates an empty file that must not exist yet. On Linux the stream is that of the file that was
+// created, whatever has its name by now; on Windows it is closed and opened again with the mode
+// "wb".
+NewFile createExclusively(const char* path,
+                          NewFileAccess access = NewFileAccess::ownerOnly) noexcept;
 
 // True for the code with which createExclusively() says that the name is taken.
 bool isNameTaken(SystemCode code) noexcept;

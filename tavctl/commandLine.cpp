@@ -12,12 +12,12 @@
 #include "tavctl/record/recordCommand.h"
 #include "tavctl/tree/treeCommand.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 #include <string_view>
 
@@ -69,8 +69,7 @@ public:
         case ParsedLine::Kind::misuse:
             return refuse(words, line.text);
         case ParsedLine::Kind::question:
-            std::fputs(line.text.c_str(), stdout);
-            return ExitStatus::done;
+            return answer(line.text);
         case ParsedLine::Kind::command:
             break;
         }
@@ -78,6 +77,16 @@ public:
     }
 
 private:
+    static ExitStatus answer(const std::string& text) {
+        try {
+            print(text);
+            return ExitStatus::done;
+        } catch (const FailureException& exception) {
+            printFailure(exception.failure());
+            return exception.exitStatus();
+        }
+    }
+
     ExitStatus runParsed() {
         const auto command =
             std::find_if(commands_.begin(), commands_.end(),
@@ -87,7 +96,7 @@ private:
         try {
             return command->run();
         } catch (const FailureException& exception) {
-            printFailure(exception.failure(), command->wantsJson());
+            printFailure(exception.failure(), command->failureForm());
             return exception.exitStatus();
         }
     }
@@ -96,14 +105,13 @@ private:
                                     const std::string& parserSentence) const {
         const Misuse misuse = findMisuse(parser_.words(), words, parserSentence);
         const bool json = std::find(words.begin(), words.end(), "--json") != words.end();
-        printFailure({"read the command line", misuse.word, misuse.reason, {}, {}}, json);
+        printFailure({"read the command line", misuse.word, misuse.reason, {}, {}}, {json, false});
         if (json)
             return ExitStatus::wrongUsage;
         if (!misuse.commands.empty()) {
-            const std::string list = separated(misuse.commands, ", ");
-            std::fputs(fmt::format("Commands: {}\n", list).c_str(), stderr);
+            complainInLines(fmt::format("Commands: {}\n", separated(misuse.commands, ", ")));
         }
-        std::fputs(fmt::format("\"{} --help\" says more.\n", misuse.command).c_str(), stderr);
+        complainInLines(fmt::format("\"{} --help\" says more.\n", misuse.command));
         return ExitStatus::wrongUsage;
     }
 

@@ -54,11 +54,15 @@ int takeOwner(int to, const struct stat& like) noexcept {
 
 } // namespace
 
-NewFile createExclusively(const char* path) noexcept {
+NewFile createExclusively(const char* path, NewFileAccess access) noexcept {
+    constexpr mode_t kEverybody = 0666;
+    const bool ownerOnly = access == NewFileAccess::ownerOnly;
     NewFile file;
-    const int descriptor = pastInterruptions(
-        [&] { return open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly); });
-    if (descriptor >= 0)
+    const int descriptor = pastInterruptions([&] {
+        return open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC,
+                    ownerOnly ? kOwnerOnly : kEverybody);
+    });
+    if (descriptor >= 0 && ownerOnly)
         pastInterruptions([&] { return fchmod(descriptor, kOwnerOnly); });
     file.isThere = descriptor >= 0;
     file.stream = streamOf(descriptor, "wb");

@@ -25,7 +25,7 @@ SystemCode create(const char* path) noexcept {
 
 } // namespace
 
-NewFile createExclusively(const char* path) noexcept {
+NewFile createExclusively(const char* path, NewFileAccess) noexcept {
     NewFile file;
     file.code = create(path);
     file.isThere = file.code == kNoSystemError;

@@ -1,7 +1,7 @@
 #include "tavctl/completion/completionCommand.h"
 
 #include "tavctl/completion/completion.h"
-#include "tavctl/words/resultFile.h"
+#include "tavctl/options/resultOptions.h"
 
 namespace tavctl {
 
@@ -9,14 +9,14 @@ namespace {
 
 struct CompletionOptions {
     std::string shell;
-    std::string file;
+    ResultTarget output;
 };
 
 ExitStatus runCompletion(const CompletionOptions& options, CommandWords (*wordsOfAll)()) {
     const auto write = options.shell == "zsh"    ? zshCompletion
                        : options.shell == "fish" ? fishCompletion
                                                  : bashCompletion;
-    writeResult(write(wordsOfAll()), options.file);
+    writeResult(write(wordsOfAll()), options.output);
     return ExitStatus::done;
 }
 
@@ -28,11 +28,10 @@ Command addCompletionCommand(OptionParser& parser, CommandWords (*wordsOfAll)())
         parser.command("completion", "Write a script that completes the command line");
     command.argument(options->shell, ValueForm::choice("SHELL", {"bash", "zsh", "fish"}),
                      "bash, zsh or fish");
-    command.value("-o,--output", options->file, ValueForm::file(),
-                  "File to write (default: standard output)");
+    addTo(command, options->output);
     command.footer("Example: tavctl completion bash -o tavctl.bash");
     return {command, [options, wordsOfAll] { return runCompletion(*options, wordsOfAll); },
-            [] { return false; }};
+            [] { return FailureForm{}; }};
 }
 
 } // namespace tavctl

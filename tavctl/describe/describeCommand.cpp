@@ -1,6 +1,5 @@
 #include "tavctl/describe/describeCommand.h"
 
-#include "platform/file.h"
 #include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/escapedText.h"
 #include "source/descriptionLoader.h"
@@ -11,13 +10,14 @@
 #include "tavctl/describe/watch.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/match/visibleBus.h"
+#include "tavctl/options/resultOptions.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/json.h"
+#include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
 
-#include <cstdio>
 #include <iostream>
 #include <string>
 
@@ -30,7 +30,7 @@ using SharedBus = std::shared_ptr<const pcibus::Bus>;
 struct DescribeOptions {
     CommonOptions common;
     std::string address;
-    std::string output; // empty: standard output
+    ResultTarget output;
     describe::DraftRequest request;
     bool watch = false;
 };
@@ -62,21 +62,6 @@ const pcibus::PciFunction& bridgeAt(const pcibus::Bus& bus, const std::string& a
                                                  pcibus::addressText(*above)));
 }
 
-void write(const DescribeOptions& options, const std::string& text) {
-    if (options.output.empty()) {
-        std::fputs(text.c_str(), stdout);
-        return;
-    }
-    const platform::Stream stream = platform::openStream(options.output.c_str(), "wb");
-    if (!stream || std::fwrite(text.data(), 1, text.size(), stream.get()) != text.size() ||
-        std::fflush(stream.get()) != 0)
-        throw FailureException({"write description",
-                                options.output,
-                                platform::systemMessage(platform::lastSystemCode()),
-                                {},
-                                {}});
-}
-
 std::string asJson(const std::string& address, const std::string& text,
                    const describe::Proof& proof) {
     const Json whole{{"bridge", address}, {"text", text}, {"alsoListed", proof.others}};
@@ -86,20 +71,17 @@ std::string asJson(const std::string& address, const std::string& text,
 void tell(const DescribeOptions& options, const describe::Draft& draft,
           const describe::Proof& proof) {
     if (!proof.others.empty())
-        std::fputs(wrapped(fmt::format("tavctl: by this description the plug-in also lists {}",
-                                       enumerated(proof.others)),
-                           0)
-                       .c_str(),
-                   stderr);
-    if (!options.output.empty())
-        std::fputs(fmt::format("tavctl: wrote {}: {}\n", options.output,
-                               counted(draft.ports.size(), "port"))
-                       .c_str(),
-                   stderr);
+        complainInLines(wrapped(fmt::format("tavctl: by this description the plug-in also lists {}",
+                                            enumerated(proof.others)),
+                                0));
+    if (!options.output.file.empty())
+        complain(
+            fmt::format("wrote {}: {}", options.output.file, counted(draft.ports.size(), "port")));
 }
 
 ExitStatus runDescribe(const DescribeOptions& options) {
     requireModelName(options.request.model);
+    requireFree(options.output);
     const HostSetup setup(options.common);
     SharedBus bus = readBus();
     const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
@@ -116,7 +98,7 @@ ExitStatus runDescribe(const DescribeOptions& options) {
              fmt::format("no description by this bridge makes the plug-in list it: {}",
                          proof.obstacle));
     const std::string text = describe::textOf(draft);
-    write(options, options.common.json ? asJson(options.address, text, proof) : text);
+    writeResult(options.common.json ? asJson(options.address, text, proof) : text, options.output);
     tell(options, draft, proof);
     return ExitStatus::done;
 }
@@ -130,8 +112,7 @@ Command addDescribeCommand(OptionParser& parser) {
     options->common.addTo(command);
     command.argument(options->address, ValueForm::text("ADDRESS"),
                      "The box's upstream bridge, such as 01:00.0");
-    command.value("-o,--output", options->output, ValueForm::file(),
-                  "File to write (default: standard output)");
+    tavctl::addTo(command, options->output);
     command.value("--model", options->request.model, ValueForm::text("NAME"), "Name of the model");
     command.value("--category", options->request.category,
                   ValueForm::choice("WORD", {"PCI", "Expresscard", "SwitchboxTav"}),

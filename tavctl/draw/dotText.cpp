@@ -1,30 +1,30 @@
 #include "tavctl/draw/dotText.h"
 
-#include "platform/utf8.h"
+#include "tavctl/words/printable.h"
 
 namespace tavctl {
 
 std::string markupText(std::string_view text) {
-    constexpr const char* kReplacement = "\xEF\xBF\xBD";
     std::string result;
-    while (!text.empty()) {
-        const std::string_view before = text;
-        const auto codePoint = platform::takeCodePoint(text);
-        if (!codePoint) {
-            text.remove_prefix(1);
-            result += kReplacement;
-        } else if (*codePoint < U' ' || *codePoint == 0x7F) {
-            result += kReplacement;
-        } else if (*codePoint == U'&') {
+    for (const char c : printable(text)) {
+        switch (c) {
+        case '&':
             result += "&amp;";
-        } else if (*codePoint == U'<') {
+            break;
+        case '<':
             result += "&lt;";
-        } else if (*codePoint == U'>') {
+            break;
+        case '>':
             result += "&gt;";
-        } else if (*codePoint == U'"') {
+            break;
+        case '"':
             result += "&quot;";
-        } else {
-            result.append(before.substr(0, before.size() - text.size()));
+            break;
+        case '\\': // by its number: in a quoted attribute Graphviz takes it for an escape
+            result += "&#92;";
+            break;
+        default:
+            result += c;
         }
     }
     return result;

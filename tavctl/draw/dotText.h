@@ -6,8 +6,8 @@
 
 namespace tavctl {
 
-// With the characters escaped that mean something in markup; control characters and bytes that are
-// not UTF-8 become U+FFFD, which no reader stumbles over.
+// As it is shown to people (see printable.h), with the characters escaped that mean something in
+// markup or in a quoted attribute.
 std::string markupText(std::string_view text);
 
 // `<FONT ...>text</FONT>` with the text escaped.

@@ -5,10 +5,10 @@
 #include "tavctl/draw/drawing.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
+#include "tavctl/options/resultOptions.h"
 #include "tavctl/view/partOptions.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
-#include "tavctl/words/resultFile.h"
 
 #include <filesystem>
 #include <memory>
@@ -23,7 +23,7 @@ struct DrawOptions {
     CommonOptions common;
     PartOptions part;
     std::string format = "svg";
-    std::string file;
+    ResultTarget output;
     bool all = false;
 };
 
@@ -47,6 +47,7 @@ std::string laidOut(const std::string& dot) {
 
 ExitStatus runDraw(const DrawOptions& options) {
     const HostSetup setup(options.common);
+    requireFree(options.output);
     const PciNames names = PciNames::load(options.part.pciIds);
     const auto marked = std::make_unique<MarkedBus>(options.common);
     BusTreeView view(marked->bus, marked->devices);
@@ -57,7 +58,7 @@ ExitStatus runDraw(const DrawOptions& options) {
                         : platform::utf8Text(platform::utf8Path(options.common.dump).filename());
     drawing.allFunctions = options.all;
     const std::string dot = drawingAsDot(view, names, drawing);
-    writeResult(options.format == "dot" ? dot : laidOut(dot), options.file);
+    writeResult(options.format == "dot" ? dot : laidOut(dot), options.output);
     return ExitStatus::done;
 }
 
@@ -66,8 +67,7 @@ ExitStatus runDraw(const DrawOptions& options) {
 Command addDrawCommand(OptionParser& parser) {
     auto options = std::make_shared<DrawOptions>();
     CommandOptions command = parser.command("draw", "Draw the devices and their connectors");
-    command.value("-o,--output", options->file, ValueForm::file(),
-                  "File to write (default: standard output)");
+    tavctl::addTo(command, options->output);
     command.value("--format", options->format, ValueForm::choice("FORMAT", {"svg", "dot"}),
                   "svg (by Graphviz) or dot (for Graphviz)");
     command.flag("--all", options->all, "Also what else is on the root buses");

@@ -7,11 +7,11 @@
 #include "tavctl/match/modelMatcher.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/words/nearestName.h"
+#include "tavctl/words/print.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -70,12 +70,10 @@ ExitStatus runExplain(const ExplainOptions& options) {
     const bool any = !descriptions.empty();
     std::erase_if(descriptions, [&](const auto& each) { return !isMeant(each->model().model); });
     const auto explanations = explain::explain(descriptions, matcher, bus);
-    std::fputs((options.common.json ? explain::explanationsAsJson(explanations)
-                                    : explain::explanationsAsText(explanations))
-                   .c_str(),
-               stdout);
+    print(options.common.json ? explain::explanationsAsJson(explanations)
+                              : explain::explanationsAsText(explanations));
     if (!any)
-        std::fputs("tavctl: there are no description files\n", stderr);
+        complain("there are no description files");
     const bool listed = std::any_of(explanations.begin(), explanations.end(),
                                     [](const auto& each) { return each.listed() != 0; });
     return options.model.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;

@@ -1,6 +1,7 @@
 // The two forms of explanations.
 #include "tavctl/explain/explanation.h"
 #include "tavctl/words/json.h"
+#include "tavctl/words/printable.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
@@ -121,8 +122,9 @@ std::string verdict(const Explanation& explanation) {
 }
 
 std::string explanationText(const Explanation& explanation, bool all) {
-    std::string text = wrapped(fmt::format("{}: {}", explanation.model, verdict(explanation)), 0);
-    text += fmt::format("  {}\n", explanation.file);
+    std::string text =
+        wrapped(fmt::format("{}: {}", printable(explanation.model), verdict(explanation)), 0);
+    text += fmt::format("  {}\n", printable(explanation.file));
     for (const std::string& anchor : explanation.anchors)
         text += hanging("  anchor: ", anchor);
     if (explanation.candidates.empty())

@@ -5,6 +5,7 @@
 #include "tavctl/description/loadFailure.h"
 #include "tavctl/match/busBridges.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/printable.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
@@ -92,12 +93,12 @@ bool losesAny(const std::vector<Comparison>& comparisons) {
 std::string comparisonsAsText(const std::vector<Comparison>& comparisons) {
     std::string text;
     for (const Comparison& comparison : comparisons) {
-        text += fmt::format("\n{}\n", comparison.dump);
+        text += fmt::format("\n{}\n", printable(comparison.dump));
         if (comparison.models.empty())
             text += "  has none of the models\n";
         for (const FoundModel& each : comparison.models)
-            text +=
-                fmt::format("  {}  {}  {}\n", changeName(each.change), each.address, each.model);
+            text += fmt::format("  {}  {}  {}\n", changeName(each.change), each.address,
+                                printable(each.model));
     }
     return text;
 }

@@ -4,8 +4,8 @@
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/lint/against.h"
 #include "tavctl/lint/lint.h"
+#include "tavctl/words/print.h"
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -20,10 +20,6 @@ struct LintOptions {
     std::string comparedWith;       // folder of the descriptions before; empty: none
     bool rules = false;
 };
-
-void print(const std::string& text) {
-    std::fputs(text.c_str(), stdout);
-}
 
 std::vector<lint::Comparison> compareAll(const LintOptions& options,
                                          const std::vector<std::string>& files) {
@@ -55,10 +51,9 @@ ExitStatus runLint(const LintOptions& options) {
     print(json ? lint::reportAsJson(report, comparisons)
                : lint::reportAsText(report) + lint::comparisonsAsText(comparisons));
     if (report.endsLoad() && !options.dumps.empty())
-        std::fputs("tavctl: the recorded buses were not looked at, since the files do not load\n",
-                   stderr);
+        complain("the recorded buses were not looked at, since the files do not load");
     if (files.empty()) {
-        std::fputs("tavctl: there are no description files to check\n", stderr);
+        complain("there are no description files to check");
         return ExitStatus::problemFound;
     }
     return report.errors() == 0 && !lint::losesAny(comparisons) ? ExitStatus::done

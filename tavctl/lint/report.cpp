@@ -3,6 +3,7 @@
 #include "tavctl/lint/lint.h"
 #include "tavctl/words/characters.h"
 #include "tavctl/words/json.h"
+#include "tavctl/words/printable.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
@@ -87,8 +88,8 @@ Json againstJson(const std::vector<Comparison>& comparisons) {
 std::string reportAsText(const Report& report) {
     std::string out;
     for (const Finding& finding : report.findings) {
-        out += fmt::format("{}: {}: {}\n", finding.placeText(), severityName(finding.severity),
-                           finding.rule);
+        out += fmt::format("{}: {}: {}\n", printable(finding.placeText()),
+                           severityName(finding.severity), finding.rule);
         appendLine(out, finding);
         out += wrapped(fmt::format("found: {}", finding.found), 2);
         out += wrapped(fmt::format("expected: {}", finding.expected), 2);

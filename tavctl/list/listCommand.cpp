@@ -3,8 +3,7 @@
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
-
-#include <cstdio>
+#include "tavctl/words/print.h"
 
 namespace tavctl {
 
@@ -19,11 +18,11 @@ ExitStatus runList(const ListOptions& options) {
     const HostSetup setup(options.common);
     const auto devices = devicesOfPlugin(options.common);
     if (options.common.json) {
-        std::fputs(listingAsJson(devices).c_str(), stdout);
+        print(listingAsJson(devices));
     } else if (devices.empty()) {
-        std::fputs("tavctl: no described device is present on this bus\n", stderr);
+        complain("no described device is present on this bus");
     } else {
-        std::fputs(listingAsTable(devices, options.verbose).c_str(), stdout);
+        print(listingAsTable(devices, options.verbose));
     }
     return ExitStatus::done;
 }

@@ -1,6 +1,7 @@
 #include "tavctl/names/nameReport.h"
 
 #include "tavctl/words/json.h"
+#include "tavctl/words/printable.h"
 #include "tavctl/words/textTable.h"
 
 #include <fmt/core.h>
@@ -80,8 +81,10 @@ std::string problemsAsText(const std::vector<NameProblem>& problems, const std::
     std::string text;
     for (const NameProblem& problem : problems) {
         const char* const colon = problem.terminalName.empty() ? "" : ": ";
-        text += fmt::format("{}:{}: [{}] {}{}{}: {}\n", path, problem.line, problem.slotPath,
-                            problem.terminalName, colon, kindName(problem.kind), problem.message);
+        text += printable(fmt::format("{}:{}: [{}] {}{}{}: {}", path, problem.line,
+                                      problem.slotPath, problem.terminalName, colon,
+                                      kindName(problem.kind), problem.message)) +
+                "\n";
     }
     return text;
 }

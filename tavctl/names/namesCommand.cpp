@@ -5,13 +5,13 @@
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/names/nameReport.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/json.h"
+#include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
 
-#include <cstdio>
 #include <optional>
-#include <string_view>
 
 namespace tavctl {
 
@@ -36,15 +36,6 @@ struct NamesOptions {
     std::string newDump;
     std::vector<NamesAction> actions; // none given: list
 };
-
-void print(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-}
-
-// Beside the answer, which stays readable to a program.
-void complain(std::string_view what) {
-    std::fputs(fmt::format("tavctl: {}\n", what).c_str(), stderr);
-}
 
 NameFile readStored(const fs::path& path) {
     const NameLock lock(path, NameLock::Purpose::reading);
@@ -91,7 +82,7 @@ ExitStatus checkStored(const NamesOptions& options) {
 void report(const NamesOptions& options, const char* what, std::size_t count,
             const std::string& where) {
     if (options.common.json)
-        std::printf("{\"%s\":%zu}\n", what, count);
+        print(Json{{what, count}}.line());
     else
         print(fmt::format("{} {}: {}\n", what, counted(count, "name"), where));
 }
@@ -120,7 +111,7 @@ ExitStatus restore(const NamesOptions& options) {
     const NameFile file(options.file, false);
     const auto problems = checkNames(file, nullptr);
     if (!problems.empty() && !options.force) {
-        std::fputs(problemsAsText(problems, options.file).c_str(), stderr);
+        complainInLines(problemsAsText(problems, options.file));
         throw FailureException({"restore terminal names",
                                 options.file,
                                 "these are not names as they are stored; --force takes them",

@@ -4,6 +4,7 @@
 
 #include "tavctl/options/options.h"
 #include "tavctl/words/exitStatus.h"
+#include "tavctl/words/failure.h"
 
 #include <functional>
 #include <memory>
@@ -14,7 +15,7 @@ struct Command {
     CommandOptions options;
     // Runs the command with what the command line said. Raises FailureException.
     std::function<ExitStatus()> run;
-    std::function<bool()> wantsJson; // whether failures are to be told as JSON
+    std::function<FailureForm()> failureForm; // how failures are to be told
 };
 
 // `Values` is what the options of one command set, with the common ones as its member `common`; it
@@ -23,7 +24,9 @@ template <typename Values>
 Command makeCommand(CommandOptions options, std::shared_ptr<Values> values,
                     ExitStatus (*run)(const Values&)) {
     return {options, [values, run] { return run(*values); },
-            [values] { return values->common.json; }};
+            [values] {
+                return FailureForm{values->common.json, values->common.debug};
+            }};
 }
 
 } // namespace tavctl

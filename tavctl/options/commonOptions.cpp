@@ -11,6 +11,7 @@ void CommonOptions::addTo(CommandOptions command) {
                   "Folder that holds \"PCI Hardware Descriptions\"");
     command.value("--state", state, ValueForm::folder(), "Folder of the terminal names");
     command.flag("--json", json, "Print JSON");
+    command.flag("--debug", debug, "Tell with a failure the plug-in's whole error record");
 }
 
 } // namespace tavctl

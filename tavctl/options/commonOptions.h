@@ -13,8 +13,9 @@ struct CommonOptions {
     std::string descriptions; // empty: the configured "Path"
     std::string state;        // empty: the configured "ConfigPath"
     bool json = false;
+    bool debug = false; // with the whole error record
 
-    // Adds --plugin, --dump, --descriptions, --state and --json to a command.
+    // Adds --plugin, --dump, --descriptions, --state, --json and --debug to a command.
     void addTo(CommandOptions command);
 };
 

@@ -3,10 +3,10 @@
 #include "platform/utf8Path.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
+#include "tavctl/options/resultOptions.h"
 #include "tavctl/record/busRecording.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
-#include "tavctl/words/resultFile.h"
 
 namespace tavctl {
 
@@ -15,7 +15,7 @@ namespace {
 struct RecordOptions {
     CommonOptions common;
     bool scrub = false;
-    std::string file;
+    ResultTarget output;
 };
 
 BusRecording recordChosenBus() {
@@ -30,9 +30,10 @@ BusRecording recordChosenBus() {
 
 ExitStatus runRecord(const RecordOptions& options) {
     const HostSetup setup(options.common);
+    requireFree(options.output);
     const BusRecording recording =
         options.scrub ? scrubbedRecording(readChosenBus()) : recordChosenBus();
-    writeResult(recordingText(recording, TAVCTL_VERSION), options.file);
+    writeResult(recordingText(recording, TAVCTL_VERSION), options.output);
     return ExitStatus::done;
 }
 
@@ -42,8 +43,7 @@ Command addRecordCommand(OptionParser& parser) {
     auto options = std::make_shared<RecordOptions>();
     CommandOptions command = parser.command("record", "Write the bus as a dump");
     command.flag("--scrub", options->scrub, "Leave out what does not matter to matching");
-    command.value("-o,--output", options->file, ValueForm::file(),
-                  "File to write (default: standard output)");
+    tavctl::addTo(command, options->output);
     options->common.addTo(command);
     command.footer("Example: tavctl record --scrub -o bus.txt");
     return makeCommand(command, std::move(options), runRecord);

@@ -3,6 +3,7 @@
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/tree/treeText.h"
 #include "tavctl/view/partOptions.h"
+#include "tavctl/words/print.h"
 
 #include <cstdio>
 
@@ -21,13 +22,14 @@ ExitStatus runTree(const TreeOptions& options) {
     const PciNames names = PciNames::load(options.part.pciIds);
     const MarkedBus marked(options.common);
     if (marked.bus.functions().empty())
-        std::fputs("tavctl: there is no function on this bus\n", stderr);
+        complain("there is no function on this bus");
     BusTreeView view(marked.bus, marked.devices);
     showPart(options.part, view);
-    const std::string text = options.common.json ? treeAsJson(view, names)
-                                                 : treeAsText(view, names, options.numeric,
-                                                              TextStyle::forStream(stdout));
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (options.common.json)
+        print(treeAsJson(view, names));
+    else
+        print(treeAsText(view, names, options.numeric, TextStyle::forStream(stdout)),
+              Dress::coloured);
     return ExitStatus::done;
 }
 

@@ -1,6 +1,7 @@
 #include "tavctl/tree/treeText.h"
 
 #include "tavctl/bus/busAddress.h"
+#include "tavctl/words/printable.h"
 
 #include <fmt/core.h>
 
@@ -82,7 +83,8 @@ private:
     }
 
     void drawMissing(const MissingPort& missing) {
-        const std::string text = fmt::format("{{{} port, missing}}", nameOf(missing.device));
+        const std::string text =
+            fmt::format("{{{} port, missing}}", printable(nameOf(missing.device)));
         out_ += fmt::format("  {}\n", style_.warning(text));
     }
 
@@ -90,11 +92,11 @@ private:
         if (function.isBridge())
             out_ += busesOf(function);
         for (const TreeMark& mark : view_.marksOf(function.handle()))
-            out_ +=
-                fmt::format("  {}", style_.mark(fmt::format("{{{}}}", markText(mark, function))));
+            out_ += fmt::format(
+                "  {}", style_.mark(fmt::format("{{{}}}", printable(markText(mark, function)))));
         const std::string name = numeric_ ? identifiersOf(function)
                                           : names_.function(function.vendorId, function.deviceId);
-        out_ += fmt::format("  {}\n", name);
+        out_ += fmt::format("  {}\n", printable(name));
     }
 
     // "8086:a110 1234:0001"

@@ -2,28 +2,28 @@
 
 #include "pxidrivertools/configuration.h"
 #include "tavctl/words/json.h"
+#include "tavctl/words/print.h"
+#include "tavctl/words/printable.h"
 #include "tavctl/words/statusText.h"
 
 #include <fmt/core.h>
-
-#include <cstdio>
 
 namespace tavctl {
 
 namespace {
 
-std::string plainText(const Failure& failure) {
-    std::string text = fmt::format("tavctl: {}\n", failure.sentence());
+std::string plainText(const Failure& failure, bool debug) {
+    std::string text = fmt::format("tavctl: {}\n", printable(failure.sentence()));
     if (failure.status)
         text += fmt::format("  status {}\n", describeStatus(*failure.status));
     if (failure.status ==
         nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::kConfigurationErrNoKey)
         text += "  --descriptions and --state take the place of the configuration\n";
-    const auto record = Json::parsedObject(failure.record);
+    const auto record = debug ? Json::parsedObject(failure.record) : std::nullopt;
     if (record && !record->empty()) {
         text += "  error record\n";
         for (const auto& [name, value] : record->leaves())
-            text += fmt::format("    {} = {}\n", name, value);
+            text += fmt::format("    {} = {}\n", printable(name), printable(value));
     }
     return text;
 }
@@ -54,14 +54,12 @@ std::string Failure::sentence() const {
     return text;
 }
 
-std::string failureText(const Failure& failure, bool asJson) {
-    return asJson ? jsonText(failure) : plainText(failure);
+std::string failureText(const Failure& failure, FailureForm form) {
+    return form.json ? jsonText(failure) : plainText(failure, form.debug);
 }
 
-void printFailure(const Failure& failure, bool asJson) {
-    // In one piece: lines of other programs on the same terminal do not come in between.
-    const std::string text = failureText(failure, asJson);
-    std::fwrite(text.data(), 1, text.size(), stderr);
+void printFailure(const Failure& failure, FailureForm form) {
+    complainInLines(failureText(failure, form));
 }
 
 } // namespace tavctl

@@ -38,11 +38,16 @@ private:
     ExitStatus exitStatus_;
 };
 
-// A failure in lines: the sentence, the status in decimal, hexadecimal and words, and the members
-// of the error record, one a line; or, with `asJson`, all of it as one JSON object in one line.
-[[nodiscard]] std::string failureText(const Failure& failure, bool asJson);
+struct FailureForm {
+    bool json = false;  // one JSON object in one line, with the error record
+    bool debug = false; // with the error record, which names places in the plug-in's sources
+};
+
+// A failure in lines: the sentence, the status in decimal, hexadecimal and words, and, for whoever
+// asks, the members of the error record, one a line; or the same as JSON.
+[[nodiscard]] std::string failureText(const Failure& failure, FailureForm form = {});
 
 // Writes that text to standard error.
-void printFailure(const Failure& failure, bool asJson);
+void printFailure(const Failure& failure, FailureForm form = {});
 
 } // namespace tavctl

@@ -1,5 +1,11 @@
 #include "tavctl/words/json.h"
 
+#include "platform/utf8.h"
+#include "tavctl/words/printable.h"
+
+#include <fmt/core.h>
+
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 namespace tavctl {
@@ -17,6 +23,27 @@ void addLeaves(const Value& object, const std::string& prefix, Leaves& leaves) {
             leaves.emplace_back(prefix + name,
                                 value.is_string() ? value.get<std::string>() : value.dump());
     }
+}
+
+// Characters that a terminal would take for commands, or hide, stand in texts alone: there a number
+// says the same.
+std::string withNumbers(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    const auto out = std::back_inserter(result);
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const char32_t character = platform::takeCodePoint(text).value_or(U'?');
+        if (!isUnprintable(character))
+            result += before.substr(0, before.size() - text.size());
+        else if (constexpr char32_t kFirstPair = 0x10000; character < kFirstPair)
+            fmt::format_to(out, "\\u{:04x}", static_cast<unsigned>(character));
+        else
+            fmt::format_to(out, "\\u{:04x}\\u{:04x}",
+                           0xD800U + static_cast<unsigned>((character - kFirstPair) >> 10U),
+                           0xDC00U + static_cast<unsigned>(character & 0x3FFU));
+    }
+    return result;
 }
 
 } // namespace
@@ -63,7 +90,7 @@ bool Json::empty() const {
 }
 
 std::string Json::line() const {
-    return value_->dump(-1, ' ', false, Value::error_handler_t::replace) + "\n";
+    return withNumbers(value_->dump(-1, ' ', false, Value::error_handler_t::replace)) + "\n";
 }
 
 std::optional<Json> Json::parsedObject(const std::string& text) {

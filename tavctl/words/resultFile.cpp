@@ -1,44 +1,126 @@
 #include "tavctl/words/resultFile.h"
 
 #include "platform/file.h"
+#include "platform/fileReplacement.h"
+#include "platform/randomSeed.h"
+#include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/print.h"
 
+#include <fmt/core.h>
+
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace tavctl {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& file, platform::SystemCode code) {
-    throw FailureException({"write result", file, platform::systemMessage(code), {}, {}});
+using platform::SystemCode;
+
+[[noreturn]] void fail(const std::string& file, std::string reason) {
+    throw FailureException({"write result", file, std::move(reason), {}, {}});
 }
 
-} // namespace
+[[noreturn]] void fail(const std::string& file, SystemCode code) {
+    fail(file, platform::systemMessage(code));
+}
 
-void writeResult(const std::string& text, const std::string& file) {
-    if (file.empty()) {
-        if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() ||
-            std::fflush(stdout) != 0)
-            fail("standard output", platform::lastSystemCode());
-        return;
-    }
-    platform::Stream stream = platform::openStream(file.c_str(), "wb");
-    if (!stream)
-        fail(file, platform::lastSystemCode());
-    platform::SystemCode code = platform::kNoSystemError;
+std::filesystem::file_type typeOf(const std::string& file) {
+    std::error_code ignored;
+    return std::filesystem::status(platform::utf8Path(file), ignored).type();
+}
+
+// Writes, forces nothing onto the disk, and closes.
+SystemCode writeAndClose(platform::Stream stream, const std::string& text) {
+    SystemCode code = platform::kNoSystemError;
     if (std::fwrite(text.data(), 1, text.size(), stream.get()) != text.size())
         code = platform::lastSystemCode();
     if (std::fclose(stream.release()) != 0 && code == platform::kNoSystemError)
         code = platform::lastSystemCode();
+    return code;
+}
+
+void writeInto(const std::string& file, const std::string& text) {
+    platform::Stream stream = platform::openStream(file.c_str(), "wb");
+    if (!stream)
+        fail(file, platform::lastSystemCode());
+    if (const SystemCode code = writeAndClose(std::move(stream), text);
+        code != platform::kNoSystemError)
+        fail(file, code);
+}
+
+// An empty file beside the target, and its name.
+std::pair<platform::NewFile, std::string> createBeside(const std::string& target,
+                                                       platform::NewFileAccess access) {
+    constexpr int kAttempts = 100;
+    platform::NewFile made;
+    std::string name;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        name = fmt::format("{}.{:08x}.tmp", target,
+                           static_cast<std::uint32_t>(platform::randomSeed()));
+        made = platform::createExclusively(name.c_str(), access);
+        if (made.stream || !platform::isNameTaken(made.code))
+            break;
+    }
+    return {std::move(made), std::move(name)};
+}
+
+SystemCode takeAccess(const std::string& from, std::FILE* to) {
+    const platform::Stream old = platform::openStream(from.c_str(), "rb");
+    return old ? platform::takeAccess(old.get(), to) : platform::lastSystemCode();
+}
+
+void writeBeside(std::string target, const std::string& text) {
+    const std::string named = target;
+    if (const SystemCode code = platform::followLinks(target); code != platform::kNoSystemError)
+        fail(named, code);
+    const bool isNew = typeOf(target) == std::filesystem::file_type::not_found;
+    auto [made, temporary] = createBeside(target, isNew ? platform::NewFileAccess::usual
+                                                        : platform::NewFileAccess::ownerOnly);
+    SystemCode code = made.code;
+    if (made.stream) {
+        if (!isNew)
+            code = takeAccess(target, made.stream.get());
+        const SystemCode written = writeAndClose(std::move(made.stream), text);
+        if (code == platform::kNoSystemError)
+            code = written;
+    } else if (!made.isThere) {
+        fail(named, code);
+    }
+    if (code == platform::kNoSystemError)
+        code = platform::renameReplacing(temporary.c_str(), target.c_str());
     if (code == platform::kNoSystemError)
         return;
-    // Half a result is worse than none; but a device is not ours to remove.
-    std::error_code ignored;
-    if (std::filesystem::is_regular_file(file, ignored))
-        platform::removeFile(file.c_str());
-    fail(file, code);
+    platform::removeFile(temporary.c_str());
+    fail(named, code);
+}
+
+} // namespace
+
+void requireFree(const ResultTarget& target) {
+    if (!target.file.empty() && !target.replace &&
+        typeOf(target.file) == std::filesystem::file_type::regular)
+        fail(target.file, "the file exists; --force replaces it");
+}
+
+void writeResult(const std::string& text, const ResultTarget& target) {
+    if (target.file.empty()) {
+        print(text);
+        return;
+    }
+    requireFree(target);
+    switch (typeOf(target.file)) {
+    case std::filesystem::file_type::regular:
+    case std::filesystem::file_type::not_found:
+        writeBeside(target.file, text);
+        break;
+    default:
+        writeInto(target.file, text);
+    }
 }
 
 } // namespace tavctl

@@ -5,8 +5,18 @@
 
 namespace tavctl {
 
-// Writes the whole text; a file that cannot be written whole is removed again, a device is not.
-// Raises FailureException.
-void writeResult(const std::string& text, const std::string& file);
+struct ResultTarget {
+    std::string file;     // empty: standard output
+    bool replace = false; // whether a file that is there may be replaced
+};
+
+// Raises FailureException when there is a file that may not be replaced: for commands that would
+// otherwise tell so only after a long work.
+void requireFree(const ResultTarget& target);
+
+// Writes the whole text. A file is written beside its place and put there when it is whole: a
+// failure leaves what was there before. A device, a pipe or a socket is written to as it is. Raises
+// FailureException.
+void writeResult(const std::string& text, const ResultTarget& target);
 
 } // namespace tavctl

@@ -1,6 +1,7 @@
 #include "tavctl/words/textTable.h"
 
 #include "tavctl/words/characters.h"
+#include "tavctl/words/printable.h"
 
 #include <algorithm>
 #include <numeric>
@@ -32,6 +33,10 @@ std::string fitText(std::string_view text, std::size_t width) {
 
 std::vector<std::string> tableLines(std::vector<TableRow> rows,
                                     const std::vector<std::size_t>& cutFirst, std::size_t width) {
+    for (TableRow& row : rows) {
+        for (std::string& cell : row)
+            cell = printable(cell);
+    }
     std::vector<std::size_t> widths = columnWidths(rows);
     std::size_t total = std::accumulate(widths.begin(), widths.end(), std::size_t{0}) +
                         kGap * (widths.empty() ? 0 : widths.size() - 1);

@@ -1,6 +1,7 @@
 #include "tavctl/words/words.h"
 
 #include "tavctl/words/characters.h"
+#include "tavctl/words/printable.h"
 
 #include <fmt/core.h>
 
@@ -37,9 +38,10 @@ void wrapLine(std::string& out, std::string_view line, std::size_t indent, std::
 
 std::string quoted(std::string_view text) {
     constexpr std::size_t kLongest = 50;
-    if (characterCount(text) <= kLongest)
-        return fmt::format("\"{}\"", text);
-    return fmt::format("\"{}...\"", firstCharacters(text, kLongest));
+    const std::string shown = printable(text);
+    if (characterCount(shown) <= kLongest)
+        return fmt::format("\"{}\"", shown);
+    return fmt::format("\"{}...\"", firstCharacters(shown, kLongest));
 }
 
 std::string counted(std::size_t number, std::string_view noun) {

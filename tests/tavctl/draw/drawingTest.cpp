@@ -196,7 +196,8 @@ TEST(Drawing, RootBusOfNothingButTheWayToADeviceHasNoBox) {
 
 TEST(DotText, EscapesMarkupAndReplacesWhatIsNoText) {
     EXPECT_EQ(markupText("a<b>&\"c\""), "a&lt;b&gt;&amp;&quot;c&quot;");
-    EXPECT_EQ(markupText("\xC3\xB6\xFF\n\x7F"), "\xC3\xB6\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(markupText("\xC3\xB6\xFF\n"), "\xC3\xB6&#92;xFF&#92;x0A");
+    EXPECT_EQ(markupText("ends with \\"), "ends with &#92;");
     EXPECT_EQ(fontText("COLOR=\"red\"", "<"), "<FONT COLOR=\"red\">&lt;</FONT>");
 }
 

@@ -27,7 +27,7 @@ TEST(Failure, StatusStandsInForAMissingReason) {
 }
 
 TEST(Failure, TextHasTheMembersOfTheErrorRecord) {
-    EXPECT_EQ(failureText(kFailure, false),
+    EXPECT_EQ(failureText(kFailure, {false, true}),
               "tavctl: load bridge library (zopcibrd.so): the bridge library could not be loaded, "
               "or lacks a function\n"
               "  status -52005 (0xFFFF34DB): the bridge library could not be loaded, or lacks a "
@@ -39,11 +39,11 @@ TEST(Failure, TextHasTheMembersOfTheErrorRecord) {
 }
 
 TEST(Failure, WithoutStatusAndRecordTheSentenceIsAll) {
-    EXPECT_EQ(failureText({"use", "x", "why", {}, {}}, false), "tavctl: use (x): why\n");
+    EXPECT_EQ(failureText({"use", "x", "why", {}, {}}, {false, true}), "tavctl: use (x): why\n");
 }
 
 TEST(Failure, JsonHasEverything) {
-    const auto error = nlohmann::json::parse(failureText(kFailure, true)).at("error");
+    const auto error = nlohmann::json::parse(failureText(kFailure, {true, false})).at("error");
     EXPECT_EQ(error.at("operation"), "load bridge library");
     EXPECT_EQ(error.at("object"), "zopcibrd.so");
     EXPECT_EQ(error.at("status"), -52005);
@@ -54,8 +54,8 @@ TEST(Failure, JsonHasEverything) {
 TEST(Failure, RecordThatIsNoJsonIsLeftOut) {
     Failure failure = kFailure;
     failure.record = "{broken";
-    EXPECT_EQ(failureText(failure, false).find("error record"), std::string::npos);
-    EXPECT_FALSE(nlohmann::json::parse(failureText(failure, true)).at("error").contains("record"));
+    EXPECT_EQ(failureText(failure, {false, true}).find("error record"), std::string::npos);
+    EXPECT_FALSE(nlohmann::json::parse(failureText(failure, {true, false})).at("error").contains("record"));
 }
 
 } // namespace
