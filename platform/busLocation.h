@@ -11,6 +11,9 @@ namespace platform {
 // publishes none. The environment is not asked in a process with raised privileges.
 std::optional<std::string> busLocation();
 
+// Whether that is a recorded bus rather than the machine's own.
+bool isBusRecorded();
+
 // Where the bus is read whose functions are the devices of this machine: busLocation() on a system
 // that lists no devices of its own; elsewhere the recorded bus that this process itself has put in
 // their place with useRecordedBus(), or nothing.

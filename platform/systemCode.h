@@ -28,6 +28,10 @@ SystemCode failedTransferCode() noexcept;
 // What both systems say of a thing that is not there: ENOENT and ERROR_FILE_NOT_FOUND.
 inline constexpr SystemCode kNotFound = 2;
 
+// True for the codes by which the system refuses a thing that is there to this user, or to
+// everybody on this file system.
+bool isRefusal(SystemCode code) noexcept;
+
 // True for the code by which the system reports that another process holds a file open without
 // sharing it. Never true on systems that do not know such a refusal.
 bool isSharingViolation(SystemCode code) noexcept;

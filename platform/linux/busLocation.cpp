@@ -6,9 +6,22 @@
 
 namespace platform {
 
-std::optional<std::string> busLocation() {
+namespace {
+
+// Null when there is none.
+const char* recordedBus() {
     const char* const recorded = secure_getenv(kRecordedBusVariable);
-    return recorded != nullptr && *recorded != '\0' ? recorded : "/sys";
+    return recorded != nullptr && *recorded != '\0' ? recorded : nullptr;
+}
+
+} // namespace
+
+std::optional<std::string> busLocation() {
+    return isBusRecorded() ? recordedBus() : "/sys";
+}
+
+bool isBusRecorded() {
+    return recordedBus() != nullptr;
 }
 
 std::optional<std::string> deviceBusLocation() {

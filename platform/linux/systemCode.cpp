@@ -25,6 +25,10 @@ SystemCode failedTransferCode() noexcept {
     return EIO;
 }
 
+bool isRefusal(SystemCode code) noexcept {
+    return code == EACCES || code == EPERM || code == EROFS;
+}
+
 bool isSharingViolation(SystemCode) noexcept {
     return false; // every file can be opened while others have it open
 }

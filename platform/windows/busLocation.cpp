@@ -10,6 +10,10 @@ std::optional<std::string> busLocation() {
     return environmentVariable(kRecordedBusVariable);
 }
 
+bool isBusRecorded() {
+    return environmentVariable(kRecordedBusVariable) || hostVariable(kHostPciFunctions);
+}
+
 std::optional<std::string> deviceBusLocation() {
     return hostVariable(kHostPciFunctions);
 }

@@ -25,6 +25,10 @@ SystemCode failedTransferCode() noexcept {
     return ERROR_IO_DEVICE;
 }
 
+bool isRefusal(SystemCode code) noexcept {
+    return code == ERROR_ACCESS_DENIED || code == ERROR_WRITE_PROTECT;
+}
+
 bool isSharingViolation(SystemCode code) noexcept {
     return code == ERROR_SHARING_VIOLATION;
 }

@@ -91,7 +91,7 @@ private:
                                      .append(headerColour(device_.listed.category))
                                      .append(device_.ports.empty() ? "\" WIDTH=\"200\">" : "\">");
         out_.append("<TR><TD PORT=\"h\" ").append(cell).append("<B>");
-        out_.append(markupText(fitText(device_.listed.terminalName, kModelWidth)));
+        out_.append(markupText(fitText(markedName(device_.listed), kModelWidth)));
         out_.append("</B>&#160;&#160;&#160;");
         out_.append(fontText(kFaintFont,
                              device_.reported ? addressOf(view_.bus(), *device_.reported) : "-"));
@@ -135,7 +135,7 @@ private:
         std::string devices;
         for (const std::size_t i : devicesIn(placement_, index_, number))
             devices.append(devices.empty() ? "" : ", ")
-                .append(view_.devices()[i].listed.terminalName);
+                .append(markedName(view_.devices()[i].listed));
         if (!devices.empty())
             return fontText(kDeviceFont, fitText(devices, kContentWidth));
         const PciFunction* const bridge = port.bridge ? view_.bus().find(*port.bridge) : nullptr;
@@ -163,7 +163,7 @@ std::string deviceMarkup(const BusTreeView& view, const PciNames& names, const P
 }
 
 std::string deviceTooltip(const PlacedDevice& device) {
-    std::string text = device.listed.terminalName;
+    std::string text = markedName(device.listed);
     return markupText(text.append(": ").append(device.listed.model));
 }
 

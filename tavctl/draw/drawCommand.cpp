@@ -46,10 +46,10 @@ std::string laidOut(const std::string& dot) {
 }
 
 ExitStatus runDraw(const DrawOptions& options) {
-    const HostSetup setup(options.common);
+    const HostSetup setup(options.common, Names::copied);
     requireFree(options.output);
     const PciNames names = PciNames::load(options.part.pciIds);
-    const auto marked = std::make_unique<MarkedBus>(options.common);
+    const auto marked = std::make_unique<MarkedBus>(options.common, setup);
     BusTreeView view(marked->bus, marked->devices);
     showPart(options.part, view);
     DrawingOptions drawing;

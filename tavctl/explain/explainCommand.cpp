@@ -25,20 +25,13 @@ struct ExplainOptions {
     std::string model; // empty: every model
 };
 
-// As the plug-in fails; whoever asks why is the one who can mend it.
-[[noreturn]] void failToLoad(std::int32_t status) {
-    Failure failure = diagnoseInitialize(status, {});
-    if (!failure.reason.empty())
-        failure.reason += "; \"tavctl lint\" shows every problem";
-    throw FailureException(std::move(failure));
-}
-
 explain::Descriptions loadDescriptions() {
     explain::Descriptions descriptions;
     for (const std::string& file : descriptionFiles()) {
         descriptions.push_back(std::make_unique<lint::Description>(file));
         if (!descriptions.back()->loads())
-            failToLoad(descriptions.back()->reads().problems().front().status);
+            throw FailureException(
+                diagnoseInitialize(descriptions.back()->reads().problems().front().status, {}));
     }
     return descriptions;
 }
@@ -55,7 +48,7 @@ explain::Descriptions loadDescriptions() {
 }
 
 ExitStatus runExplain(const ExplainOptions& options) {
-    const HostSetup setup(options.common);
+    const HostSetup setup(options.common, Names::copied);
     explain::Descriptions descriptions = loadDescriptions();
     const auto isMeant = [&](const std::string& model) {
         return options.model.empty() || model == options.model;
@@ -73,7 +66,7 @@ ExitStatus runExplain(const ExplainOptions& options) {
     print(options.common.json ? explain::explanationsAsJson(explanations)
                               : explain::explanationsAsText(explanations));
     if (!any)
-        complain("there are no description files");
+        explainNoDescriptions();
     const bool listed = std::any_of(explanations.begin(), explanations.end(),
                                     [](const auto& each) { return each.listed() != 0; });
     return options.model.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;

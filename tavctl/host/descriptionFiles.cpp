@@ -6,6 +6,7 @@
 #include "source/cPciTavFilesystem.h"
 #include "source/exceptionStatus.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/print.h"
 
 #include <fmt/core.h>
 
@@ -15,11 +16,18 @@ namespace tavctl {
 
 namespace {
 
+namespace fs = std::filesystem;
 using nZoTavManagerPciPlugin_15_0::cPciTavFilesystem;
+
+constexpr const char* kInnerFolder = "PCI Hardware Descriptions";
 
 [[noreturn]] void fail(const std::string& object, const zoerr::Exception& exception) {
     throw FailureException(
         {"list descriptions", object, {}, exception.status().code, exception.text()});
+}
+
+std::string folderOf(const std::string& pattern) {
+    return pattern.substr(0, platform::lastSeparator(pattern) + 1);
 }
 
 std::vector<std::string> filesLike(cPciTavFilesystem& filesystem, const std::string& pattern) {
@@ -29,9 +37,9 @@ std::vector<std::string> filesLike(cPciTavFilesystem& filesystem, const std::str
     } catch (const zoerr::Exception& exception) {
         fail(pattern, exception);
     }
-    const std::string folder = pattern.substr(0, platform::lastSeparator(pattern) + 1);
+    const std::string folder = folderOf(pattern);
     std::error_code error;
-    if (files.empty() && !std::filesystem::is_directory(platform::utf8Path(folder), error))
+    if (files.empty() && !fs::is_directory(platform::utf8Path(folder), error))
         throw FailureException({"list descriptions", folder, "there is no such folder", {}, {}});
     return files;
 }
@@ -55,8 +63,36 @@ std::vector<std::string> descriptionFilesIn(const std::string& folder) {
     std::string prefix = folder;
     if (platform::lastSeparator(prefix) + 1 != prefix.size())
         prefix += separator;
-    return filesLike(filesystem,
-                     fmt::format("{}PCI Hardware Descriptions{}*.ini", prefix, separator));
+    return filesLike(filesystem, fmt::format("{}{}{}*.ini", prefix, kInnerFolder, separator));
+}
+
+void explainNoDescriptions() {
+    try {
+        if (descriptionFiles().empty())
+            complain(fmt::format("there are no description files in {}",
+                                 folderOf(cPciTavFilesystem().GetDescriptionFilePattern())));
+    } catch (const FailureException& exception) {
+        complain(exception.what());
+    }
+}
+
+void requireDescriptionFolder(const std::string& folder) {
+    const auto fail = [&](const std::string& reason) {
+        throw FailureException({"use --descriptions", folder, reason, {}, {}});
+    };
+    std::error_code error;
+    const fs::path path = platform::utf8Path(folder);
+    if (!fs::is_directory(path, error))
+        fail("there is no such folder");
+    // What is there and is no folder is named where it is searched.
+    if (fs::symlink_status(path / kInnerFolder, error).type() != fs::file_type::not_found)
+        return;
+    const fs::path whole = fs::absolute(path, error).lexically_normal();
+    const fs::path last = whole.has_filename() ? whole : whole.parent_path();
+    if (last.filename() == kInnerFolder)
+        fail(fmt::format("this is the inner folder; the one that holds it is {}",
+                         platform::utf8Text(last.parent_path())));
+    fail(fmt::format("there is no folder \"{}\" in it", kInnerFolder));
 }
 
 } // namespace tavctl

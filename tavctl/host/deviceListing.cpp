@@ -2,6 +2,7 @@
 
 #include "pcibus/pciFunction.h"
 #include "tavctl/words/json.h"
+#include "tavctl/words/print.h"
 #include "tavctl/words/textTable.h"
 
 #include <fmt/core.h>
@@ -124,10 +125,21 @@ std::string listingAsJson(const std::vector<ListedDevice>& devices) {
                             {"walkValue", orNull(device.walkValue)},
                             {"linkWidthPerLabel", orNull(device.linkWidthPerLabel)},
                             {"terminalName", device.terminalName},
+                            {"stored", device.isStored},
                             {"ports", std::move(ports)}});
     }
     const Json whole{{"devices", std::move(list)}};
     return whole.line();
+}
+
+std::string markedName(const ListedDevice& device) {
+    return device.isStored ? device.terminalName : device.terminalName + "*";
+}
+
+void explainMarks(const std::vector<ListedDevice>& devices) {
+    if (std::any_of(devices.begin(), devices.end(),
+                    [](const ListedDevice& device) { return !device.isStored; }))
+        complain("names with * would be given, and are not stored");
 }
 
 std::string linkSpeedName(std::int32_t code) {
@@ -140,7 +152,7 @@ std::string linkSpeedName(std::int32_t code) {
 std::string listingAsTable(const std::vector<ListedDevice>& devices, bool verbose) {
     std::vector<TableRow> rows{{"NAME", "MODEL", "ADDRESS", "CATEGORY", "PORTS"}};
     for (const ListedDevice& device : devices)
-        rows.push_back({device.terminalName, device.model,
+        rows.push_back({markedName(device), device.model,
                         pcibus::addressTextOf(static_cast<unsigned>(device.bus),
                                               static_cast<unsigned>(device.device),
                                               static_cast<unsigned>(device.function)),

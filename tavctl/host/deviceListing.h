@@ -28,6 +28,7 @@ struct ListedDevice {
     std::optional<std::int32_t> linkWidthPerLabel;
     std::string terminalName;
     std::vector<ListedPort> ports;
+    bool isStored = true; // the name, so that it is the device's for good
 };
 
 // Raises FailureException.
@@ -35,6 +36,12 @@ std::vector<ListedDevice> readDevices(const HostPlugin& plugin);
 
 // One JSON object in one line, with its line feed. Bytes that are not UTF-8 are replaced.
 std::string listingAsJson(const std::vector<ListedDevice>& devices);
+
+// The terminal name as people see it: with "*" behind one that is not stored.
+std::string markedName(const ListedDevice& device);
+
+// Says what that means when there is one.
+void explainMarks(const std::vector<ListedDevice>& devices);
 
 // A link speed by its code in the link capabilities: 1 is "2.5 GT/s".
 std::string linkSpeedName(std::int32_t code);

@@ -129,7 +129,7 @@ std::optional<Failure> tryDescription(const std::string& path) {
     if (const lint::Description description(path); !description.loads()) {
         Failure told = lint::loadFailure(description);
         failure->object = std::move(told.object);
-        failure->reason = std::move(told.reason);
+        failure->reason = fmt::format("{}; see: tavctl lint", told.reason);
     }
     return failure;
 }

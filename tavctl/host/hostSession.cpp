@@ -4,25 +4,58 @@
 #include "platform/utf8Path.h"
 #include "quil/zoerr.h"
 #include "source/cPciTavFilesystem.h"
-#include "source/cTerminalNameDb.h"
 #include "tavctl/bus/busFile.h"
+#include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/diagnosis.h"
 #include "tavctl/host/hostPlugin.h"
+#include "tavctl/host/nameFile.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/print.h"
 #include "tavctl/words/progress.h"
 
+#include <fmt/core.h>
+
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 namespace tavctl {
 
-std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options) {
+namespace {
+
+// A name and the model that it is stored for: no two slots have the same.
+using StoredNames = std::set<std::pair<std::string, std::string>>;
+
+StoredNames storedNames(const HostSetup& setup) {
+    StoredNames names;
+    if (setup.nameFileInForce().empty())
+        return names;
+    const NameFile file(setup.nameFileInForce(), true);
+    for (const NameEntry& entry : file.entries())
+        names.emplace(entry.terminalName, entry.model);
+    return names;
+}
+
+} // namespace
+
+std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const HostSetup& setup) {
+    if (!setup.whyNotCopied().empty())
+        complain(fmt::format("the stored names are not known ({}: {})",
+                             platform::utf8Text(setup.nameFile()), setup.whyNotCopied()));
+    const bool stores = setup.nameFileInForce() == setup.nameFile();
     const Progress progress("the plug-in looks for devices");
+    const StoredNames before = stores ? StoredNames() : storedNames(setup);
     const HostPlugin plugin(options.plugin);
     const std::int32_t status = plugin.initialize();
     if (status < 0)
         throw FailureException(diagnoseInitialize(status, plugin.path()));
-    return readDevices(plugin);
+    std::vector<ListedDevice> devices = readDevices(plugin);
+    if (devices.empty())
+        explainNoDescriptions();
+    for (ListedDevice& device : devices)
+        device.isStored = stores || before.contains({device.terminalName, device.model});
+    return devices;
 }
 
 std::string chosenBusLocation() {
@@ -42,13 +75,15 @@ pcibus::Bus readChosenBus() {
     return readBusFile(location);
 }
 
-std::filesystem::path nameFilePath() {
-    using namespace nZoTavManagerPciPlugin_15_0;
+std::filesystem::path nameFilePath(const HostSetup& setup) {
+    if (!setup.nameFile().empty())
+        return setup.nameFile();
     try {
-        return platform::utf8Path(cPciTavFilesystem().GetConfigPath() + kNameFile);
+        nZoTavManagerPciPlugin_15_0::cPciTavFilesystem().GetConfigPath();
     } catch (const zoerr::Exception& exception) {
         throw FailureException(diagnoseInitialize(exception.status().code, "this program"));
     }
+    throw FailureException({"find terminal names", {}, "no folder is configured", {}, {}});
 }
 
 } // namespace tavctl

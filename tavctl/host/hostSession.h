@@ -4,6 +4,7 @@
 
 #include "pcibus/bus.h"
 #include "tavctl/host/deviceListing.h"
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/options/commonOptions.h"
 
 #include <filesystem>
@@ -11,9 +12,10 @@
 
 namespace tavctl {
 
-// Loads the plug-in as a host does, initialises it and reads its devices. The options must be in
-// force (see HostSetup). Raises FailureException.
-std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options);
+// Loads the plug-in as a host does, initialises it and reads its devices, each marked with whether
+// its name is stored in the configured name file. Says in a line of its own where this user may not
+// read that. Raises FailureException.
+std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const HostSetup& setup);
 
 // Where the bus stands that this process sees (see pcibus/readBus.h): what --dump names, else the
 // machine's own. Raises FailureException when the system publishes none.
@@ -22,7 +24,7 @@ std::string chosenBusLocation();
 // That bus. Raises FailureException.
 pcibus::Bus readChosenBus();
 
-// Where the terminal names are stored, by the configuration in force. Raises FailureException.
-std::filesystem::path nameFilePath();
+// Where the terminal names are stored. Raises FailureException where no folder is configured.
+std::filesystem::path nameFilePath(const HostSetup& setup);
 
 } // namespace tavctl

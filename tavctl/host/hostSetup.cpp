@@ -1,14 +1,20 @@
 #include "tavctl/host/hostSetup.h"
 
+#include "platform/configurationValue.h"
 #include "platform/directorySearch.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/configuration.h"
 #include "quil/systemStatus.h"
+#include "source/cTerminalNameDb.h"
+#include "tavctl/host/descriptionFiles.h"
+#include "tavctl/host/namesCopy.h"
 #include "tavctl/words/failure.h"
 
 #include <fmt/core.h>
 
 #include <filesystem>
+#include <optional>
+#include <utility>
 
 namespace tavctl {
 
@@ -23,17 +29,13 @@ std::string asPrefix(std::string folder) {
     return folder;
 }
 
-// The value to present: what the option gives, or what the machine is configured with, if anything.
-void addValue(platform::HostConfiguration::Values& values, const char* name,
-              const std::string& option) {
-    if (!option.empty()) {
-        values.emplace_back(name, asPrefix(option));
-        return;
-    }
+// What the option gives, or what the machine is configured with, if anything.
+std::optional<std::string> valueOf(const char* name, const std::string& option) {
+    if (!option.empty())
+        return asPrefix(option);
     nZOQUIL000::tErrorStatus status;
     std::string configured = readConfiguration(name, status);
-    if (!status.failed())
-        values.emplace_back(name, std::move(configured));
+    return status.failed() ? std::nullopt : std::optional(std::move(configured));
 }
 
 [[noreturn]] void fail(const char* operation, const std::string& object,
@@ -45,25 +47,46 @@ void addValue(platform::HostConfiguration::Values& values, const char* name,
                             {}});
 }
 
-void requireFolder(const char* option, const std::string& folder) {
+// Of the machine's own configuration: what is put in its place would be named as the origin.
+void requireDescriptions(const CommonOptions& options) {
+    nZOQUIL000::tErrorStatus status;
+    if (options.descriptions.empty())
+        readConfiguration(kPathValue, status);
+    if (status.failed())
+        throw FailureException({fmt::format("read configuration value \"{}\"", kPathValue),
+                                platform::configurationOrigin(kConfigurationKey),
+                                {},
+                                status.code,
+                                status.textOrEmpty()});
+}
+
+void requireStateFolder(const std::string& folder) {
     std::error_code error;
-    const bool isFolder = std::filesystem::is_directory(platform::utf8Path(folder), error);
-    if (!isFolder)
-        throw FailureException(
-            {fmt::format("use {}", option), folder, "there is no such folder", {}, {}});
+    if (!std::filesystem::is_directory(platform::utf8Path(folder), error))
+        throw FailureException({"use --state", folder, "there is no such folder", {}, {}});
 }
 
 } // namespace
 
-HostSetup::HostSetup(const CommonOptions& options) {
+HostSetup::HostSetup(const CommonOptions& options, Names names) {
     if (!options.descriptions.empty())
-        requireFolder("--descriptions", options.descriptions);
+        requireDescriptionFolder(options.descriptions);
     if (!options.state.empty())
-        requireFolder("--state", options.state);
-    if (!options.descriptions.empty() || !options.state.empty()) {
+        requireStateFolder(options.state);
+    auto state = valueOf(kConfigPathValue, options.state);
+    if (state)
+        nameFile_ = platform::utf8Path(*state + nZoTavManagerPciPlugin_15_0::kNameFile);
+    if (names == Names::copied) {
+        requireDescriptions(options);
+        copyNameFile();
+        state = platform::utf8Text(scratch_->path() / "");
+    }
+    if (!options.descriptions.empty() || !options.state.empty() || names == Names::copied) {
         platform::HostConfiguration::Values values;
-        addValue(values, kPathValue, options.descriptions);
-        addValue(values, kConfigPathValue, options.state);
+        if (auto descriptions = valueOf(kPathValue, options.descriptions))
+            values.emplace_back(kPathValue, std::move(*descriptions));
+        if (state)
+            values.emplace_back(kConfigPathValue, std::move(*state));
         configuration_ = std::make_unique<platform::HostConfiguration>(kConfigurationKey, values);
         if (configuration_->code() != platform::kNoSystemError)
             fail("configure", "this process", configuration_->code());
@@ -73,6 +96,16 @@ HostSetup::HostSetup(const CommonOptions& options) {
         if (code != platform::kNoSystemError)
             fail("use --dump", options.dump, code);
     }
+}
+
+void HostSetup::copyNameFile() {
+    scratch_ = std::make_unique<ScratchFolder>();
+    if (!nameFile_.empty())
+        whyNotCopied_ = copyNames(nameFile_, nameFileInForce());
+}
+
+std::filesystem::path HostSetup::nameFileInForce() const {
+    return scratch_ ? scratch_->path() / nZoTavManagerPciPlugin_15_0::kNameFile : nameFile_;
 }
 
 } // namespace tavctl

@@ -84,11 +84,29 @@ NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
     platform::SystemCode code =
         openPatiently([&] { return lock_.open(lockFile.c_str()); }, &platform::isSharingViolation,
                       [](auto delay) { std::this_thread::sleep_for(delay); });
+    if (purpose == Purpose::reading && platform::isRefusal(code))
+        return;
     if (code == platform::kNoSystemError)
         code = lock_.lock();
-    if (code != platform::kNoSystemError)
+    isHeld_ = code == platform::kNoSystemError;
+    if (!isHeld_)
         throw FailureException(
             {"lock terminal names", lockFile, platform::systemMessage(code), {}, {}});
+}
+
+std::string whyNotLockable(const fs::path& nameFile) {
+    if (nameFile.empty())
+        return {};
+    const std::string lockFile = platform::utf8Text(nameFile.parent_path() / kNameLockFile);
+    const int made = cPciTavFilesystem().EnsureFileExists(lockFile);
+    platform::SystemCode code =
+        made > 0 ? static_cast<platform::SystemCode>(made) : platform::kNoSystemError;
+    if (platform::FileLock lock; code == platform::kNoSystemError)
+        code = lock.open(lockFile.c_str());
+    const bool isBusy = platform::isSharingViolation(code);
+    return code == platform::kNoSystemError || code == platform::kNotFound || isBusy
+               ? std::string()
+               : platform::systemMessage(code);
 }
 
 NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {

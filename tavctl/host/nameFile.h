@@ -18,12 +18,21 @@ public:
     enum class Purpose { reading, writing };
 
     // Waits while another process holds the lock. For reading a lock file that is missing is not
-    // made: nobody has used the folder yet.
+    // made, since nobody has used the folder yet, and one that this user may not open is done
+    // without: isHeld() says so.
     NameLock(const std::filesystem::path& nameFile, Purpose purpose);
+
+    [[nodiscard]] bool isHeld() const { return isHeld_; }
 
 private:
     platform::FileLock lock_; // releases it by closing the file, which cannot fail
+    bool isHeld_ = false;
 };
+
+// Why this user cannot lock the names for storing them, in the system's words. Empty when nothing
+// speaks against it, and when the folder is not there or not configured: then a host fails too, and
+// tells why.
+std::string whyNotLockable(const std::filesystem::path& nameFile);
 
 // What is stored for one slot, with model and name as the plug-in tells them: unescaped. Empty
 // texts stand for what is missing.

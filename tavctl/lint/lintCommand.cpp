@@ -53,7 +53,7 @@ ExitStatus runLint(const LintOptions& options) {
     if (report.endsLoad() && !options.dumps.empty())
         complain("the recorded buses were not looked at, since the files do not load");
     if (files.empty()) {
-        complain("there are no description files to check");
+        explainNoDescriptions();
         return ExitStatus::problemFound;
     }
     return report.errors() == 0 && !lint::losesAny(comparisons) ? ExitStatus::done

@@ -1,29 +1,78 @@
 #include "tavctl/list/listCommand.h"
 
+#include "platform/busLocation.h"
+#include "platform/utf8Path.h"
+#include "pxidrivertools/iIniFile.h"
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
+#include "tavctl/host/nameFile.h"
+#include "tavctl/words/failure.h"
 #include "tavctl/words/print.h"
+#include "tavctl/words/statusText.h"
+
+#include <fmt/core.h>
+
+#include <optional>
+#include <vector>
 
 namespace tavctl {
 
 namespace {
+
+using Devices = std::vector<ListedDevice>;
 
 struct ListOptions {
     CommonOptions common;
     bool verbose = false;
 };
 
+// As a host gives names: on the machine's own bus, or where somebody says where to store them.
+bool isToStore(const CommonOptions& options) {
+    return !options.state.empty() || (options.dump.empty() && !platform::isBusRecorded());
+}
+
+// Nothing, after a line that says so, when the names cannot be stored.
+std::optional<Devices> devicesOfHost(const CommonOptions& options) {
+    using namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0;
+    const HostSetup setup(options);
+    const auto giveUp = [](const std::string& file, const std::string& reason) {
+        complain(fmt::format("nothing is stored ({}: {})", file, reason));
+        return std::nullopt;
+    };
+    if (const std::string reason = whyNotLockable(setup.nameFile()); !reason.empty())
+        return giveUp(platform::utf8Text(setup.nameFile().parent_path()), reason);
+    try {
+        return devicesOfPlugin(options, setup);
+    } catch (const FailureException& exception) {
+        if (exception.failure().status != kIniFileErrNotStored)
+            throw;
+        const Failure& failure = exception.failure();
+        return giveUp(platform::utf8Text(setup.nameFile()),
+                      failure.reason.empty() ? statusWords(*failure.status) : failure.reason);
+    }
+}
+
+Devices devicesToList(const CommonOptions& options) {
+    if (isToStore(options)) {
+        if (auto devices = devicesOfHost(options))
+            return std::move(*devices);
+    }
+    const HostSetup setup(options, Names::copied);
+    return devicesOfPlugin(options, setup);
+}
+
 ExitStatus runList(const ListOptions& options) {
-    const HostSetup setup(options.common);
-    const auto devices = devicesOfPlugin(options.common);
+    const Devices devices = devicesToList(options.common);
     if (options.common.json) {
         print(listingAsJson(devices));
-    } else if (devices.empty()) {
-        complain("no described device is present on this bus");
-    } else {
-        print(listingAsTable(devices, options.verbose));
+        return ExitStatus::done;
     }
+    if (devices.empty())
+        complain("no described device is present on this bus");
+    else
+        print(listingAsTable(devices, options.verbose));
+    explainMarks(devices);
     return ExitStatus::done;
 }
 

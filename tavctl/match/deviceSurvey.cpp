@@ -10,13 +10,11 @@
 #include "source/cTerminalNameDb.h"
 #include "source/exceptionStatus.h"
 #include "tavctl/host/diagnosis.h"
-#include "tavctl/host/nameFile.h"
+#include "tavctl/host/namesCopy.h"
 #include "tavctl/host/scratchFolder.h"
 #include "tavctl/match/deviceRecorder.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
-
-#include <system_error>
 
 namespace tavctl {
 
@@ -51,23 +49,13 @@ Survey build(SurveyFilesystem& filesystem) {
     return recorder.takeDevices();
 }
 
-// While nobody writes them.
-void copyNames(const fs::path& names, const fs::path& copy) {
-    const NameLock lock(names, NameLock::Purpose::reading);
-    std::error_code error;
-    if (fs::exists(names, error))
-        fs::copy_file(names, copy, error);
-    if (error)
-        throw FailureException(
-            {"read terminal names", platform::utf8Text(names), error.message(), {}, {}});
-}
-
 } // namespace
 
 Survey surveyDevices(const fs::path& names) {
     const Progress progress("looking for devices");
     const ScratchFolder folder;
-    copyNames(names, folder.path() / kNameFile);
+    if (!names.empty())
+        copyNames(names, folder.path() / kNameFile);
 
     SurveyFilesystem filesystem(folder.path());
     try {

@@ -14,7 +14,8 @@ namespace tavctl {
 using Survey = std::vector<MatchedDevice>;
 
 // Surveys the bus and the descriptions in force (see HostSetup), with the names of the file
-// `names`, which may be missing. A failure is told as the plug-in's own would be. Raises
+// `names`, which may be missing (an empty path: none; one that this user may not read counts as
+// missing). A failure is told as the plug-in's own would be. Raises
 // FailureException.
 Survey surveyDevices(const std::filesystem::path& names);
 

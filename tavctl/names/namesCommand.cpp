@@ -37,6 +37,11 @@ struct NamesOptions {
     std::vector<NamesAction> actions; // none given: list
 };
 
+// Only a look at the bus needs a copy.
+Names namesFor(const NamesOptions& options) {
+    return options.stored ? Names::configured : Names::copied;
+}
+
 NameFile readStored(const fs::path& path) {
     const NameLock lock(path, NameLock::Purpose::reading);
     return NameFile(path, true);
@@ -52,8 +57,8 @@ const Survey* pointerTo(const std::optional<Survey>& survey) {
 }
 
 ExitStatus listNames(const NamesOptions& options) {
-    const HostSetup setup(options.common);
-    const fs::path path = nameFilePath();
+    const HostSetup setup(options.common, namesFor(options));
+    const fs::path path = nameFilePath(setup);
     const NameFile file = readStored(path);
     const auto survey = surveyUnlessStored(options, path);
     if (options.common.json)
@@ -66,8 +71,8 @@ ExitStatus listNames(const NamesOptions& options) {
 }
 
 ExitStatus checkStored(const NamesOptions& options) {
-    const HostSetup setup(options.common);
-    const fs::path path = nameFilePath();
+    const HostSetup setup(options.common, namesFor(options));
+    const fs::path path = nameFilePath(setup);
     const NameFile file = readStored(path);
     const auto survey = surveyUnlessStored(options, path);
     const auto problems = checkNames(file, pointerTo(survey));
@@ -89,7 +94,7 @@ void report(const NamesOptions& options, const char* what, std::size_t count,
 
 ExitStatus backUp(const NamesOptions& options) {
     const HostSetup setup(options.common);
-    const fs::path path = nameFilePath();
+    const fs::path path = nameFilePath(setup);
     std::error_code ignored;
     if (!options.force && fs::exists(options.file, ignored))
         throw FailureException({"back up terminal names",
@@ -107,7 +112,7 @@ ExitStatus backUp(const NamesOptions& options) {
 
 ExitStatus restore(const NamesOptions& options) {
     const HostSetup setup(options.common);
-    const fs::path path = nameFilePath();
+    const fs::path path = nameFilePath(setup);
     const NameFile file(options.file, false);
     const auto problems = checkNames(file, nullptr);
     if (!problems.empty() && !options.force) {
@@ -144,12 +149,12 @@ ExitStatus preview(const NamesOptions& options) {
         changed.dump = options.newDump;
     const bool isChanged = !options.newDescriptions.empty() || !options.newDump.empty();
 
-    auto setup = std::make_unique<HostSetup>(options.common);
-    const fs::path path = nameFilePath();
+    auto setup = std::make_unique<HostSetup>(options.common, Names::copied);
+    const fs::path path = nameFilePath(*setup);
     const NameFile file = readStored(path);
     const auto now = isChanged ? surveyOfToday(options, path) : std::nullopt;
     setup.reset();
-    setup = std::make_unique<HostSetup>(changed);
+    setup = std::make_unique<HostSetup>(changed, Names::copied);
     const auto forecasts = forecastNames(file, pointerTo(now), surveyDevices(path));
 
     if (options.common.json)

@@ -18,9 +18,9 @@ struct TreeOptions {
 };
 
 ExitStatus runTree(const TreeOptions& options) {
-    const HostSetup setup(options.common);
+    const HostSetup setup(options.common, Names::copied);
     const PciNames names = PciNames::load(options.part.pciIds);
-    const MarkedBus marked(options.common);
+    const MarkedBus marked(options.common, setup);
     if (marked.bus.functions().empty())
         complain("there is no function on this bus");
     BusTreeView view(marked.bus, marked.devices);

@@ -70,8 +70,10 @@ private:
         for (const TreeMark& mark : view_.marksOf(function.handle())) {
             const PlacedDevice& device = view_.devices()[mark.device];
             Json entry{{"role", roleName(mark.role)}, {"terminalName", nameOf(mark.device)}};
-            if (mark.role == TreeMark::Role::device)
+            if (mark.role == TreeMark::Role::device) {
                 entry.add("model", device.listed.model);
+                entry.add("stored", device.listed.isStored);
+            }
             if (mark.role == TreeMark::Role::port) {
                 entry.add("labels", device.ports[mark.port].labels);
                 entry.add("empty", view_.below(function).empty());

@@ -115,13 +115,13 @@ private:
                    : fmt::format("-[{:02x}-{:02x}]", bridge.secondaryBus, last);
     }
 
-    [[nodiscard]] const std::string& nameOf(std::size_t device) const {
-        return view_.devices()[device].listed.terminalName;
+    [[nodiscard]] std::string nameOf(std::size_t device) const {
+        return markedName(view_.devices()[device].listed);
     }
 
     [[nodiscard]] std::string markText(const TreeMark& mark, const PciFunction& function) const {
         const PlacedDevice& device = view_.devices()[mark.device];
-        const std::string& name = nameOf(mark.device);
+        const std::string name = nameOf(mark.device);
         switch (mark.role) {
         case TreeMark::Role::device:
             return fmt::format("{}: {}", name, device.listed.model);

@@ -39,10 +39,12 @@ void PartOptions::addTo(CommandOptions command) {
     command.value("--pci-ids", pciIds, ValueForm::file(), "Names of vendors and devices (pci.ids)");
 }
 
-MarkedBus::MarkedBus(const CommonOptions& options) {
-    const auto listed = devicesOfPlugin(options);
+MarkedBus::MarkedBus(const CommonOptions& options, const HostSetup& setup) {
+    const auto listed = devicesOfPlugin(options, setup);
+    if (!options.json)
+        explainMarks(listed);
     bus = readChosenBus();
-    devices = placeDevices(listed, surveyDevices(nameFilePath()), bus);
+    devices = placeDevices(listed, surveyDevices(setup.nameFile()), bus);
 }
 
 void showPart(const PartOptions& options, BusTreeView& view) {

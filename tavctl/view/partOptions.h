@@ -2,6 +2,7 @@
 // choose a part of it and how things are called.
 #pragma once
 
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/options/commonOptions.h"
 #include "tavctl/view/busTreeView.h"
 
@@ -19,10 +20,10 @@ struct PartOptions {
     void addTo(CommandOptions command);
 };
 
-// The bus and the devices of the plug-in on it. The options must be in force. Raises
-// FailureException.
+// The bus and the devices of the plug-in on it. The setup must have copied the names, and not the
+// machine's own in force. Raises FailureException.
 struct MarkedBus {
-    explicit MarkedBus(const CommonOptions& options);
+    MarkedBus(const CommonOptions& options, const HostSetup& setup);
     pcibus::Bus bus;
     std::vector<PlacedDevice> devices;
 };

@@ -73,6 +73,7 @@ TEST(CommandLine, WrongUsageIsJsonOnDemand) {
 TEST(CommandLine, TreeMarksTheDevicesOfTheSampleMachine) {
     const TemporaryFolder folder;
     const std::string options = kDump + kDescriptions + state(folder);
+    runTavctl("list " + options);
     const auto whole = runTavctl("tree " + options);
     EXPECT_TRUE(says(whole, 0, " |  |     |  \\-00.0-[05-07]  {TAVCard1: TAV-C1 Adapter Card}  "));
     EXPECT_TRUE(says(whole, 0, "{TAVCard1 anchor}"));
@@ -92,7 +93,7 @@ TEST(CommandLine, TreeOfAModelShowsNoOtherDevices) {
     const auto result =
         runTavctl("tree -n --model TAV-W7 " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 0, "-[0000:40]\n"));
-    EXPECT_TRUE(says(result, 0, "{TAV3: TAV-W7 Wide Switch Box}"));
+    EXPECT_TRUE(says(result, 0, "{TAV3*: TAV-W7 Wide Switch Box}"));
     EXPECT_EQ(result.output.find("TAV1"), std::string::npos) << result.output;
 }
 
@@ -196,7 +197,7 @@ private:
 TEST(CommandLine, MissingBridgeLibraryIsNamedWithTheErrorRecord) {
     const TemporaryFolder folder;
     const Programs programs;
-    const auto result = programs.runTavctl("list " + kDump + kDescriptions + state(folder));
+    const auto result = programs.runTavctl("list --debug " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "tavctl: load bridge library (zopcibrd.so): "));
     EXPECT_TRUE(says(result, 3, "-52005 (0xFFFF34DB)"));
     EXPECT_TRUE(says(result, 3, "zodynlib_debug.path = zopcibrd.so"));
@@ -205,13 +206,14 @@ TEST(CommandLine, MissingBridgeLibraryIsNamedWithTheErrorRecord) {
     const auto explained = programs.runTavctl("explain " + kDump + kDescriptions);
     EXPECT_TRUE(says(explained, 3, "tavctl: load bridge library (zopcibrd.so): "));
     EXPECT_TRUE(says(explained, 3, "-52005 (0xFFFF34DB)"));
+    EXPECT_EQ(explained.output.find("error record"), std::string::npos) << "only with --debug";
 }
 
 // The loader finds the name, and so has nothing to say.
 TEST(CommandLine, FunctionOfTheBridgeLibraryThatStandsNowhereIsNamed) {
     const TemporaryFolder folder;
     const Programs programs(BRIDGE_WITH_NULL_FILE);
-    const auto result = programs.runTavctl("list " + kDump + kDescriptions + state(folder));
+    const auto result = programs.runTavctl("list --debug " + kDump + kDescriptions + state(folder));
     EXPECT_TRUE(says(result, 3, "tavctl: load bridge library (zopcibrd.so): "));
     EXPECT_TRUE(says(result, 3, "zodynlib_debug.zodynlib_symbol = ZoPciBrd_GetBridgeParent"));
     // The loader has neither a code nor words for that.
@@ -277,8 +279,8 @@ TEST(CommandLine, NamesThatCannotBeSavedAreNamedWithTheReasonAndKept) {
     const std::string limited = "ulimit -f 1; " TAVCTL_FILE " ";
     const auto listed = testsupport::runCommand(limited + "list " + kDump + kDescriptions +
                                                 state(folder) + " 2>&1");
-    EXPECT_TRUE(says(listed, 3, "save terminal names (" + file.string() + "): File too large"));
-    EXPECT_TRUE(says(listed, 3, "status -313319 "));
+    EXPECT_TRUE(says(listed, 3, "nothing is stored (" + file.string() + ": File too large)"));
+    EXPECT_TRUE(says(listed, 3, "copy terminal names ("));
     EXPECT_EQ(testsupport::fileText(file), names);
     const fs::path backup = folder.path() / "backup.ini";
     const auto saved = testsupport::runCommand(limited + "names backup " + state(folder) + " " +
@@ -296,8 +298,8 @@ TEST(CommandLine, NamesThatAnotherPluginDoesNotSaveAreNamed) {
     EXPECT_TRUE(says(
         runTavctl("list --plugin " FAULTY_PLUGIN_FILE " " + kDump + kDescriptions + state(folder)),
         3,
-        "save terminal names (" + (folder.path() / "zotavpci.ini").string() +
-            "): INI file: saving or storing failed"));
+        "nothing is stored (" + (folder.path() / "zotavpci.ini").string() +
+            ": INI file: saving or storing failed)"));
 }
 
 TEST(CommandLine, MissingFoldersAreNamed) {
@@ -306,6 +308,30 @@ TEST(CommandLine, MissingFoldersAreNamed) {
                      "use --descriptions (/nonexistent): there is no such folder"));
     EXPECT_TRUE(says(runTavctl("list " + kDump + kDescriptions + "--state /nonexistent"), 3,
                      "use --state (/nonexistent): there is no such folder"));
+}
+
+TEST(CommandLine, FolderWithoutDescriptionsIsNamedForWhatItIs) {
+    const TemporaryFolder folder;
+    const std::string options = kDump + "--descriptions ";
+    const std::string outer = folder.path().string();
+    const std::string inner = outer + "/PCI Hardware Descriptions";
+    for (const std::string command : {"list ", "tree ", "draw ", "explain ", "lint "}) {
+        EXPECT_TRUE(says(runTavctl(command + options + outer), 3,
+                         "use --descriptions (" + outer +
+                             "): there is no folder \"PCI Hardware Descriptions\" in it"))
+            << command;
+        fs::create_directory(inner);
+        for (const char* end : {"'", "/'"})
+            EXPECT_TRUE(
+                says(runTavctl(command + options + "'" + inner + end), 3,
+                     "): this is the inner folder; the one that holds it is " + outer + "\n"))
+                << command;
+        const auto empty = runTavctl(command + options + outer);
+        EXPECT_TRUE(says(empty, command == "lint " ? 1 : 0, "there are no description files"))
+            << command;
+        EXPECT_NE(empty.output.find(" in " + inner + "/\n"), std::string::npos) << empty.output;
+        fs::remove(inner);
+    }
 }
 
 TEST(CommandLine, FolderThatNoConfigurationCanNameIsTold) {
@@ -373,10 +399,10 @@ TEST(CommandLine, MissingDumpIsNamed) {
 TEST(CommandLine, MissingConfigurationIsNamed) {
     const testsupport::EnvironmentValue configuration("TAV_MANAGER_CONF", "/nonexistent.conf");
     const auto result = runTavctl("list " + kDump);
-    EXPECT_TRUE(says(result, 3, "read configuration value \"ConfigPath\" (/nonexistent.conf"));
+    EXPECT_TRUE(says(result, 3, "read configuration value \"Path\" (/nonexistent.conf"));
     EXPECT_TRUE(says(result, 3, "-52003 (0xFFFF34DD)"));
     EXPECT_TRUE(says(result, 3, "--descriptions and --state take the place of the configuration"));
-    EXPECT_TRUE(says(runTavctl("names list"), 3,
+    EXPECT_TRUE(says(runTavctl("names list --stored"), 3,
                      "read configuration value \"ConfigPath\" (/nonexistent.conf"));
     EXPECT_TRUE(says(runTavctl("lint"), 3, "list descriptions (configuration): "));
 }

@@ -25,7 +25,10 @@ TEST(DrawCommand, WritesAnSvgFileWithEveryDeviceAndConnector) {
     for (const char* text : {"switchboxes.dump", "4 devices", "TAV1", "TAV2", "TAV3", "TAVCard1",
                              "TAV&#45;W7 Wide Switch Box", "LEFT", "RIGHT", "C4", "x16 16 GT/s"})
         EXPECT_NE(svg.find(">" + std::string(text)), std::string::npos) << text;
-    EXPECT_EQ(runTavctl("draw -o " + file + " " + optionsOf(folder)).output, "");
+    EXPECT_TRUE(says(runTavctl("draw -o " + file + " " + optionsOf(folder)), 3,
+                     "write result (" + file + "): the file exists; --force replaces it"));
+    EXPECT_TRUE(says(runTavctl("draw --force -o " + file + " " + optionsOf(folder)), 0, ""));
+    EXPECT_EQ(folder.read("bus.svg"), svg);
 }
 
 TEST(DrawCommand, OfNoDevicesIsADrawingThatSaysSo) {

@@ -22,8 +22,18 @@ TEST(ListingAsJson, HasTheDocumentedFormInOneLine) {
     EXPECT_EQ(listingAsJson({box()}),
               R"({"devices":[{"index":0,"model":"Box","category":12,"bus":1,"device":0,)"
               R"("function":0,"walkValue":1,"linkWidthPerLabel":null,"terminalName":"TAV1",)"
-              R"("ports":[{"label":"A","first":3,"second":null,"third":null}]}]})"
+              R"("stored":true,"ports":[{"label":"A","first":3,"second":null,"third":null}]}]})"
               "\n");
+}
+
+TEST(Listing, MarksNamesThatAreNotStored) {
+    ListedDevice device = box();
+    EXPECT_EQ(markedName(device), "TAV1");
+    device.isStored = false;
+    EXPECT_EQ(markedName(device), "TAV1*");
+    EXPECT_NE(listingAsTable({device}, false).find("\nTAV1*  Box"), std::string::npos);
+    EXPECT_NE(listingAsJson({device}).find(R"("terminalName":"TAV1","stored":false)"),
+              std::string::npos);
 }
 
 TEST(ListingAsJson, NoDevicesAreAnEmptyList) {

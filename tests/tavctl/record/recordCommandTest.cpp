@@ -26,7 +26,8 @@ TEST(RecordCommand, RecordingAndScrubbedRecordingGiveTheSameList) {
     ASSERT_NE(expected.find("TAVCard1"), std::string::npos);
     for (const std::string option : {"", "--scrub "}) {
         const std::string file = folder.file("recorded" + option.substr(0, 3) + ".txt");
-        EXPECT_TRUE(says(runTavctl("record " + option + "-o " + file + " " + kDump), 0, ""));
+        EXPECT_TRUE(
+            says(runTavctl("record --force " + option + "-o " + file + " " + kDump), 0, ""));
         EXPECT_EQ(listing(folder, file), expected) << option;
     }
 }
@@ -58,7 +59,8 @@ TEST(RecordCommand, RecordingIsReadByLspci) {
     for (const std::string option : {"", "--scrub "}) {
         const std::string file = folder.file("recorded.txt");
         EXPECT_TRUE(says(
-            runTavctl("record " + option + "-o " + file + " --dump " + folder.file("sys")), 0, ""));
+            runTavctl("record --force " + option + "-o " + file + " --dump " + folder.file("sys")),
+            0, ""));
         const auto tree = testsupport::runCommand("lspci -t -F " + file + " 2>&1");
         EXPECT_EQ(tree.output, testsupport::runCommand("lspci -t -F " + whole + " 2>&1").output);
         EXPECT_NE(tree.output.find("1c.0-[01-04]----00.0-[02-04]--+-01.0-[03]--+-00.0"),

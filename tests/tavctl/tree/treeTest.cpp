@@ -158,7 +158,8 @@ TEST(TreeJson, HasFunctionsWithTheirMarks) {
         {
          "role": "device",
          "terminalName": "TAV1",
-         "model": "Box"
+         "model": "Box",
+         "stored": true
         }
        ],
        "secondaryBus": 2,

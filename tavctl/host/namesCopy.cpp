@@ -1,0 +1,77 @@
+#include "tavctl/host/namesCopy.h"
+
+#include "platform/file.h"
+#include "platform/utf8Path.h"
+#include "tavctl/host/nameFile.h"
+#include "tavctl/words/failure.h"
+
+#include <array>
+#include <cstdio>
+#include <optional>
+
+namespace tavctl {
+
+namespace {
+
+[[noreturn]] void fail(const char* operation, const std::string& file, platform::SystemCode code) {
+    throw FailureException({operation, file, platform::systemMessage(code), {}, {}});
+}
+
+std::string readAll(const platform::Stream& stream, const std::string& file) {
+    std::string bytes;
+    std::array<char, 2048> part{};
+    for (std::size_t got = 0; (got = std::fread(part.data(), 1, part.size(), stream.get())) != 0;)
+        bytes.append(part.data(), got);
+    if (std::ferror(stream.get()) != 0)
+        fail("read terminal names", file, platform::lastSystemCode());
+    return bytes;
+}
+
+// Nothing, with the reason noted, for a file that is not there or that this user may not read.
+std::optional<std::string> readOnce(const std::string& file, platform::SystemCode& refusal) {
+    const platform::Stream stream = platform::openStream(file.c_str(), "rb");
+    if (stream)
+        return readAll(stream, file);
+    const platform::SystemCode code = platform::lastSystemCode();
+    if (platform::isRefusal(code))
+        refusal = code;
+    else if (platform::lastWriteTime(file.c_str()))
+        fail("read terminal names", file, code);
+    return std::nullopt;
+}
+
+// Without the lock: until twice the same is read, which nobody is writing then.
+std::optional<std::string> readUnlocked(const std::string& file, platform::SystemCode& refusal) {
+    constexpr int kAttempts = 100;
+    auto last = readOnce(file, refusal);
+    for (int attempt = 0; last && attempt < kAttempts; ++attempt) {
+        auto again = readOnce(file, refusal);
+        if (again == last)
+            break;
+        last = std::move(again);
+    }
+    return last;
+}
+
+} // namespace
+
+std::string copyNames(const std::filesystem::path& names, const std::filesystem::path& copy) {
+    const std::string file = platform::utf8Text(names);
+    platform::SystemCode refusal = platform::kNoSystemError;
+    std::optional<std::string> bytes;
+    {
+        const NameLock lock(names, NameLock::Purpose::reading);
+        bytes = lock.isHeld() ? readOnce(file, refusal) : readUnlocked(file, refusal);
+    }
+    if (!bytes)
+        return refusal == platform::kNoSystemError ? std::string()
+                                                   : platform::systemMessage(refusal);
+    const std::string target = platform::utf8Text(copy);
+    platform::Stream stream = platform::openStream(target.c_str(), "wb");
+    if (!stream || std::fwrite(bytes->data(), 1, bytes->size(), stream.get()) != bytes->size() ||
+        std::fclose(stream.release()) != 0)
+        fail("copy terminal names", target, platform::lastSystemCode());
+    return {};
+}
+
+} // namespace tavctl

@@ -1,0 +1,53 @@
+// Each form of each command that only looks or only prints, for what must hold for all of them.
+#pragma once
+
+#include "tests/tavctl/sample.h"
+
+#include <string>
+#include <vector>
+
+namespace tavctltest {
+
+// Without the options that say which machine is looked at. Each prints its result on standard
+// output.
+inline std::vector<std::string> looksAtMachine() {
+    return {"list",
+            "list -v",
+            "list --json",
+            "tree",
+            "tree -n",
+            "tree --json",
+            "tree -s 01:00.0",
+            "tree --model TAV",
+            "draw",
+            "draw --format dot",
+            "draw --all",
+            "explain",
+            "explain --json",
+            "explain 'TAV-B3 Switch Box'",
+            "describe 01:00.0",
+            "describe 01:00.0 --json",
+            "record",
+            "record --scrub",
+            "names",
+            "names list --json",
+            "names list --stored",
+            "names check --json",
+            "names preview",
+            "names preview --json",
+            "lint",
+            "lint --json",
+            "lint --against " + kSample};
+}
+
+inline std::vector<std::string> looksAtNothing() {
+    std::vector<std::string> forms{
+        "--help",          "--version",      "lint --rules",   "lint --rules --json",
+        "completion bash", "completion zsh", "completion fish"};
+    for (const char* command : {"list", "tree", "draw", "lint", "explain", "describe", "record",
+                                "names", "names restore", "completion"})
+        forms.push_back(std::string(command) + " --help");
+    return forms;
+}
+
+} // namespace tavctltest

@@ -1,0 +1,97 @@
+// What could not be written is said, with the exit status for it, by every command.
+#include "tests/support/temporaryFolder.h"
+#include "tests/tavctl/everyCommand.h"
+#include "tests/tavctl/runTavctl.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace tavctltest;
+
+std::vector<std::string> everyForm() {
+    std::vector<std::string> forms = looksAtNothing();
+    for (const std::string& form : looksAtMachine())
+        forms.push_back(form + " " + kDump + kDescriptions);
+    return forms;
+}
+
+// names list and preview need names to print.
+class Output : public testing::Test {
+protected:
+    Output() { runTavctl("list " + kDump + kDescriptions + option()); }
+    [[nodiscard]] std::string option() const { return "--state " + folder_.path().string() + " "; }
+
+    [[nodiscard]] std::string withState(const std::string& form) const {
+        return form.find(kDump) == std::string::npos ? form : form + option();
+    }
+
+private:
+    testsupport::TemporaryFolder folder_;
+};
+
+TEST_F(Output, ThatADiskHasNoRoomForIsExitStatusThree) {
+    for (const std::string& form : everyForm()) {
+        const auto result =
+            testsupport::runCommand(TAVCTL_FILE " " + withState(form) + " 2>&1 >/dev/full");
+        if (form.starts_with("names check ") && form.find("--json") == std::string::npos)
+            continue; // without problems its result is no text
+        EXPECT_TRUE(says(result, 3, "write result")) << form;
+        EXPECT_TRUE(says(result, 3, "standard output")) << form;
+        EXPECT_TRUE(says(result, 3, "No space left on device")) << form;
+    }
+}
+
+TEST_F(Output, ThatIsClosedIsExitStatusThree) {
+    for (const std::string& form : everyForm()) {
+        const auto result =
+            testsupport::runCommand(TAVCTL_FILE " " + withState(form) + " 2>&1 >&-");
+        EXPECT_TRUE(says(result, 3, "standard output")) << form;
+        EXPECT_TRUE(says(result, 3, "Bad file descriptor")) << form;
+    }
+}
+
+// Else the next file that is opened would be standard output, and take the result.
+TEST_F(Output, WithEveryStreamClosedReachesNoOtherFile) {
+    const testsupport::TemporaryFolder folder;
+    const std::string state = folder.path().string();
+    const auto result = testsupport::runCommand(TAVCTL_FILE " list " + kDump + kDescriptions +
+                                                "--state " + state + " <&- >&- 2>&-");
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_TRUE(says(runTavctl("names check --state " + state + " " + kDump + kDescriptions), 0,
+                     "no problem with 4 names"));
+}
+
+TEST_F(Output, GoesToADeviceAsItIs) {
+    for (const char* command : {"draw --format dot", "record", "describe 01:00.0"}) {
+        const std::string form = std::string(command) + " " + kDump + kDescriptions;
+        EXPECT_TRUE(says(runTavctl(form + "-o /dev/full"), 3,
+                         "write result (/dev/full): No space left on device"));
+        EXPECT_EQ(runTavctl(form + "-o /dev/null").exitStatus, 0) << command;
+        EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    }
+}
+
+TEST_F(Output, OfAFailedCommandLeavesTheFileOfBefore) {
+    const testsupport::TemporaryFolder folder;
+    const std::string file = folder.file("mine", "edited by hand").string();
+    for (const char* command : {"draw", "record", "describe 01:00.0", "completion bash"}) {
+        const std::string form =
+            std::string(command) + (command[0] == 'c' ? " " : " " + kDump + kDescriptions);
+        EXPECT_TRUE(says(runTavctl(form + "-o " + file), 3,
+                         "write result (" + file + "): the file exists; --force replaces it"))
+            << command;
+        EXPECT_EQ(testsupport::fileText(file), "edited by hand") << command;
+        const auto limited = testsupport::runCommand("ulimit -f 1; " TAVCTL_FILE " " + form +
+                                                     "--force -o " + file + " 2>&1");
+        if (limited.exitStatus != 0) { // what is shorter than the limit is written
+            EXPECT_EQ(testsupport::fileText(file), "edited by hand") << command;
+        }
+        EXPECT_EQ(folder.file("mine", "edited by hand"), file);
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+} // namespace
