@@ -32,6 +32,9 @@ inline constexpr SystemCode kNotFound = 2;
 // everybody on this file system.
 bool isRefusal(SystemCode code) noexcept;
 
+// True for the codes by which the system says that there is no room for a file, or for more of it.
+bool isOutOfRoom(SystemCode code) noexcept;
+
 // True for the code by which the system reports that another process holds a file open without
 // sharing it. Never true on systems that do not know such a refusal.
 bool isSharingViolation(SystemCode code) noexcept;

@@ -29,6 +29,10 @@ bool isRefusal(SystemCode code) noexcept {
     return code == EACCES || code == EPERM || code == EROFS;
 }
 
+bool isOutOfRoom(SystemCode code) noexcept {
+    return code == ENOSPC || code == EDQUOT || code == EFBIG;
+}
+
 bool isSharingViolation(SystemCode) noexcept {
     return false; // every file can be opened while others have it open
 }

@@ -29,6 +29,11 @@ bool isRefusal(SystemCode code) noexcept {
     return code == ERROR_ACCESS_DENIED || code == ERROR_WRITE_PROTECT;
 }
 
+bool isOutOfRoom(SystemCode code) noexcept {
+    return code == ERROR_DISK_FULL || code == ERROR_HANDLE_DISK_FULL ||
+           code == ERROR_FILE_TOO_LARGE;
+}
+
 bool isSharingViolation(SystemCode code) noexcept {
     return code == ERROR_SHARING_VIOLATION;
 }

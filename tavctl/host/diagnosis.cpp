@@ -129,7 +129,8 @@ std::optional<Failure> tryDescription(const std::string& path) {
     if (const lint::Description description(path); !description.loads()) {
         Failure told = lint::loadFailure(description);
         failure->object = std::move(told.object);
-        failure->reason = fmt::format("{}; see: tavctl lint", told.reason);
+        failure->reason = std::move(told.reason);
+        failure->hint = "tavctl lint";
     }
     return failure;
 }

@@ -49,7 +49,7 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
     const HostPlugin plugin(options.plugin);
     const std::int32_t status = plugin.initialize();
     if (status < 0)
-        throw FailureException(diagnoseInitialize(status, plugin.path()));
+        throw FailureException(setup.asConfigured(diagnoseInitialize(status, plugin.path())));
     std::vector<ListedDevice> devices = readDevices(plugin);
     if (devices.empty())
         explainNoDescriptions();

@@ -104,6 +104,19 @@ void HostSetup::copyNameFile() {
         whyNotCopied_ = copyNames(nameFile_, nameFileInForce());
 }
 
+Failure HostSetup::asConfigured(Failure failure) const {
+    if (!scratch_ || nameFile_.empty())
+        return failure;
+    const std::string copied = platform::utf8Text(scratch_->path() / "");
+    const std::string configured = platform::utf8Text(nameFile_.parent_path() / "");
+    for (std::string* const text : {&failure.object, &failure.reason, &failure.record}) {
+        for (std::size_t at = text->find(copied); at != std::string::npos;
+             at = text->find(copied, at + configured.size()))
+            text->replace(at, copied.size(), configured);
+    }
+    return failure;
+}
+
 std::filesystem::path HostSetup::nameFileInForce() const {
     return scratch_ ? scratch_->path() / nZoTavManagerPciPlugin_15_0::kNameFile : nameFile_;
 }

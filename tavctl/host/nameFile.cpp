@@ -94,19 +94,21 @@ NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
             {"lock terminal names", lockFile, platform::systemMessage(code), {}, {}});
 }
 
-std::string whyNotLockable(const fs::path& nameFile) {
+std::string whyNotStorable(const fs::path& nameFile) {
     if (nameFile.empty())
         return {};
+    const auto ensure = [](const std::string& file) {
+        const int made = cPciTavFilesystem().EnsureFileExists(file);
+        return made > 0 ? static_cast<platform::SystemCode>(made) : platform::kNoSystemError;
+    };
     const std::string lockFile = platform::utf8Text(nameFile.parent_path() / kNameLockFile);
-    const int made = cPciTavFilesystem().EnsureFileExists(lockFile);
-    platform::SystemCode code =
-        made > 0 ? static_cast<platform::SystemCode>(made) : platform::kNoSystemError;
+    platform::SystemCode code = ensure(lockFile);
     if (platform::FileLock lock; code == platform::kNoSystemError)
         code = lock.open(lockFile.c_str());
-    const bool isBusy = platform::isSharingViolation(code);
-    return code == platform::kNoSystemError || code == platform::kNotFound || isBusy
-               ? std::string()
-               : platform::systemMessage(code);
+    if (code == platform::kNoSystemError)
+        code = ensure(platform::utf8Text(nameFile));
+    return platform::isRefusal(code) || platform::isOutOfRoom(code) ? platform::systemMessage(code)
+                                                                    : std::string();
 }
 
 NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {

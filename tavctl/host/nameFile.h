@@ -29,10 +29,11 @@ private:
     bool isHeld_ = false;
 };
 
-// Why this user cannot lock the names for storing them, in the system's words. Empty when nothing
-// speaks against it, and when the folder is not there or not configured: then a host fails too, and
+// Why this user may not, or for want of room cannot, store names, in the system's words: as far as
+// it shows before there are names to store, when the lock file is opened and a missing file is made.
+// Empty when nothing speaks against it, and for anything else that does: then a host fails too, and
 // tells why.
-std::string whyNotLockable(const std::filesystem::path& nameFile);
+std::string whyNotStorable(const std::filesystem::path& nameFile);
 
 // What is stored for one slot, with model and name as the plug-in tells them: unescaped. Empty
 // texts stand for what is missing.

@@ -40,7 +40,7 @@ std::optional<Devices> devicesOfHost(const CommonOptions& options) {
         complain(fmt::format("nothing is stored ({}: {})", file, reason));
         return std::nullopt;
     };
-    if (const std::string reason = whyNotLockable(setup.nameFile()); !reason.empty())
+    if (const std::string reason = whyNotStorable(setup.nameFile()); !reason.empty())
         return giveUp(platform::utf8Text(setup.nameFile().parent_path()), reason);
     try {
         return devicesOfPlugin(options, setup);

@@ -51,17 +51,18 @@ Survey build(SurveyFilesystem& filesystem) {
 
 } // namespace
 
-Survey surveyDevices(const fs::path& names) {
+Survey surveyDevices(const HostSetup& setup) {
     const Progress progress("looking for devices");
     const ScratchFolder folder;
-    if (!names.empty())
-        copyNames(names, folder.path() / kNameFile);
+    if (!setup.nameFile().empty())
+        copyNames(setup.nameFile(), folder.path() / kNameFile);
 
     SurveyFilesystem filesystem(folder.path());
     try {
         return build(filesystem);
     } catch (...) {
-        throw FailureException(diagnoseInitialize(statusOfCurrentException(), "this program"));
+        throw FailureException(
+            setup.asConfigured(diagnoseInitialize(statusOfCurrentException(), "this program")));
     }
 }
 

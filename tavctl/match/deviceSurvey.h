@@ -3,9 +3,9 @@
 // interface does not tell.
 #pragma once
 
+#include "tavctl/host/hostSetup.h"
 #include "tavctl/match/matchedDevice.h"
 
-#include <filesystem>
 #include <vector>
 
 namespace tavctl {
@@ -13,10 +13,8 @@ namespace tavctl {
 // The devices as the plug-in lists them.
 using Survey = std::vector<MatchedDevice>;
 
-// Surveys the bus and the descriptions in force (see HostSetup), with the names of the file
-// `names`, which may be missing (an empty path: none; one that this user may not read counts as
-// missing). A failure is told as the plug-in's own would be. Raises
-// FailureException.
-Survey surveyDevices(const std::filesystem::path& names);
+// Surveys the bus and the descriptions in force, with the configured names as far as this user may
+// read them. A failure is told as the plug-in's own would be. Raises FailureException.
+Survey surveyDevices(const HostSetup& setup);
 
 } // namespace tavctl

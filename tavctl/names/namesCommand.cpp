@@ -48,8 +48,8 @@ NameFile readStored(const fs::path& path) {
 }
 
 // Nothing when the bus is not to be looked at.
-std::optional<Survey> surveyUnlessStored(const NamesOptions& options, const fs::path& path) {
-    return options.stored ? std::nullopt : std::optional(surveyDevices(path));
+std::optional<Survey> surveyUnlessStored(const NamesOptions& options, const HostSetup& setup) {
+    return options.stored ? std::nullopt : std::optional(surveyDevices(setup));
 }
 
 const Survey* pointerTo(const std::optional<Survey>& survey) {
@@ -60,7 +60,7 @@ ExitStatus listNames(const NamesOptions& options) {
     const HostSetup setup(options.common, namesFor(options));
     const fs::path path = nameFilePath(setup);
     const NameFile file = readStored(path);
-    const auto survey = surveyUnlessStored(options, path);
+    const auto survey = surveyUnlessStored(options, setup);
     if (options.common.json)
         print(namesAsJson(file, pointerTo(survey)));
     else if (file.entries().empty())
@@ -74,7 +74,7 @@ ExitStatus checkStored(const NamesOptions& options) {
     const HostSetup setup(options.common, namesFor(options));
     const fs::path path = nameFilePath(setup);
     const NameFile file = readStored(path);
-    const auto survey = surveyUnlessStored(options, path);
+    const auto survey = surveyUnlessStored(options, setup);
     const auto problems = checkNames(file, pointerTo(survey));
     print(options.common.json ? problemsAsJson(problems, platform::utf8Text(path))
                               : problemsAsText(problems, platform::utf8Text(path)));
@@ -131,9 +131,9 @@ ExitStatus restore(const NamesOptions& options) {
 }
 
 // What is found today; nothing, and a word about it, when it cannot be found out.
-std::optional<Survey> surveyOfToday(const NamesOptions& options, const fs::path& path) {
+std::optional<Survey> surveyOfToday(const NamesOptions& options, const HostSetup& setup) {
     try {
-        return surveyDevices(path);
+        return surveyDevices(setup);
     } catch (const FailureException& exception) {
         if (!options.common.json)
             complain(fmt::format("what would be gone is not known: {}", exception.what()));
@@ -152,10 +152,10 @@ ExitStatus preview(const NamesOptions& options) {
     auto setup = std::make_unique<HostSetup>(options.common, Names::copied);
     const fs::path path = nameFilePath(*setup);
     const NameFile file = readStored(path);
-    const auto now = isChanged ? surveyOfToday(options, path) : std::nullopt;
+    const auto now = isChanged ? surveyOfToday(options, *setup) : std::nullopt;
     setup.reset();
     setup = std::make_unique<HostSetup>(changed, Names::copied);
-    const auto forecasts = forecastNames(file, pointerTo(now), surveyDevices(path));
+    const auto forecasts = forecastNames(file, pointerTo(now), surveyDevices(*setup));
 
     if (options.common.json)
         print(forecastsAsJson(forecasts));

@@ -44,7 +44,7 @@ MarkedBus::MarkedBus(const CommonOptions& options, const HostSetup& setup) {
     if (!options.json)
         explainMarks(listed);
     bus = readChosenBus();
-    devices = placeDevices(listed, surveyDevices(setup.nameFile()), bus);
+    devices = placeDevices(listed, surveyDevices(setup), bus);
 }
 
 void showPart(const PartOptions& options, BusTreeView& view) {

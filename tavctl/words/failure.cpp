@@ -19,6 +19,8 @@ std::string plainText(const Failure& failure, bool debug) {
     if (failure.status ==
         nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::kConfigurationErrNoKey)
         text += "  --descriptions and --state take the place of the configuration\n";
+    if (!failure.hint.empty())
+        text += fmt::format("  see: {}\n", printable(failure.hint));
     const auto record = debug ? Json::parsedObject(failure.record) : std::nullopt;
     if (record && !record->empty()) {
         text += "  error record\n";
@@ -36,6 +38,8 @@ std::string jsonText(const Failure& failure) {
         error.add("statusHex", hexadecimalStatus(*failure.status));
         error.add("statusWords", statusWords(*failure.status));
     }
+    if (!failure.hint.empty())
+        error.add("see", failure.hint);
     if (auto record = Json::parsedObject(failure.record))
         error.add("record", std::move(*record));
     return Json{{"error", std::move(error)}}.line();

@@ -18,6 +18,7 @@ struct Failure {
     std::string reason;                 // empty: the status says it
     std::optional<std::int32_t> status; // none: no status was involved
     std::string record;                 // the error record's JSON text; empty when there is none
+    std::string hint = {};              // what helps, such as another command; may be empty
 
     // "operation (object): reason"
     [[nodiscard]] std::string sentence() const;

@@ -55,7 +55,8 @@ TEST(SeveralProcesses, NeverGiveOneNameTwice) {
                 buses.file("bus" + std::to_string(process), busOfProcess(process)).string();
             hosts.emplace_back([&, process, bus] {
                 results[process] =
-                    testsupport::runProgram(TAVCTL_FILE, {"list", "--json", "--dump", bus});
+                    testsupport::runProgram(TAVCTL_FILE, {"list", "--json", "--dump", bus,
+                                                          "--state", machine.state().string()});
             });
         }
     }

@@ -98,6 +98,11 @@ bool SystemCase::expectsError() const {
     return fs::exists(part("expected-error.txt"));
 }
 
+std::string SystemCase::namesBefore() const {
+    const fs::path file = part("names-before.ini");
+    return fs::exists(file) ? testsupport::fileText(file) : std::string();
+}
+
 void SystemCase::prepare(const fs::path& state) const {
     if (fs::exists(part("names-before.ini")))
         fs::copy_file(part("names-before.ini"), state / "zotavpci.ini");
@@ -105,8 +110,7 @@ void SystemCase::prepare(const fs::path& state) const {
 
 CaseResult SystemCase::run(const fs::path& state, bool json, Way way) const {
     std::vector<std::string> arguments{"list"};
-    if (json)
-        arguments.emplace_back("--json");
+    arguments.emplace_back(json ? "--json" : "--debug");
     std::optional<testsupport::ConfiguredMachine> machine;
     if (way == Way::configuration)
         machine.emplace(

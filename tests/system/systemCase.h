@@ -35,7 +35,10 @@ public:
     [[nodiscard]] std::string name() const;
     [[nodiscard]] bool expectsError() const;
 
-    // Puts the names stored before into a state folder.
+    // The names stored before; empty where there are none.
+    [[nodiscard]] std::string namesBefore() const;
+
+    // Puts them into a state folder.
     void prepare(const std::filesystem::path& state) const;
 
     // How tavctl is told of the machine: by its options, or by the machine's own configuration.

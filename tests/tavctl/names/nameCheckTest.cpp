@@ -212,13 +212,15 @@ TEST(NameReport, SlotThatHasAnotherDeviceNowIsReplaced) {
 
 TEST(Survey, NamesThatCannotBeCopiedAreNamed) {
     const testsupport::FileFolder folder;
-    std::filesystem::create_directory(folder.file("names.ini"));
+    std::filesystem::create_directory(folder.file("zotavpci.ini"));
+    tavctl::CommonOptions options;
+    options.state = folder.file("");
     try {
-        surveyDevices(folder.file("names.ini"));
+        surveyDevices(tavctl::HostSetup(options));
         FAIL() << "nothing was raised";
     } catch (const FailureException& exception) {
         EXPECT_EQ(exception.failure().operation, "read terminal names");
-        EXPECT_EQ(exception.failure().object, folder.file("names.ini"));
+        EXPECT_EQ(exception.failure().object, folder.file("zotavpci.ini"));
         EXPECT_NE(exception.failure().reason, "");
     }
 }
