@@ -1,5 +1,6 @@
 // tavctl, the plug-in's host on the command line.
 #include "platform/commandLine.h"
+#include "platform/earlyEnd.h"
 #include "tavctl/commandLine.h"
 #include "tavctl/words/print.h"
 
@@ -22,6 +23,7 @@ void tellOf(const std::exception& exception) {
 int main(int argc, char** argv) {
     using tavctl::ExitStatus;
     try {
+        platform::meetEarlyEnds();
         platform::prepareOutput();
         return static_cast<int>(tavctl::runCommandLine(platform::commandLine(argc, argv)));
     } catch (const std::exception& exception) {

@@ -44,10 +44,14 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
         complain(fmt::format("the stored names are not known ({}: {})",
                              platform::utf8Text(setup.nameFile()), setup.whyNotCopied()));
     const bool stores = setup.nameFileInForce() == setup.nameFile();
-    const Progress progress("the plug-in looks for devices");
     const StoredNames before = stores ? StoredNames() : storedNames(setup);
     const HostPlugin plugin(options.plugin);
+    std::optional<NameStoring> storing;
+    if (stores)
+        storing.emplace(setup.nameFile());
+    const Progress progress("the plug-in looks for devices");
     const std::int32_t status = plugin.initialize();
+    storing.reset();
     if (status < 0)
         throw FailureException(setup.asConfigured(diagnoseInitialize(status, plugin.path())));
     std::vector<ListedDevice> devices = readDevices(plugin);

@@ -1,5 +1,6 @@
 #include "tavctl/host/nameFile.h"
 
+#include "platform/earlyEnd.h"
 #include "platform/file.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/escapedText.h"
@@ -111,6 +112,16 @@ std::string whyNotStorable(const fs::path& nameFile) {
                                                                     : std::string();
 }
 
+NameStoring::NameStoring(const fs::path& nameFile) {
+    try {
+        if (!nameFile.empty())
+            const NameLock turn(nameFile, NameLock::Purpose::reading);
+    } catch (const FailureException&) {
+        // Whoever is to store tells of it in its own words.
+    }
+    held_.emplace();
+}
+
 NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {
     const std::string name = platform::utf8Text(path);
     if (mayBeMissing && !platform::lastWriteTime(name.c_str()))
@@ -133,6 +144,7 @@ NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) 
 }
 
 void NameFile::write(const fs::path& target) const {
+    const platform::EarlyEndHeldBack untilWritten;
     const std::string name = platform::utf8Text(target);
     const IniStatus status = writeIni(*file_, name.c_str());
     if (status != kIniDone)

@@ -1,11 +1,13 @@
 // The file of terminal names as a whole: read as the plug-in reads it, and written back safely.
 #pragma once
 
+#include "platform/earlyEnd.h"
 #include "platform/fileLock.h"
 #include "pxidrivertools/ini/iniFileObject.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +37,18 @@ private:
 // tells why.
 std::string whyNotStorable(const std::filesystem::path& nameFile);
 
+// While it exists somebody else's code in this process, such as the plug-in, stores names: an early
+// end waits (see platform/earlyEnd.h). Made when nobody else has the lock, so that what is waited
+// for is the storing and not its turn.
+class NameStoring {
+public:
+    // What speaks against locking is left for the code that stores. An empty path: none is known.
+    explicit NameStoring(const std::filesystem::path& nameFile);
+
+private:
+    std::optional<platform::EarlyEndHeldBack> held_;
+};
+
 // What is stored for one slot, with model and name as the plug-in tells them: unescaped. Empty
 // texts stand for what is missing.
 struct NameEntry {
@@ -63,7 +77,7 @@ public:
 
     // Replaces `target` by this content, forced onto the disk; a failure leaves it as it was. The
     // file keeps owner and permissions; a new one is readable by its owner only. Raises
-    // FailureException.
+    // FailureException. An early end of the process waits for it (see platform/earlyEnd.h).
     void write(const std::filesystem::path& target) const;
 
 private:

@@ -21,6 +21,7 @@ ScratchFolder::ScratchFolder() {
     std::string reason = error ? error.message() : "every name is taken";
     for (int attempt = 0; !error && attempt < kAttempts; ++attempt) {
         path_ = parent / fmt::format("tavctl-{}", platform::randomSeed());
+        removal_.emplace(platform::RemovedAtEarlyEnd::Kind::folder, path_);
         const platform::SystemCode code = platform::createPrivateFolder(path_);
         if (code == platform::kNoSystemError)
             return;

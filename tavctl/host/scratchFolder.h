@@ -1,7 +1,11 @@
-// A folder for this process alone, gone with everything in it when the object is.
+// A folder for this process alone, gone with everything in it when the object is, or when the
+// process ends early.
 #pragma once
 
+#include "platform/earlyEnd.h"
+
 #include <filesystem>
+#include <optional>
 
 namespace tavctl {
 
@@ -17,6 +21,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    std::optional<platform::RemovedAtEarlyEnd> removal_;
 };
 
 } // namespace tavctl

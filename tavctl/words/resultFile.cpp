@@ -1,5 +1,6 @@
 #include "tavctl/words/resultFile.h"
 
+#include "platform/earlyEnd.h"
 #include "platform/file.h"
 #include "platform/fileReplacement.h"
 #include "platform/randomSeed.h"
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -53,15 +55,18 @@ void writeInto(const std::string& file, const std::string& text) {
         fail(file, code);
 }
 
+using Removal = std::optional<platform::RemovedAtEarlyEnd>;
+
 // An empty file beside the target, and its name.
-std::pair<platform::NewFile, std::string> createBeside(const std::string& target,
-                                                       platform::NewFileAccess access) {
+std::pair<platform::NewFile, std::string>
+createBeside(const std::string& target, platform::NewFileAccess access, Removal& removal) {
     constexpr int kAttempts = 100;
     platform::NewFile made;
     std::string name;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         name = fmt::format("{}.{:08x}.tmp", target,
                            static_cast<std::uint32_t>(platform::randomSeed()));
+        removal.emplace(platform::RemovedAtEarlyEnd::Kind::file, platform::utf8Path(name));
         made = platform::createExclusively(name.c_str(), access);
         if (made.stream || !platform::isNameTaken(made.code))
             break;
@@ -79,8 +84,10 @@ void writeBeside(std::string target, const std::string& text) {
     if (const SystemCode code = platform::followLinks(target); code != platform::kNoSystemError)
         fail(named, code);
     const bool isNew = typeOf(target) == std::filesystem::file_type::not_found;
-    auto [made, temporary] = createBeside(target, isNew ? platform::NewFileAccess::usual
-                                                        : platform::NewFileAccess::ownerOnly);
+    Removal removal;
+    auto [made, temporary] = createBeside(
+        target, isNew ? platform::NewFileAccess::usual : platform::NewFileAccess::ownerOnly,
+        removal);
     SystemCode code = made.code;
     if (made.stream) {
         if (!isNew)
