@@ -15,9 +15,11 @@ struct ProgramRun {
     std::string output;                  // what it wrote to standard output
 };
 
-// Runs the program words[0], which is searched for as the system does, with the other words as its
-// arguments and `input` as its standard input; waits for its end. Its standard error is this
-// program's. Raises std::bad_alloc, and std::system_error when no thread can be made.
+// Runs the program words[0] with the other words as its arguments and `input` as its standard
+// input; waits for its end. It is looked for in those folders of PATH that are named from a root,
+// never in the current folder nor from there, whatever the system's own search does. Its standard
+// error is this program's, and an early end of this program is its end too (see earlyEnd.h). Raises
+// std::bad_alloc. To be called in the program's first thread.
 ProgramRun runProgram(const std::vector<std::string>& words, std::string_view input);
 
 } // namespace platform

@@ -1,15 +1,22 @@
 #include "platform/childProgram.h"
 
+#include "platform/earlyEnd.h"
+#include "platform/linux/earlyEndChild.h"
+#include "platform/linux/interruption.h"
+
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <thread>
+#include <cstdlib>
 
 namespace platform {
 
@@ -44,33 +51,106 @@ private:
 };
 
 // A program that has ended does not read on; the signal that this brings is not for us.
-void writeWhole(int descriptor, std::string_view text) {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    while (!text.empty()) {
-        const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR)
-            return;
-        if (written > 0)
-            text.remove_prefix(static_cast<std::size_t>(written));
+class NoBrokenPipeSignal {
+public:
+    NoBrokenPipeSignal() noexcept {
+        sigemptyset(&only_);
+        sigaddset(&only_, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &only_, &before_);
+        sigset_t pending;
+        sigpending(&pending);
+        wasPending_ = sigismember(&pending, SIGPIPE) == 1;
+    }
+    ~NoBrokenPipeSignal() {
+        constexpr timespec kNoTime{};
+        if (!wasPending_)
+            sigtimedwait(&only_, nullptr, &kNoTime);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    NoBrokenPipeSignal(const NoBrokenPipeSignal&) = delete;
+    NoBrokenPipeSignal& operator=(const NoBrokenPipeSignal&) = delete;
+
+private:
+    sigset_t only_{};
+    sigset_t before_{};
+    bool wasPending_ = false;
+};
+
+bool isForLater(int error) noexcept {
+    return error == EINTR || error == EAGAIN;
+}
+
+// Writes what the program takes at once; closes the pipe behind the last of it, and when the
+// program takes no more.
+void writeSome(Pipe& pipe, std::string_view& text) {
+    const ssize_t written = write(pipe.writeEnd(), text.data(), text.size());
+    if (written > 0)
+        text.remove_prefix(static_cast<std::size_t>(written));
+    if (text.empty() || (written < 0 && !isForLater(errno)))
+        pipe.closeEnd(1);
+}
+
+// The same the other way round.
+void readSome(Pipe& pipe, std::string& text, std::vector<char>& chunk) {
+    const ssize_t size = read(pipe.readEnd(), chunk.data(), chunk.size());
+    if (size > 0)
+        text.append(chunk.data(), static_cast<std::size_t>(size));
+    else if (size == 0 || !isForLater(errno))
+        pipe.closeEnd(0);
+}
+
+// Both directions at once, as the program is ready for them, until it closes its output.
+void converse(Pipe& toProgram, std::string_view input, Pipe& fromProgram, std::string& output) {
+    const NoBrokenPipeSignal quiet;
+    std::vector<char> chunk(1 << 16);
+    fcntl(toProgram.writeEnd(), F_SETFL, O_NONBLOCK);
+    if (input.empty())
+        toProgram.closeEnd(1);
+    while (fromProgram.readEnd() >= 0) {
+        std::array<pollfd, 2> ends{pollfd{fromProgram.readEnd(), POLLIN, 0},
+                                   pollfd{toProgram.writeEnd(), POLLOUT, 0}};
+        if (poll(ends.data(), ends.size(), -1) < 0) {
+            if (!isForLater(errno))
+                return;
+            continue;
+        }
+        if (ends[1].revents != 0)
+            writeSome(toProgram, input);
+        if (ends[0].revents != 0)
+            readSome(fromProgram, output, chunk);
     }
 }
 
-void readWhole(int descriptor, std::string& text) {
-    std::vector<char> chunk(1 << 16);
-    for (;;) {
-        const ssize_t size = read(descriptor, chunk.data(), chunk.size());
-        if (size == 0 || (size < 0 && errno != EINTR))
-            return;
-        if (size > 0)
-            text.append(chunk.data(), static_cast<std::size_t>(size));
+// The file of the program, or empty and why there is none. Only folders that are named from the
+// root count: what lies in the folder that somebody works in is not this program's to run.
+std::string findProgram(const std::string& name, SystemCode& code) {
+    code = ENOENT;
+    if (name.find('/') != std::string::npos)
+        return name.starts_with('/') ? name : std::string();
+    const char* const variable = std::getenv("PATH");
+    std::string_view folders = variable == nullptr ? "/usr/bin:/bin" : variable;
+    while (!folders.empty()) {
+        const std::string_view folder = folders.substr(0, folders.find(':'));
+        folders.remove_prefix(std::min(folders.size(), folder.size() + 1));
+        if (!folder.starts_with('/'))
+            continue;
+        std::string file = std::string(folder) + "/" + name;
+        struct stat status = {};
+        if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+            continue;
+        if (access(file.c_str(), X_OK) == 0)
+            return file;
+        code = EACCES;
     }
+    return {};
 }
 
 SystemCode start(const std::vector<std::string>& words, const Pipe& input, const Pipe& output,
                  pid_t& child) {
+    SystemCode code = kNoSystemError;
+    const std::string file = findProgram(words.front(), code);
+    if (file.empty())
+        return code;
     std::vector<char*> arguments;
     arguments.reserve(words.size() + 1);
     for (const std::string& word : words)
@@ -81,10 +161,47 @@ SystemCode start(const std::vector<std::string>& words, const Pipe& input, const
     posix_spawn_file_actions_adddup2(&actions, input.readEnd(), STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output.writeEnd(), STDOUT_FILENO);
     const int result =
-        posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+        posix_spawn(&child, file.c_str(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     return static_cast<SystemCode>(result);
 }
+
+// A program that runs, and ends when this one is ended early.
+class Child {
+public:
+    Child(const std::vector<std::string>& words, const Pipe& input, const Pipe& output) {
+        const EarlyEndHeldBack untilNamed;
+        code_ = start(words, input, output, process_);
+        if (code_ == kNoSystemError)
+            setChildOfEarlyEnd(process_);
+    }
+    ~Child() {
+        if (code_ == kNoSystemError)
+            wait();
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    [[nodiscard]] SystemCode code() const { return code_; }
+
+    // Its status; -1 when it was ended from outside.
+    int wait() noexcept {
+        code_ = ECHILD;
+        // Its number is nobody else's while it has not been asked for its status.
+        siginfo_t ended = {};
+        pastInterruptions(
+            [&] { return waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOWAIT); });
+        setChildOfEarlyEnd(0);
+        int status = 0;
+        if (pastInterruptions([&] { return waitpid(process_, &status, 0); }) < 0)
+            return -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+private:
+    pid_t process_ = -1;
+    SystemCode code_ = kNoSystemError;
+};
 
 } // namespace
 
@@ -96,26 +213,17 @@ ProgramRun runProgram(const std::vector<std::string>& words, std::string_view in
         if (pipe->code() != kNoSystemError)
             run.failure = pipe->code();
     }
-    pid_t child = -1;
-    if (run.failure == kNoSystemError)
-        run.failure = start(words, toProgram, fromProgram, child);
+    if (run.failure != kNoSystemError)
+        return run;
+    Child child(words, toProgram, fromProgram);
+    run.failure = child.code();
     if (run.failure != kNoSystemError)
         return run;
     toProgram.closeEnd(0);
     fromProgram.closeEnd(1);
-    std::thread writer([&] {
-        writeWhole(toProgram.writeEnd(), input);
-        toProgram.closeEnd(1);
-    });
-    readWhole(fromProgram.readEnd(), run.output);
-    writer.join();
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR)
-            return run;
-    }
-    if (WIFEXITED(status))
-        run.exitStatus = WEXITSTATUS(status);
+    converse(toProgram, input, fromProgram, run.output);
+    toProgram.closeEnd(1);
+    run.exitStatus = child.wait();
     return run;
 }
 

@@ -49,8 +49,8 @@ bool removeEntries(int folder) noexcept {
         if (size <= 0)
             return any;
         for (ssize_t at = 0; at < size;) {
-            const auto* const entry = reinterpret_cast<const dirent64*>(&entries[
-                static_cast<std::size_t>(at)]);
+            const auto* const entry =
+                reinterpret_cast<const dirent64*>(&entries[static_cast<std::size_t>(at)]);
             at += entry->d_reclen;
             any = unlinkat(folder, entry->d_name, 0) == 0 || any;
         }

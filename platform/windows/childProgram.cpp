@@ -4,6 +4,9 @@
 #include "platform/windows/commandLineText.h"
 #include "platform/windows/uniqueHandle.h"
 
+#include <algorithm>
+#include <string_view>
+#include <system_error>
 #include <thread>
 
 namespace platform {
@@ -57,6 +60,58 @@ bool joinWords(const std::vector<std::string>& words, std::wstring& line) {
     return true;
 }
 
+bool isRooted(std::wstring_view folder) {
+    const bool hasDrive = folder.size() > 2 && folder[1] == L':' && folder[2] == L'\\';
+    return hasDrive || folder.starts_with(L"\\\\");
+}
+
+bool isFile(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+std::wstring searchedFolders() {
+    std::wstring folders;
+    DWORD size = GetEnvironmentVariableW(L"PATH", nullptr, 0);
+    while (size > folders.size()) {
+        folders.resize(size);
+        size = GetEnvironmentVariableW(L"PATH", folders.data(), size);
+    }
+    folders.resize(size);
+    return folders;
+}
+
+// The file of the program; empty when there is none. Only folders that are named from a root count:
+// the system's own search begins in the folder that somebody works in.
+std::wstring findProgram(const std::wstring& name) {
+    const std::wstring file = name.ends_with(L".exe") ? name : name + L".exe";
+    if (name.find_first_of(L"\\/:") != std::wstring::npos)
+        return isRooted(name) ? file : std::wstring();
+    const std::wstring folders = searchedFolders();
+    for (std::size_t start = 0; start < folders.size();) {
+        const std::size_t end = std::min(folders.find(L';', start), folders.size());
+        std::wstring folder = folders.substr(start, end - start);
+        start = end + 1;
+        std::erase(folder, L'"');
+        std::replace(folder.begin(), folder.end(), L'/', L'\\');
+        if (!isRooted(folder))
+            continue;
+        const std::wstring path = folder + L"\\" + file;
+        if (isFile(path))
+            return path;
+    }
+    return {};
+}
+
+// Ends the program that is put into it when this process ends, however that comes about.
+FileHandle makeJob() {
+    FileHandle job(CreateJobObjectW(nullptr, nullptr));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    return job;
+}
+
 } // namespace
 
 ProgramRun runProgram(const std::vector<std::string>& words, std::string_view input) {
@@ -68,6 +123,14 @@ ProgramRun runProgram(const std::vector<std::string>& words, std::string_view in
         run.failure = ERROR_NO_UNICODE_TRANSLATION;
         return run;
     }
+    std::wstring name;
+    toWide(words.front(), name);
+    const std::wstring file = findProgram(name);
+    if (file.empty()) {
+        run.failure = ERROR_FILE_NOT_FOUND;
+        return run;
+    }
+    const FileHandle job = makeJob();
     PROCESS_INFORMATION started = {};
     STARTUPINFOW start = {};
     start.cb = sizeof start;
@@ -80,19 +143,28 @@ ProgramRun runProgram(const std::vector<std::string>& words, std::string_view in
     start.hStdInput = toProgram.readEnd.get();
     start.hStdOutput = fromProgram.writeEnd.get();
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    if (!ready || !CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                                  &start, &started)) {
+    if (!ready || !CreateProcessW(file.c_str(), line.data(), nullptr, nullptr, TRUE,
+                                  CREATE_SUSPENDED, nullptr, nullptr, &start, &started)) {
         run.failure = lastSystemCode();
         return run;
     }
     const ProcessHandle process(started.hProcess);
+    AssignProcessToJobObject(job.get(), process.get());
+    ResumeThread(started.hThread);
     CloseHandle(started.hThread);
     toProgram.readEnd.reset();
     fromProgram.writeEnd.reset();
-    std::thread writer([&] {
-        writeWhole(toProgram.writeEnd.get(), input);
-        toProgram.writeEnd.reset();
-    });
+    std::thread writer;
+    try {
+        writer = std::thread([&] {
+            writeWhole(toProgram.writeEnd.get(), input);
+            toProgram.writeEnd.reset();
+        });
+    } catch (const std::system_error&) {
+        TerminateProcess(process.get(), 1);
+        run.failure = ERROR_NO_SYSTEM_RESOURCES;
+        return run;
+    }
     readWhole(fromProgram.readEnd.get(), run.output);
     writer.join();
     DWORD status = 0;

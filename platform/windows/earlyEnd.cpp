@@ -1,5 +1,5 @@
-// The system tells of an early end in a thread of its own, while the others run on: whoever gets the
-// gate to end the process keeps it, and the first thread stops where it next makes or forgets
+// The system tells of an early end in a thread of its own, while the others run on: whoever gets
+// the gate to end the process keeps it, and the first thread stops where it next makes or forgets
 // something, or holds ends back.
 #include "platform/earlyEnd.h"
 

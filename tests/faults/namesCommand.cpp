@@ -1,36 +1,17 @@
 #include "tests/faults/namesCommand.h"
 
+#include "tests/faults/tavctlRun.h"
 #include "tests/support/fileText.h"
-
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
 #include <set>
-#include <vector>
-
-// The program's entry, under the name that the build gives it here: a process that starts would
-// make a thousand calls that are not the product's.
-int tavctlMain(int argc, char** argv);
 
 namespace testfaults {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-int runTavctl(std::vector<std::string> words) {
-    std::vector<char*> pointers;
-    for (std::string& word : words)
-        pointers.push_back(word.data());
-    pointers.push_back(nullptr);
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(nowhere, STDOUT_FILENO);
-    dup2(nowhere, STDERR_FILENO);
-    const WatchedPart watched;
-    return tavctlMain(static_cast<int>(words.size()), pointers.data());
-}
 
 const char* wordOf(NamesCommand::Word word) {
     return word == NamesCommand::Word::restore ? "restore" : "backup";
@@ -47,11 +28,8 @@ void NamesCommand::reset() const {
 }
 
 TracedEnd NamesCommand::run(const Decide& decide) const {
-    return runTraced(
-        [&] {
-            return runTavctl({"tavctl", "names", wordOf(word_), "--force", "--state",
-                              machine_.state().string(), saved_.string()});
-        },
+    return runTavctl(
+        {"names", wordOf(word_), "--force", "--state", machine_.state().string(), saved_.string()},
         decide);
 }
 

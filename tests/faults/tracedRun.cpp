@@ -123,6 +123,9 @@ private:
         case Verdict::Kind::kill:
             kill(child_, SIGKILL);
             return false;
+        case Verdict::Kind::signal:
+            kill(child_, verdict_.error);
+            return false;
         case Verdict::Kind::proceed:
         case Verdict::Kind::failAfter:
             break;

@@ -24,6 +24,7 @@ struct Verdict {
         failAfter, // it is made, and gives the error all the same, as a close may
         shorten,   // it is made with the size `size`, the third argument
         kill,      // the process ends before it is made
+        signal,    // it is made, and the process gets the signal `error` meanwhile
     };
     Kind kind = Kind::proceed;
     int error = 0;

@@ -93,6 +93,21 @@ TEST_F(TracedRun, KillsBeforeTheCallIsMade) {
     EXPECT_FALSE(std::filesystem::exists(file_));
 }
 
+TEST_F(TracedRun, SendsASignalAtACall) {
+    const auto end = testfaults::runTraced(
+        [&] {
+            const WatchedPart watched;
+            close(open(file_.c_str(), O_WRONLY | O_CREAT, 0600));
+            return 0;
+        },
+        [](const SystemCall& call) {
+            return call.number == SYS_close ? Verdict{Verdict::Kind::signal, SIGTERM, 0}
+                                            : Verdict{};
+        });
+    EXPECT_EQ(end.signal, SIGTERM);
+    EXPECT_TRUE(std::filesystem::exists(file_));
+}
+
 TEST_F(TracedRun, WatchesThePartOnly) {
     std::vector<std::string> calls;
     testfaults::runTraced(

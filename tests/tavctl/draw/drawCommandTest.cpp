@@ -65,6 +65,22 @@ TEST(DrawCommand, FailingGraphvizIsNamed) {
     EXPECT_TRUE(says(result, 3, "(dot): it ended with status 7; "));
 }
 
+TEST(DrawCommand, GraphvizIsNotTakenFromTheCurrentFolder) {
+    const FileFolder folder;
+    const std::string program = folder.write("dot", "#!/bin/sh\necho planted\n");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    const std::string here =
+        "cd " + std::filesystem::path(program).parent_path().string() + " && PATH=";
+    for (const char* path : {":/nonexistent", "."})
+        EXPECT_TRUE(says(testsupport::runCommand(here + path + " " TAVCTL_FILE " draw " +
+                                                 optionsOf(folder) + "2>&1"),
+                         3, "(dot): No such file or directory; "))
+            << path;
+    EXPECT_TRUE(says(testsupport::runCommand(here + ".:$PATH " TAVCTL_FILE " draw " +
+                                             optionsOf(folder) + "2>&1"),
+                     0, "</svg>"));
+}
+
 TEST(DrawCommand, UnknownFormatIsWrongUsage) {
     EXPECT_TRUE(says(runTavctl("draw --format png"), 2, "--format: png not in {svg,dot}"));
 }
