@@ -15,4 +15,8 @@ std::vector<std::string> commandLine(int argc, char** argv);
 // the next file that is opened: writing to it fails.
 void prepareOutput() noexcept;
 
+// Lets standard input give its bytes as they are; otherwise it may give text by the system's
+// habits.
+void prepareInput() noexcept;
+
 } // namespace platform

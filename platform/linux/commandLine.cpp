@@ -29,4 +29,6 @@ void prepareOutput() noexcept {
     occupy(STDERR_FILENO, O_RDONLY);
 }
 
+void prepareInput() noexcept {}
+
 } // namespace platform

@@ -31,4 +31,8 @@ void prepareOutput() noexcept {
     _setmode(_fileno(stderr), _O_BINARY);
 }
 
+void prepareInput() noexcept {
+    _setmode(_fileno(stdin), _O_BINARY);
+}
+
 } // namespace platform

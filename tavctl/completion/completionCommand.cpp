@@ -29,7 +29,8 @@ Command addCompletionCommand(OptionParser& parser, CommandWords (*wordsOfAll)())
     command.argument(options->shell, ValueForm::choice("SHELL", {"bash", "zsh", "fish"}),
                      "bash, zsh or fish");
     addTo(command, options->output);
-    command.footer("Example: tavctl completion bash -o tavctl.bash");
+    command.footer("Writes: the file of -o only.\n"
+                   "Example: tavctl completion bash -o tavctl.bash");
     return {command, [options, wordsOfAll] { return runCompletion(*options, wordsOfAll); },
             [] { return FailureForm{}; }};
 }

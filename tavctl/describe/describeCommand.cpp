@@ -82,6 +82,13 @@ void tell(const DescribeOptions& options, const describe::Draft& draft,
 ExitStatus runDescribe(const DescribeOptions& options) {
     requireModelName(options.request.model);
     requireFree(options.output);
+    if (options.watch && options.common.dump == "-")
+        throw FailureException({"describe",
+                                "--watch",
+                                "the answers come from standard input, and so does the bus",
+                                {},
+                                {}},
+                               ExitStatus::wrongUsage);
     const HostSetup setup(options.common);
     SharedBus bus = readBus();
     const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
@@ -118,10 +125,11 @@ Command addDescribeCommand(OptionParser& parser) {
                   ValueForm::choice("WORD", {"PCI", "Expresscard", "SwitchboxTav"}),
                   "PCI, Expresscard or SwitchboxTav (default)");
     command.number("--lanes", options->request.linkWidthPerLabel, "N", 1, 32,
-                   "Lanes of a connector: wider ports get several labels");
+                   "Lanes of a connector (1-32): more take several labels");
     command.flag("--whole", options->request.whole, "Take bridges further down for the box's own");
     command.flag("--watch", options->watch, "Find the connectors by plugging something into each");
-    command.footer("Example: tavctl describe 01:00.0 --dump samples/switchboxes.dump");
+    command.footer("Writes: the file of -o only.\n"
+                   "Example: tavctl describe 01:00.0 --dump samples/switchboxes.dump");
     return makeCommand<DescribeOptions>(command, options, runDescribe);
 }
 

@@ -1,7 +1,6 @@
 #include "tavctl/draw/drawCommand.h"
 
 #include "platform/childProgram.h"
-#include "platform/utf8Path.h"
 #include "tavctl/draw/drawing.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
@@ -10,7 +9,6 @@
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
 
-#include <filesystem>
 #include <memory>
 
 namespace tavctl {
@@ -53,9 +51,8 @@ ExitStatus runDraw(const DrawOptions& options) {
     BusTreeView view(marked->bus, marked->devices);
     showPart(options.part, view);
     DrawingOptions drawing;
-    drawing.title = options.common.dump.empty()
-                        ? "This machine"
-                        : platform::utf8Text(platform::utf8Path(options.common.dump).filename());
+    drawing.title =
+        options.common.dump.empty() ? "This machine" : NamedDump::titleOf(options.common.dump);
     drawing.allFunctions = options.all;
     const std::string dot = drawingAsDot(view, names, drawing);
     writeResult(options.format == "dot" ? dot : laidOut(dot), options.output);
@@ -73,7 +70,8 @@ Command addDrawCommand(OptionParser& parser) {
     command.flag("--all", options->all, "Also what else is on the root buses");
     options->part.addTo(command);
     options->common.addTo(command);
-    command.footer("Example: tavctl draw -o bus.svg");
+    command.footer("Writes: the file of -o only.\n"
+                   "Example: tavctl draw -o bus.svg");
     return makeCommand(command, std::move(options), runDraw);
 }
 

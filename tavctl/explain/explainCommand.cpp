@@ -80,7 +80,8 @@ Command addExplainCommand(OptionParser& parser) {
     options->common.addTo(command);
     command.optionalArgument(options->model, ValueForm::text("MODEL"),
                              "Model to explain in full (default: all)");
-    command.footer("Exit status 1 when MODEL is not listed.\n"
+    command.footer("Writes: nothing.\n"
+                   "Exit status 1 when MODEL is not listed.\n"
                    "Example: tavctl explain \"My Box\" --dump bus.txt");
     return makeCommand<ExplainOptions>(command, options, runExplain);
 }

@@ -92,7 +92,8 @@ HostSetup::HostSetup(const CommonOptions& options, Names names) {
             fail("configure", "this process", configuration_->code());
     }
     if (!options.dump.empty()) {
-        const platform::SystemCode code = platform::useRecordedBus(options.dump);
+        dump_.emplace(options.dump);
+        const platform::SystemCode code = platform::useRecordedBus(dump_->path());
         if (code != platform::kNoSystemError)
             fail("use --dump", options.dump, code);
     }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "platform/hostConfiguration.h"
+#include "tavctl/host/namedDump.h"
 #include "tavctl/host/scratchFolder.h"
 #include "tavctl/options/commonOptions.h"
 #include "tavctl/words/failure.h"
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tavctl {
@@ -43,6 +45,7 @@ private:
     std::unique_ptr<ScratchFolder> scratch_; // goes after what names it
     std::string whyNotCopied_;
     std::unique_ptr<platform::HostConfiguration> configuration_;
+    std::optional<NamedDump> dump_;
 };
 
 } // namespace tavctl

@@ -2,6 +2,7 @@
 
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/hostSetup.h"
+#include "tavctl/host/namedDump.h"
 #include "tavctl/lint/against.h"
 #include "tavctl/lint/lint.h"
 #include "tavctl/words/print.h"
@@ -30,9 +31,10 @@ std::vector<lint::Comparison> compareAll(const LintOptions& options,
     std::vector<lint::tModelDescription> before;
     if (!options.comparedWith.empty())
         before = lint::loadModels(descriptionFilesIn(options.comparedWith));
-    for (const std::string& dump : options.dumps)
+    const std::vector<NamedDump> dumps(options.dumps.begin(), options.dumps.end());
+    for (const NamedDump& dump : dumps)
         comparisons.push_back(
-            lint::compare(dump, models, options.comparedWith.empty() ? nullptr : &before));
+            lint::compare(dump.path(), models, options.comparedWith.empty() ? nullptr : &before));
     return comparisons;
 }
 
@@ -77,6 +79,7 @@ Command addLintCommand(OptionParser& parser) {
     command.footer(
         "Every problem of every file. Exit status 1 for errors and for models that a bus\n"
         "loses; 0 for warnings.\n"
+        "Writes: nothing.\n"
         "Example: tavctl lint --descriptions descriptions");
     return makeCommand<LintOptions>(command, options, runLint);
 }

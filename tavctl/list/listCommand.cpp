@@ -83,7 +83,8 @@ Command addListCommand(OptionParser& parser) {
     CommandOptions command = parser.command("list", "List the devices");
     command.flag("-v,--verbose", options->verbose, "Show the ports, and cut nothing");
     options->common.addTo(command);
-    command.footer("Example: tavctl list -v --dump bus.txt");
+    command.footer("Writes: the terminal names, on the machine's own bus or with --state.\n"
+                   "Example: tavctl list -v --dump bus.txt");
     return makeCommand(command, std::move(options), runList);
 }
 

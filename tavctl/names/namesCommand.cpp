@@ -147,6 +147,9 @@ ExitStatus preview(const NamesOptions& options) {
         changed.descriptions = options.newDescriptions;
     if (!options.newDump.empty())
         changed.dump = options.newDump;
+    // Through both setups.
+    const NamedDump kept(options.common.dump);
+    const NamedDump newKept(options.newDump);
     const bool isChanged = !options.newDescriptions.empty() || !options.newDump.empty();
 
     auto setup = std::make_unique<HostSetup>(options.common, Names::copied);
@@ -192,13 +195,14 @@ Command addNamesCommand(OptionParser& parser) {
     command.flag("-v,--verbose", options->verbose, "Cut nothing to fit 80 columns");
     command.flag("--stored", options->stored, "Look at the stored names only, at no bus");
     options->common.addTo(command);
-    command.footer("Example: tavctl names check");
+    command.footer("Writes: nothing, but for backup and restore.\nExample: tavctl names check");
 
     const auto add = [&](const char* word, const char* what, ExitStatus (*run)(const NamesOptions&),
-                         const char* example) {
+                         const char* example, const char* writes = "nothing") {
         CommandOptions action = command.action(word, what);
-        action.footer(std::string("\"tavctl names --help\" tells the options of all.\nExample: ") +
-                      example);
+        action.footer(fmt::format("\"tavctl names --help\" tells the options of all.\n"
+                                  "Writes: {}.\nExample: {}",
+                                  writes, example));
         options->actions.push_back({action, run});
         return action;
     };
@@ -206,10 +210,11 @@ Command addNamesCommand(OptionParser& parser) {
         "tavctl names list --stored");
     add("check", "Find duplicate, malformed and stale names", checkStored,
         "tavctl names check --json");
-    addFile(add("backup", "Save the names in a file", backUp, "tavctl names backup names.ini"),
-            *options, "File to save them in");
+    addFile(
+        add("backup", "Save the names in a file", backUp, "tavctl names backup names.ini", "FILE"),
+        *options, "File to save them in");
     addFile(add("restore", "Put back the names of a saved file", restore,
-                "tavctl names restore names.ini"),
+                "tavctl names restore names.ini", "the terminal names"),
             *options, "File that they were saved in");
     CommandOptions look = add("preview", "Tell which names would stay, change or be new", preview,
                               "tavctl names preview --new-descriptions new");

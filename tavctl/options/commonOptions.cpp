@@ -6,7 +6,7 @@ void CommonOptions::addTo(CommandOptions command) {
     command.value("--plugin", plugin, ValueForm::file(),
                   "Plug-in to load (default: beside tavctl, or as found)");
     command.value("--dump", dump, ValueForm::file("PATH"),
-                  "Recorded bus: text of lspci -x, or a folder like /sys");
+                  "Recorded bus: lspci -x text, folder as /sys, - (stdin)");
     command.value("--descriptions", descriptions, ValueForm::folder(),
                   "Folder that holds \"PCI Hardware Descriptions\"");
     command.value("--state", state, ValueForm::folder(), "Folder of the terminal names");

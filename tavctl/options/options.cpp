@@ -1,6 +1,9 @@
 #include "tavctl/options/options.h"
 
+#include <fmt/core.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iterator>
 #include <list>
 #include <map>
@@ -12,6 +15,29 @@ namespace tavctl {
 namespace {
 
 constexpr std::size_t kHelpColumn = 26;
+
+constexpr const char* kEmptyValue = "the value is empty";
+
+// A script whose variable is not set must not get what it would get without the option.
+std::string isNotEmpty(const std::string& value) {
+    return value.empty() ? kEmptyValue : std::string();
+}
+
+// Says which words there are where the description does not.
+CLI::Validator isOneOf(const std::vector<std::string>& words, const std::string& description) {
+    CLI::IsMember check(words);
+    const bool isTold = std::all_of(words.begin(), words.end(), [&](const std::string& word) {
+        return description.find(word) != std::string::npos;
+    });
+    return isTold ? check.description("") : check;
+}
+
+// The same of the two ends.
+CLI::Validator isBetween(int least, int most, const std::string& description) {
+    CLI::Range check(least, most);
+    const bool isTold = description.find(fmt::format("({}-{})", least, most)) != std::string::npos;
+    return isTold ? check.description("") : check;
+}
 
 } // namespace
 
@@ -69,8 +95,9 @@ private:
     CLI::Option* addNamed(const std::string& names, Value& value, const ValueForm& form,
                           const std::string& description) {
         CLI::Option* const option = app_.add_option(names, value, description);
+        option->check(isNotEmpty);
         if (form.kind == OptionWords::Value::choice)
-            option->check(CLI::IsMember(form.choices));
+            option->check(isOneOf(form.choices, description));
         forms_.emplace(option, form);
         return option;
     }
@@ -105,7 +132,7 @@ void CommandOptions::value(const std::string& names, std::string& value, const V
 void CommandOptions::number(const std::string& names, int& value, const std::string& valueName,
                             int least, int most, const std::string& description) {
     node_->addOption(names, value, ValueForm::text(valueName), description)
-        ->check(CLI::Range(least, most));
+        ->check(isBetween(least, most, description));
 }
 
 void CommandOptions::values(const std::string& names, std::vector<std::string>& values,
@@ -177,6 +204,13 @@ CommandOptions OptionParser::command(const std::string& word, const std::string&
 
 ParsedLine OptionParser::parse(const std::vector<std::string>& words) {
     CLI::App& app = whole_->app;
+    // The parser takes the next word for the value of such an option.
+    for (const std::string& word : words) {
+        if (word == "--")
+            break;
+        if (word.starts_with("--") && word.ends_with('='))
+            return {ParsedLine::Kind::misuse, word.substr(0, word.size() - 1) + ": " + kEmptyValue};
+    }
     try {
         // Without the program's name, and the first word last.
         app.parse(std::vector<std::string>(words.rbegin(), std::prev(words.rend())));

@@ -2,6 +2,8 @@
 // the parsing: whoever declares options compiles without it.
 //
 // Names of options are written as "-o,--output"; whichever of them is used sets the same variable.
+// An empty value is refused, of an option as of an argument.
+//
 // A variable keeps its value when the command line does not give another, and must live as long as
 // the parser.
 #pragma once
@@ -19,7 +21,7 @@ struct ValueForm {
     static ValueForm text(std::string name);
     static ValueForm file(std::string name = "FILE");
     static ValueForm folder(std::string name = "DIR");
-    // One of these words and no other, which the help lists too.
+    // One of these words and no other, which the help lists where the description does not.
     static ValueForm choice(std::string name, std::vector<std::string> choices);
 
     std::string name;
@@ -39,7 +41,8 @@ public:
     // An option that takes one value.
     void value(const std::string& names, std::string& value, const ValueForm& form,
                const std::string& description);
-    // An option that takes a whole number from `least` to `most`.
+    // An option that takes a whole number from `least` to `most`, which the help tells where the
+    // description does not have them as "(1-9)".
     void number(const std::string& names, int& value, const std::string& valueName, int least,
                 int most, const std::string& description);
     // An option that takes every word behind it up to the next option, at least one.

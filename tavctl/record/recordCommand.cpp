@@ -45,7 +45,8 @@ Command addRecordCommand(OptionParser& parser) {
     command.flag("--scrub", options->scrub, "Leave out what does not matter to matching");
     tavctl::addTo(command, options->output);
     options->common.addTo(command);
-    command.footer("Example: tavctl record --scrub -o bus.txt");
+    command.footer("Writes: the file of -o only.\n"
+                   "Example: tavctl record --scrub -o bus.txt");
     return makeCommand(command, std::move(options), runRecord);
 }
 

@@ -42,7 +42,8 @@ Command addTreeCommand(OptionParser& parser) {
     command.flag("-n,--numeric", options->numeric, "Identifiers instead of names");
     options->part.addTo(command);
     options->common.addTo(command);
-    command.footer("Example: tavctl tree -s 01:00.0");
+    command.footer("Writes: nothing.\n"
+                   "Example: tavctl tree -s 01:00.0");
     return makeCommand(command, std::move(options), runTree);
 }
 

@@ -3,6 +3,7 @@
 #include "platform/systemCode.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/printable.h"
+#include "tavctl/words/shownName.h"
 
 #include <fmt/core.h>
 
@@ -11,7 +12,7 @@
 namespace tavctl {
 
 void print(const std::string& text, Dress dress) {
-    const std::string safe = printableLines(text, dress == Dress::coloured);
+    const std::string safe = printableLines(withShownNames(text), dress == Dress::coloured);
     if (std::fwrite(safe.data(), 1, safe.size(), stdout) == safe.size() && std::fflush(stdout) == 0)
         return;
     const platform::SystemCode code = platform::lastSystemCode();
@@ -25,7 +26,7 @@ void complain(std::string_view sentence) {
 
 void complainInLines(std::string_view lines) {
     // In one piece: lines of other programs on the same terminal do not come in between.
-    const std::string safe = printableLines(lines);
+    const std::string safe = printableLines(withShownNames(std::string(lines)));
     std::fwrite(safe.data(), 1, safe.size(), stderr);
 }
 

@@ -63,6 +63,20 @@ TEST(CommandLine, WrongUsageExitsWithTwoAndNamesTheWrongWord) {
     EXPECT_TRUE(says(runTavctl("tree extra"), 2, "extra"));
 }
 
+TEST(CommandLine, EmptyValueIsWrongUsageAndNamesTheOption) {
+    for (const char* option : {"--dump", "--descriptions", "--state", "--plugin", "--model", "-s",
+                               "--output", "--pci-ids", "--format"}) {
+        const std::string sentence =
+            "tavctl: read the command line: " + std::string(option) + ": the value is empty\n";
+        EXPECT_TRUE(says(runTavctl("draw " + std::string(option) + " ''"), 2, sentence));
+    }
+    EXPECT_TRUE(says(runTavctl("describe 01:00.0 --model ''"), 2, "--model: the value is empty"));
+    EXPECT_TRUE(says(runTavctl("list --dump= -v"), 2, "--dump: the value is empty"));
+    EXPECT_TRUE(says(runTavctl("explain ''"), 2, "MODEL: the value is empty"));
+    EXPECT_TRUE(says(runTavctl("lint ''"), 2, "FILE: the value is empty"));
+    EXPECT_TRUE(says(runTavctl("names backup ''"), 2, "FILE: the value is empty"));
+}
+
 TEST(CommandLine, WrongUsageIsJsonOnDemand) {
     EXPECT_TRUE(says(runTavctl("tre --json"), 2,
                      R"({"error":{"operation":"read the command line","object":"tre",)"
@@ -137,6 +151,7 @@ std::vector<std::string> commandsNamed(const std::string& words) {
 void expectHelpFitsAScreen(const std::string& words) {
     const auto help = runTavctl(words + " --help");
     EXPECT_TRUE(says(help, 0, "Example: tavctl " + words));
+    EXPECT_TRUE(words.empty() || says(help, 0, "\nWrites: "));
     EXPECT_LE(std::count(help.output.begin(), help.output.end(), '\n'), 24) << help.output;
     std::stringstream text(help.output);
     for (std::string line; std::getline(text, line);)

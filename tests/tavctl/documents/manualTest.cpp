@@ -53,6 +53,23 @@ TEST(Manual, HasAPageForEveryCommandThatTellsEveryOption) {
     }
 }
 
+// The line of the help that says what the command writes.
+std::string writesLine(const std::string& words) {
+    const std::string help = testsupport::runCommand(TAVCTL_FILE " " + words + " --help").output;
+    const auto start = help.find("Writes: ");
+    return start == std::string::npos ? "no such line in " + help
+                                      : help.substr(start, help.find('\n', start) - start);
+}
+
+TEST(Manual, SaysOfEveryCommandWhatItWritesAsTheHelpDoes) {
+    for (const CommandWords& command : commandLineWords().commands) {
+        const std::string text = pageText("tavctl-" + command.name + ".1");
+        EXPECT_THAT(text, HasSubstr(writesLine(command.name)));
+        for (const CommandWords& action : command.commands)
+            EXPECT_THAT(text, HasSubstr(writesLine(command.name + " " + action.name)));
+    }
+}
+
 TEST(Manual, HasNoPageOfACommandThatIsNotThere) {
     std::size_t pages = 0;
     for (const auto& entry : fs::directory_iterator(kFolder))

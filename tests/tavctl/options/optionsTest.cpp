@@ -135,6 +135,39 @@ TEST(Options, OptionTakesOneValueAndNoFewer) {
     EXPECT_THAT(refusal({"pack", "--wrap"}), HasSubstr("--wrap"));
 }
 
+// Not as if it had been left out, nor the next word in its place.
+TEST(Options, EmptyValueIsRefused) {
+    for (const char* option : {"--label", "--size", "--log", "--store", "--wrap", "--layers"}) {
+        EXPECT_EQ(refusal({"pack", option, "", "--wrap", "red"}),
+                  std::string(option) + ": the value is empty");
+        EXPECT_EQ(refusal({"pack", std::string(option) + "=", "red", "--wrap", "red"}),
+                  std::string(option) + ": the value is empty");
+    }
+    EXPECT_EQ(refusal({"pack", "-l", ""}), "--log: the value is empty");
+    EXPECT_EQ(refusal({"pack", "--wrap", "red", ""}), "--wrap: the value is empty");
+    EXPECT_EQ(refusal({"pack", ""}), "THING: the value is empty");
+    EXPECT_EQ(refusal({"pack", "ball", ""}), "THING: the value is empty");
+    EXPECT_EQ(refusal({"post", ""}), "ADDRESS: the value is empty");
+    EXPECT_EQ(refusal({"post", "here", ""}), "STAMP: the value is empty");
+    Box box;
+    EXPECT_EQ(box.parse({"pack", "--label", " ", "--wrap", "="}).kind, LineKind::command);
+}
+
+TEST(Options, HelpTellsWhatAValueMayBeOnce) {
+    const std::string help = answer({"pack", "--help"});
+    EXPECT_THAT(help, HasSubstr("SIZE:{small,large}"));
+    EXPECT_THAT(help, HasSubstr("[1 - 9]"));
+    OptionParser parser("box", "Packs.", "box 1.2");
+    CommandOptions pack = parser.command("pack", "Put things into a box");
+    std::string size;
+    int layers = 1;
+    pack.value("--size", size, ValueForm::choice("SIZE", {"small", "large"}), "small or large");
+    pack.number("--layers", layers, "N", 1, 9, "How many (1-9)");
+    const std::string shorter = parser.parse({"box", "pack", "--help"}).text;
+    EXPECT_THAT(shorter, HasSubstr("--size SIZE "));
+    EXPECT_THAT(shorter, HasSubstr("--layers N "));
+}
+
 TEST(Options, ChoiceIsOneOfItsWords) {
     EXPECT_EQ(refusal({"pack", "--size", "huge"}), "--size: huge not in {small,large}");
     EXPECT_EQ(refusal({"pack", "--size", "Large"}), "--size: Large not in {small,large}");
