@@ -1,4 +1,5 @@
 // tavctl ended early at moments all over its run: what it leaves, and how it ends.
+#include "platform/fileLock.h"
 #include "tests/faults/faultMachine.h"
 #include "tests/faults/systemCalls.h"
 #include "tests/faults/tavctlRun.h"
@@ -7,7 +8,9 @@
 #include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 
 #include <algorithm>
 #include <csignal>
@@ -136,6 +139,27 @@ TEST_P(EarlyEnd, LeavesNothingHalfDoneAndIsByThatSignal) {
     const std::string scene = std::string(" (") + GetParam().name + ")";
     testsupport::figure(calls.size(), "system calls of a run" + scene);
     testsupport::figure(tried, "of them at which it was ended early" + scene);
+}
+
+// Nothing is being saved yet.
+TEST(EarlyEndOfAWait, IsNotHeldBack) {
+    const FaultMachine machine;
+    machine.reset(FaultMachine::Names::some);
+    platform::FileLock other;
+    ASSERT_EQ(other.open((machine.state() / "zotavpci.loc").c_str()), platform::kNoSystemError);
+    ASSERT_EQ(other.lock(), platform::kNoSystemError);
+    for (const char* words : {"list", "tree", "names", "restore"}) {
+        std::vector<std::string> all{words};
+        if (all.front() == "restore")
+            all = {"names", "restore", "--force", machine.nameFile().string()};
+        const TracedEnd end = testfaults::runTavctl(all, [](const SystemCall& call) {
+            const bool waits =
+                call.number == SYS_fcntl && call.arguments[1] == std::uint64_t{F_OFD_SETLKW};
+            return waits ? Verdict{Verdict::Kind::signal, SIGTERM, 0} : Verdict{};
+        });
+        EXPECT_EQ(end.signal, SIGTERM) << words;
+    }
+    EXPECT_EQ(*machine.names(), FaultMachine::textOf(FaultMachine::Names::some));
 }
 
 INSTANTIATE_TEST_SUITE_P(

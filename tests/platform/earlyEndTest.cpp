@@ -27,14 +27,23 @@ constexpr auto kFolder = RemovedAtEarlyEnd::Kind::folder;
 class EarlyEnd : public testing::Test {
 protected:
     EarlyEnd() {
+        // Tests that run in the background are started to pass some of them over.
+        for (const int end : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGPIPE})
+            before_.emplace_back(end, std::signal(end, SIG_DFL));
         for (int i = 0; i < 300; ++i)
             static_cast<void>(folder_.file("scratch/" + std::to_string(i), "text"));
         static_cast<void>(folder_.file("kept", "text"));
     }
 
+    ~EarlyEnd() override {
+        for (const auto& [end, handler] : before_)
+            std::signal(end, handler);
+    }
+
     [[nodiscard]] fs::path in(const char* name) const { return folder_.path() / name; }
 
     TemporaryFolder folder_;
+    std::vector<std::pair<int, void (*)(int)>> before_;
 };
 
 using EarlyEndDeathTest = EarlyEnd;
