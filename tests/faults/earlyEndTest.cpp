@@ -32,6 +32,7 @@ struct EndedCommand {
     const char* name;
     std::vector<std::string> words;
     const char* result = nullptr; // the file that it writes, among the results
+    bool talks = false;           // to another program, through pipes
     bool names = false;           // it is there to write the terminal names
 };
 
@@ -117,28 +118,39 @@ TEST_P(EarlyEnd, LeavesNothingHalfDoneAndIsByThatSignal) {
     const std::size_t moments = testsupport::effort(30, 100'000);
     const std::size_t step = std::max<std::size_t>(1, calls.size() / moments) | 1U;
     std::size_t tried = 0;
+    std::size_t ended = 0;
     std::size_t done = 0;
     for (std::size_t number = 0; number < calls.size(); number += step, ++tried) {
         const int signal = kEnds[tried % std::size(kEnds)];
         SCOPED_TRACE("signal " + std::to_string(signal) + " at call " + std::to_string(number) +
                      ", " + testfaults::nameOf(calls[number]));
         reset();
+        bool isSent = false;
         const TracedEnd end =
-            run(testfaults::onlyCall(number, Verdict{Verdict::Kind::signal, signal, 0}));
-        if (end.signal == 0)
-            break; // this run made fewer calls
-        EXPECT_EQ(end.signal, signal);
+            run([&, only = testfaults::onlyCall(number, Verdict{Verdict::Kind::signal, signal, 0})](
+                    const SystemCall& call) {
+                const Verdict verdict = only(call);
+                isSent = isSent || verdict.kind == Verdict::Kind::signal;
+                return verdict;
+            });
+        if (!isSent)
+            continue; // how often a pipe is looked at is not the same in each run
+        // While it talks to another program a broken pipe is that program's affair.
+        if (signal != SIGPIPE || !GetParam().talks || end.exitStatus != 0) {
+            EXPECT_EQ(end.signal, signal);
+        }
+        ++ended;
         expectNothingLeft();
         const std::string names = *machine_.names();
         EXPECT_TRUE(names == namesBefore || names == namesAfter) << names;
         EXPECT_TRUE(result().empty() || result() == wholeResult) << result();
         done += names == namesAfter && result() == wholeResult ? 1U : 0U;
     }
-    EXPECT_GT(tried, 20U);
+    EXPECT_GT(ended, 20U);
     EXPECT_TRUE(done > 0 || !GetParam().names);
     const std::string scene = std::string(" (") + GetParam().name + ")";
     testsupport::figure(calls.size(), "system calls of a run" + scene);
-    testsupport::figure(tried, "of them at which it was ended early" + scene);
+    testsupport::figure(ended, "of them at which it was ended early" + scene);
 }
 
 // Nothing is being saved yet.
@@ -165,13 +177,13 @@ TEST(EarlyEndOfAWait, IsNotHeldBack) {
 INSTANTIATE_TEST_SUITE_P(
     Tavctl, EarlyEnd,
     testing::Values(EndedCommand{"Backup", {"names", "backup", "RESULT"}, "backup.ini"},
-                    EndedCommand{"Restore", {"names", "restore", "SAVED"}, nullptr, true},
+                    EndedCommand{"Restore", {"names", "restore", "SAVED"}, nullptr, false, true},
                     EndedCommand{"DrawDot", {"draw", "--format", "dot", "-o", "RESULT"}, "bus.dot"},
-                    EndedCommand{"DrawSvg", {"draw", "-o", "RESULT"}, "bus.svg"},
+                    EndedCommand{"DrawSvg", {"draw", "-o", "RESULT"}, "bus.svg", true},
                     EndedCommand{"Record", {"record", "-o", "RESULT"}, "bus.txt"},
                     EndedCommand{"Tree", {"tree"}},
                     EndedCommand{"NamesPreview", {"names", "preview"}},
-                    EndedCommand{"List", {"list", "--state", "STATE"}, nullptr, true}),
+                    EndedCommand{"List", {"list", "--state", "STATE"}, nullptr, false, true}),
     [](const auto& command) { return command.param.name; });
 
 } // namespace
