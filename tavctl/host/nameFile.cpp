@@ -98,16 +98,12 @@ NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
 std::string whyNotStorable(const fs::path& nameFile) {
     if (nameFile.empty())
         return {};
-    const auto ensure = [](const std::string& file) {
-        const int made = cPciTavFilesystem().EnsureFileExists(file);
-        return made > 0 ? static_cast<platform::SystemCode>(made) : platform::kNoSystemError;
-    };
     const std::string lockFile = platform::utf8Text(nameFile.parent_path() / kNameLockFile);
-    platform::SystemCode code = ensure(lockFile);
+    const int made = cPciTavFilesystem().EnsureFileExists(lockFile);
+    platform::SystemCode code =
+        made > 0 ? static_cast<platform::SystemCode>(made) : platform::kNoSystemError;
     if (platform::FileLock lock; code == platform::kNoSystemError)
         code = lock.open(lockFile.c_str());
-    if (code == platform::kNoSystemError)
-        code = ensure(platform::utf8Text(nameFile));
     return platform::isRefusal(code) || platform::isOutOfRoom(code) ? platform::systemMessage(code)
                                                                     : std::string();
 }

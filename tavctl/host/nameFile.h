@@ -32,7 +32,7 @@ private:
 };
 
 // Why this user may not, or for want of room cannot, store names, in the system's words: as far as
-// it shows before there are names to store, when the lock file is opened and a missing file is made.
+// it shows before there are names to store, when the lock file is made and opened.
 // Empty when nothing speaks against it, and for anything else that does: then a host fails too, and
 // tells why.
 std::string whyNotStorable(const std::filesystem::path& nameFile);

@@ -1,12 +1,14 @@
 #include "tavctl/list/listCommand.h"
 
 #include "platform/busLocation.h"
+#include "platform/file.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/iIniFile.h"
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/host/nameFile.h"
+#include "tavctl/host/namedDump.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/statusText.h"
@@ -45,15 +47,18 @@ std::optional<Devices> devicesOfHost(const CommonOptions& options) {
     try {
         return devicesOfPlugin(options, setup);
     } catch (const FailureException& exception) {
-        if (exception.failure().status != kIniFileErrNotStored)
-            throw;
         const Failure& failure = exception.failure();
-        return giveUp(platform::utf8Text(setup.nameFile()),
-                      failure.reason.empty() ? statusWords(*failure.status) : failure.reason);
+        const std::string file = platform::utf8Text(setup.nameFile());
+        // A new file is made when the names are read.
+        const bool isMissing = failure.object == file && !platform::lastWriteTime(file.c_str());
+        if (failure.status != kIniFileErrNotStored && !isMissing)
+            throw;
+        return giveUp(file, failure.reason.empty() ? statusWords(*failure.status) : failure.reason);
     }
 }
 
 Devices devicesToList(const CommonOptions& options) {
+    const NamedDump dump(options.dump); // standard input is there once only
     if (isToStore(options)) {
         if (auto devices = devicesOfHost(options))
             return std::move(*devices);
