@@ -8,6 +8,8 @@
 #include "pxidrivertools/ini/iniLoad.h"
 #include "pxidrivertools/ini/iniLookup.h"
 #include "pxidrivertools/ini/iniSafeWrite.h"
+#include "pxidrivertools/ini/iniSinks.h"
+#include "pxidrivertools/ini/iniWrite.h"
 #include "source/cPciTavFilesystem.h"
 #include "source/cTerminalNameDb.h"
 #include "source/patientOpening.h"
@@ -118,6 +120,8 @@ NameStoring::NameStoring(const fs::path& nameFile) {
     held_.emplace();
 }
 
+NameFile::NameFile() : file_(makeFile()) {}
+
 NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {
     const std::string name = platform::utf8Text(path);
     if (mayBeMissing && !platform::lastWriteTime(name.c_str()))
@@ -137,6 +141,19 @@ NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) 
         if (!seen.insert(slotPath).second)
             repeated_.push_back({slotPath, section.line});
     });
+}
+
+bool NameFile::isContentOf(const fs::path& target) const {
+    const platform::Stream stream = platform::openStream(platform::utf8Text(target).c_str(), "rb");
+    if (!stream)
+        return false;
+    const IniBuffer text(file_->memory);
+    const IniBuffer other(file_->memory);
+    if (text.bytes().empty() || other.bytes().empty())
+        throw std::bad_alloc();
+    IniComparison comparison(stream.get(), other.bytes());
+    IniOutput output(comparison, text.bytes());
+    return writeContents(*file_, output) == kIniDone && comparison.isSame();
 }
 
 void NameFile::write(const fs::path& target) const {

@@ -60,6 +60,9 @@ struct NameEntry {
 
 class NameFile {
 public:
+    // Without names.
+    NameFile();
+
     // Raises FailureException for a file that cannot be read. With `mayBeMissing` a file that is
     // not there is an empty one.
     NameFile(const std::filesystem::path& path, bool mayBeMissing);
@@ -74,6 +77,9 @@ public:
         std::int32_t line = 0;
     };
     [[nodiscard]] const std::vector<Repeated>& repeated() const { return repeated_; }
+
+    // Whether `write` would leave the file's bytes as they are.
+    [[nodiscard]] bool isContentOf(const std::filesystem::path& target) const;
 
     // Replaces `target` by this content, forced onto the disk; a failure leaves it as it was. The
     // file keeps owner and permissions; a new one is readable by its owner only. Raises

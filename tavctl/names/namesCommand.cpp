@@ -1,8 +1,11 @@
 #include "tavctl/names/namesCommand.h"
 
+#include "platform/earlyEnd.h"
 #include "platform/utf8Path.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
+#include "tavctl/host/namesBefore.h"
+#include "tavctl/names/nameLoss.h"
 #include "tavctl/names/nameReport.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/json.h"
@@ -96,37 +99,101 @@ ExitStatus backUp(const NamesOptions& options) {
     const HostSetup setup(options.common);
     const fs::path path = nameFilePath(setup);
     std::error_code ignored;
-    if (!options.force && fs::exists(options.file, ignored))
+    if (!options.force && fs::exists(platform::utf8Path(options.file), ignored))
         throw FailureException({"back up terminal names",
                                 options.file,
                                 "the file exists; --force replaces it",
                                 {},
-                                {}},
-                               ExitStatus::problemFound);
+                                {}});
     const NameLock lock(path, NameLock::Purpose::reading);
     const NameFile file(path, false);
-    file.write(options.file);
+    file.write(platform::utf8Path(options.file));
     report(options, "saved", file.entries().size(), options.file);
     return ExitStatus::done;
+}
+
+[[noreturn]] void refuseToRestore(const NamesOptions& options, const std::string& reason) {
+    throw FailureException({"restore terminal names", options.file, reason, {}, {}},
+                           ExitStatus::problemFound);
+}
+
+void requireNames(const NamesOptions& options, const NameFile& source) {
+    const auto problems = checkNames(source, nullptr);
+    complainInLines(problemsAsText(problems, options.file));
+    if (!problems.empty())
+        refuseToRestore(options, "these are not names as they are stored; --force takes them");
+    if (source.entries().empty())
+        refuseToRestore(options, "it has no names; --force restores it and forgets all of them");
+}
+
+// The devices whose names count, as far as they can be found out.
+struct NamedDevices {
+    std::optional<Survey> survey;
+    std::string obstacle; // why every stored name counts; empty with a survey
+};
+
+NamedDevices namedDevices(const NamesOptions& options, const HostSetup& setup) {
+    if (options.stored)
+        return {{}, "the bus is not looked at"};
+    try {
+        return {surveyDevices(setup), {}};
+    } catch (const FailureException& exception) {
+        return {{}, fmt::format("the devices cannot be looked for ({})", exception.what())};
+    }
+}
+
+// The stored names, for comparing; a file that holds none that can be read has none to lose.
+NameFile storedIfReadable(const fs::path& path) {
+    try {
+        return {path, true};
+    } catch (const FailureException& exception) {
+        complain(exception.what());
+        return {};
+    }
+}
+
+void requireNoLoss(const NamesOptions& options, const NamedDevices& devices, const fs::path& path,
+                   const NameFile& source) {
+    const auto losses = lostNames(storedIfReadable(path), pointerTo(devices.survey), source);
+    if (losses.empty())
+        return;
+    const std::string given = devices.obstacle.empty()
+                                  ? std::string()
+                                  : devices.obstacle + ", so every stored name counts: ";
+    refuseToRestore(options, given + lossesAsText(losses) + "; --force restores it all the same");
 }
 
 ExitStatus restore(const NamesOptions& options) {
     const HostSetup setup(options.common);
     const fs::path path = nameFilePath(setup);
-    const NameFile file(options.file, false);
-    const auto problems = checkNames(file, nullptr);
-    if (!problems.empty() && !options.force) {
-        complainInLines(problemsAsText(problems, options.file));
-        throw FailureException({"restore terminal names",
-                                options.file,
-                                "these are not names as they are stored; --force takes them",
-                                {},
-                                {}},
-                               ExitStatus::problemFound);
-    }
+    const NameFile source(platform::utf8Path(options.file), false);
+    if (!options.force)
+        requireNames(options, source);
+    // The search for devices takes turns with hosts by the lock, too.
+    const NamedDevices devices = options.force ? NamedDevices() : namedDevices(options, setup);
     const NameLock lock(path, NameLock::Purpose::writing);
-    file.write(path);
-    report(options, "restored", file.entries().size(), platform::utf8Text(path));
+    if (source.isContentOf(path)) {
+        complain(fmt::format("nothing to restore: {} holds these names already",
+                             platform::utf8Text(path)));
+        report(options, "restored", 0, platform::utf8Text(path));
+        return ExitStatus::done;
+    }
+    if (!options.force)
+        requireNoLoss(options, devices, path, source);
+    const platform::EarlyEndHeldBack untilWritten;
+    keepNamesBefore(path);
+    source.write(path);
+    report(options, "restored", source.entries().size(), platform::utf8Text(path));
+    return ExitStatus::done;
+}
+
+ExitStatus undo(const NamesOptions& options) {
+    const HostSetup setup(options.common);
+    const fs::path path = nameFilePath(setup);
+    const NameLock lock(path, NameLock::Purpose::writing);
+    const platform::EarlyEndHeldBack untilWritten;
+    undoNames(path);
+    report(options, "restored", storedIfReadable(path).entries().size(), platform::utf8Text(path));
     return ExitStatus::done;
 }
 
@@ -195,8 +262,10 @@ Command addNamesCommand(OptionParser& parser) {
     command.flag("-v,--verbose", options->verbose, "Cut nothing to fit 80 columns");
     command.flag("--stored", options->stored, "Look at the stored names only, at no bus");
     options->common.addTo(command);
-    command.footer("Writes: nothing, but for backup and restore.\nExample: tavctl names check");
+    command.footer("Writes: nothing, but for backup, restore and undo.\n"
+                   "Example: tavctl names check");
 
+    constexpr const char* kRestored = "the terminal names and zotavpci.ini.before";
     const auto add = [&](const char* word, const char* what, ExitStatus (*run)(const NamesOptions&),
                          const char* example, const char* writes = "nothing") {
         CommandOptions action = command.action(word, what);
@@ -214,8 +283,9 @@ Command addNamesCommand(OptionParser& parser) {
         add("backup", "Save the names in a file", backUp, "tavctl names backup names.ini", "FILE"),
         *options, "File to save them in");
     addFile(add("restore", "Put back the names of a saved file", restore,
-                "tavctl names restore names.ini", "the terminal names"),
+                "tavctl names restore names.ini", kRestored),
             *options, "File that they were saved in");
+    add("undo", "Take back what changed the names last", undo, "tavctl names undo", kRestored);
     CommandOptions look = add("preview", "Tell which names would stay, change or be new", preview,
                               "tavctl names preview --new-descriptions new");
     look.value("--new-descriptions", options->newDescriptions, ValueForm::folder(),

@@ -1,19 +1,14 @@
 #include "tavctl/words/resultFile.h"
 
-#include "platform/earlyEnd.h"
 #include "platform/file.h"
 #include "platform/fileReplacement.h"
-#include "platform/randomSeed.h"
 #include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/newFileBeside.h"
 #include "tavctl/words/print.h"
 
-#include <fmt/core.h>
-
-#include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -53,25 +48,6 @@ void writeInto(const std::string& file, const std::string& text) {
     if (const SystemCode code = writeAndClose(std::move(stream), text);
         code != platform::kNoSystemError)
         fail(file, code);
-}
-
-using Removal = std::optional<platform::RemovedAtEarlyEnd>;
-
-// An empty file beside the target, and its name.
-std::pair<platform::NewFile, std::string>
-createBeside(const std::string& target, platform::NewFileAccess access, Removal& removal) {
-    constexpr int kAttempts = 100;
-    platform::NewFile made;
-    std::string name;
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        name = fmt::format("{}.{:08x}.tmp", target,
-                           static_cast<std::uint32_t>(platform::randomSeed()));
-        removal.emplace(platform::RemovedAtEarlyEnd::Kind::file, platform::utf8Path(name));
-        made = platform::createExclusively(name.c_str(), access);
-        if (made.stream || !platform::isNameTaken(made.code))
-            break;
-    }
-    return {std::move(made), std::move(name)};
 }
 
 SystemCode takeAccess(const std::string& from, std::FILE* to) {

@@ -38,7 +38,8 @@ std::string NamesCommand::written() const {
 }
 
 bool NamesCommand::hasLeftovers() const {
-    const std::set<std::string> known{"saved.ini", "zotavpci.ini", "zotavpci.loc"};
+    const std::set<std::string> known{"saved.ini", "zotavpci.ini", "zotavpci.ini.before",
+                                      "zotavpci.loc"};
     for (const auto& entry : fs::directory_iterator(target().parent_path())) {
         if (!known.contains(entry.path().filename().string()))
             return true;

@@ -24,7 +24,7 @@ public:
 
     // What it writes now: the stored names, or the saved file.
     [[nodiscard]] std::string written() const;
-    // Whether anything stands beside that and the lock file.
+    // Whether anything stands beside that, the names from before and the lock file.
     [[nodiscard]] bool hasLeftovers() const;
 
     // "tavctl names restore"

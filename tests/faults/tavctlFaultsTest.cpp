@@ -32,8 +32,10 @@ TEST_P(TavctlFaults, EachOnceLeavesTheOldFileOrTheNewOneWhole) {
     const std::string after = command_.written();
     ASSERT_NE(after, before);
     const auto isRename = [](const SystemCall& call) { return call.number == SYS_rename; };
-    const auto rename = std::find_if(calls.begin(), calls.end(), isRename);
-    ASSERT_NE(rename, calls.end());
+    // The last one puts the file in its place.
+    const auto rename = std::find_if(calls.rbegin(), calls.rend(), isRename);
+    ASSERT_NE(rename, calls.rend());
+    const auto renamed = static_cast<std::size_t>(calls.rend() - rename) - 1;
 
     std::set<std::string> tried;
     std::size_t points = 0;
@@ -54,8 +56,7 @@ TEST_P(TavctlFaults, EachOnceLeavesTheOldFileOrTheNewOneWhole) {
             // Whoever is told that it is done has the new file; what fails behind the renaming
             // comes too late to keep the old one.
             EXPECT_TRUE(end.exitStatus != kDone || now == after);
-            EXPECT_TRUE(end.exitStatus == kDone || now == before ||
-                        number > static_cast<std::size_t>(rename - calls.begin()));
+            EXPECT_TRUE(end.exitStatus == kDone || now == before || number > renamed);
             // A signal, or a call that does only a part, is nobody's failure.
             EXPECT_TRUE(end.exitStatus == kDone || !fault.isHarmless());
             EXPECT_FALSE(command_.hasLeftovers());

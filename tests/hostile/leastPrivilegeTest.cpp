@@ -56,6 +56,7 @@ TEST(LeastPrivilege, StateFilesBelongToTheirOwnerUnderAnyMask) {
     };
     const OpenMask mask;
     const fs::path names = folder.path() / "zotavpci.ini";
+    const fs::path before = folder.path() / "zotavpci.ini.before";
     const fs::path backup = folder.path() / "backup.ini";
     tavctl({"list"});
     tavctl({"names", "backup", backup.string()});
@@ -66,11 +67,14 @@ TEST(LeastPrivilege, StateFilesBelongToTheirOwnerUnderAnyMask) {
     }
     // What was opened to others by hand stays so.
     fs::permissions(names, fs::perms(0664));
+    std::ofstream(names, std::ios::app) << "; by hand\n";
     tavctl({"names", "restore", backup.string()});
     EXPECT_EQ(fs::status(names).permissions(), fs::perms(0664));
+    EXPECT_EQ(fs::status(before).permissions(), fs::perms(0664));
     fs::remove(names);
     tavctl({"names", "restore", backup.string()});
     EXPECT_EQ(fs::status(names).permissions(), kOwnerOnly);
+    EXPECT_EQ(fs::status(before).permissions(), kOwnerOnly);
     testsupport::figure(files, "kinds of state files that only their owner may read");
 }
 

@@ -1,6 +1,5 @@
 // tavctl names as a person runs it.
-#include "tests/support/fileFolder.h"
-#include "tests/tavctl/runTavctl.h"
+#include "tests/tavctl/names/namesOfSample.h"
 
 #include <filesystem>
 
@@ -8,25 +7,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace tavctltest;
-using testsupport::FileFolder;
-
-// The state folder of the sample machine, with the names that a first start gives.
-struct NamesOfSample {
-    FileFolder folder;
-    std::string options;
-
-    explicit NamesOfSample(bool started = true) {
-        fs::create_directory(folder.file("state"));
-        options = kDump + kDescriptions + "--state " + folder.file("state") + " ";
-        if (started) {
-            EXPECT_EQ(runTavctl("list " + options).exitStatus, 0);
-        }
-    }
-
-    [[nodiscard]] std::string stored() const { return folder.read("state/zotavpci.ini"); }
-
-    void store(const std::string& text) const { folder.write("state/zotavpci.ini", text); }
-};
 
 constexpr const char* kTable = "NAME      PRESENT  MODEL                   SLOT PATH\n"
                                "TAV1      yes      TAV-B3 Switch Box       MR00:00,20\n"
@@ -111,7 +91,7 @@ TEST(NamesCommand, RestoreWorksOnAFreshFolder) {
 TEST(NamesCommand, BackupReplacesAFileOnlyWhenForced) {
     const NamesOfSample names;
     const std::string saved = names.folder.write("saved.ini", "precious");
-    EXPECT_TRUE(says(runTavctl("names backup " + saved + " " + names.options), 1,
+    EXPECT_TRUE(says(runTavctl("names backup " + saved + " " + names.options), 3,
                      "(" + saved + "): the file exists; --force replaces it"));
     EXPECT_EQ(names.folder.read("saved.ini"), "precious");
     EXPECT_TRUE(
