@@ -37,14 +37,12 @@ SystemCode codeOf(bool isDone) {
 
 // The stream of a file; null when there is none. Raises FailureException for one that is there and
 // cannot be read.
-platform::Stream openIfAny(std::string file) {
-    const std::string named = file;
-    if (const SystemCode code = platform::followLinks(file); code != kNoSystemError)
-        fail("read terminal names", named, code);
-    platform::Stream stream = platform::openStream(file.c_str(), "rb");
+platform::Stream openIfAny(const std::string& file) {
+    // Only so does opening pass over links that somebody else may have put there.
+    platform::Stream stream = platform::openStream(file.c_str(), "r+b");
     const SystemCode code = platform::lastSystemCode();
     if (!stream && platform::lastWriteTime(file.c_str()))
-        fail("read terminal names", named, code);
+        fail("read terminal names", file, code);
     return stream;
 }
 

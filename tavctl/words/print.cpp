@@ -1,5 +1,6 @@
 #include "tavctl/words/print.h"
 
+#include "platform/stream.h"
 #include "platform/systemCode.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/printable.h"
@@ -13,7 +14,8 @@ namespace tavctl {
 
 void print(const std::string& text, Dress dress) {
     const std::string safe = printableLines(withShownNames(text), dress == Dress::coloured);
-    if (std::fwrite(safe.data(), 1, safe.size(), stdout) == safe.size() && std::fflush(stdout) == 0)
+    if (platform::writeStream(stdout, safe.data(), safe.size()) == safe.size() &&
+        platform::flushStream(stdout))
         return;
     const platform::SystemCode code = platform::lastSystemCode();
     throw FailureException(
@@ -27,7 +29,7 @@ void complain(std::string_view sentence) {
 void complainInLines(std::string_view lines) {
     // In one piece: lines of other programs on the same terminal do not come in between.
     const std::string safe = printableLines(withShownNames(std::string(lines)));
-    std::fwrite(safe.data(), 1, safe.size(), stderr);
+    platform::writeStream(stderr, safe.data(), safe.size());
 }
 
 } // namespace tavctl
