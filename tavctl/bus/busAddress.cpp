@@ -35,18 +35,20 @@ bool take(std::string_view& text, char expected) {
     return true;
 }
 
-[[noreturn]] void fail(const std::string& text, const std::string& reason) {
-    throw FailureException({"find function", text, reason, {}, {}}, ExitStatus::problemFound);
-}
+struct DomainAddress {
+    std::uint32_t domain = 0;
+    std::uint32_t handle = 0;
+};
 
-} // namespace
-
-std::optional<std::uint32_t> readBusAddress(std::string_view text) {
+std::optional<DomainAddress> readDomainAddress(std::string_view text) {
     constexpr std::size_t kDomainDigits = 8;
+    DomainAddress result;
     std::string_view rest = text;
     if (const auto domain = takeNumber(rest, kDomainDigits);
-        domain == 0U && take(rest, ':') && rest.find(':') != std::string_view::npos)
+        domain && take(rest, ':') && rest.find(':') != std::string_view::npos) {
+        result.domain = *domain;
         text = rest;
+    }
     const auto bus = takeNumber(text, 2);
     if (!bus || *bus > kMaxBus || !take(text, ':'))
         return std::nullopt;
@@ -56,14 +58,29 @@ std::optional<std::uint32_t> readBusAddress(std::string_view text) {
     const auto function = takeNumber(text, 1);
     if (!function || *function > pcibus::kMaxFunction || !text.empty())
         return std::nullopt;
-    return *bus << 8 | *device << 3 | *function;
+    result.handle = *bus << 8 | *device << 3 | *function;
+    return result;
+}
+
+[[noreturn]] void fail(const std::string& text, const std::string& reason) {
+    throw FailureException({"find function", text, reason, {}, {}}, ExitStatus::problemFound);
+}
+
+} // namespace
+
+std::optional<std::uint32_t> readBusAddress(std::string_view text) {
+    const auto address = readDomainAddress(text);
+    return address && address->domain == 0 ? std::optional(address->handle) : std::nullopt;
 }
 
 const pcibus::PciFunction& functionAtAddress(const pcibus::Bus& bus, const std::string& text) {
-    const auto handle = readBusAddress(text);
-    if (!handle)
+    const auto address = readDomainAddress(text);
+    if (!address)
         fail(text, "expected an address such as 01:00.0");
-    const pcibus::PciFunction* const function = bus.find(*handle);
+    if (address->domain != 0)
+        fail(text, "it is of another domain; the plug-in and its bridge library know domain 0 "
+                   "alone");
+    const pcibus::PciFunction* const function = bus.find(address->handle);
     if (function == nullptr)
         fail(text, "there is no function at this address");
     return *function;

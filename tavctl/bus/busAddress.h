@@ -15,7 +15,8 @@ namespace tavctl {
 std::optional<std::uint32_t> readBusAddress(std::string_view text);
 
 // The function that a command-line option names. Raises FailureException with
-// ExitStatus::problemFound for a text that is no address and for an address where nothing is.
+// ExitStatus::problemFound for a text that is no address, for an address of another domain, and for
+// one where nothing is.
 const pcibus::PciFunction& functionAtAddress(const pcibus::Bus& bus, const std::string& text);
 
 } // namespace tavctl

@@ -4,11 +4,15 @@
 #include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 
+#include <utility>
+
 namespace tavctl {
 
-pcibus::Bus readBusFile(const std::string& location) {
+ReadBus readBusFile(const std::string& location) {
     try {
-        return pcibus::readBus(platform::utf8Path(location));
+        pcibus::LeftOut leftOut;
+        pcibus::Bus bus = pcibus::readBus(platform::utf8Path(location), &leftOut);
+        return {std::move(bus), leftOut};
     } catch (const pcibus::BusError& error) {
         throw FailureException({"read the bus", location, error.what(), {}, {}});
     }

@@ -5,6 +5,7 @@
 #include "source/descriptionLoader.h"
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/busQueries.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/describe/draft.h"
 #include "tavctl/describe/proof.h"
 #include "tavctl/describe/watch.h"
@@ -19,7 +20,9 @@
 #include <fmt/core.h>
 
 #include <iostream>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace tavctl {
 
@@ -35,8 +38,8 @@ struct DescribeOptions {
     bool watch = false;
 };
 
-SharedBus readBus() {
-    return std::make_shared<const pcibus::Bus>(machineBus());
+SharedBus shared(pcibus::Bus&& bus) {
+    return std::make_shared<const pcibus::Bus>(std::move(bus));
 }
 
 [[noreturn]] void fail(const std::string& object, std::string reason) {
@@ -63,8 +66,11 @@ const pcibus::PciFunction& bridgeAt(const pcibus::Bus& bus, const std::string& a
 }
 
 std::string asJson(const std::string& address, const std::string& text,
-                   const describe::Proof& proof) {
-    const Json whole{{"bridge", address}, {"text", text}, {"alsoListed", proof.others}};
+                   const describe::Proof& proof, const std::optional<pcibus::LeftOut>& leftOut) {
+    const Json whole{{"bridge", address},
+                     {"text", text},
+                     {"alsoListed", proof.others},
+                     {"leftOut", leftOutJson(leftOut)}};
     return whole.line();
 }
 
@@ -90,12 +96,14 @@ ExitStatus runDescribe(const DescribeOptions& options) {
                                 {}},
                                ExitStatus::wrongUsage);
     const HostSetup setup(options.common);
-    SharedBus bus = readBus();
+    ReadBus read = machineBus();
+    tellLeftOut(read.leftOut);
+    SharedBus bus = shared(std::move(read.bus));
     const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
     describe::Draft draft = describe::draftOf(*bus, *bridge, options.request);
     if (options.watch) {
         const std::string path = slotPathOf(*bus, *bridge);
-        describe::Watch watch(std::cin, std::cerr, readBus);
+        describe::Watch watch(std::cin, std::cerr, [] { return shared(machineBus().bus); });
         bus = watch.run(draft, path);
         bridge = functionAtSlotPath(*bus, path);
     }
@@ -105,7 +113,8 @@ ExitStatus runDescribe(const DescribeOptions& options) {
              fmt::format("no description by this bridge makes the plug-in list it: {}",
                          proof.obstacle));
     const std::string text = describe::textOf(draft);
-    writeResult(options.common.json ? asJson(options.address, text, proof) : text, options.output);
+    writeResult(options.common.json ? asJson(options.address, text, proof, read.leftOut) : text,
+                options.output);
     tell(options, draft, proof);
     return ExitStatus::done;
 }

@@ -1,6 +1,7 @@
 #include "tavctl/draw/drawCommand.h"
 
 #include "platform/childProgram.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/draw/drawing.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
@@ -48,6 +49,7 @@ ExitStatus runDraw(const DrawOptions& options) {
     requireFree(options.output);
     const PciNames names = PciNames::load(options.part.pciIds);
     const auto marked = std::make_unique<MarkedBus>(options.common, setup);
+    tellLeftOut(marked->leftOut);
     BusTreeView view(marked->bus, marked->devices);
     showPart(options.part, view);
     DrawingOptions drawing;

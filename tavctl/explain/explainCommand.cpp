@@ -1,5 +1,6 @@
 #include "tavctl/explain/explainCommand.h"
 
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/explain/explain.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/diagnosis.h"
@@ -59,12 +60,14 @@ ExitStatus runExplain(const ExplainOptions& options) {
         failWithoutModel(options.model, descriptions);
 
     ModelMatcher matcher(hostBus());
-    const auto bus = std::make_shared<const pcibus::Bus>(machineBus());
+    const auto read = std::make_shared<const ReadBus>(machineBus());
+    tellLeftOut(read->leftOut);
+    const std::shared_ptr<const pcibus::Bus> bus(read, &read->bus);
     const bool any = !descriptions.empty();
     std::erase_if(descriptions, [&](const auto& each) { return !isMeant(each->model().model); });
     const auto explanations = explain::explain(descriptions, matcher, bus);
-    print(options.common.json ? explain::explanationsAsJson(explanations)
-                              : explain::explanationsAsText(explanations));
+    print(options.common.json ? explain::explanationsAsJson(explanations, read->leftOut)
+                              : explain::explanationsAsText(explanations, read->leftOut));
     if (!any)
         explainNoDescriptions();
     const bool listed = std::any_of(explanations.begin(), explanations.end(),

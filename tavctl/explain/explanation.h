@@ -2,6 +2,7 @@
 // that were tested, in their order, and what would have to change.
 #pragma once
 
+#include "pcibus/leftOut.h"
 #include "quil/tBusAddress.h"
 #include "source/modelDescription.h"
 
@@ -80,7 +81,11 @@ std::string addressText(const nZoTavManagerPciPlugin_15_0::tBusAddress& address)
 // "104C:8232 subsystem 0000:0000"
 std::string idsText(const nZoTavManagerPciPlugin_15_0::tPciIds& ids);
 
-std::string explanationsAsText(const std::vector<Explanation>& explanations);
-std::string explanationsAsJson(const std::vector<Explanation>& explanations);
+// `leftOut` is what the reader of the bus passed over: not looked at, it may hold what was not
+// found.
+std::string explanationsAsText(const std::vector<Explanation>& explanations,
+                               const std::optional<pcibus::LeftOut>& leftOut);
+std::string explanationsAsJson(const std::vector<Explanation>& explanations,
+                               const std::optional<pcibus::LeftOut>& leftOut);
 
 } // namespace tavctl::explain

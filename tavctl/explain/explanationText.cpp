@@ -1,4 +1,5 @@
 // The two forms of explanations.
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/explain/explanation.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/printable.h"
@@ -121,14 +122,26 @@ std::string verdict(const Explanation& explanation) {
     return listed == 1 ? "listed once" : fmt::format("listed {} times", listed);
 }
 
-std::string explanationText(const Explanation& explanation, bool all) {
+// Of models that were looked for in vain.
+std::string withoutCandidate(const std::optional<pcibus::LeftOut>& leftOut) {
+    std::string text = "No function of this bus has the anchor's identifiers.";
+    const std::size_t others = leftOut ? leftOut->otherDomains : 0;
+    if (others != 0)
+        text += fmt::format(" {} of other domains {} not looked at: the plug-in and its bridge "
+                            "library know domain 0 alone.",
+                            counted(others, "function"), others == 1 ? "was" : "were");
+    return wrapped(text, 2);
+}
+
+std::string explanationText(const Explanation& explanation, bool all,
+                            const std::optional<pcibus::LeftOut>& leftOut) {
     std::string text =
         wrapped(fmt::format("{}: {}", printable(explanation.model), verdict(explanation)), 0);
     text += fmt::format("  {}\n", printable(explanation.file));
     for (const std::string& anchor : explanation.anchors)
         text += hanging("  anchor: ", anchor);
     if (explanation.candidates.empty())
-        text += "  No function of this bus has the anchor's identifiers.\n";
+        text += withoutCandidate(leftOut);
     bool shownMiss = false;
     for (const Candidate& candidate : explanation.candidates) {
         const bool isMiss = candidate.outcome == Outcome::rejected;
@@ -173,16 +186,18 @@ Json candidateJson(const Candidate& candidate) {
 
 } // namespace
 
-std::string explanationsAsText(const std::vector<Explanation>& explanations) {
+std::string explanationsAsText(const std::vector<Explanation>& explanations,
+                               const std::optional<pcibus::LeftOut>& leftOut) {
     std::string text;
     for (const Explanation& explanation : explanations) {
         text.append(text.empty() ? "" : "\n");
-        text += explanationText(explanation, explanations.size() == 1);
+        text += explanationText(explanation, explanations.size() == 1, leftOut);
     }
     return text;
 }
 
-std::string explanationsAsJson(const std::vector<Explanation>& explanations) {
+std::string explanationsAsJson(const std::vector<Explanation>& explanations,
+                               const std::optional<pcibus::LeftOut>& leftOut) {
     Json models = Json::array();
     for (const Explanation& explanation : explanations) {
         Json candidates = Json::array();
@@ -203,7 +218,7 @@ std::string explanationsAsJson(const std::vector<Explanation>& explanations) {
             {"candidates", std::move(candidates)},
             {"near", std::move(near)}});
     }
-    const Json whole{{"models", std::move(models)}};
+    const Json whole{{"models", std::move(models)}, {"leftOut", leftOutJson(leftOut)}};
     return whole.line();
 }
 

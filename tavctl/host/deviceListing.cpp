@@ -1,6 +1,7 @@
 #include "tavctl/host/deviceListing.h"
 
 #include "pcibus/pciFunction.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/textTable.h"
@@ -106,7 +107,8 @@ std::vector<ListedDevice> readDevices(const HostPlugin& plugin) {
     return devices;
 }
 
-std::string listingAsJson(const std::vector<ListedDevice>& devices) {
+std::string listingAsJson(const std::vector<ListedDevice>& devices,
+                          const std::optional<pcibus::LeftOut>& leftOut) {
     Json list = Json::array();
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const ListedDevice& device = devices[i];
@@ -128,7 +130,7 @@ std::string listingAsJson(const std::vector<ListedDevice>& devices) {
                             {"stored", device.isStored},
                             {"ports", std::move(ports)}});
     }
-    const Json whole{{"devices", std::move(list)}};
+    const Json whole{{"devices", std::move(list)}, {"leftOut", leftOutJson(leftOut)}};
     return whole.line();
 }
 

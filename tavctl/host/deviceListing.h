@@ -1,6 +1,7 @@
 // The devices that the plug-in reports, read attribute by attribute, and their two forms on paper.
 #pragma once
 
+#include "pcibus/leftOut.h"
 #include "tavctl/host/hostPlugin.h"
 
 #include <cstdint>
@@ -35,7 +36,8 @@ struct ListedDevice {
 std::vector<ListedDevice> readDevices(const HostPlugin& plugin);
 
 // One JSON object in one line, with its line feed. Bytes that are not UTF-8 are replaced.
-std::string listingAsJson(const std::vector<ListedDevice>& devices);
+std::string listingAsJson(const std::vector<ListedDevice>& devices,
+                          const std::optional<pcibus::LeftOut>& leftOut);
 
 // The terminal name as people see it: with "*" behind one that is not stored.
 std::string markedName(const ListedDevice& device);

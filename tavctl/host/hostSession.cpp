@@ -18,6 +18,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace tavctl {
@@ -73,10 +74,25 @@ std::string chosenBusLocation() {
     return *location;
 }
 
-pcibus::Bus readChosenBus() {
+ReadBus readChosenBus() {
     const std::string location = chosenBusLocation();
     const Progress progress("reading the bus");
     return readBusFile(location);
+}
+
+std::optional<pcibus::LeftOut> leftOutOfChosenBus() {
+    const std::optional<std::string> location = platform::busLocation();
+    std::error_code ignored;
+    if (!location)
+        return std::nullopt;
+    const auto status = std::filesystem::status(platform::utf8Path(*location), ignored);
+    if (!std::filesystem::is_directory(status) && !std::filesystem::is_regular_file(status))
+        return std::nullopt;
+    try {
+        return readBusFile(*location).leftOut;
+    } catch (const FailureException&) {
+        return std::nullopt;
+    }
 }
 
 std::filesystem::path nameFilePath(const HostSetup& setup) {

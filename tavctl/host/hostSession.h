@@ -2,12 +2,13 @@
 // sees.
 #pragma once
 
-#include "pcibus/bus.h"
+#include "tavctl/bus/busFile.h"
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/options/commonOptions.h"
 
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 namespace tavctl {
@@ -22,7 +23,12 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
 std::string chosenBusLocation();
 
 // That bus. Raises FailureException.
-pcibus::Bus readChosenBus();
+ReadBus readChosenBus();
+
+// What its reader leaves out. Nothing where the system publishes no bus, and for a recorded one
+// that can be read but once, which whoever looks for devices needs more. Raises nothing of the
+// reading: it is for telling beside what was found.
+std::optional<pcibus::LeftOut> leftOutOfChosenBus();
 
 // Where the terminal names are stored. Raises FailureException where no folder is configured.
 std::filesystem::path nameFilePath(const HostSetup& setup);

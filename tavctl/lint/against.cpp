@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <tuple>
+#include <utility>
 
 namespace tavctl::lint {
 
@@ -64,8 +65,9 @@ std::vector<tModelDescription> loadModels(const std::vector<std::string>& files)
 
 Comparison compare(const std::string& dump, const std::vector<tModelDescription>& models,
                    const std::vector<tModelDescription>* before) {
-    const auto bus = std::make_shared<const pcibus::Bus>(readBusFile(dump));
-    Comparison comparison{dump, modelsOn(bus, models)};
+    ReadBus read = readBusFile(dump);
+    const auto bus = std::make_shared<const pcibus::Bus>(std::move(read.bus));
+    Comparison comparison{dump, modelsOn(bus, models), read.leftOut};
     if (before != nullptr) {
         std::vector<FoundModel> old = modelsOn(bus, *before);
         for (FoundModel& each : comparison.models)

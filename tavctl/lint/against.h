@@ -1,8 +1,10 @@
 // Which models recorded buses have, and what another folder of descriptions would change in that.
 #pragma once
 
+#include "pcibus/leftOut.h"
 #include "tavctl/description/description.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +21,7 @@ struct FoundModel {
 struct Comparison {
     std::string dump;
     std::vector<FoundModel> models; // by slot path; a model lost before one gained
+    std::optional<pcibus::LeftOut> leftOut;
 };
 
 // Loads files that must all load. Raises FailureException, with ExitStatus::problemFound, for one

@@ -1,11 +1,14 @@
 #include "tavctl/lint/lintCommand.h"
 
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/host/namedDump.h"
 #include "tavctl/lint/against.h"
 #include "tavctl/lint/lint.h"
 #include "tavctl/words/print.h"
+
+#include <fmt/core.h>
 
 #include <string>
 #include <vector>
@@ -32,9 +35,11 @@ std::vector<lint::Comparison> compareAll(const LintOptions& options,
     if (!options.comparedWith.empty())
         before = lint::loadModels(descriptionFilesIn(options.comparedWith));
     const std::vector<NamedDump> dumps(options.dumps.begin(), options.dumps.end());
-    for (const NamedDump& dump : dumps)
+    for (const NamedDump& dump : dumps) {
         comparisons.push_back(
             lint::compare(dump.path(), models, options.comparedWith.empty() ? nullptr : &before));
+        tellLeftOut(comparisons.back().leftOut, fmt::format(" of {}", dump.path()));
+    }
     return comparisons;
 }
 

@@ -1,4 +1,5 @@
 // The two forms of a lint report.
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/description/rules.h"
 #include "tavctl/lint/lint.h"
 #include "tavctl/words/characters.h"
@@ -78,7 +79,9 @@ Json againstJson(const std::vector<Comparison>& comparisons) {
                                   {"model", each.model},
                                   {"address", each.address},
                                   {"slotPath", each.slotPath}});
-        list.push_back(Json{{"dump", comparison.dump}, {"models", std::move(models)}});
+        list.push_back(Json{{"dump", comparison.dump},
+                            {"models", std::move(models)},
+                            {"leftOut", leftOutJson(comparison.leftOut)}});
     }
     return list;
 }

@@ -4,6 +4,7 @@
 #include "platform/file.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/iIniFile.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
@@ -58,7 +59,6 @@ std::optional<Devices> devicesOfHost(const CommonOptions& options) {
 }
 
 Devices devicesToList(const CommonOptions& options) {
-    const NamedDump dump(options.dump); // standard input is there once only
     if (isToStore(options)) {
         if (auto devices = devicesOfHost(options))
             return std::move(*devices);
@@ -68,9 +68,12 @@ Devices devicesToList(const CommonOptions& options) {
 }
 
 ExitStatus runList(const ListOptions& options) {
+    const NamedDump dump(options.common.dump); // standard input is there once only
     const Devices devices = devicesToList(options.common);
+    const auto leftOut = leftOutOfChosenBus();
+    tellLeftOut(leftOut);
     if (options.common.json) {
-        print(listingAsJson(devices));
+        print(listingAsJson(devices, leftOut));
         return ExitStatus::done;
     }
     if (devices.empty())

@@ -5,7 +5,6 @@
 #include "quil/systemStatus.h"
 #include "quil/zoerr.h"
 #include "source/exceptionStatus.h"
-#include "tavctl/bus/busFile.h"
 #include "tavctl/match/modelMatcher.h"
 #include "tavctl/words/failure.h"
 
@@ -115,9 +114,9 @@ pcibus::Bus busOfBridgeLibrary() {
     }
 }
 
-pcibus::Bus machineBus() {
+ReadBus machineBus() {
     const std::optional<std::string> location = platform::busLocation();
-    return location ? readBusFile(*location) : busOfBridgeLibrary();
+    return location ? readBusFile(*location) : ReadBus{busOfBridgeLibrary(), {}};
 }
 
 } // namespace tavctl

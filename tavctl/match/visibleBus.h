@@ -1,13 +1,13 @@
 // The PCI functions of the bus that this process sees, as far as it can be seen.
 #pragma once
 
-#include "pcibus/bus.h"
+#include "tavctl/bus/busFile.h"
 
 namespace tavctl {
 
 // The recorded bus, or the live one where the system publishes it; elsewhere what the bridge
 // library and the system's list of devices tell. Raises FailureException.
-pcibus::Bus machineBus();
+ReadBus machineBus();
 
 // What the bridge library and the system's list of devices tell, whatever else there is.
 pcibus::Bus busOfBridgeLibrary();

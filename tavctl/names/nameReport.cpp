@@ -1,6 +1,5 @@
 #include "tavctl/names/nameReport.h"
 
-#include "tavctl/words/json.h"
 #include "tavctl/words/printable.h"
 #include "tavctl/words/textTable.h"
 
@@ -67,14 +66,14 @@ std::string namesAsTable(const NameFile& file, const Survey* survey, bool verbos
     return asText(rows, verbose);
 }
 
-std::string namesAsJson(const NameFile& file, const Survey* survey) {
+Json namesAsJson(const NameFile& file, const Survey* survey) {
     Json names = Json::array();
     for (const NameEntry& entry : file.entries())
         names.push_back(Json{{"terminalName", entry.terminalName},
                              {"model", entry.model},
                              {"slotPath", entry.slotPath},
                              {"presence", presenceJson(presence(entry, survey))}});
-    return Json{{"names", std::move(names)}}.line();
+    return Json{{"names", std::move(names)}};
 }
 
 std::string problemsAsText(const std::vector<NameProblem>& problems, const std::string& path) {
@@ -89,7 +88,7 @@ std::string problemsAsText(const std::vector<NameProblem>& problems, const std::
     return text;
 }
 
-std::string problemsAsJson(const std::vector<NameProblem>& problems, const std::string& path) {
+Json problemsAsJson(const std::vector<NameProblem>& problems, const std::string& path) {
     Json list = Json::array();
     for (const NameProblem& problem : problems)
         list.push_back(Json{{"kind", kindName(problem.kind)},
@@ -98,7 +97,7 @@ std::string problemsAsJson(const std::vector<NameProblem>& problems, const std::
                             {"slotPath", problem.slotPath},
                             {"terminalName", problem.terminalName},
                             {"message", problem.message}});
-    return Json{{"problems", std::move(list)}}.line();
+    return Json{{"problems", std::move(list)}};
 }
 
 std::string forecastsAsTable(const std::vector<NameForecast>& forecasts, bool verbose) {
@@ -112,7 +111,7 @@ std::string forecastsAsTable(const std::vector<NameForecast>& forecasts, bool ve
     return asText(rows, verbose);
 }
 
-std::string forecastsAsJson(const std::vector<NameForecast>& forecasts) {
+Json forecastsAsJson(const std::vector<NameForecast>& forecasts) {
     Json list = Json::array();
     for (const NameForecast& forecast : forecasts)
         list.push_back(
@@ -121,7 +120,7 @@ std::string forecastsAsJson(const std::vector<NameForecast>& forecasts) {
                  {"before", forecast.before.empty() ? Json(nullptr) : Json(forecast.before)},
                  {"model", forecast.model},
                  {"slotPath", forecast.slotPath}});
-    return Json{{"names", std::move(list)}}.line();
+    return Json{{"names", std::move(list)}};
 }
 
 } // namespace tavctl

@@ -2,6 +2,7 @@
 
 #include "platform/earlyEnd.h"
 #include "platform/utf8Path.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/host/namesBefore.h"
@@ -50,9 +51,26 @@ NameFile readStored(const fs::path& path) {
     return NameFile(path, true);
 }
 
-// Nothing when the bus is not to be looked at.
-std::optional<Survey> surveyUnlessStored(const NamesOptions& options, const HostSetup& setup) {
-    return options.stored ? std::nullopt : std::optional(surveyDevices(setup));
+// The devices, when the bus is looked at, with what was passed over in that.
+struct Look {
+    std::optional<Survey> survey;
+    std::optional<pcibus::LeftOut> leftOut;
+};
+
+Look look(const HostSetup& setup) {
+    Look seen{surveyDevices(setup), leftOutOfChosenBus()};
+    tellLeftOut(seen.leftOut);
+    return seen;
+}
+
+Look lookUnlessStored(const NamesOptions& options, const HostSetup& setup) {
+    return options.stored ? Look() : look(setup);
+}
+
+void printJson(Json whole, const Look& seen) {
+    if (seen.survey)
+        whole.add("leftOut", leftOutJson(seen.leftOut));
+    print(whole.line());
 }
 
 const Survey* pointerTo(const std::optional<Survey>& survey) {
@@ -63,13 +81,13 @@ ExitStatus listNames(const NamesOptions& options) {
     const HostSetup setup(options.common, namesFor(options));
     const fs::path path = nameFilePath(setup);
     const NameFile file = readStored(path);
-    const auto survey = surveyUnlessStored(options, setup);
+    const Look seen = lookUnlessStored(options, setup);
     if (options.common.json)
-        print(namesAsJson(file, pointerTo(survey)));
+        printJson(namesAsJson(file, pointerTo(seen.survey)), seen);
     else if (file.entries().empty())
         complain(fmt::format("no names are stored in {}", platform::utf8Text(path)));
     else
-        print(namesAsTable(file, pointerTo(survey), options.verbose));
+        print(namesAsTable(file, pointerTo(seen.survey), options.verbose));
     return ExitStatus::done;
 }
 
@@ -77,10 +95,12 @@ ExitStatus checkStored(const NamesOptions& options) {
     const HostSetup setup(options.common, namesFor(options));
     const fs::path path = nameFilePath(setup);
     const NameFile file = readStored(path);
-    const auto survey = surveyUnlessStored(options, setup);
-    const auto problems = checkNames(file, pointerTo(survey));
-    print(options.common.json ? problemsAsJson(problems, platform::utf8Text(path))
-                              : problemsAsText(problems, platform::utf8Text(path)));
+    const Look seen = lookUnlessStored(options, setup);
+    const auto problems = checkNames(file, pointerTo(seen.survey));
+    if (options.common.json)
+        printJson(problemsAsJson(problems, platform::utf8Text(path)), seen);
+    else
+        print(problemsAsText(problems, platform::utf8Text(path)));
     if (problems.empty() && !options.common.json)
         complain(fmt::format("no problem with {} names in {}", file.entries().size(),
                              platform::utf8Text(path)));
@@ -136,7 +156,7 @@ NamedDevices namedDevices(const NamesOptions& options, const HostSetup& setup) {
     if (options.stored)
         return {{}, "the bus is not looked at"};
     try {
-        return {surveyDevices(setup), {}};
+        return {look(setup).survey, {}};
     } catch (const FailureException& exception) {
         return {{}, fmt::format("the devices cannot be looked for ({})", exception.what())};
     }
@@ -225,10 +245,11 @@ ExitStatus preview(const NamesOptions& options) {
     const auto now = isChanged ? surveyOfToday(options, *setup) : std::nullopt;
     setup.reset();
     setup = std::make_unique<HostSetup>(changed, Names::copied);
-    const auto forecasts = forecastNames(file, pointerTo(now), surveyDevices(*setup));
+    const Look then = look(*setup);
+    const auto forecasts = forecastNames(file, pointerTo(now), *then.survey);
 
     if (options.common.json)
-        print(forecastsAsJson(forecasts));
+        printJson(forecastsAsJson(forecasts), then);
     else if (forecasts.empty())
         complain("no described device is present on this bus");
     else
@@ -286,12 +307,12 @@ Command addNamesCommand(OptionParser& parser) {
                 "tavctl names restore names.ini", kRestored),
             *options, "File that they were saved in");
     add("undo", "Take back what changed the names last", undo, "tavctl names undo", kRestored);
-    CommandOptions look = add("preview", "Tell which names would stay, change or be new", preview,
-                              "tavctl names preview --new-descriptions new");
-    look.value("--new-descriptions", options->newDescriptions, ValueForm::folder(),
-               "Descriptions that are to take effect");
-    look.value("--new-dump", options->newDump, ValueForm::file("PATH"),
-               "Recorded bus of the changed hardware");
+    CommandOptions change = add("preview", "Tell which names would stay, change or be new", preview,
+                                "tavctl names preview --new-descriptions new");
+    change.value("--new-descriptions", options->newDescriptions, ValueForm::folder(),
+                 "Descriptions that are to take effect");
+    change.value("--new-dump", options->newDump, ValueForm::file("PATH"),
+                 "Recorded bus of the changed hardware");
     return makeCommand(command, std::move(options), runNames);
 }
 

@@ -32,7 +32,7 @@ ExitStatus runRecord(const RecordOptions& options) {
     const HostSetup setup(options.common);
     requireFree(options.output);
     const BusRecording recording =
-        options.scrub ? scrubbedRecording(readChosenBus()) : recordChosenBus();
+        options.scrub ? scrubbedRecording(readChosenBus().bus) : recordChosenBus();
     writeResult(recordingText(recording, TAVCTL_VERSION), options.output);
     return ExitStatus::done;
 }

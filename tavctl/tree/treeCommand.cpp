@@ -1,5 +1,6 @@
 #include "tavctl/tree/treeCommand.h"
 
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/tree/treeText.h"
 #include "tavctl/view/partOptions.h"
@@ -21,12 +22,13 @@ ExitStatus runTree(const TreeOptions& options) {
     const HostSetup setup(options.common, Names::copied);
     const PciNames names = PciNames::load(options.part.pciIds);
     const MarkedBus marked(options.common, setup);
+    tellLeftOut(marked.leftOut);
     if (marked.bus.functions().empty())
         complain("there is no function on this bus");
     BusTreeView view(marked.bus, marked.devices);
     showPart(options.part, view);
     if (options.common.json)
-        print(treeAsJson(view, names));
+        print(treeAsJson(view, names, marked.leftOut));
     else
         print(treeAsText(view, names, options.numeric, TextStyle::forStream(stdout)),
               Dress::coloured);

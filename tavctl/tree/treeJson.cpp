@@ -1,4 +1,5 @@
 #include "tavctl/bus/busAddress.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/tree/treeText.h"
 #include "tavctl/words/json.h"
 
@@ -107,8 +108,9 @@ private:
 
 } // namespace
 
-std::string treeAsJson(const BusTreeView& view, const PciNames& names) {
-    const Json whole{{"roots", JsonTree(view, names).roots()}};
+std::string treeAsJson(const BusTreeView& view, const PciNames& names,
+                       const std::optional<pcibus::LeftOut>& leftOut) {
+    const Json whole{{"roots", JsonTree(view, names).roots()}, {"leftOut", leftOutJson(leftOut)}};
     return whole.line();
 }
 

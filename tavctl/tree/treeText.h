@@ -1,10 +1,12 @@
 // The two forms of the bus tree on paper.
 #pragma once
 
+#include "pcibus/leftOut.h"
 #include "tavctl/bus/pciNames.h"
 #include "tavctl/view/busTreeView.h"
 #include "tavctl/words/textStyle.h"
 
+#include <optional>
 #include <string>
 
 namespace tavctl {
@@ -22,6 +24,7 @@ std::string treeAsText(const BusTreeView& view, const PciNames& names, bool nume
                        const TextStyle& style);
 
 // One JSON object in one line, with its line feed.
-std::string treeAsJson(const BusTreeView& view, const PciNames& names);
+std::string treeAsJson(const BusTreeView& view, const PciNames& names,
+                       const std::optional<pcibus::LeftOut>& leftOut);
 
 } // namespace tavctl

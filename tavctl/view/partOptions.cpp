@@ -5,6 +5,7 @@
 #include "tavctl/words/failure.h"
 
 #include <set>
+#include <utility>
 
 namespace tavctl {
 
@@ -43,7 +44,9 @@ MarkedBus::MarkedBus(const CommonOptions& options, const HostSetup& setup) {
     const auto listed = devicesOfPlugin(options, setup);
     if (!options.json)
         explainMarks(listed);
-    bus = readChosenBus();
+    ReadBus read = readChosenBus();
+    bus = std::move(read.bus);
+    leftOut = read.leftOut;
     devices = placeDevices(listed, surveyDevices(setup), bus);
 }
 

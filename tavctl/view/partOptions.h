@@ -6,6 +6,7 @@
 #include "tavctl/options/commonOptions.h"
 #include "tavctl/view/busTreeView.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,7 @@ struct PartOptions {
 struct MarkedBus {
     MarkedBus(const CommonOptions& options, const HostSetup& setup);
     pcibus::Bus bus;
+    std::optional<pcibus::LeftOut> leftOut;
     std::vector<PlacedDevice> devices;
 };
 

@@ -19,11 +19,13 @@ ListedDevice box() {
 }
 
 TEST(ListingAsJson, HasTheDocumentedFormInOneLine) {
-    EXPECT_EQ(listingAsJson({box()}),
-              R"({"devices":[{"index":0,"model":"Box","category":12,"bus":1,"device":0,)"
-              R"("function":0,"walkValue":1,"linkWidthPerLabel":null,"terminalName":"TAV1",)"
-              R"("stored":true,"ports":[{"label":"A","first":3,"second":null,"third":null}]}]})"
-              "\n");
+    EXPECT_EQ(
+        listingAsJson({box()}, pcibus::LeftOut{.otherDomains = 36}),
+        R"({"devices":[{"index":0,"model":"Box","category":12,"bus":1,"device":0,)"
+        R"("function":0,"walkValue":1,"linkWidthPerLabel":null,"terminalName":"TAV1",)"
+        R"("ports":[{"label":"A","first":3,"second":null,"third":null}]}],"leftOut":{"otherDomains":36,"dead":0,"unreadable":0,)"
+        R"("headerOnly":0}})"
+        "\n");
 }
 
 TEST(Listing, MarksNamesThatAreNotStored) {
@@ -32,18 +34,18 @@ TEST(Listing, MarksNamesThatAreNotStored) {
     device.isStored = false;
     EXPECT_EQ(markedName(device), "TAV1*");
     EXPECT_NE(listingAsTable({device}, false).find("\nTAV1*  Box"), std::string::npos);
-    EXPECT_NE(listingAsJson({device}).find(R"("terminalName":"TAV1","stored":false)"),
+    EXPECT_NE(listingAsJson({device}, {}).find(R"("terminalName":"TAV1","stored":false)"),
               std::string::npos);
 }
 
 TEST(ListingAsJson, NoDevicesAreAnEmptyList) {
-    EXPECT_EQ(listingAsJson({}), "{\"devices\":[]}\n");
+    EXPECT_EQ(listingAsJson({}, {}), "{\"devices\":[],\"leftOut\":null}\n");
 }
 
 TEST(ListingAsJson, BytesThatAreNotUtf8AreReplaced) {
     ListedDevice device = box();
     device.model = "B\xFFx";
-    EXPECT_NE(listingAsJson({device}).find("B\xEF\xBF\xBDx"), std::string::npos);
+    EXPECT_NE(listingAsJson({device}, {}).find("B\xEF\xBF\xBDx"), std::string::npos);
 }
 
 ListedDevice wideBox() {

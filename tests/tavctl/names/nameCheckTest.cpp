@@ -207,7 +207,7 @@ TEST(NameReport, SlotThatHasAnotherDeviceNowIsReplaced) {
     const Survey survey{device("MR00:00", "Card", "TAV5")};
     EXPECT_EQ(namesAsTable(file, &survey, false), "NAME  PRESENT   MODEL  SLOT PATH\n"
                                                   "TAV1  replaced  Box    MR00:00\n");
-    EXPECT_THAT(namesAsJson(file, &survey), testing::HasSubstr(R"("presence":"replaced")"));
+    EXPECT_THAT(namesAsJson(file, &survey).line(), testing::HasSubstr(R"("presence":"replaced")"));
 }
 
 TEST(Survey, NamesThatCannotBeCopiedAreNamed) {

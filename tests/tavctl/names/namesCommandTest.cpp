@@ -33,7 +33,8 @@ TEST(NamesCommand, ListsNamesOfAbsentDevicesAsJsonAndAsTable) {
     EXPECT_EQ(outputOf("names --json " + names.options),
               R"({"names":[{"terminalName":"TAV1","model":"TAV-B3 Switch Box",)"
               R"("slotPath":"MR00:00,28","presence":"present"},{"terminalName":"","model":"X",)"
-              R"("slotPath":"MR00:77","presence":"absent"}]})"
+              R"("slotPath":"MR00:77","presence":"absent"}],)"
+              R"("leftOut":{"otherDomains":0,"dead":0,"unreadable":0,"headerOnly":0}})"
               "\n");
     EXPECT_EQ(outputOf("names " + names.options), "NAME  PRESENT  MODEL              SLOT PATH\n"
                                                   "TAV1  yes      TAV-B3 Switch Box  MR00:00,28\n"

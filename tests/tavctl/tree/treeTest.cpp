@@ -100,7 +100,10 @@ TEST(TreeText, EmptyBusIsAnEmptyTree) {
     const pcibus::Bus bus;
     const std::vector<PlacedDevice> none;
     EXPECT_EQ(treeAsText(BusTreeView(bus, none), PciNames(), false, kPlain), "");
-    EXPECT_EQ(treeAsJson(BusTreeView(bus, none), PciNames()), "{\"roots\":[]}\n");
+    EXPECT_EQ(treeAsJson(BusTreeView(bus, none), PciNames(), pcibus::LeftOut{.headerOnly = 1}),
+              R"({"roots":[],"leftOut":{"otherDomains":0,"dead":0,"unreadable":0,)"
+              R"("headerOnly":1}})"
+              "\n");
 }
 
 // As many bridges as addresses allow, all functions of 255 buses below one root port: 65,000 lines.
@@ -129,7 +132,7 @@ TEST(TreeJson, HasFunctionsWithTheirMarks) {
     const auto placed = fixture.placed();
     BusTreeView view(fixture.bus, placed);
     view.showOnly({fixture.machine.handle(fixture.portA)});
-    const auto json = nlohmann::ordered_json::parse(treeAsJson(view, namesForTree()));
+    const auto json = nlohmann::ordered_json::parse(treeAsJson(view, namesForTree(), {}));
     EXPECT_EQ(json.dump(1), R"({
  "roots": [
   {
@@ -209,7 +212,8 @@ TEST(TreeJson, HasFunctionsWithTheirMarks) {
     }
    ]
   }
- ]
+ ],
+ "leftOut": null
 })");
 }
 
@@ -219,7 +223,7 @@ TEST(TreeJson, TellsAnchorAndUpstreamPortFromTheReportedAddress) {
     placed[0].reported = fixture.machine.handle(fixture.portD);
     placed[0].anchor = fixture.machine.handle(fixture.card);
     placed[0].upstreamPort = fixture.machine.handle(fixture.root);
-    const std::string json = treeAsJson(BusTreeView(fixture.bus, placed), namesForTree());
+    const std::string json = treeAsJson(BusTreeView(fixture.bus, placed), namesForTree(), {});
     EXPECT_NE(json.find(R"({"role":"upstreamPort","terminalName":"TAV1"})"), std::string::npos)
         << json;
     EXPECT_NE(json.find(R"({"role":"anchor","terminalName":"TAV1"})"), std::string::npos) << json;
