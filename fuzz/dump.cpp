@@ -132,16 +132,21 @@ bool expectBus(std::string_view text, const std::vector<PciFunction>* expected) 
     try {
         pcibus::LeftOut leftOut;
         std::size_t given = 0;
+        std::size_t others = 0;
         std::size_t headersOnly = 0;
         const Bus bus = pcibus::parseDump(
             text, "the name",
-            [&](const PciFunction&, std::span<const std::uint8_t> bytes) {
-                ++given;
+            [&](std::uint32_t domain, const PciFunction&, std::span<const std::uint8_t> bytes) {
                 expect(bytes.size() >= 64 && bytes.size() <= 4096, "a function has its bytes");
+                others += domain != 0 ? 1 : 0;
+                if (domain != 0)
+                    return;
+                ++given;
                 headersOnly += bytes.size() == 64 && (bytes[6] & 0x10) != 0 ? 1 : 0;
             },
             &leftOut);
         expect(given == bus.functions().size(), "each function's bytes are given");
+        expect(others <= leftOut.otherDomains, "functions of other domains are counted");
         expectOrder(bus);
         expectTree(bus);
         expect(leftOut.headerOnly == headersOnly, "headers without their capabilities are counted");

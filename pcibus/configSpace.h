@@ -12,6 +12,9 @@ namespace pcibus {
 // The standard header, which every function has; ordinary users may read no more of a live bus.
 inline constexpr std::size_t kHeaderSize = 64;
 
+// What every function has, of which lspci -xxx prints all.
+inline constexpr std::size_t kStandardSize = 256;
+
 // The most that a PCI Express function has.
 inline constexpr std::size_t kMaxConfigSize = 4096;
 

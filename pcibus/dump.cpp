@@ -44,7 +44,7 @@ std::string hexText(std::size_t value) {
 // One pass over the lines, with the function whose rows are being read. Too large for a stack.
 class DumpReader {
 public:
-    DumpReader(const std::string& name, const ConfigSink& sink) : name_(name), sink_(sink) {}
+    DumpReader(const std::string& name, const FunctionSink& sink) : name_(name), sink_(sink) {}
 
     // Whole lines, the next ones.
     void take(std::string_view text) {
@@ -192,22 +192,24 @@ private:
             refuse(current_.line, "expected at least 64 bytes for " + addressText(current_) +
                                       ", got " + std::to_string(size_));
         const std::span<const std::uint8_t> bytes = std::span(bytes_).first(size_);
-        if (address_->domain != 0)
-            ++leftOut_.otherDomains;
-        else if (isDead(bytes))
+        const bool isOther = address_->domain != 0;
+        leftOut_.otherDomains += isOther ? 1 : 0;
+        if (!isDead(bytes))
+            take(bytes, isOther);
+        else if (!isOther)
             ++leftOut_.dead;
-        else
-            list(bytes);
         address_.reset();
     }
 
-    void list(std::span<const std::uint8_t> bytes) {
+    void take(std::span<const std::uint8_t> bytes, bool isOther) {
         decodeConfigSpace(bytes, current_);
+        if (sink_)
+            sink_(address_->domain, current_, bytes);
+        if (isOther)
+            return;
         if (bytes.size() == kHeaderSize && saysCapabilities(bytes))
             ++leftOut_.headerOnly;
         functions_.push_back(current_);
-        if (sink_)
-            sink_(current_, bytes);
     }
 
     [[nodiscard]] std::string place(std::uint32_t line) const {
@@ -219,7 +221,7 @@ private:
     [[noreturn]] void refuse(const std::string& reason) const { refuse(line_, reason); }
 
     const std::string& name_;
-    const ConfigSink& sink_;
+    const FunctionSink& sink_;
     std::uint32_t line_ = 0;
     std::uint32_t firstText_ = 0; // the first line that is not blank; 0 before it
     std::string_view kind_;       // what a text without functions is, where it can be told
@@ -238,14 +240,14 @@ private:
 
 } // namespace
 
-Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink,
+Bus parseDump(std::string_view text, const std::string& name, const FunctionSink& sink,
               LeftOut* leftOut) {
     const auto reader = std::make_unique<DumpReader>(name, sink);
     reader->take(text);
     return reader->finish(leftOut);
 }
 
-Bus readDump(const std::filesystem::path& file, const ConfigSink& sink, LeftOut* leftOut) {
+Bus readDump(const std::filesystem::path& file, LeftOut* leftOut, const FunctionSink& sink) {
     const std::string name = pathText(file);
     const auto reader = std::make_unique<DumpReader>(name, sink);
     FilePieces pieces(file);

@@ -13,31 +13,26 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
-#include <cstdint>
 #include <filesystem>
-#include <functional>
-#include <span>
 #include <string>
 #include <string_view>
 
 namespace pcibus {
 
-// Is given each function that the bus will have, with the bytes that the dump has of its
-// configuration space, in the order of the dump. The bytes are good until it returns.
-using ConfigSink = std::function<void(const PciFunction&, std::span<const std::uint8_t>)>;
-
 // A dump as a text, which whoever makes dumps has (the product reads files). The functions of
-// domain 0; those of other domains are checked and passed over. `name` stands for the dump in
-// messages. `leftOut`, where somebody asks, is told what is passed over. Raises BusError
+// domain 0; those of other domains are checked and given to the sink alone, which gets all in the
+// order of the dump. `name` stands for the dump in messages. `leftOut`, where somebody asks, is
+// told what is passed over. Raises BusError
 // ("name:line: reason") for a text that is malformed, and std::bad_alloc.
-Bus parseDump(std::string_view text, const std::string& name, const ConfigSink& sink = {},
+Bus parseDump(std::string_view text, const std::string& name, const FunctionSink& sink = {},
               LeftOut* leftOut = nullptr);
 
 // The same for a file, or for a pipe that somebody writes to. One that cannot be read, or has a
 // line of more than a megabyte, raises BusError ("file: reason").
-Bus readDump(const std::filesystem::path& file, const ConfigSink& sink = {},
-             LeftOut* leftOut = nullptr);
+Bus readDump(const std::filesystem::path& file, LeftOut* leftOut = nullptr,
+             const FunctionSink& sink = {});
 
 } // namespace pcibus

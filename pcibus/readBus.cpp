@@ -7,11 +7,11 @@
 
 namespace pcibus {
 
-Bus readBus(const std::filesystem::path& path, LeftOut* leftOut) {
+Bus readBus(const std::filesystem::path& path, LeftOut* leftOut, const FunctionSink& sink) {
     // A path that cannot be looked at is left to the reader of dumps, which says why.
     std::error_code ignored;
-    return std::filesystem::is_directory(path, ignored) ? readSysfs(path, leftOut)
-                                                        : readDump(path, {}, leftOut);
+    return std::filesystem::is_directory(path, ignored) ? readSysfs(path, leftOut, sink)
+                                                        : readDump(path, leftOut, sink);
 }
 
 } // namespace pcibus

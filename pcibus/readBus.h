@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
 #include <filesystem>
@@ -9,7 +10,9 @@
 namespace pcibus {
 
 // A folder stands for /sys, live or copied (see sysfs.h); anything else is a dump (see dump.h).
-// `leftOut`, where somebody asks, is told what is passed over. Raises BusError and std::bad_alloc.
-Bus readBus(const std::filesystem::path& path, LeftOut* leftOut = nullptr);
+// `leftOut`, where somebody asks, is told what is passed over, and `sink` is given each function.
+// Raises BusError and std::bad_alloc.
+Bus readBus(const std::filesystem::path& path, LeftOut* leftOut = nullptr,
+            const FunctionSink& sink = {});
 
 } // namespace pcibus

@@ -129,10 +129,11 @@ bool isShortage(int failure) {
 
 enum class Read { done, unplugged, unreadable, dead };
 
-Read readFunction(FunctionFiles& files, PciFunction& function) {
-    std::array<std::uint8_t, kHeaderSize> header{};
+// Reads as many bytes as there are, up to the size of `config`, which becomes that number.
+Read readFunction(FunctionFiles& files, PciFunction& function, std::span<std::uint8_t>& config) {
     std::size_t size = 0;
-    const int failure = files.read("config", header, size);
+    const int failure = files.read("config", config, size);
+    config = config.first(failure == 0 ? size : 0);
     if (isShortage(failure))
         FunctionFiles::refuse(files.pathOf("config"), failure);
     if (failure != 0 || size < kHeaderSize) {
@@ -143,9 +144,9 @@ Read readFunction(FunctionFiles& files, PciFunction& function) {
                              fs::file_type::not_found;
         return isThere ? Read::unreadable : Read::unplugged;
     }
-    if (isDead(header))
+    if (isDead(config))
         return Read::dead;
-    decodeConfigSpace(header, function);
+    decodeConfigSpace(config.first(kHeaderSize), function);
     if (!function.isBridge())
         return Read::done;
     function.subsystemVendorId = readIdentifier(files, "subsystem_vendor");
@@ -157,26 +158,32 @@ Read readFunction(FunctionFiles& files, PciFunction& function) {
 
 } // namespace
 
-Bus readSysfs(const fs::path& root, LeftOut* leftOut) {
+Bus readSysfs(const fs::path& root, LeftOut* leftOut, const FunctionSink& sink) {
     const fs::path devices = root / "bus" / "pci" / "devices";
     FunctionFiles files(devices);
     std::vector<PciFunction> functions;
     LeftOut counts;
+    std::array<std::uint8_t, kStandardSize> bytes{};
     for (const std::string& name : files.names()) {
         const auto address = readAddress(name);
         if (!address || address->length != name.size() || address->device > kMaxDevice ||
             address->function > kMaxFunction)
             continue;
-        if (address->domain != 0) {
-            ++counts.otherDomains;
+        const bool isOther = address->domain != 0;
+        counts.otherDomains += isOther ? 1 : 0;
+        if (isOther && !sink)
             continue;
-        }
         PciFunction function;
         function.bus = address->bus;
         function.device = address->device;
         function.function = address->function;
         files.enter(name);
-        const Read read = readFunction(files, function);
+        std::span config = std::span(bytes).first(sink ? kStandardSize : kHeaderSize);
+        const Read read = readFunction(files, function, config);
+        if (read == Read::done && sink)
+            sink(address->domain, function, config);
+        if (isOther)
+            continue;
         if (read == Read::done)
             functions.push_back(function);
         counts.unreadable += read == Read::unreadable ? 1 : 0;

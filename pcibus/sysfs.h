@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
 #include <filesystem>
@@ -10,8 +11,9 @@
 namespace pcibus {
 
 // `root` stands for /sys: the functions are the entries "DDDD:BB:DD.F" of bus/pci/devices below
-// it. Domain 0 only; other entries are passed over. Of each function the first 64 bytes of
-// "config" are read, of a bridge also "subsystem_vendor", "subsystem_device", "max_link_width" and
+// it. Domain 0 only; other entries are passed over, but for a `sink`, which is given what answers
+// of every domain, in no particular order. Of each function the first 64 bytes of "config" are
+// read, of a bridge also "subsystem_vendor", "subsystem_device", "max_link_width" and
 // "max_link_speed", which count as 0 where they are missing, cannot be read, hold nothing of the
 // kind or say that nothing is known.
 //
@@ -24,6 +26,7 @@ namespace pcibus {
 // when no function's files can be opened for want of descriptors or memory, and for what no bus can
 // be (see Bus). Raises std::bad_alloc; but some C++ libraries end the program when memory runs out
 // while they list a folder.
-Bus readSysfs(const std::filesystem::path& root, LeftOut* leftOut = nullptr);
+Bus readSysfs(const std::filesystem::path& root, LeftOut* leftOut = nullptr,
+              const FunctionSink& sink = {});
 
 } // namespace pcibus

@@ -1,19 +1,18 @@
 #include "tavctl/record/busRecording.h"
 
 #include "pcibus/configSpace.h"
-#include "pcibus/dump.h"
-#include "pcibus/sysfs.h"
-#include "platform/file.h"
-#include "platform/utf8Path.h"
+#include "pcibus/readBus.h"
 #include "tavctl/bus/busQueries.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/record/madeCapabilities.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
-#include <system_error>
+#include <memory>
+#include <span>
+#include <utility>
 
 namespace tavctl {
 
@@ -21,8 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using pcibus::PciFunction;
-
-constexpr std::size_t kStandardSize = 256; // what lspci -xxx prints
 
 bool isSame(const PciFunction& a, const PciFunction& b) {
     return a.headerType == b.headerType && a.ids() == b.ids() && a.secondaryBus == b.secondaryBus &&
@@ -46,65 +43,46 @@ void complete(RecordedFunction& recorded) {
     }
 }
 
-std::vector<std::uint8_t> readBytes(const fs::path& file) {
-    std::vector<std::uint8_t> bytes(kStandardSize);
-    const platform::Stream stream = platform::openStream(platform::utf8Text(file).c_str(), "rb");
-    bytes.resize(stream ? std::fread(bytes.data(), 1, bytes.size(), stream.get()) : 0);
-    return bytes;
-}
-
-void add(const PciFunction& function, std::vector<std::uint8_t> bytes, BusRecording& recording) {
-    if (bytes.size() < pcibus::kHeaderSize || pcibus::isDead(bytes))
-        return; // unplugged meanwhile
+void add(std::uint32_t domain, const PciFunction& function, std::span<const std::uint8_t> bytes,
+         BusRecording& recording) {
+    const std::span kept = bytes.first(std::min(bytes.size(), pcibus::kStandardSize));
     RecordedFunction recorded;
+    recorded.domain = domain;
     recorded.function = function;
-    recorded.bytes = std::move(bytes);
+    recorded.bytes.assign(kept.begin(), kept.end());
     if (recorded.bytes.size() == pcibus::kHeaderSize)
         ++recording.headersOnly;
     complete(recorded);
     recording.functions.push_back(std::move(recorded));
 }
 
-BusRecording recordSysfs(const fs::path& root) {
-    const fs::path devices = root / "bus" / "pci" / "devices";
-    BusRecording recording;
-    pcibus::LeftOut leftOut;
-    const pcibus::Bus bus = pcibus::readSysfs(root, &leftOut);
-    for (const PciFunction& function : bus.functions())
-        add(function, readBytes(devices / ("0000:" + pcibus::addressText(function)) / "config"),
-            recording);
-    recording.otherDomains = leftOut.otherDomains;
-    return recording;
-}
-
-BusRecording recordDump(const fs::path& file) {
-    BusRecording recording;
-    pcibus::LeftOut leftOut;
-    pcibus::readDump(
-        file,
-        [&](const PciFunction& function, std::span<const std::uint8_t> bytes) {
-            const std::span kept = bytes.first(std::min(bytes.size(), kStandardSize));
-            add(function, {kept.begin(), kept.end()}, recording);
-        },
-        &leftOut);
-    recording.otherDomains = leftOut.otherDomains;
-    std::sort(recording.functions.begin(), recording.functions.end(),
-              [](const RecordedFunction& a, const RecordedFunction& b) {
-                  return a.function.handle() < b.function.handle();
-              });
-    return recording;
+std::pair<std::uint32_t, std::uint32_t> placeOf(const RecordedFunction& recorded) {
+    return {recorded.domain, recorded.function.handle()};
 }
 
 // The highest bus below a bridge, for readers that go by it.
 std::uint8_t lastBusBelow(const pcibus::Bus& bus, const LastBuses& lastBuses,
                           const PciFunction& bridge) {
-    return bus.parentOfBus(bridge.secondaryBus) == &bridge ? lastBuses[bridge.secondaryBus]
-                                                           : bridge.secondaryBus;
+    const PciFunction* const parent = bus.parentOfBus(bridge.secondaryBus);
+    return parent != nullptr && parent->handle() == bridge.handle() ? lastBuses[bridge.secondaryBus]
+                                                                    : bridge.secondaryBus;
 }
 
 void put16(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint16_t value) {
     bytes[at] = static_cast<std::uint8_t>(value & 0xFFU);
     bytes[at + 1] = static_cast<std::uint8_t>(value >> 8U);
+}
+
+// The functions of one domain, which follow each other, as a bus.
+pcibus::Bus busOf(std::span<const RecordedFunction> functions) {
+    std::vector<PciFunction> listed;
+    for (const RecordedFunction& recorded : functions)
+        listed.push_back(recorded.function);
+    try {
+        return {std::move(listed), pcibus::addressText};
+    } catch (const pcibus::BusError&) {
+        return {}; // of another domain: whoever reads a bus lets it be what it is
+    }
 }
 
 std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const LastBuses& lastBuses,
@@ -126,11 +104,18 @@ std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const LastBuses
     return bytes;
 }
 
+std::string missingText(pcibus::LeftOut leftOut) {
+    leftOut.headerOnly = 0; // these are not missing
+    return leftOutText(leftOut);
+}
+
 using TextEnd = std::back_insert_iterator<std::string>;
 
-void appendFunction(const RecordedFunction& recorded, TextEnd out) {
+void appendFunction(const RecordedFunction& recorded, bool withDomain, TextEnd out) {
     const auto& bytes = recorded.bytes;
-    const std::string address = pcibus::addressText(recorded.function);
+    const std::string address =
+        (withDomain ? fmt::format("{:04x}:", recorded.domain) : std::string()) +
+        pcibus::addressText(recorded.function);
     if (recorded.madeTo != 0)
         fmt::format_to(out,
                        "# {}: bytes {:02x} to {:02x} are made from what the system says of its "
@@ -153,24 +138,52 @@ void appendFunction(const RecordedFunction& recorded, TextEnd out) {
 
 } // namespace
 
-BusRecording recordBus(const fs::path& location) {
-    std::error_code ignored;
-    return fs::is_directory(location, ignored) ? recordSysfs(location) : recordDump(location);
+std::size_t BusRecording::ofOtherDomains() const {
+    return static_cast<std::size_t>(
+        std::count_if(functions.begin(), functions.end(),
+                      [](const RecordedFunction& recorded) { return recorded.domain != 0; }));
 }
 
-BusRecording scrubbedRecording(const pcibus::Bus& bus) {
+BusRecording recordBus(const fs::path& location) {
     BusRecording recording;
-    recording.scrubbed = true;
-    const LastBuses lastBuses = lastBusesOf(bus);
-    for (const PciFunction& function : bus.functions()) {
-        RecordedFunction recorded;
-        recorded.function = function;
-        recorded.bytes = scrubbedHeader(bus, lastBuses, function);
-        if (function.isBridge())
-            makeCapabilities(function, recorded.bytes);
-        recording.functions.push_back(std::move(recorded));
-    }
+    pcibus::readBus(
+        location, &recording.leftOut,
+        [&](std::uint32_t domain, const PciFunction& function,
+            std::span<const std::uint8_t> bytes) { add(domain, function, bytes, recording); });
+    auto& functions = recording.functions;
+    std::sort(functions.begin(), functions.end(),
+              [](const auto& a, const auto& b) { return placeOf(a) < placeOf(b); });
+    // A folder of another system may have an address in two ways of writing.
+    functions.erase(
+        std::unique(functions.begin(), functions.end(),
+                    [](const auto& a, const auto& b) { return placeOf(a) == placeOf(b); }),
+        functions.end());
+    recording.leftOut.otherDomains -= recording.ofOtherDomains();
     return recording;
+}
+
+BusRecording scrubbedRecording(const BusRecording& recording) {
+    BusRecording result;
+    result.scrubbed = true;
+    result.leftOut = recording.leftOut;
+    const auto& functions = recording.functions;
+    for (auto begin = functions.begin(); begin != functions.end();) {
+        const auto end = std::find_if(begin, functions.end(), [&](const auto& recorded) {
+            return recorded.domain != begin->domain;
+        });
+        const auto bus = std::make_unique<const pcibus::Bus>(busOf({begin, end}));
+        const LastBuses lastBuses = lastBusesOf(*bus);
+        for (; begin != end; ++begin) {
+            RecordedFunction recorded;
+            recorded.domain = begin->domain;
+            recorded.function = begin->function;
+            recorded.bytes = scrubbedHeader(*bus, lastBuses, begin->function);
+            if (begin->function.isBridge())
+                makeCapabilities(begin->function, recorded.bytes);
+            result.functions.push_back(std::move(recorded));
+        }
+    }
+    return result;
 }
 
 std::string recordingText(const BusRecording& recording, const std::string& program) {
@@ -192,12 +205,14 @@ std::string recordingText(const BusRecording& recording, const std::string& prog
                        "# The capabilities of {} bridges are made for this recording, as told "
                        "there.\n",
                        made);
-    if (recording.otherDomains != 0)
-        fmt::format_to(out, "# {} functions of domains other than 0 are left out.\n",
-                       recording.otherDomains);
+    const std::size_t others = recording.ofOtherDomains();
+    if (others != 0)
+        fmt::format_to(out, "# {} of them are of domains other than 0.\n", others);
+    if (const std::string missing = missingText(recording.leftOut); !missing.empty())
+        fmt::format_to(out, "# {}\n", missing);
     text += '\n';
     for (const RecordedFunction& recorded : recording.functions)
-        appendFunction(recorded, out);
+        appendFunction(recorded, others != 0, out);
     return text;
 }
 

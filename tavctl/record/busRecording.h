@@ -6,7 +6,8 @@
 // comment that says so.
 #pragma once
 
-#include "pcibus/bus.h"
+#include "pcibus/leftOut.h"
+#include "pcibus/pciFunction.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -16,6 +17,7 @@
 namespace tavctl {
 
 struct RecordedFunction {
+    std::uint32_t domain = 0;
     pcibus::PciFunction function;
     std::vector<std::uint8_t> bytes; // of the configuration space; 64 to 256 of them
     std::size_t madeFrom = 0;        // bytes in [madeFrom, madeTo) are made; none when both are 0
@@ -24,21 +26,24 @@ struct RecordedFunction {
 };
 
 struct BusRecording {
-    std::vector<RecordedFunction> functions; // by address
+    std::vector<RecordedFunction> functions; // by domain and address
     std::size_t headersOnly = 0;             // functions of which no more than 64 bytes were read
-    std::size_t otherDomains = 0;            // functions that are left out
+    pcibus::LeftOut leftOut;                 // what is missing; of other domains what has no bytes
     bool scrubbed = false;
+
+    // Functions of domains other than 0: matching never looks at them.
+    [[nodiscard]] std::size_t ofOtherDomains() const;
 };
 
-// Reads a bus (see pcibus/readBus.h) with its bytes. Raises pcibus::BusError.
+// Reads a bus (see pcibus/readBus.h), all domains of it, with its bytes. Raises pcibus::BusError.
 BusRecording recordBus(const std::filesystem::path& location);
 
 // The same with nothing but what matters to matching: where each function is, header type,
 // identifiers, bus numbers of bridges, and their links. Every other byte is 0.
-BusRecording scrubbedRecording(const pcibus::Bus& bus);
+BusRecording scrubbedRecording(const BusRecording& recording);
 
-// The text; `program` is who recorded it, for the comment at the top. Read back it gives the same
-// bus.
+// The text; `program` is who recorded it, for the comment at the top. Addresses have their domains
+// where there is one beside domain 0. Read back it gives the same bus.
 std::string recordingText(const BusRecording& recording, const std::string& program);
 
 } // namespace tavctl

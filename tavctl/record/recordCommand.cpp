@@ -1,6 +1,8 @@
 #include "tavctl/record/recordCommand.h"
 
+#include "pcibus/busError.h"
 #include "platform/utf8Path.h"
+#include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/options/resultOptions.h"
@@ -31,8 +33,10 @@ BusRecording recordChosenBus() {
 ExitStatus runRecord(const RecordOptions& options) {
     const HostSetup setup(options.common);
     requireFree(options.output);
-    const BusRecording recording =
-        options.scrub ? scrubbedRecording(readChosenBus().bus) : recordChosenBus();
+    BusRecording recording = recordChosenBus();
+    tellLeftOut(recording.leftOut);
+    if (options.scrub)
+        recording = scrubbedRecording(recording);
     writeResult(recordingText(recording, TAVCTL_VERSION), options.output);
     return ExitStatus::done;
 }

@@ -267,11 +267,13 @@ TEST(Dump, PassesOverFunctionsThatDoNotAnswer) {
     EXPECT_THAT(parsed(dead("00:01.0")), IsEmpty());
 }
 
-TEST(Dump, IsGivenToASinkWithoutWhatIsPassedOver) {
+TEST(Dump, IsGivenToASinkWithEveryDomainAndWithoutWhatDoesNotAnswer) {
     std::vector<std::string> given;
-    parseDump(dead("00:01.0") + small("00:02.0") + small("0001:00:01.0"), "bus.txt",
-              [&](const auto& function, auto) { given.push_back(addressText(function)); });
-    EXPECT_THAT(given, ElementsAre("00:02.0"));
+    parseDump(dead("00:01.0") + small("10000:00:01.0") + small("00:02.0") + dead("0001:00:01.0"),
+              "bus.txt", [&](std::uint32_t domain, const auto& function, auto) {
+                  given.push_back(std::to_string(domain) + " " + addressText(function));
+              });
+    EXPECT_THAT(given, ElementsAre("65536 00:01.0", "0 00:02.0"));
 }
 
 TEST(Dump, BusBelowABridgeThatDoesNotAnswerIsARootBus) {

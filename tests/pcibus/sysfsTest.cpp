@@ -94,6 +94,23 @@ TEST_F(Sysfs, PassesOverOtherDomainsAndOtherNames) {
     EXPECT_EQ(describe(leftOut), "otherDomains 2");
 }
 
+TEST_F(Sysfs, GivesASinkEveryDomainWithUpTo256Bytes) {
+    putBridge("0000:00:01.0");
+    put("10000:00:02.0", "config", std::string(300, '\x11'));
+    put("10000:00:03.0", "config", std::string(64, '\xFF'));
+    put("10000:00:04.0", "config", "short");
+    LeftOut leftOut;
+    std::vector<std::string> given;
+    const Bus bus = readSysfs(
+        root(), &leftOut, [&](std::uint32_t domain, const PciFunction& function, auto bytes) {
+            given.push_back(std::to_string(domain) + " " + addressText(function) + " " +
+                            std::to_string(bytes.size()) + " " + std::to_string(bytes[63]));
+        });
+    EXPECT_THAT(given, testing::UnorderedElementsAre("0 00:01.0 64 0", "65536 00:02.0 256 17"));
+    EXPECT_THAT(bus.functions(), SizeIs(1));
+    EXPECT_EQ(describe(leftOut), "otherDomains 3");
+}
+
 TEST_F(Sysfs, FilesThatAreMissingCountAs0) {
     putBridge("0000:00:01.0");
     EXPECT_EQ(describe(readSysfs(root()).functions().front()),

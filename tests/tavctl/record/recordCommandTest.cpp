@@ -57,7 +57,7 @@ TEST(RecordCommand, RecordingIsReadByLspci) {
     machine.bus.writeSysfs(folder.file("sys"));
     const std::string whole = folder.write("whole.txt", machine.bus.dump());
     for (const std::string option : {"", "--scrub "}) {
-        const std::string file = folder.file("recorded.txt");
+        const std::string file = folder.file("recorded" + option.substr(0, 3) + ".txt");
         EXPECT_TRUE(says(
             runTavctl("record --force " + option + "-o " + file + " --dump " + folder.file("sys")),
             0, ""));
@@ -66,6 +66,39 @@ TEST(RecordCommand, RecordingIsReadByLspci) {
         EXPECT_NE(tree.output.find("1c.0-[01-04]----00.0-[02-04]--+-01.0-[03]--+-00.0"),
                   std::string::npos)
             << tree.output;
+    }
+}
+
+TEST(RecordCommand, RecordingOfSeveralDomainsIsReadByLspciAndByList) {
+    const FileFolder folder;
+    const testsupport::machines::Switch machine;
+    const std::string whole = folder.write("whole.txt", machine.bus.dump({.domain = 0}) +
+                                                            machine.bus.dump({.domain = 1}) +
+                                                            machine.bus.dump({.domain = 0x10000}));
+    const std::string expected = testsupport::runCommand("lspci -nD -F " + whole).output;
+    ASSERT_NE(expected.find("10000:03:00.0"), std::string::npos) << expected;
+    for (const std::string option : {"", "--scrub "}) {
+        const std::string file = folder.file("recorded" + option.substr(0, 3) + ".txt");
+        EXPECT_EQ(runTavctl("record " + option + "-o " + file + " --dump " + whole).output, "");
+        const std::string tree = testsupport::runCommand("lspci -t -F " + file + " 2>&1").output;
+        EXPECT_EQ(tree, testsupport::runCommand("lspci -t -F " + whole + " 2>&1").output);
+        if (option.empty()) {
+            EXPECT_EQ(testsupport::runCommand("lspci -nD -F " + file + " 2>&1").output, expected);
+        }
+        EXPECT_NE(listing(folder, file).find(R"("otherDomains":20)"), std::string::npos);
+    }
+}
+
+TEST(RecordCommand, TellsWhatItLeavesOut) {
+    const FileFolder folder;
+    testsupport::machines::Switch machine;
+    machine.bus.poke(machine.second, 0, {0xFF, 0xFF});
+    const std::string file = folder.write("whole.txt", machine.bus.dump());
+    const std::string expected = "left out: 1 function that does not answer (vendor FFFF)\n";
+    for (const std::string option : {"", "--scrub "}) {
+        const auto result = runTavctl("record " + option + "--dump " + file);
+        EXPECT_TRUE(says(result, 0, "tavctl: " + expected));
+        EXPECT_TRUE(says(result, 0, "\n# " + expected));
     }
 }
 
