@@ -93,13 +93,15 @@ TEST_F(FullDisk, FilesThatCannotBeMadeAreToldWithTheReason) {
 TEST_F(FullDisk, ABackupOrRestoreWithoutRoomLeavesWhatThereWas) {
     const CommandResult result =
         run("size=16k", kNames + std::string("cp zotavpci.ini before; "
+                                             "echo '[MR00:77]' > others; "
                                              "cat /dev/zero > fill 2>/dev/null || true; "
                                              "tavctl names backup saved.ini; "
-                                             "tavctl names restore --force before; "
+                                             "tavctl names restore --force others; "
                                              "cmp before zotavpci.ini; ls -A | tr '\\n' ' '"));
-    EXPECT_EQ(count(result, "tavctl: write terminal names ("), 2) << result.output;
+    EXPECT_EQ(count(result, "tavctl: write terminal names ("), 1) << result.output;
+    EXPECT_EQ(count(result, "tavctl: keep terminal names ("), 1) << result.output;
     EXPECT_EQ(count(result, "): No space left on device\nexit 3\n"), 2) << result.output;
-    EXPECT_EQ(count(result, "before fill zotavpci.ini zotavpci.loc "), 1) << result.output;
+    EXPECT_EQ(count(result, "before fill others zotavpci.ini zotavpci.loc "), 1) << result.output;
 }
 
 } // namespace
