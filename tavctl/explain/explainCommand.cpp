@@ -1,6 +1,7 @@
 #include "tavctl/explain/explainCommand.h"
 
 #include "tavctl/bus/leftOutWords.h"
+#include "tavctl/explain/elsewhere.h"
 #include "tavctl/explain/explain.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/diagnosis.h"
@@ -65,7 +66,9 @@ ExitStatus runExplain(const ExplainOptions& options) {
     const std::shared_ptr<const pcibus::Bus> bus(read, &read->bus);
     const bool any = !descriptions.empty();
     std::erase_if(descriptions, [&](const auto& each) { return !isMeant(each->model().model); });
-    const auto explanations = explain::explain(descriptions, matcher, bus);
+    auto explanations = explain::explain(descriptions, matcher, bus);
+    if (read->leftOut && read->leftOut->otherDomains != 0)
+        explain::findElsewhere(descriptions, explanations);
     print(options.common.json ? explain::explanationsAsJson(explanations, read->leftOut)
                               : explain::explanationsAsText(explanations, read->leftOut));
     if (!any)

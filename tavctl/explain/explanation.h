@@ -69,10 +69,11 @@ struct NearFunction {
 struct Explanation {
     std::string model;
     std::string file;
-    std::vector<std::string> anchors;  // "[Anchor] bridge 104C:8232 subsystem 0000:0000"
-    std::vector<Candidate> candidates; // listed ones first, then the nearest miss first
-    std::vector<NearFunction> near;    // looked for only when there is no candidate
-    std::string failure;               // what ended the model's turn; empty when nothing did
+    std::vector<std::string> anchors;   // "[Anchor] bridge 104C:8232 subsystem 0000:0000"
+    std::vector<Candidate> candidates;  // listed ones first, then the nearest miss first
+    std::vector<NearFunction> near;     // looked for only when there is no candidate
+    std::vector<std::string> elsewhere; // functions of other domains that have them: addresses
+    std::string failure;                // what ended the model's turn; empty when nothing did
 
     [[nodiscard]] std::size_t listed() const;
 };

@@ -123,13 +123,18 @@ std::string verdict(const Explanation& explanation) {
 }
 
 // Of models that were looked for in vain.
-std::string withoutCandidate(const std::optional<pcibus::LeftOut>& leftOut) {
+std::string withoutCandidate(const Explanation& explanation,
+                             const std::optional<pcibus::LeftOut>& leftOut) {
     std::string text = "No function of this bus has the anchor's identifiers.";
     const std::size_t others = leftOut ? leftOut->otherDomains : 0;
     if (others != 0)
         text += fmt::format(" {} of other domains {} not looked at: the plug-in and its bridge "
                             "library know domain 0 alone.",
-                            counted(others, "function"), others == 1 ? "was" : "were");
+                            counted(others, "function"), others == 1 ? "is" : "are");
+    if (!explanation.elsewhere.empty())
+        text +=
+            fmt::format(" {} among them {} these identifiers.", enumerated(explanation.elsewhere),
+                        explanation.elsewhere.size() == 1 ? "has" : "have");
     return wrapped(text, 2);
 }
 
@@ -141,7 +146,7 @@ std::string explanationText(const Explanation& explanation, bool all,
     for (const std::string& anchor : explanation.anchors)
         text += hanging("  anchor: ", anchor);
     if (explanation.candidates.empty())
-        text += withoutCandidate(leftOut);
+        text += withoutCandidate(explanation, leftOut);
     bool shownMiss = false;
     for (const Candidate& candidate : explanation.candidates) {
         const bool isMiss = candidate.outcome == Outcome::rejected;
@@ -216,7 +221,8 @@ std::string explanationsAsJson(const std::vector<Explanation>& explanations,
             {"anchors", explanation.anchors},
             {"failure", explanation.failure.empty() ? Json(nullptr) : Json(explanation.failure)},
             {"candidates", std::move(candidates)},
-            {"near", std::move(near)}});
+            {"near", std::move(near)},
+            {"elsewhere", explanation.elsewhere}});
     }
     const Json whole{{"models", std::move(models)}, {"leftOut", leftOutJson(leftOut)}};
     return whole.line();

@@ -110,9 +110,21 @@ TEST_F(LeftOutOfSample, ExplainDoesNotClaimToHaveLookedAtOtherDomains) {
     const auto result = runTavctl(withBus("explain \"TAV-B3 Switch Box\" BUS"));
     EXPECT_TRUE(says(result, 1,
                      "  No function of this bus has the anchor's identifiers. 1 function of other\n"
-                     "  domains was not looked at: the plug-in and its bridge library know domain "
+                     "  domains is not looked at: the plug-in and its bridge library know domain "
                      "0\n"
                      "  alone.\n"));
+}
+
+TEST_F(LeftOutOfSample, ExplainSaysWhatOfAnotherDomainHasTheIdentifiers) {
+    const auto moved =
+        testsupport::runCommand("sed -E 's/^([0-9a-f]{2}:[0-9a-f]{2}[.])/0002:\\1/' " + kSample);
+    dump_ = folder_.write("moved.dump", moved.output);
+    const auto result = runTavctl(withBus("explain \"TAV-C1 Adapter Card\" BUS"));
+    EXPECT_TRUE(says(result, 1, "are not looked at"));
+    EXPECT_TRUE(says(result, 1, "0002:05:01.0 among them has these identifiers."));
+    EXPECT_NE(outputOf(withBus("explain \"TAV-C1 Adapter Card\" --json BUS"))
+                  .find(R"("elsewhere":["0002:05:01.0"]})"),
+              std::string::npos);
 }
 
 TEST_F(LeftOutOfSample, AnAddressOfAnotherDomainIsRefusedWithTheReason) {
