@@ -2,6 +2,11 @@
 
 #include "platform/terminal.h"
 
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <system_error>
 #include <utility>
 
 namespace tavctl {
@@ -11,6 +16,34 @@ namespace {
 // To the first column and the rest of the line cleared.
 constexpr const char* kClearLine = "\r\033[K";
 
+constexpr std::size_t kBarCells = 10;
+// A line that the terminal broke could not be cleared.
+constexpr std::size_t kWidest = 79;
+constexpr const char* kProgram = "tavctl: ";
+constexpr std::int64_t kMostSeconds = 90; // told as such; more in minutes
+
+// Control characters would be commands to the terminal.
+std::string plain(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(),
+        [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == '\x7F'; }, '?');
+    return text;
+}
+
+// "100,000"
+std::string grouped(std::size_t number) {
+    std::string digits = std::to_string(number);
+    for (std::size_t at = digits.size(); at > 3; at -= 3)
+        digits.insert(at - 3, 1, ',');
+    return digits;
+}
+
+std::string timeText(std::chrono::milliseconds time) {
+    const std::int64_t seconds = (time.count() + 999) / 1000;
+    return seconds > kMostSeconds ? fmt::format("{} min", (seconds + 59) / 60)
+                                  : fmt::format("{} s", seconds);
+}
+
 } // namespace
 
 ProgressLine standardProgressLine() {
@@ -19,10 +52,36 @@ ProgressLine standardProgressLine() {
     return line;
 }
 
+std::string progressText(const std::string& what, std::size_t done, std::size_t total,
+                         std::chrono::milliseconds elapsed) {
+    done = std::min(done, total);
+    const double share = static_cast<double>(done) / static_cast<double>(total);
+    const auto full = static_cast<std::size_t>(share * kBarCells);
+    std::string count = fmt::format("{} of {}", grouped(done), grouped(total));
+    if (done != 0) {
+        const double each = static_cast<double>(elapsed.count()) / static_cast<double>(done);
+        const std::chrono::milliseconds left(
+            static_cast<std::int64_t>(each * static_cast<double>(total - done)));
+        count += fmt::format(", about {} left", timeText(left));
+    }
+    std::string text =
+        fmt::format("{} [{:#<{}}{:-<{}}] {}", what, "", full, "", kBarCells - full, count);
+    if (std::char_traits<char>::length(kProgram) + text.size() > kWidest)
+        text = std::move(count);
+    return text;
+}
+
 Progress::Progress(std::string what, const ProgressLine& line)
-    : what_(std::move(what)), line_(line) {
-    if (line_.isTerminal)
-        thread_ = std::thread([this] { run(); });
+    : Progress(std::move(what), 0, line) {}
+
+Progress::Progress(std::string what, std::size_t steps, const ProgressLine& line)
+    : what_(plain(std::move(what))), steps_(steps), line_(line) {
+    if (!line_.isTerminal)
+        return;
+    try {
+        thread_ = line_.startThread([this] { run(); });
+    } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch): the work is what counts
+    }
 }
 
 Progress::~Progress() {
@@ -30,24 +89,52 @@ Progress::~Progress() {
         return;
     {
         const std::lock_guard lock(mutex_);
-        done_ = true;
+        ended_ = true;
     }
     changed_.notify_one();
     thread_.join();
 }
 
-void Progress::run() {
-    std::unique_lock lock(mutex_);
-    const auto isDone = [this] { return done_; };
-    if (changed_.wait_for(lock, line_.delay, isDone))
+std::string Progress::text() const {
+    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - begin_);
+    if (steps_ == 0)
+        return fmt::format("{}... {} s", what_, elapsed.count() / 1000);
+    return progressText(what_, done_.load(std::memory_order_relaxed), steps_, elapsed);
+}
+
+void Progress::clear() {
+    if (!isShown_)
         return;
-    int seconds = static_cast<int>(line_.delay.count() / 1000);
-    do {
-        std::fprintf(line_.stream, "%stavctl: %s... %d s", kClearLine, what_.c_str(), seconds++);
-        std::fflush(line_.stream);
-    } while (!changed_.wait_for(lock, std::chrono::seconds(1), isDone));
     std::fputs(kClearLine, line_.stream);
     std::fflush(line_.stream);
+    isShown_ = false;
+}
+
+void Progress::run() {
+    std::unique_lock lock(mutex_);
+    const auto hasEnded = [this] { return ended_; };
+    if (changed_.wait_for(lock, line_.delay, hasEnded))
+        return;
+    do {
+        if (hidden_)
+            continue;
+        std::fprintf(line_.stream, "%s%s%s", kClearLine, kProgram, text().c_str());
+        std::fflush(line_.stream);
+        isShown_ = true;
+    } while (!changed_.wait_for(lock, std::chrono::seconds(1), hasEnded));
+    clear();
+}
+
+Progress::Hidden::Hidden(Progress& progress) : progress_(progress) {
+    const std::lock_guard lock(progress_.mutex_);
+    progress_.hidden_ = true;
+    progress_.clear();
+}
+
+Progress::Hidden::~Hidden() {
+    const std::lock_guard lock(progress_.mutex_);
+    progress_.hidden_ = false;
 }
 
 } // namespace tavctl

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <system_error>
+
 namespace {
 
 using tavctl::Progress;
@@ -42,6 +44,81 @@ TEST(Progress, SaysNothingOfWorkThatIsDoneBeforeTheDelay) {
     const Line line;
     { const Progress progress("reading the bus", {line.stream, true, std::chrono::hours(1)}); }
     EXPECT_EQ(line.folder.read("line"), "");
+}
+
+// One that has no thread left.
+ProgressLine lineWithoutThread(const Line& line) {
+    ProgressLine made{line.stream, true, {}};
+    made.startThread = [](const std::function<void()>&) -> std::thread {
+        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+    };
+    return made;
+}
+
+TEST(Progress, WorkGoesOnWithoutALineWhereThereIsNoThread) {
+    const Line line;
+    {
+        Progress progress("reading the bus", 10, lineWithoutThread(line));
+        progress.step();
+        const Progress::Hidden hidden(progress);
+    }
+    EXPECT_EQ(line.folder.read("line"), "");
+}
+
+TEST(Progress, TellsOfStepsWhatIsDoneAndWhatIsLeft) {
+    using std::chrono::milliseconds;
+    using std::chrono::seconds;
+    EXPECT_EQ(tavctl::progressText("reading descriptions", 51'234, 100'000, seconds(4)),
+              "reading descriptions [#####-----] 51,234 of 100,000, about 4 s left");
+    EXPECT_EQ(tavctl::progressText("reading", 0, 7, seconds(1)), "reading [----------] 0 of 7");
+    EXPECT_EQ(tavctl::progressText("reading", 6, 7, milliseconds(600)),
+              "reading [########--] 6 of 7, about 1 s left");
+    EXPECT_EQ(tavctl::progressText("reading", 7, 7, seconds(9)),
+              "reading [##########] 7 of 7, about 0 s left");
+    EXPECT_EQ(tavctl::progressText("reading", 9, 7, seconds(9)), // never more than all
+              "reading [##########] 7 of 7, about 0 s left");
+    EXPECT_EQ(tavctl::progressText("reading", 1, 100, seconds(10)),
+              "reading [----------] 1 of 100, about 17 min left");
+}
+
+TEST(Progress, OfWorkInStepsIsTheLine) {
+    const Line line;
+    {
+        Progress progress("reading", 1234, {line.stream, true, {}});
+        line.waitUntilShown();
+        EXPECT_EQ(line.folder.read("line"), "\r\033[Ktavctl: reading [----------] 0 of 1,234");
+        progress.step();
+    }
+    EXPECT_TRUE(line.folder.read("line").ends_with("\r\033[K"));
+}
+
+// A line that a terminal breaks in two would not be cleared.
+TEST(Progress, LineFitsATerminal) {
+    for (const std::size_t total : {100'000ULL, 1'000'000ULL, 1'000'000'000'000ULL})
+        EXPECT_LT(
+            tavctl::progressText("checking descriptions", total / 2, total, std::chrono::hours(99))
+                    .size() +
+                std::string("tavctl: ").size(),
+            80U);
+}
+
+TEST(Progress, IsClearedWhileItIsHidden) {
+    const Line line;
+    Progress progress("reading the bus", {line.stream, true, {}});
+    line.waitUntilShown();
+    {
+        const Progress::Hidden hidden(progress);
+        EXPECT_TRUE(line.folder.read("line").ends_with("\r\033[K"));
+    }
+}
+
+TEST(Progress, LineIsPlainText) {
+    const Line line;
+    {
+        const Progress progress("reading \033[31m\n\x7F", {line.stream, true, {}});
+        line.waitUntilShown();
+        EXPECT_EQ(line.folder.read("line"), "\r\033[Ktavctl: reading ?[31m??... 0 s");
+    }
 }
 
 } // namespace
