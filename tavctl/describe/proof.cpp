@@ -1,5 +1,6 @@
 #include "tavctl/describe/proof.h"
 
+#include "source/modelList.h"
 #include "tavctl/explain/matchRecorder.h"
 #include "tavctl/match/busBridges.h"
 #include "tavctl/words/words.h"
@@ -71,13 +72,14 @@ std::string obstacleOf(const Candidate* own, const std::vector<Candidate>& candi
 Proof prove(const Draft& draft, const std::shared_ptr<const pcibus::Bus>& bus,
             const pcibus::PciFunction& bridge) {
     ModelMatcher matcher(recordedBus(bus));
-    std::vector<explain::Explanation> explanations(1);
-    const std::vector<explain::PartNames> names{namesOf(draft)};
-    explain::MatchRecorder recorder(matcher.wrapper(), *bus, names, explanations);
-    matcher.observe({modelOf(draft)}, recorder);
+    explain::Explanation explanation;
+    const explain::PartNames names = namesOf(draft);
+    explain::MatchRecorder recorder(matcher.wrapper(), *bus, names, explanation);
+    ModelList models({modelOf(draft)});
+    matcher.observe(models, recorder);
     Proof proof;
     const Candidate* own = nullptr;
-    auto& candidates = explanations.front().candidates;
+    auto& candidates = explanation.candidates;
     for (Candidate& each : candidates) {
         if (each.qualified && !each.walked)
             each.outcome = Outcome::notReached;

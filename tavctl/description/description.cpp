@@ -1,29 +1,23 @@
 #include "tavctl/description/description.h"
 
 #include "platform/file.h"
+#include "platform/stream.h"
 #include "platform/systemCode.h"
 #include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniLoad.h"
 #include "source/descriptionLoader.h"
 
 #include <algorithm>
-#include <array>
-#include <utility>
+#include <cstdio>
 
 namespace tavctl::lint {
 
 namespace {
 
 using namespace nZoTavManagerPciPlugin_15_0;
-using namespace nDescription;
 
-std::string readAll(std::FILE* stream) {
-    std::string bytes;
-    std::array<char, 2048> part{};
-    for (std::size_t got = 0; (got = std::fread(part.data(), 1, part.size(), stream)) != 0;)
-        bytes.append(part.data(), got);
-    return bytes;
-}
+// What most descriptions fit into.
+constexpr std::size_t kFirstRoom = std::size_t{16} << 10;
 
 bool isRefusedAsWide(std::FILE* stream) {
     using namespace nZoPxiDriverTools_1_0;
@@ -31,65 +25,57 @@ bool isRefusedAsWide(std::FILE* stream) {
     return engine && loadIni(*engine, stream) == kIniWideEncoding;
 }
 
-std::string itemOf(const std::vector<std::string>& items, std::size_t index) {
-    return items.empty() ? std::string() : items[index % items.size()];
-}
-
 } // namespace
 
-Description::Description(std::string path)
+Description::Description(std::string path, Text text)
     : path_(std::move(path)), reads_(std::make_unique<GatheringIniFile>()) {
-    std::string bytes;
-    if (const platform::Stream stream = platform::openStream(path_.c_str(), "rb")) {
-        bytes = readAll(stream.get());
-        std::rewind(stream.get());
-        wide_ = isRefusedAsWide(stream.get());
-    } else {
-        openingTrouble_ = platform::systemMessage(platform::lastSystemCode());
-    }
-    text_ = std::make_unique<PositionedIni>(wide_ ? std::string() : std::move(bytes));
+    load();
+    if (!loads())
+        examineFailure();
+    text_ = std::make_unique<PositionedIni>(text == Text::wanted && !wide_ ? readText()
+                                                                           : std::string());
+}
+
+void Description::load() {
     try {
         model_ = DescriptionLoader<GatheringIniFile>(*reads_).load(path_);
     } catch (const zoerr::Exception&) { // NOLINT(bugprone-empty-catch): only opening raises, and
                                         // that is noted
     }
+    sections_ = SectionNames(*reads_);
+    reads_->close();
 }
 
-const std::vector<std::string>& Description::list(const std::string& section,
-                                                  const std::string& key) const {
-    static const std::vector<std::string> kNone;
-    const auto found = reads_->lists().find({section, key});
-    return found == reads_->lists().end() ? kNone : found->second;
+// Why the loader could not open the file.
+void Description::examineFailure() {
+    if (reads_->problems().front().kind != LoadProblem::Kind::cannotOpen)
+        return;
+    if (const platform::Stream stream = platform::openStream(path_.c_str(), "rb"))
+        wide_ = isRefusedAsWide(stream.get());
+    else
+        openingTrouble_ = platform::systemMessage(platform::lastSystemCode());
 }
 
-std::string Description::anchorSection(std::size_t anchor) const {
-    return anchor == 0 ? kSectionAnchor
-                       : kPrefixAlternateAnchor +
-                             itemOf(list(kSectionAnchor, kAlternateAnchors), anchor - 1);
-}
-
-std::string Description::downstreamPortSection(std::size_t port) const {
-    return kPrefixDownstreamPort + itemOf(list(kSectionModel, kDownstreamPorts), port);
-}
-
-std::string Description::internalBridgeSection(std::size_t bridge) const {
-    return kPrefixInternalBridge + itemOf(list(kSectionModel, kInternalBridges), bridge);
-}
-
-std::vector<std::string> Description::bridgeSections() const {
-    std::vector<std::string> sections;
-    const auto add = [&](std::string section) {
-        if (std::find(sections.begin(), sections.end(), section) == sections.end())
-            sections.push_back(std::move(section));
-    };
-    for (const std::string& name : list(kSectionModel, kDownstreamPorts))
-        add(kPrefixDownstreamPort + name);
-    for (const std::string& name : list(kSectionModel, kInternalBridges))
-        add(kPrefixInternalBridge + name);
-    if (reads_->asked().contains({kSectionUpstreamPort, kVid}) ||
-        reads_->asked().contains({kSectionUpstreamPort, kTraversalMapFromAnchor}))
-        add(kSectionUpstreamPort);
-    return sections;
+std::string Description::readText() {
+    std::string bytes;
+    const platform::Stream stream = platform::openStream(path_.c_str(), "rb");
+    if (!stream)
+        return bytes;
+    std::setvbuf(stream.get(), nullptr, _IONBF, 0); // the pieces are large
+    bool ended = false;
+    while (!ended && bytes.size() <= kLargestText) {
+        const std::size_t before = bytes.size();
+        const std::size_t room = std::max(before, kFirstRoom);
+        bytes.resize(before + room);
+        const std::size_t got = platform::readStream(stream.get(), bytes.data() + before, room);
+        bytes.resize(before + got);
+        ended = got < room;
+    }
+    if (bytes.size() > kLargestText) {
+        tooLarge_ = true;
+        return {};
+    }
+    return bytes;
 }
 
 } // namespace tavctl::lint

@@ -46,6 +46,11 @@ void GatheringIniFile::open(const char* path, std::uint32_t flags, tFixedStatus&
         note({Kind::cannotOpen, status.code, {}, {}, {}});
 }
 
+void GatheringIniFile::close() {
+    tFixedStatus ignored;
+    file_.close(ignored);
+}
+
 bool GatheringIniFile::hasKey(const std::string& section, const std::string& key,
                               tFixedStatus& status) {
     ask(section, key);
@@ -109,6 +114,13 @@ void GatheringIniFile::getHexadecimal(const std::string& section, const std::str
     file_.getHexadecimal(section, key, value, status);
     if (!gather(section, key, status))
         hexadecimals_[{section, key}] = value;
+}
+
+const std::vector<std::string>& GatheringIniFile::list(const std::string& section,
+                                                       const std::string& key) const {
+    static const std::vector<std::string> kNone;
+    const auto found = lists_.find({section, key});
+    return found == lists_.end() ? kNone : found->second;
 }
 
 void GatheringIniFile::ask(const std::string& section, const std::string& key) {

@@ -51,16 +51,20 @@ public:
     void getHexadecimal(const std::string& section, const std::string& key, std::uint32_t& value,
                         tFixedStatus& status);
 
+    // What was read stays; the file's own content goes.
+    void close();
+
     // In the order in which the loader met them; each once.
     [[nodiscard]] const std::vector<LoadProblem>& problems() const { return problems_; }
 
     // What was asked for, present or not.
     [[nodiscard]] const std::set<SectionAndKey>& asked() const { return asked_; }
 
-    // The lists and hexadecimal numbers as they were read.
-    [[nodiscard]] const std::map<SectionAndKey, std::vector<std::string>>& lists() const {
-        return lists_;
-    }
+    // The items of a list as they were read; none when it was not.
+    [[nodiscard]] const std::vector<std::string>& list(const std::string& section,
+                                                       const std::string& key) const;
+
+    // The hexadecimal numbers as they were read.
     [[nodiscard]] const std::map<SectionAndKey, std::uint32_t>& hexadecimals() const {
         return hexadecimals_;
     }

@@ -55,6 +55,7 @@ constexpr Rule kRules[] = {
     {"name-not-kept", kWarning, "a name that is not read back as it is stored"},
     {"not-utf8", kWarning, "a text is not UTF-8"},
     {"duplicate-model", kWarning, "another file describes a model of this name"},
+    {"too-large", kWarning, "the file has more than 64 MiB: its lines are not checked"},
     {"same-tree", kWarning, "a box can be taken for this model and for another one at once"},
 };
 

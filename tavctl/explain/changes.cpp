@@ -3,6 +3,8 @@
 #include "pxidrivertools/busPlace.h"
 #include "source/descriptionLoader.h"
 #include "tavctl/bus/busQueries.h"
+#include "tavctl/description/modelShape.h"
+#include "tavctl/match/busBridges.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
@@ -28,6 +30,8 @@ constexpr std::size_t kMostMoves = 48;
 constexpr std::size_t kMostLabels = 64;
 constexpr std::size_t kMostNearFunctions = 12;
 constexpr std::size_t kShownNearFunctions = 5;
+// Models that are alike but for their names stand close together in a folder.
+constexpr std::size_t kMostRemembered = 1024;
 
 bool equal(const tBridgeDescription& a, const tBridgeDescription& b) {
     return a.traversalMap == b.traversalMap && a.ids == b.ids &&
@@ -44,9 +48,9 @@ std::string listText(const std::list<std::string>& labels) {
 
 class ChangeSearch {
 public:
-    ChangeSearch(const lint::Description& description, ModelMatcher& matcher,
-                 const pcibus::Bus& bus)
-        : description_(description), model_(description.model()), matcher_(matcher), bus_(bus) {}
+    ChangeSearch(const tModelDescription& model, const lint::SectionNames& sections,
+                 ModelMatcher& matcher, const pcibus::Bus& bus)
+        : model_(model), sections_(sections), matcher_(matcher), bus_(bus) {}
 
     void search(Candidate& candidate) {
         candidate_ = &candidate;
@@ -61,12 +65,7 @@ public:
         changeLinkWidth();
     }
 
-    std::vector<NearFunction> searchNear() {
-        std::vector<NearFunction> near;
-        for (std::size_t anchor = 0; anchor < model_.anchors.size(); ++anchor) {
-            for (const pcibus::PciFunction& function : bus_.functions())
-                addIfNear(anchor, function, near);
-        }
+    std::vector<NearFunction> searchNear(std::vector<NearFunction> near) {
         const auto likeness = [&](const NearFunction& each) {
             return sameIds(model_.anchors[each.anchor].ids, each.ids);
         };
@@ -104,11 +103,11 @@ private:
     void editSection(Model& model, const std::string& section,
                      const std::function<void(tBridgeDescription&)>& edit) const {
         for (std::size_t i = 0; i < model.downstreamPorts.size(); ++i) {
-            if (description_.downstreamPortSection(i) == section)
+            if (sections_.downstreamPort(i) == section)
                 edit(model.downstreamPorts[i]);
         }
         for (std::size_t i = 0; i < model.internalBridges.size(); ++i) {
-            if (description_.internalBridgeSection(i) == section)
+            if (sections_.internalBridge(i) == section)
                 edit(model.internalBridges[i]);
         }
         if (section == kSectionUpstreamPort)
@@ -152,7 +151,7 @@ private:
     [[nodiscard]] std::vector<const pcibus::PciFunction*>
     freeBridges(const pcibus::PciFunction& anchor, const tPciIds& ids) const {
         std::set<std::uint32_t> taken{anchor.handle()};
-        for (const std::string& section : description_.bridgeSections()) {
+        for (const std::string& section : sections_.bridges()) {
             const auto* const at = functionAtMap(descriptionOf(section).traversalMap);
             if (at != nullptr)
                 taken.insert(at->handle());
@@ -275,31 +274,6 @@ private:
         }
     }
 
-    static int sameIds(const tPciIds& a, const tPciIds& b) {
-        return (a.vendor == b.vendor ? 1 : 0) + (a.device == b.device ? 1 : 0) +
-               (a.subsystemVendor == b.subsystemVendor ? 1 : 0) +
-               (a.subsystem == b.subsystem ? 1 : 0);
-    }
-
-    // Near is a function with another header type or, of the four identifiers, at least vendor and
-    // device or all but one.
-    void addIfNear(std::size_t anchor, const pcibus::PciFunction& function,
-                   std::vector<NearFunction>& near) const {
-        const tPciIds ids = function.ids();
-        const tPciIds& wanted = model_.anchors[anchor].ids;
-        const bool wantsBridge = model_.anchors[anchor].headerType == kHeaderTypeBridge;
-        const bool alike = (ids.vendor == wanted.vendor && ids.device == wanted.device) ||
-                           sameIds(ids, wanted) == 3;
-        if (!alike || (ids == wanted && (!wantsBridge || function.isBridge())))
-            return;
-        NearFunction each;
-        each.anchor = anchor;
-        each.address = {function.bus, function.device, function.function};
-        each.ids = ids;
-        each.isBridge = function.isBridge();
-        near.push_back(std::move(each));
-    }
-
     void tryIdentifiers(NearFunction& near) {
         Model model = model_;
         tAnchorIdentity& anchor = model.anchors[near.anchor];
@@ -327,7 +301,7 @@ private:
     [[nodiscard]] std::vector<Change> identifierChanges(const NearFunction& near,
                                                         const tAnchorIdentity& before,
                                                         const tAnchorIdentity& after) const {
-        const std::string section = description_.anchorSection(near.anchor);
+        const std::string section = sections_.anchor(near.anchor);
         std::vector<Change> changes;
         const auto add = [&](const char* key, std::uint32_t from, std::uint32_t to, int digits) {
             if (from != to)
@@ -342,24 +316,53 @@ private:
         return changes;
     }
 
-    const lint::Description& description_;
     const tModelDescription& model_;
+    const lint::SectionNames& sections_;
     ModelMatcher& matcher_;
     const pcibus::Bus& bus_;
     Candidate* candidate_ = nullptr;
 };
 
+// All that the search for changes goes by, but for the bus: what is equal here has equal changes.
+std::string searchedFor(const tModelDescription& model, const lint::SectionNames& sections,
+                        const Explanation& explanation) {
+    std::string text = lint::shapeOf(model);
+    const auto add = [&](std::string_view part) {
+        text += std::to_string(part.size());
+        text.append(":").append(part);
+    };
+    for (const std::string& label : model.connectorLabels)
+        add(label);
+    for (std::size_t i = 0; i < model.anchors.size(); ++i)
+        add(sections.anchor(i));
+    for (const std::string& section : sections.bridges())
+        add(section);
+    for (std::size_t i = 0; i < model.downstreamPorts.size(); ++i)
+        add(sections.downstreamPort(i));
+    for (std::size_t i = 0; i < model.internalBridges.size(); ++i)
+        add(sections.internalBridge(i));
+    for (const Candidate& candidate : explanation.candidates) {
+        add(fmt::format("{} {} {} {}", static_cast<int>(candidate.outcome), candidate.anchor,
+                        candidate.qualified, candidate.slotPath));
+        for (const Step& step : candidate.steps) {
+            if (step.result != Result::met)
+                add(fmt::format("{} {}", static_cast<int>(step.result), step.section));
+        }
+    }
+    return text;
+}
+
 } // namespace
 
-std::string sectionOf(const lint::Description& description, const tBridgeDescription& bridge) {
-    const tModelDescription& model = description.model();
+std::string sectionOf(const tModelDescription& model, const lint::SectionNames& sections,
+                      const tBridgeDescription& bridge) {
     for (std::size_t i = 0; i < model.downstreamPorts.size(); ++i) {
         if (equal(model.downstreamPorts[i], bridge))
-            return description.downstreamPortSection(i);
+            return sections.downstreamPort(i);
     }
     for (std::size_t i = 0; i < model.internalBridges.size(); ++i) {
         if (equal(model.internalBridges[i], bridge))
-            return description.internalBridgeSection(i);
+            return sections.internalBridge(i);
     }
     return kSectionUpstreamPort;
 }
@@ -382,16 +385,58 @@ std::string mapBetween(const pcibus::Position& from, const pcibus::Position& to)
     return map;
 }
 
-void findChanges(const lint::Description& description, ModelMatcher& matcher,
-                 const pcibus::Bus& bus, Explanation& explanation) {
-    ChangeSearch search(description, matcher, bus);
-    std::size_t searched = 0;
-    for (Candidate& candidate : explanation.candidates) {
-        if (candidate.outcome == Outcome::rejected && searched++ < kMostCandidates)
-            search.search(candidate);
+ChangeFinder::ChangeFinder(std::shared_ptr<const pcibus::Bus> bus)
+    : bus_(std::move(bus)), matcher_(recordedBus(bus_)), nearFunctions_(*bus_) {}
+
+// Near is a function with another header type or, of the four identifiers, at least vendor and
+// device or all but one.
+std::vector<NearFunction> ChangeFinder::nearFunctions(const tModelDescription& model) const {
+    std::vector<NearFunction> near;
+    for (std::size_t anchor = 0; anchor < model.anchors.size(); ++anchor) {
+        const tPciIds& wanted = model.anchors[anchor].ids;
+        const bool wantsBridge = model.anchors[anchor].headerType == kHeaderTypeBridge;
+        for (const std::size_t position : nearFunctions_.find(wanted)) {
+            const pcibus::PciFunction& function = bus_->functions()[position];
+            if (function.ids() == wanted && (!wantsBridge || function.isBridge()))
+                continue;
+            NearFunction each;
+            each.anchor = anchor;
+            each.address = {function.bus, function.device, function.function};
+            each.ids = function.ids();
+            each.isBridge = function.isBridge();
+            near.push_back(std::move(each));
+        }
     }
+    return near;
+}
+
+void ChangeFinder::find(const tModelDescription& model, const lint::SectionNames& sections,
+                        Explanation& explanation) {
+    std::vector<NearFunction> near;
     if (explanation.listed() == 0)
-        explanation.near = search.searchNear();
+        near = nearFunctions(model);
+    const bool hasRejected =
+        std::any_of(explanation.candidates.begin(), explanation.candidates.end(),
+                    [](const Candidate& each) { return each.outcome == Outcome::rejected; });
+    if (!hasRejected && near.empty())
+        return;
+    if (found_.size() >= kMostRemembered)
+        found_.clear();
+    const auto [known, isNew] = found_.try_emplace(searchedFor(model, sections, explanation));
+    Found& found = known->second;
+    if (isNew) {
+        ChangeSearch search(model, sections, matcher_, *bus_);
+        std::size_t searched = 0;
+        for (Candidate& candidate : explanation.candidates) {
+            if (candidate.outcome == Outcome::rejected && searched++ < kMostCandidates)
+                search.search(candidate);
+            found.changes.push_back(candidate.changes);
+        }
+        found.near = search.searchNear(std::move(near));
+    }
+    for (std::size_t i = 0; i < explanation.candidates.size(); ++i)
+        explanation.candidates[i].changes = found.changes[i];
+    explanation.near = found.near;
 }
 
 } // namespace tavctl::explain

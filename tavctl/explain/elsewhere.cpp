@@ -26,25 +26,30 @@ bool isAnchor(const tModelDescription& model, const pcibus::PciFunction& functio
 
 } // namespace
 
-void findElsewhere(const Descriptions& descriptions, std::vector<Explanation>& explanations) {
+Elsewhere Elsewhere::ofChosenBus() {
+    Elsewhere elsewhere;
     const auto location = platform::busLocation();
     if (!location)
-        return;
+        return elsewhere;
     const auto look = [&](std::uint32_t domain, const pcibus::PciFunction& function, auto) {
-        if (domain == 0)
-            return;
-        for (std::size_t i = 0; i < descriptions.size(); ++i) {
-            if (isAnchor(descriptions[i]->model(), function))
-                explanations[i].elsewhere.push_back(
-                    fmt::format("{:04x}:{}", domain, pcibus::addressText(function)));
-        }
+        if (domain != 0)
+            elsewhere.functions_.emplace_back(domain, function);
     };
     try {
         pcibus::readBus(platform::utf8Path(*location), nullptr, look);
     } catch (const pcibus::BusError&) { // NOLINT(bugprone-empty-catch): it was read before
     }
-    for (Explanation& each : explanations)
-        std::sort(each.elsewhere.begin(), each.elsewhere.end());
+    return elsewhere;
+}
+
+std::vector<std::string> Elsewhere::anchorsOf(const tModelDescription& model) const {
+    std::vector<std::string> addresses;
+    for (const auto& [domain, function] : functions_) {
+        if (isAnchor(model, function))
+            addresses.push_back(fmt::format("{:04x}:{}", domain, pcibus::addressText(function)));
+    }
+    std::sort(addresses.begin(), addresses.end());
+    return addresses;
 }
 
 } // namespace tavctl::explain

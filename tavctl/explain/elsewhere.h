@@ -1,15 +1,31 @@
 // Looks for anchors where the plug-in does not.
 #pragma once
 
-#include "tavctl/explain/explain.h"
+#include "pcibus/pciFunction.h"
+#include "source/modelDescription.h"
 
+#include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace tavctl::explain {
 
-// Tells each explanation which functions of other domains have an anchor's identifiers, as far as
-// the bus that this process sees can be read for this. The explanations are those of the
-// descriptions, in their order.
-void findElsewhere(const Descriptions& descriptions, std::vector<Explanation>& explanations);
+// The functions of other domains.
+class Elsewhere {
+public:
+    // None.
+    Elsewhere() = default;
+
+    // Those of the bus that this process sees, as far as it can be read for this.
+    static Elsewhere ofChosenBus();
+
+    // The addresses of those that have an anchor's identifiers, in order.
+    [[nodiscard]] std::vector<std::string>
+    anchorsOf(const nZoTavManagerPciPlugin_15_0::tModelDescription& model) const;
+
+private:
+    std::vector<std::pair<std::uint32_t, pcibus::PciFunction>> functions_; // with their domains
+};
 
 } // namespace tavctl::explain

@@ -10,12 +10,14 @@
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/words/nearestName.h"
 #include "tavctl/words/print.h"
+#include "tavctl/words/progress.h"
 
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tavctl {
@@ -27,21 +29,23 @@ struct ExplainOptions {
     std::string model; // empty: every model
 };
 
-explain::Descriptions loadDescriptions() {
-    explain::Descriptions descriptions;
-    for (const std::string& file : descriptionFiles()) {
-        descriptions.push_back(std::make_unique<lint::Description>(file));
-        if (!descriptions.back()->loads())
-            throw FailureException(
-                diagnoseInitialize(descriptions.back()->reads().problems().front().status, {}));
+explain::LoadedModels loadModels(const HostSetup& setup) {
+    const std::vector<std::string> files = descriptionFiles();
+    Progress progress("reading descriptions", files.size());
+    explain::LoadedModels models;
+    for (const std::string& file : files) {
+        lint::Description description(file, lint::Description::Text::unwanted);
+        if (!description.loads())
+            throw FailureException(setup.asConfigured(
+                diagnoseInitialize(description.reads().problems().front().status, {})));
+        models.add(std::move(description));
+        progress.step();
     }
-    return descriptions;
+    return models;
 }
 
-[[noreturn]] void failWithoutModel(const std::string& model, const explain::Descriptions& all) {
-    std::vector<std::string> names;
-    for (const auto& each : all)
-        names.push_back(each->model().model);
+[[noreturn]] void failWithoutModel(const std::string& model,
+                                   const std::vector<std::string>& names) {
     std::string reason = "no description file describes this model";
     const std::string near = nearestName(model, names);
     if (!near.empty())
@@ -49,32 +53,76 @@ explain::Descriptions loadDescriptions() {
     throw FailureException({"explain", model, reason, {}, {}}, ExitStatus::problemFound);
 }
 
+// Explanations as they come, in pieces: many models may make more text than there is memory.
+class ExplanationWriter {
+public:
+    ExplanationWriter(bool json, std::size_t models, const std::optional<pcibus::LeftOut>& leftOut)
+        : progress_("explaining models", models), json_(json), inFull_(models == 1),
+          leftOut_(leftOut) {
+        if (json_)
+            text_ = R"({"models":[)";
+    }
+
+    void add(const explain::Explanation& explanation) {
+        if (explanations_++ != 0)
+            text_ += json_ ? "," : "\n";
+        text_ += json_ ? explain::explanationAsJson(explanation)
+                       : explain::explanationAsText(explanation, inFull_, leftOut_);
+        if (text_.size() >= kPiece)
+            write();
+        progress_.step();
+    }
+
+    void finish() {
+        if (json_)
+            text_ += fmt::format(R"(],"leftOut":{}}})", leftOutJson(leftOut_).text()) + "\n";
+        write();
+    }
+
+private:
+    static constexpr std::size_t kPiece = std::size_t{1} << 20;
+
+    void write() {
+        const Progress::Hidden hidden(progress_);
+        print(text_);
+        text_.clear();
+    }
+
+    Progress progress_;
+    bool json_;
+    bool inFull_;
+    std::optional<pcibus::LeftOut> leftOut_;
+    std::size_t explanations_ = 0;
+    std::string text_;
+};
+
 ExitStatus runExplain(const ExplainOptions& options) {
     const HostSetup setup(options.common, Names::copied);
-    explain::Descriptions descriptions = loadDescriptions();
-    const auto isMeant = [&](const std::string& model) {
-        return options.model.empty() || model == options.model;
-    };
-    if (!options.model.empty() &&
-        std::none_of(descriptions.begin(), descriptions.end(),
-                     [&](const auto& each) { return isMeant(each->model().model); }))
-        failWithoutModel(options.model, descriptions);
-
+    explain::LoadedModels models = loadModels(setup);
+    const bool any = models.size() != 0;
+    if (!options.model.empty()) {
+        const auto names = models.names();
+        models.keepOnly(options.model);
+        if (models.size() == 0)
+            failWithoutModel(options.model, names);
+    }
     ModelMatcher matcher(hostBus());
     const auto read = std::make_shared<const ReadBus>(machineBus());
     tellLeftOut(read->leftOut);
     const std::shared_ptr<const pcibus::Bus> bus(read, &read->bus);
-    const bool any = !descriptions.empty();
-    std::erase_if(descriptions, [&](const auto& each) { return !isMeant(each->model().model); });
-    auto explanations = explain::explain(descriptions, matcher, bus);
-    if (read->leftOut && read->leftOut->otherDomains != 0)
-        explain::findElsewhere(descriptions, explanations);
-    print(options.common.json ? explain::explanationsAsJson(explanations, read->leftOut)
-                              : explain::explanationsAsText(explanations, read->leftOut));
+    const bool hasOthers = read->leftOut && read->leftOut->otherDomains != 0;
+    bool listed = false;
+    ExplanationWriter writer(options.common.json, models.size(), read->leftOut);
+    explain::explain(
+        std::move(models), matcher, bus,
+        [&](const explain::Explanation& each) {
+            listed = listed || each.listed() != 0;
+            writer.add(each);
+        },
+        hasOthers ? explain::Elsewhere::ofChosenBus() : explain::Elsewhere());
+    writer.finish();
     if (!any)
         explainNoDescriptions();
-    const bool listed = std::any_of(explanations.begin(), explanations.end(),
-                                    [](const auto& each) { return each.listed() != 0; });
     return options.model.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;
 }
 

@@ -82,11 +82,13 @@ std::string addressText(const nZoTavManagerPciPlugin_15_0::tBusAddress& address)
 // "104C:8232 subsystem 0000:0000"
 std::string idsText(const nZoTavManagerPciPlugin_15_0::tPciIds& ids);
 
-// `leftOut` is what the reader of the bus passed over: not looked at, it may hold what was not
-// found.
-std::string explanationsAsText(const std::vector<Explanation>& explanations,
-                               const std::optional<pcibus::LeftOut>& leftOut);
-std::string explanationsAsJson(const std::vector<Explanation>& explanations,
-                               const std::optional<pcibus::LeftOut>& leftOut);
+// With all conditions of every candidate or, for a look at many models, with those of the one that
+// came nearest. `leftOut` is what the reader of the bus passed over: not looked at, it may hold
+// what was not found.
+std::string explanationAsText(const Explanation& explanation, bool inFull,
+                              const std::optional<pcibus::LeftOut>& leftOut);
+
+// A JSON object, without a line feed.
+std::string explanationAsJson(const Explanation& explanation);
 
 } // namespace tavctl::explain

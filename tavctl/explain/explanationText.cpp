@@ -138,27 +138,6 @@ std::string withoutCandidate(const Explanation& explanation,
     return wrapped(text, 2);
 }
 
-std::string explanationText(const Explanation& explanation, bool all,
-                            const std::optional<pcibus::LeftOut>& leftOut) {
-    std::string text =
-        wrapped(fmt::format("{}: {}", printable(explanation.model), verdict(explanation)), 0);
-    text += fmt::format("  {}\n", printable(explanation.file));
-    for (const std::string& anchor : explanation.anchors)
-        text += hanging("  anchor: ", anchor);
-    if (explanation.candidates.empty())
-        text += withoutCandidate(explanation, leftOut);
-    bool shownMiss = false;
-    for (const Candidate& candidate : explanation.candidates) {
-        const bool isMiss = candidate.outcome == Outcome::rejected;
-        const bool isAnswer = isMiss && !shownMiss && explanation.listed() == 0;
-        text += candidateText(candidate, all || isAnswer);
-        shownMiss = shownMiss || isMiss;
-    }
-    if (!explanation.near.empty())
-        text += nearText(explanation);
-    return text;
-}
-
 Json changesJson(const std::vector<Change>& changes) {
     Json list = Json::array();
     for (const Change& change : changes)
@@ -191,41 +170,47 @@ Json candidateJson(const Candidate& candidate) {
 
 } // namespace
 
-std::string explanationsAsText(const std::vector<Explanation>& explanations,
-                               const std::optional<pcibus::LeftOut>& leftOut) {
-    std::string text;
-    for (const Explanation& explanation : explanations) {
-        text.append(text.empty() ? "" : "\n");
-        text += explanationText(explanation, explanations.size() == 1, leftOut);
+std::string explanationAsText(const Explanation& explanation, bool inFull,
+                              const std::optional<pcibus::LeftOut>& leftOut) {
+    std::string text =
+        wrapped(fmt::format("{}: {}", printable(explanation.model), verdict(explanation)), 0);
+    text += fmt::format("  {}\n", printable(explanation.file));
+    for (const std::string& anchor : explanation.anchors)
+        text += hanging("  anchor: ", anchor);
+    if (explanation.candidates.empty())
+        text += withoutCandidate(explanation, leftOut);
+    bool shownMiss = false;
+    for (const Candidate& candidate : explanation.candidates) {
+        const bool isMiss = candidate.outcome == Outcome::rejected;
+        const bool isAnswer = isMiss && !shownMiss && explanation.listed() == 0;
+        text += candidateText(candidate, inFull || isAnswer);
+        shownMiss = shownMiss || isMiss;
     }
+    if (!explanation.near.empty())
+        text += nearText(explanation);
     return text;
 }
 
-std::string explanationsAsJson(const std::vector<Explanation>& explanations,
-                               const std::optional<pcibus::LeftOut>& leftOut) {
-    Json models = Json::array();
-    for (const Explanation& explanation : explanations) {
-        Json candidates = Json::array();
-        for (const Candidate& candidate : explanation.candidates)
-            candidates.push_back(candidateJson(candidate));
-        Json near = Json::array();
-        for (const NearFunction& each : explanation.near)
-            near.push_back(Json{{"address", addressText(each.address)},
-                                {"ids", idsText(each.ids)},
-                                {"isBridge", each.isBridge},
-                                {"changes", changesJson(each.changes)}});
-        models.push_back(Json{
-            {"model", explanation.model},
-            {"file", explanation.file},
-            {"listed", explanation.listed()},
-            {"anchors", explanation.anchors},
-            {"failure", explanation.failure.empty() ? Json(nullptr) : Json(explanation.failure)},
-            {"candidates", std::move(candidates)},
-            {"near", std::move(near)},
-            {"elsewhere", explanation.elsewhere}});
-    }
-    const Json whole{{"models", std::move(models)}, {"leftOut", leftOutJson(leftOut)}};
-    return whole.line();
+std::string explanationAsJson(const Explanation& explanation) {
+    Json candidates = Json::array();
+    for (const Candidate& candidate : explanation.candidates)
+        candidates.push_back(candidateJson(candidate));
+    Json near = Json::array();
+    for (const NearFunction& each : explanation.near)
+        near.push_back(Json{{"address", addressText(each.address)},
+                            {"ids", idsText(each.ids)},
+                            {"isBridge", each.isBridge},
+                            {"changes", changesJson(each.changes)}});
+    return Json{
+        {"model", explanation.model},
+        {"file", explanation.file},
+        {"listed", explanation.listed()},
+        {"anchors", explanation.anchors},
+        {"failure", explanation.failure.empty() ? Json(nullptr) : Json(explanation.failure)},
+        {"candidates", std::move(candidates)},
+        {"near", std::move(near)},
+        {"elsewhere", explanation.elsewhere}}
+        .text();
 }
 
 } // namespace tavctl::explain

@@ -60,7 +60,7 @@ void MatchRecorder::failStep(std::string condition, std::string expected, std::s
 }
 
 std::string MatchRecorder::partName(const tBridgeDescription& description) const {
-    return names_[model_].bridge(description);
+    return names_.bridge(description);
 }
 
 void MatchRecorder::setAddress(Candidate& candidate) {
@@ -91,8 +91,7 @@ std::string MatchRecorder::placeText(const tBridgeDescription& description) cons
     return fmt::format("nothing at {}", place);
 }
 
-void MatchRecorder::onModel(std::uint32_t index) {
-    model_ = index;
+void MatchRecorder::onModel(std::uint32_t) {
     anchorsBegun_ = 0;
     candidate_ = kNone;
     lookingFor_.clear();

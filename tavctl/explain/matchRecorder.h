@@ -25,11 +25,12 @@ public:
     using tAnchorIdentity = nZoTavManagerPciPlugin_15_0::tAnchorIdentity;
     using tDeviceRecord = nZoTavManagerPciPlugin_15_0::tDeviceRecord;
 
-    // The explanations stand in the order of the models, with their names filled in. All arguments
-    // must outlive the recorder. The bus says what stands where no bridge does.
-    MatchRecorder(iPciBrdWrapper_ex& wrapper, const pcibus::Bus& bus,
-                  const std::vector<PartNames>& names, std::vector<Explanation>& explanations)
-        : wrapper_(wrapper), bus_(bus), names_(names), explanations_(explanations) {}
+    // The names and the explanation are those of the model whose turn it is: whoever matches
+    // several puts others in their place when a turn begins. All arguments must outlive the
+    // recorder. The bus says what stands where no bridge does.
+    MatchRecorder(iPciBrdWrapper_ex& wrapper, const pcibus::Bus& bus, const PartNames& names,
+                  Explanation& explanation)
+        : wrapper_(wrapper), bus_(bus), names_(names), explanation_(explanation) {}
 
     void onModel(std::uint32_t index) override;
     void onModelFailed(const std::exception& exception) override;
@@ -52,7 +53,7 @@ public:
     void onLookUp(const tBridgeDescription& description) override;
 
 private:
-    Explanation& explanation() { return explanations_[model_]; }
+    Explanation& explanation() { return explanation_; }
     // The one at work; null before the first.
     Candidate* current();
     void step(Step step);
@@ -64,9 +65,8 @@ private:
 
     iPciBrdWrapper_ex& wrapper_;
     const pcibus::Bus& bus_;
-    const std::vector<PartNames>& names_;
-    std::vector<Explanation>& explanations_;
-    std::size_t model_ = 0;
+    const PartNames& names_;
+    Explanation& explanation_;
     std::size_t anchor_ = 0;       // position of the anchor being searched
     std::size_t anchorsBegun_ = 0; // of this model
     std::size_t candidate_ = kNone;

@@ -30,9 +30,9 @@ public:
     void check() {
         const tModelDescription& model = description_.model();
         for (std::size_t i = 0; i < model.downstreamPorts.size(); ++i)
-            checkBridge(description_.downstreamPortSection(i), model.downstreamPorts[i]);
+            checkBridge(description_.sections().downstreamPort(i), model.downstreamPorts[i]);
         for (std::size_t i = 0; i < model.internalBridges.size(); ++i)
-            checkBridge(description_.internalBridgeSection(i), model.internalBridges[i]);
+            checkBridge(description_.sections().internalBridge(i), model.internalBridges[i]);
         if (model.upstreamPort.traversalMap != kNoText)
             checkBridge(kSectionUpstreamPort, model.upstreamPort);
     }

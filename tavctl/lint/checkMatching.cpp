@@ -60,7 +60,7 @@ private:
 
     // The candidate and the bridges found must come to the number of bridges described.
     void checkCount(std::size_t anchor) {
-        const std::string section = description_.anchorSection(anchor);
+        const std::string section = description_.sections().anchor(anchor);
         std::size_t described = 0;
         bool standsForAnchor = false;
         std::set<MapPlace> places{*placeOfMap("")};
@@ -105,9 +105,9 @@ private:
                               "IsOptional = 1, and an internal bridge that stands for the anchor");
         }
         for (std::size_t i = 0; i < description_.list(kSectionModel, kInternalBridges).size(); ++i)
-            checkMixed(description_.internalBridgeSection(i), model_.internalBridges[i]);
+            checkMixed(description_.sections().internalBridge(i), model_.internalBridges[i]);
         for (std::size_t i = 0; i < description_.list(kSectionModel, kDownstreamPorts).size(); ++i)
-            checkMixed(description_.downstreamPortSection(i), model_.downstreamPorts[i]);
+            checkMixed(description_.sections().downstreamPort(i), model_.downstreamPorts[i]);
     }
 
     // With alternate anchors the identifiers in a bridge's own section are not what is looked for.

@@ -6,6 +6,7 @@
 
 namespace tavctl::lint {
 
+void checkSize(const Description& description, Findings& findings);     // of the file
 void checkLines(const Description& description, Findings& findings);    // lines and names
 void checkValues(const Description& description, Findings& findings);   // values that load
 void checkLists(const Description& description, Findings& findings);    // items of lists

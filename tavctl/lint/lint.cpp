@@ -3,14 +3,15 @@
 #include "source/descriptionLoader.h"
 #include "tavctl/description/checkLoad.h"
 #include "tavctl/lint/checks.h"
-#include "tavctl/lint/modelTree.h"
+#include "tavctl/lint/sharedTrees.h"
+#include "tavctl/words/progress.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <deque>
-#include <map>
+#include <iterator>
+#include <unordered_map>
 #include <utility>
 
 namespace tavctl::lint {
@@ -19,55 +20,67 @@ namespace {
 
 using namespace nZoTavManagerPciPlugin_15_0::nDescription;
 
-struct Linted {
-    explicit Linted(const std::string& path) : description(path), findings(description) {}
-    Linted(const Linted&) = delete;
-    Linted& operator=(const Linted&) = delete;
+// The files so far. Of each only what the checks of later ones need is kept, since there may be
+// very many.
+class LintedFiles {
+public:
+    explicit LintedFiles(const std::vector<std::string>& files) : files_(files) {}
 
-    void checkAlone() {
+    // The next one's.
+    std::vector<Finding> check() {
+        const Description description(files_[number_]);
+        Findings findings(description);
         checkLoad(description, findings);
+        checkSize(description, findings);
         checkLines(description, findings);
         checkValues(description, findings);
         checkLists(description, findings);
         checkMaps(description, findings);
         checkMatching(description, findings);
+        checkModelName(description, findings);
+        checkSameTree(description, findings);
+        ++number_;
+        return std::move(findings).sorted();
     }
 
-    Description description;
-    Findings findings;
-};
-
-void checkModelNames(std::deque<Linted>& all) {
-    std::map<std::string, const Description*> seen;
-    for (Linted& each : all) {
-        const Description& description = each.description;
-        if (description.text().linesOf(kSectionModel, kModel).empty())
-            continue;
-        const auto [first, isNew] = seen.emplace(description.model().model, &description);
+private:
+    void checkModelName(const Description& description, Findings& findings) {
+        if (description.text().linesOf(kSectionModel, kModel).empty() && !description.isTooLarge())
+            return;
+        const auto [first, isNew] = names_.emplace(description.model().model, number_);
         if (!isNew)
-            each.findings.add(
+            findings.add(
                 "duplicate-model", description.text().value(kSectionModel, kModel),
-                fmt::format("{} describes a model of this name too", first->second->path()),
+                fmt::format("{} describes a model of this name too", files_[first->second]),
                 "one file for each model");
     }
-}
 
-void checkSameTree(std::deque<Linted>& all) {
-    for (std::size_t later = 1; later < all.size(); ++later) {
-        const Description& description = all[later].description;
-        for (std::size_t earlier = 0; earlier < later && description.loads(); ++earlier) {
-            const Description& other = all[earlier].description;
-            if (!other.loads() || !satisfiedByOneTree(other.model(), description.model()))
-                continue;
-            all[later].findings.add("same-tree", description.text().header(kSectionAnchor),
-                                    fmt::format("a box can be taken for this model and for {} ({}) "
-                                                "at once: it is listed twice then",
-                                                quoted(other.model().model), other.path()),
-                                    "an anchor, or counted bridges, that tell the models apart");
-            break;
-        }
+    void checkSameTree(const Description& description, Findings& findings) {
+        if (!description.loads())
+            return;
+        loaded_.push_back({number_, description.model().model});
+        const auto first = trees_.add(description.model());
+        if (!first)
+            return;
+        const Loaded& other = loaded_[*first];
+        findings.add("same-tree", description.text().header(kSectionAnchor),
+                     fmt::format("a box can be taken for this model and for {} ({}) at once: it "
+                                 "is listed twice then",
+                                 quoted(other.model), files_[other.file]),
+                     "an anchor, or counted bridges, that tell the models apart");
     }
-}
+
+    struct Loaded {
+        std::size_t file;
+        std::string model;
+    };
+
+    const std::vector<std::string>& files_;
+    std::size_t number_ = 0;
+    std::unordered_map<std::string, std::size_t> names_; // the first file of each
+    std::vector<Loaded> loaded_;                         // in the order of the trees' models
+    SharedTrees trees_;
+};
 
 } // namespace
 
@@ -87,15 +100,13 @@ bool Report::endsLoad() const {
 }
 
 Report lint(const std::vector<std::string>& files) {
-    std::deque<Linted> all;
-    for (const std::string& file : files)
-        all.emplace_back(file).checkAlone();
-    checkModelNames(all);
-    checkSameTree(all);
+    Progress progress("checking descriptions", files.size());
     Report report{files, {}};
-    for (Linted& each : all) {
-        auto findings = std::move(each.findings).sorted();
+    LintedFiles linted(files);
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        std::vector<Finding> findings = linted.check();
         std::move(findings.begin(), findings.end(), std::back_inserter(report.findings));
+        progress.step();
     }
     return report;
 }

@@ -109,23 +109,27 @@ std::string reportAsText(const Report& report) {
     return out;
 }
 
+// Put together from its parts' texts: of very many findings all their values at once would take
+// several times the room.
 std::string reportAsJson(const Report& report, const std::vector<Comparison>& comparisons) {
-    Json findings = Json::array();
-    for (const Finding& finding : report.findings)
-        findings.push_back(Json{{"file", finding.file},
-                                {"line", placeOrNull(finding.place.line)},
-                                {"column", placeOrNull(finding.place.column)},
-                                {"length", finding.place.length},
-                                {"severity", severityName(finding.severity)},
-                                {"rule", finding.rule},
-                                {"text", finding.text},
-                                {"found", finding.found},
-                                {"expected", finding.expected},
-                                {"endsLoad", finding.endsLoad}});
-    return Json{{"files", report.files},       {"findings", std::move(findings)},
-                {"errors", report.errors()},   {"warnings", report.warnings()},
-                {"loads", !report.endsLoad()}, {"against", againstJson(comparisons)}}
-        .line();
+    std::string out = fmt::format(R"({{"files":{},"findings":[)", Json(report.files).text());
+    for (const Finding& finding : report.findings) {
+        out.append(&finding == report.findings.data() ? "" : ",");
+        out += Json{{"file", finding.file},
+                    {"line", placeOrNull(finding.place.line)},
+                    {"column", placeOrNull(finding.place.column)},
+                    {"length", finding.place.length},
+                    {"severity", severityName(finding.severity)},
+                    {"rule", finding.rule},
+                    {"text", finding.text},
+                    {"found", finding.found},
+                    {"expected", finding.expected},
+                    {"endsLoad", finding.endsLoad}}
+                   .text();
+    }
+    out += fmt::format(R"(],"errors":{},"warnings":{},"loads":{},"against":{}}})", report.errors(),
+                       report.warnings(), !report.endsLoad(), againstJson(comparisons).text());
+    return out + "\n";
 }
 
 std::string rulesAsText() {

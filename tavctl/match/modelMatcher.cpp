@@ -30,18 +30,18 @@ MatchBus hostBus() {
 
 std::vector<MatchedDevice> ModelMatcher::match(const std::vector<tModelDescription>& models) {
     DeviceRecorder recorder(*bus_.wrapper);
-    observe(models, recorder);
+    ModelList list(models);
+    observe(list, recorder);
     return recorder.takeDevices();
 }
 
-void ModelMatcher::observe(const std::vector<tModelDescription>& models, MatchObserver& observer) {
+void ModelMatcher::observe(iPciModelInfoDb& models, MatchObserver& observer) {
     ScratchFilesystem filesystem;
     ScratchIniFile iniFile;
     cTerminalNameDb names(filesystem, iniFile);
-    ModelList list(models);
     cPciTavPluginCache cache;
     try {
-        cache.Build(*bus_.finder, *bus_.wrapper, filesystem, names, list, observer);
+        cache.Build(*bus_.finder, *bus_.wrapper, filesystem, names, models, observer);
     } catch (const zoerr::Exception&) {
         throw FailureException(diagnoseInitialize(statusOfCurrentException(), {}));
     }

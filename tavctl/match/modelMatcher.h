@@ -4,6 +4,7 @@
 
 #include "pciBrdWrapper/iPciBrdWrapper_ex.h"
 #include "quil/iQUILDeviceFinder.h"
+#include "source/iPciModelInfoDb.h"
 #include "source/matchObserver.h"
 #include "source/modelDescription.h"
 #include "tavctl/match/matchedDevice.h"
@@ -36,7 +37,7 @@ public:
     std::vector<MatchedDevice> match(const std::vector<tModelDescription>& models);
 
     // The same, for an observer that has an interest in more than the devices.
-    void observe(const std::vector<tModelDescription>& models, MatchObserver& observer);
+    void observe(nZoTavManagerPciPlugin_15_0::iPciModelInfoDb& models, MatchObserver& observer);
 
     // The way to the bridges, for observers; its session is open only while models are matched.
     [[nodiscard]] nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0::iPciBrdWrapper_ex& wrapper() {

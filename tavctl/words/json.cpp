@@ -89,8 +89,8 @@ bool Json::empty() const {
     return value_->empty();
 }
 
-std::string Json::line() const {
-    return withNumbers(value_->dump(-1, ' ', false, Value::error_handler_t::replace)) + "\n";
+std::string Json::text() const {
+    return withNumbers(value_->dump(-1, ' ', false, Value::error_handler_t::replace));
 }
 
 std::optional<Json> Json::parsedObject(const std::string& text) {

@@ -45,8 +45,10 @@ public:
 
     [[nodiscard]] bool empty() const; // an array or object without elements, or null
 
-    // The value in one line, with its line feed. Bytes that are not UTF-8 are replaced.
-    [[nodiscard]] std::string line() const;
+    // The value without any blanks or line feeds. Bytes that are not UTF-8 are replaced.
+    [[nodiscard]] std::string text() const;
+    // The same, with a line feed behind it.
+    [[nodiscard]] std::string line() const { return text() + "\n"; }
 
     // The object that a text holds; nothing for any other text.
     static std::optional<Json> parsedObject(const std::string& text);

@@ -15,13 +15,13 @@ TEST(MatchRecorder, FailureWithoutARecordIsToldInItsOwnWords) {
     const auto bus = std::make_shared<const pcibus::Bus>(std::vector<pcibus::PciFunction>(),
                                                          pcibus::addressText);
     const MatchBus recorded = recordedBus(bus);
-    const std::vector<explain::PartNames> names(1);
-    std::vector<explain::Explanation> explanations(1);
-    explain::MatchRecorder recorder(*recorded.wrapper, *bus, names, explanations);
+    const explain::PartNames names;
+    explain::Explanation explanation;
+    explain::MatchRecorder recorder(*recorded.wrapper, *bus, names, explanation);
     recorder.onModel(0);
     recorder.onModelFailed(std::runtime_error("no more of it"));
-    EXPECT_EQ(explanations.front().failure, "no more of it");
-    EXPECT_EQ(explanations.front().listed(), 0U);
+    EXPECT_EQ(explanation.failure, "no more of it");
+    EXPECT_EQ(explanation.listed(), 0U);
 }
 
 } // namespace

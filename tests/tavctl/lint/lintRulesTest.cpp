@@ -3,6 +3,7 @@
 #include "tavctl/description/rules.h"
 #include "tavctl/lint/lint.h"
 #include "tests/support/fileText.h"
+#include "tests/support/temporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -44,11 +45,25 @@ std::string placesOf(const Report& report, std::string_view id) {
     return text.str();
 }
 
+// The files of a rule. One whose faulty file is too large to be kept is made from the sound one.
+fs::path fixtureOf(std::string_view id, const testsupport::TemporaryFolder& made) {
+    if (id != "too-large")
+        return kFixtures / id;
+    fs::create_directory(made.path() / "good");
+    fs::create_directory(made.path() / "bad");
+    for (const char* name : {"good/box.ini", "bad/box.ini"})
+        fs::copy_file(kFixtures / "odd-line" / "good" / "box.ini", made.path() / name);
+    fs::resize_file(made.path() / "bad" / "box.ini", Description::kLargestText + 1);
+    std::ofstream(made.path() / "bad" / "expected.txt") << "box.ini:0:0:0\n";
+    return made.path();
+}
+
 class LintRule : public testing::TestWithParam<Rule> {};
 
 TEST_P(LintRule, FindsItsFaultAndNoneInSoundFiles) {
     const Rule& each = GetParam();
-    const fs::path folder = kFixtures / each.id;
+    const testsupport::TemporaryFolder made;
+    const fs::path folder = fixtureOf(each.id, made);
 
     const Report bad = tavctl::lint::lint(filesIn(folder / "bad"));
     const std::string places = placesOf(bad, each.id);
