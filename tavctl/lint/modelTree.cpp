@@ -1,6 +1,7 @@
 #include "tavctl/lint/modelTree.h"
 
 #include "pxidrivertools/cSlotPath.h"
+#include "source/modelList.h"
 #include "tavctl/match/busBridges.h"
 
 #include <algorithm>
@@ -65,8 +66,7 @@ public:
         anchor.isBridge = anchor_.headerType == kHeaderTypeBridge;
         addParents();
         std::vector<pcibus::PciFunction> functions;
-        unsigned last = 0;
-        if (!number({}, 0, last, functions))
+        if (!number(functions))
             return nullptr;
         return std::make_shared<const pcibus::Bus>(std::move(functions), pcibus::addressText);
     }
@@ -119,14 +119,13 @@ private:
         }
     }
 
-    // Gives the functions below a bridge their bus numbers, depth first.
-    bool number(const Way& above, unsigned bus, unsigned& last,
-                std::vector<pcibus::PciFunction>& functions) {
+    // Gives the functions their bus numbers, depth first: the order of the ways is that already.
+    bool number(std::vector<pcibus::PciFunction>& functions) {
+        unsigned last = 0;
+        std::vector<unsigned> buses{last}; // where the way at work leads, level by level
         for (const auto& [way, node] : nodes_) {
-            if (way.empty() || Way(way.begin(), way.end() - 1) != above)
-                continue;
             pcibus::PciFunction function;
-            function.bus = static_cast<std::uint8_t>(bus);
+            function.bus = static_cast<std::uint8_t>(buses[way.size() - 1]);
             function.device = static_cast<std::uint8_t>(way.back() >> 3);
             function.function = static_cast<std::uint8_t>(way.back() & 7);
             function.headerType = node.isBridge ? 1 : 0;
@@ -140,11 +139,10 @@ private:
                 function.secondaryBus = static_cast<std::uint8_t>(last);
                 function.linkWidth = node.width;
                 function.linkSpeed = 1;
+                buses.resize(way.size());
+                buses.push_back(last);
             }
-            const unsigned below = last;
             functions.push_back(function);
-            if (node.isBridge && !number(way, below, last, functions))
-                return false;
         }
         return true;
     }
@@ -156,13 +154,25 @@ private:
     bool several_ = false;
 };
 
+class AnchorRecorder : public MatchObserver {
+public:
+    std::set<std::string> paths;
+
+    void onDevice(const tBusAddress&, const cSlotPath& anchor, const tDeviceRecord&) override {
+        nZOQUIL000::tErrorStatus status;
+        std::string path;
+        anchor.FormatMachineText(path, status);
+        paths.insert(std::move(path));
+    }
+};
+
 // The anchors that a model is listed by.
 std::set<std::string> listedAnchors(const tModelDescription& model,
                                     const std::shared_ptr<const pcibus::Bus>& bus) {
-    std::set<std::string> paths;
-    for (MatchedDevice& device : ModelMatcher(recordedBus(bus)).match({model}))
-        paths.insert(std::move(device.slotPath));
-    return paths;
+    AnchorRecorder recorder;
+    ModelList models({model});
+    ModelMatcher(recordedBus(bus)).observe(models, recorder);
+    return std::move(recorder.paths);
 }
 
 bool isListedAsBoth(const tModelDescription& first, const tModelDescription& second,
@@ -205,9 +215,10 @@ bool satisfiedByOneTree(const tModelDescription& first, const tModelDescription&
         const tModelDescription* const both[] = {&first, &second};
         const tModelDescription* const turned[] = {&second, &first};
         for (const bool withOptional : {true, false}) {
-            if (isListedAsBoth(first, second, busOf(std::span(both).first(1), i, withOptional)) ||
-                isListedAsBoth(first, second, busOf(std::span(turned).first(1), j, withOptional)) ||
-                isListedAsBoth(first, second, busOf(both, i, withOptional)))
+            // The likeliest first.
+            if (isListedAsBoth(first, second, busOf(both, i, withOptional)) ||
+                isListedAsBoth(first, second, busOf(std::span(both).first(1), i, withOptional)) ||
+                isListedAsBoth(first, second, busOf(std::span(turned).first(1), j, withOptional)))
                 return true;
         }
     }

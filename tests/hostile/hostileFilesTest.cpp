@@ -240,6 +240,24 @@ TEST_F(HostileFiles, NothingButNulBytes) {
     EXPECT_EQ(error["reason"], dump.string() + ": a line is longer than 1048576 bytes");
 }
 
+// Thousands of models that every box of one kind can be taken for: what is kept of each is little.
+TEST_F(HostileFiles, ManyDescriptionsOfOneBox) {
+    const std::uint64_t count = effort(5'000, 100'000);
+    std::uint64_t size = 0;
+    for (std::uint64_t i = 0; i < count; ++i)
+        size += HugeFile(box.parent_path() / ("box" + std::to_string(i) + ".ini"))
+                    .text(description("Box " + std::to_string(i)))
+                    .finish();
+    figure(count, "description files");
+    const BoundedResult explained = run({"explain", "--json"}, size, 4);
+    EXPECT_EQ(explained.exitStatus, 0);
+    EXPECT_EQ(json::parse(explained.output)["models"].size(), count + 1);
+    const BoundedResult linted =
+        runAsTold("lint", {"lint", "--json", "--descriptions", descriptions.string()}, size, 4);
+    EXPECT_EQ(linted.exitStatus, 0);
+    EXPECT_EQ(json::parse(linted.output)["warnings"], count);
+}
+
 // 255 alternate anchors and 255 bridges, which count once for each anchor.
 
 std::string wideDescription(unsigned anchors, unsigned bridges, bool equal) {
