@@ -124,7 +124,9 @@ const std::vector<std::string>& GatheringIniFile::list(const std::string& sectio
 }
 
 void GatheringIniFile::ask(const std::string& section, const std::string& key) {
-    asked_.emplace(section, key);
+    // A value is mostly asked for right after its presence.
+    if (lastAsked_ == asked_.end() || lastAsked_->second != key || lastAsked_->first != section)
+        lastAsked_ = asked_.emplace(section, key).first;
     if (section != redirectedTo_) {
         redirectedFrom_.clear();
         redirectedTo_.clear();

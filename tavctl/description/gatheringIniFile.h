@@ -81,6 +81,7 @@ private:
     nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cIniFile file_;
     std::vector<LoadProblem> problems_;
     std::set<SectionAndKey> asked_;
+    std::set<SectionAndKey>::iterator lastAsked_ = asked_.end();
     std::map<SectionAndKey, std::vector<std::string>> lists_;
     std::map<SectionAndKey, std::uint32_t> hexadecimals_;
     std::map<std::string, std::string> idsSameAs_;

@@ -25,12 +25,7 @@ std::string inBrackets(std::string_view section) {
 class LineCheck {
 public:
     LineCheck(const Description& description, Findings& findings)
-        : description_(description), text_(description.text()), findings_(findings) {
-        for (const auto& [section, key] : description.reads().asked()) {
-            askedSections_.insert(section);
-            askedNames_.push_back(key);
-        }
-    }
+        : description_(description), text_(description.text()), findings_(findings) {}
 
     void check() {
         for (const PositionedLine& line : text_.lines())
@@ -53,6 +48,12 @@ private:
             checkKey(line);
             break;
         }
+    }
+
+    [[nodiscard]] bool isAsked(const std::string& section) const {
+        const auto& asked = description_.reads().asked();
+        const auto first = asked.lower_bound({section, {}});
+        return first != asked.end() && first->first == section;
     }
 
     void checkOdd(const PositionedLine& line) {
@@ -86,16 +87,16 @@ private:
     }
 
     void checkHeader(const PositionedLine& line) {
-        const Place place = text_.placeOf(line.number, line.name);
         if (!seen_.insert(line.section()).second) {
-            findings_.add("duplicate-section", place,
+            findings_.add("duplicate-section", text_.placeOf(line.number, line.name),
                           fmt::format("{} was begun before, in line {}; this continues it",
                                       inBrackets(line.name), text_.header(line.section()).line),
                           "each section once");
             return;
         }
-        if (askedSections_.contains(line.section()))
+        if (isAsked(line.section()))
             return;
+        const Place place = text_.placeOf(line.number, line.name);
         for (const char* prefix :
              {kPrefixAlternateAnchor, kPrefixInternalBridge, kPrefixDownstreamPort}) {
             if (line.name.starts_with(prefix)) {
@@ -124,8 +125,8 @@ private:
 
     void unknownSection(const Place& place, const std::string& section) {
         std::vector<std::string> known;
-        for (const std::string& asked : askedSections_) {
-            if (!text_.hasSection(asked))
+        for (const auto& [asked, key] : description_.reads().asked()) {
+            if (!text_.hasSection(asked) && (known.empty() || known.back() != asked))
                 known.push_back(asked);
         }
         std::string near = nearestName(section, known);
@@ -141,9 +142,9 @@ private:
     }
 
     void checkKey(const PositionedLine& line) {
-        const Place place = text_.placeOf(line.number, line.name);
+        const auto place = [&] { return text_.placeOf(line.number, line.name); };
         if (!inSection_) {
-            findings_.add("key-outside-section", place,
+            findings_.add("key-outside-section", place(),
                           fmt::format("the key {} stands before the first section", line.name),
                           "a section above it, such as [UpstreamTAV]");
             return;
@@ -153,12 +154,14 @@ private:
         const auto self = std::lower_bound(lines.begin(), lines.end(), line.number);
         const bool isListed = self != lines.end() && *self == line.number;
         if (isListed && self != lines.begin())
-            findings_.add("duplicate-key", place,
+            findings_.add("duplicate-key", place(),
                           fmt::format("{} was given before, in line {}; the last value counts",
                                       name, lines.front()),
                           "each key once in a section");
-        if (askedSections_.contains(line.section()) && self == lines.begin() && isListed)
-            checkAsked(place, line.section(), name);
+        if (self == lines.begin() && isListed &&
+            !description_.reads().asked().contains({line.section(), name}) &&
+            isAsked(line.section()))
+            unasked(place(), line.section(), name);
     }
 
     static std::string joinedName(std::string_view name) {
@@ -167,10 +170,8 @@ private:
         return std::string(piece ? piece->base : name);
     }
 
-    void checkAsked(const Place& place, const std::string& section, const std::string& key) {
+    void unasked(const Place& place, const std::string& section, const std::string& key) {
         const auto& reads = description_.reads();
-        if (reads.asked().contains({section, key}))
-            return;
         const bool isIdentifier = key == kVid || key == kPid || key == kSsVid || key == kSsPid;
         const auto redirected = reads.idsSameAs().find(section);
         if (isIdentifier && redirected != reads.idsSameAs().end()) {
@@ -189,8 +190,8 @@ private:
         std::string near = nearestName(key, known);
         std::string expected =
             near.empty() ? fmt::format("one of {}", enumerated(known)) : fmt::format("{}?", near);
-        if (near.empty() &&
-            std::find(askedNames_.begin(), askedNames_.end(), key) != askedNames_.end())
+        if (near.empty() && std::any_of(reads.asked().begin(), reads.asked().end(),
+                                        [&](const auto& each) { return each.second == key; }))
             expected =
                 fmt::format("this key has a meaning in other sections only; here, {}", expected);
         findings_.add("unknown-key", place,
@@ -201,8 +202,6 @@ private:
     const Description& description_;
     const PositionedIni& text_;
     Findings& findings_;
-    std::set<std::string> askedSections_;
-    std::vector<std::string> askedNames_;
     std::set<std::string> seen_;
     bool inSection_ = false;
 };
