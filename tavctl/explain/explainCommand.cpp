@@ -34,11 +34,13 @@ explain::LoadedModels loadModels(const HostSetup& setup) {
     Progress progress("reading descriptions", files.size());
     explain::LoadedModels models;
     for (const std::string& file : files) {
-        lint::Description description(file, lint::Description::Text::unwanted);
-        if (!description.loads())
+        // On the heap: stacks may be small.
+        const auto description =
+            std::make_unique<lint::Description>(file, lint::Description::Text::unwanted);
+        if (!description->loads())
             throw FailureException(setup.asConfigured(
-                diagnoseInitialize(description.reads().problems().front().status, {})));
-        models.add(std::move(description));
+                diagnoseInitialize(description->reads().problems().front().status, {})));
+        models.add(std::move(*description));
         progress.step();
     }
     return models;
@@ -97,8 +99,8 @@ private:
 };
 
 ExitStatus runExplain(const ExplainOptions& options) {
-    const HostSetup setup(options.common, Names::copied);
-    explain::LoadedModels models = loadModels(setup);
+    const auto setup = std::make_unique<HostSetup>(options.common, Names::copied);
+    explain::LoadedModels models = loadModels(*setup);
     const bool any = models.size() != 0;
     if (!options.model.empty()) {
         const auto names = models.names();
@@ -106,21 +108,22 @@ ExitStatus runExplain(const ExplainOptions& options) {
         if (models.size() == 0)
             failWithoutModel(options.model, names);
     }
-    ModelMatcher matcher(hostBus());
+    const auto matcher = std::make_unique<ModelMatcher>(hostBus());
     const auto read = std::make_shared<const ReadBus>(machineBus());
     tellLeftOut(read->leftOut);
     const std::shared_ptr<const pcibus::Bus> bus(read, &read->bus);
     const bool hasOthers = read->leftOut && read->leftOut->otherDomains != 0;
     bool listed = false;
-    ExplanationWriter writer(options.common.json, models.size(), read->leftOut);
+    const auto writer =
+        std::make_unique<ExplanationWriter>(options.common.json, models.size(), read->leftOut);
     explain::explain(
-        std::move(models), matcher, bus,
+        std::move(models), *matcher, bus,
         [&](const explain::Explanation& each) {
             listed = listed || each.listed() != 0;
-            writer.add(each);
+            writer->add(each);
         },
         hasOthers ? explain::Elsewhere::ofChosenBus() : explain::Elsewhere());
-    writer.finish();
+    writer->finish();
     if (!any)
         explainNoDescriptions();
     return options.model.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;
