@@ -1,7 +1,6 @@
 #include "tavctl/list/listCommand.h"
 
 #include "platform/busLocation.h"
-#include "platform/file.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/iIniFile.h"
 #include "tavctl/bus/leftOutWords.h"
@@ -16,7 +15,9 @@
 
 #include <fmt/core.h>
 
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <vector>
 
 namespace tavctl {
@@ -51,7 +52,10 @@ std::optional<Devices> devicesOfHost(const CommonOptions& options) {
         const Failure& failure = exception.failure();
         const std::string file = platform::utf8Text(setup.nameFile());
         // A new file is made when the names are read.
-        const bool isMissing = failure.object == file && !platform::lastWriteTime(file.c_str());
+        std::error_code ignored;
+        const bool isMissing = failure.object == file &&
+                               std::filesystem::symlink_status(setup.nameFile(), ignored).type() ==
+                                   std::filesystem::file_type::not_found;
         if (failure.status != kIniFileErrNotStored && !isMissing)
             throw;
         return giveUp(file, failure.reason.empty() ? statusWords(*failure.status) : failure.reason);

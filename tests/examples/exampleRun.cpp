@@ -79,6 +79,15 @@ ExampleRun::ExampleRun() : home_(folder_.path() / "home") {
     std::ofstream(folder_.path() / "tav-manager.conf")
         << "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n"
            "Path=descriptions/\nConfigPath=names/\n";
+    // The recorded bus stands for the machine's own, on which list stores names; and a host has.
+    std::ofstream(folder_.path() / "functions")
+        << "tavctl() {\n"
+           "    if [ \"$1\" = list ] && [[ \"$*\" != *--dump* && \"$*\" != *--state* ]]; then\n"
+           "        set -- \"$@\" --state names\n"
+           "    fi\n"
+           "    command tavctl \"$@\"\n"
+           "}\n";
+    runCommands({{"tavctl list", {}, 0}});
 }
 
 std::vector<std::string> ExampleRun::run(const Example& example) {
@@ -92,7 +101,8 @@ std::vector<std::string> ExampleRun::runCommands(const std::vector<Command>& com
     const std::string environment =
         "PATH=" + fs::path(TAVCTL_FILE).parent_path().string() +
         ":$PATH LC_ALL=C.UTF-8 TAV_MANAGER_CONF=" + (folder_.path() / "tav-manager.conf").string() +
-        " TAV_PCI_DUMP=samples/switchboxes.dump ";
+        " TAV_PCI_DUMP=samples/switchboxes.dump BASH_ENV=" +
+        (folder_.path() / "functions").string() + " ";
     std::string rest = testsupport::runCommand("cd " + home_.string() + " && " + environment +
                                                "bash " + script + " </dev/null 2>&1")
                            .output;

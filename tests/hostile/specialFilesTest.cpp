@@ -142,7 +142,7 @@ TEST_F(SpecialFiles, InPlaceOfTheConfigurationAreRefused) {
         EXPECT_LT(result.peak, testhostile::memoryBound(0, 0));
         EXPECT_EQ(result.exitStatus, 3);
         const auto error = nlohmann::json::parse(result.error)["error"];
-        EXPECT_EQ(error["operation"], "read configuration value \"ConfigPath\"");
+        EXPECT_EQ(error["operation"], "read configuration value \"Path\"");
         EXPECT_EQ(error["object"], place.string());
         EXPECT_EQ(error["status"], -52003);
         const auto& told = error["record"]["internal_error"]["string"];

@@ -19,13 +19,12 @@ ListedDevice box() {
 }
 
 TEST(ListingAsJson, HasTheDocumentedFormInOneLine) {
-    EXPECT_EQ(
-        listingAsJson({box()}, pcibus::LeftOut{.otherDomains = 36}),
-        R"({"devices":[{"index":0,"model":"Box","category":12,"bus":1,"device":0,)"
-        R"("function":0,"walkValue":1,"linkWidthPerLabel":null,"terminalName":"TAV1",)"
-        R"("ports":[{"label":"A","first":3,"second":null,"third":null}]}],"leftOut":{"otherDomains":36,"dead":0,"unreadable":0,)"
-        R"("headerOnly":0}})"
-        "\n");
+    EXPECT_EQ(listingAsJson({box()}, pcibus::LeftOut{.otherDomains = 36}),
+              R"({"devices":[{"index":0,"model":"Box","category":12,"bus":1,"device":0,)"
+              R"("function":0,"walkValue":1,"linkWidthPerLabel":null,"terminalName":"TAV1",)"
+              R"("stored":true,"ports":[{"label":"A","first":3,"second":null,"third":null}]}],)"
+              R"("leftOut":{"otherDomains":36,"dead":0,"unreadable":0,"headerOnly":0}})"
+              "\n");
 }
 
 TEST(Listing, MarksNamesThatAreNotStored) {
