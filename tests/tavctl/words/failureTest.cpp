@@ -55,7 +55,8 @@ TEST(Failure, RecordThatIsNoJsonIsLeftOut) {
     Failure failure = kFailure;
     failure.record = "{broken";
     EXPECT_EQ(failureText(failure, {false, true}).find("error record"), std::string::npos);
-    EXPECT_FALSE(nlohmann::json::parse(failureText(failure, {true, false})).at("error").contains("record"));
+    EXPECT_FALSE(
+        nlohmann::json::parse(failureText(failure, {true, false})).at("error").contains("record"));
 }
 
 } // namespace
