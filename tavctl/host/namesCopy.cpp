@@ -53,6 +53,13 @@ std::optional<std::string> readUnlocked(const std::string& file, platform::Syste
     return last;
 }
 
+void write(const std::string& bytes, const std::string& target) {
+    platform::Stream stream = platform::openStream(target.c_str(), "wb");
+    if (!stream || std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) != bytes.size() ||
+        std::fclose(stream.release()) != 0)
+        fail("copy terminal names", target, platform::lastSystemCode());
+}
+
 } // namespace
 
 std::string copyNames(const std::filesystem::path& names, const std::filesystem::path& copy) {
@@ -63,15 +70,9 @@ std::string copyNames(const std::filesystem::path& names, const std::filesystem:
         const NameLock lock(names, NameLock::Purpose::reading);
         bytes = lock.isHeld() ? readOnce(file, refusal) : readUnlocked(file, refusal);
     }
-    if (!bytes)
-        return refusal == platform::kNoSystemError ? std::string()
-                                                   : platform::systemMessage(refusal);
-    const std::string target = platform::utf8Text(copy);
-    platform::Stream stream = platform::openStream(target.c_str(), "wb");
-    if (!stream || std::fwrite(bytes->data(), 1, bytes->size(), stream.get()) != bytes->size() ||
-        std::fclose(stream.release()) != 0)
-        fail("copy terminal names", target, platform::lastSystemCode());
-    return {};
+    if (bytes)
+        write(*bytes, platform::utf8Text(copy));
+    return refusal == platform::kNoSystemError ? std::string() : platform::systemMessage(refusal);
 }
 
 } // namespace tavctl

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace tavctl::lint {
@@ -17,7 +18,10 @@ struct MapPlace {
     // that it does not name are the same for every map.
     std::vector<std::uint8_t> hops;
 
-    auto operator<=>(const MapPlace& other) const = default;
+    bool operator==(const MapPlace& other) const = default;
+    bool operator<(const MapPlace& other) const {
+        return std::tie(level, hops) < std::tie(other.level, other.hops);
+    }
 };
 
 // Nothing when a step cannot be read.
