@@ -1,6 +1,7 @@
 #include "tavctl/host/namesCopy.h"
 
 #include "platform/file.h"
+#include "platform/stream.h"
 #include "platform/utf8Path.h"
 #include "tavctl/host/nameFile.h"
 #include "tavctl/words/failure.h"
@@ -20,7 +21,8 @@ namespace {
 std::string readAll(const platform::Stream& stream, const std::string& file) {
     std::string bytes;
     std::array<char, 2048> part{};
-    for (std::size_t got = 0; (got = std::fread(part.data(), 1, part.size(), stream.get())) != 0;)
+    for (std::size_t got = 0;
+         (got = platform::readStream(stream.get(), part.data(), part.size())) != 0;)
         bytes.append(part.data(), got);
     if (std::ferror(stream.get()) != 0)
         fail("read terminal names", file, platform::lastSystemCode());
@@ -55,8 +57,9 @@ std::optional<std::string> readUnlocked(const std::string& file, platform::Syste
 
 void write(const std::string& bytes, const std::string& target) {
     platform::Stream stream = platform::openStream(target.c_str(), "wb");
-    if (!stream || std::fwrite(bytes.data(), 1, bytes.size(), stream.get()) != bytes.size() ||
-        std::fclose(stream.release()) != 0)
+    if (!stream ||
+        platform::writeStream(stream.get(), bytes.data(), bytes.size()) != bytes.size() ||
+        !platform::closeStream(stream.release()))
         fail("copy terminal names", target, platform::lastSystemCode());
 }
 

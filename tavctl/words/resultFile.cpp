@@ -2,6 +2,7 @@
 
 #include "platform/file.h"
 #include "platform/fileReplacement.h"
+#include "platform/stream.h"
 #include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/newFileBeside.h"
@@ -34,9 +35,9 @@ std::filesystem::file_type typeOf(const std::string& file) {
 // Writes, forces nothing onto the disk, and closes.
 SystemCode writeAndClose(platform::Stream stream, const std::string& text) {
     SystemCode code = platform::kNoSystemError;
-    if (std::fwrite(text.data(), 1, text.size(), stream.get()) != text.size())
+    if (platform::writeStream(stream.get(), text.data(), text.size()) != text.size())
         code = platform::lastSystemCode();
-    if (std::fclose(stream.release()) != 0 && code == platform::kNoSystemError)
+    if (!platform::closeStream(stream.release()) && code == platform::kNoSystemError)
         code = platform::lastSystemCode();
     return code;
 }
