@@ -7,6 +7,7 @@
 #include "tavctl/words/print.h"
 
 #include <cstdio>
+#include <memory>
 
 namespace tavctl {
 
@@ -21,14 +22,14 @@ struct TreeOptions {
 ExitStatus runTree(const TreeOptions& options) {
     const HostSetup setup(options.common, Names::copied);
     const PciNames names = PciNames::load(options.part.pciIds);
-    const MarkedBus marked(options.common, setup);
-    tellLeftOut(marked.leftOut);
-    if (marked.bus.functions().empty())
+    const auto marked = std::make_unique<MarkedBus>(options.common, setup);
+    tellLeftOut(marked->leftOut);
+    if (marked->bus.functions().empty())
         complain("there is no function on this bus");
-    BusTreeView view(marked.bus, marked.devices);
+    BusTreeView view(marked->bus, marked->devices);
     showPart(options.part, view);
     if (options.common.json)
-        print(treeAsJson(view, names, marked.leftOut));
+        print(treeAsJson(view, names, marked->leftOut));
     else
         print(treeAsText(view, names, options.numeric, TextStyle::forStream(stdout)),
               Dress::coloured);
