@@ -54,7 +54,7 @@ fs::path fixtureOf(std::string_view id, const testsupport::TemporaryFolder& made
     for (const char* name : {"good/box.ini", "bad/box.ini"})
         fs::copy_file(kFixtures / "odd-line" / "good" / "box.ini", made.path() / name);
     fs::resize_file(made.path() / "bad" / "box.ini", Description::kLargestText + 1);
-    std::ofstream(made.path() / "bad" / "expected.txt") << "box.ini:0:0:0\n";
+    std::ofstream(made.path() / "bad" / "expected.txt", std::ios::binary) << "box.ini:0:0:0\n";
     return made.path();
 }
 
