@@ -101,7 +101,8 @@ private:
 ExitStatus runExplain(const ExplainOptions& options) {
     const auto setup = std::make_unique<HostSetup>(options.common, Names::copied);
     explain::LoadedModels models = loadModels(*setup);
-    const bool any = models.size() != 0;
+    if (models.size() == 0)
+        explainNoDescriptions();
     if (!options.model.empty()) {
         const auto names = models.names();
         models.keepOnly(options.model);
@@ -124,8 +125,6 @@ ExitStatus runExplain(const ExplainOptions& options) {
         },
         hasOthers ? explain::Elsewhere::ofChosenBus() : explain::Elsewhere());
     writer->finish();
-    if (!any)
-        explainNoDescriptions();
     return options.model.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;
 }
 
