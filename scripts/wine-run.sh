@@ -63,4 +63,7 @@ if [ ! -e "$WINEPREFIX/ready" ]; then
     exec 9>&-
 fi
 [ "$1" = --prepare ] && exit
+# The first program in a prefix starts Wine's own services, which keep its output open for as long as
+# they run: whoever waits for its end would wait for theirs. This one has none to keep.
+"${run[@]}" cmd /c exit >/dev/null 2>&1 </dev/null || true
 exec "${run[@]}" "$@"
