@@ -25,7 +25,7 @@ runs_32_bit_code() {
 
 emulate=no
 runs_32_bit_code || emulate=yes
-if [ -e "$windows_side/ntdll.dll" ]; then
+if [ -e "$windows_side/ntdll.dll" ] && [ -e "$windows_side/zlib1.dll" ]; then
     [ $emulate = no ] && exit 0
     [ -e "$emulated/complete" ] && exit 0
 fi
@@ -66,6 +66,10 @@ dpkg -x libwine_*_i386.deb "$work/unpacked"
 if [ ! -e "$windows_side/ntdll.dll" ]; then
     "${run[@]}" mkdir -p "$windows_side"
     "${run[@]}" cp unpacked/usr/lib/i386-linux-gnu/wine/i386-windows/* "$windows_side/"
+fi
+# A library of the compiler's that Wine's own need, and that the package only points to.
+if [ ! -e "$windows_side/zlib1.dll" ] && [ -e /usr/i686-w64-mingw32/lib/zlib1.dll ]; then
+    "${run[@]}" cp /usr/i686-w64-mingw32/lib/zlib1.dll "$windows_side/"
 fi
 [ $emulate = no ] && exit 0
 
