@@ -29,8 +29,7 @@ struct ExplainOptions {
     std::string model; // empty: every model
 };
 
-explain::LoadedModels loadModels(const HostSetup& setup) {
-    const std::vector<std::string> files = descriptionFiles();
+explain::LoadedModels loadModels(const std::vector<std::string>& files) {
     Progress progress("reading descriptions", files.size());
     explain::LoadedModels models;
     for (const std::string& file : files) {
@@ -38,8 +37,8 @@ explain::LoadedModels loadModels(const HostSetup& setup) {
         const auto description =
             std::make_unique<lint::Description>(file, lint::Description::Text::unwanted);
         if (!description->loads())
-            throw FailureException(setup.asConfigured(
-                diagnoseInitialize(description->reads().problems().front().status, {})));
+            throw FailureException(
+                diagnoseInitialize(description->reads().problems().front().status, {}));
         models.add(std::move(*description));
         progress.step();
     }
@@ -100,7 +99,7 @@ private:
 
 ExitStatus runExplain(const ExplainOptions& options) {
     const auto setup = std::make_unique<HostSetup>(options.common, Names::copied);
-    explain::LoadedModels models = loadModels(*setup);
+    explain::LoadedModels models = loadModels(descriptionFiles());
     if (models.size() == 0)
         explainNoDescriptions();
     if (!options.model.empty()) {

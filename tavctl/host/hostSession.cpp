@@ -54,7 +54,7 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
     const std::int32_t status = plugin.initialize();
     storing.reset();
     if (status < 0)
-        throw FailureException(setup.asConfigured(diagnoseInitialize(status, plugin.path())));
+        throw FailureException(diagnoseInitialize(status, plugin.path()));
     std::vector<ListedDevice> devices = readDevices(plugin);
     if (devices.empty())
         explainNoDescriptions();

@@ -9,6 +9,7 @@
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/namesCopy.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/shownName.h"
 
 #include <fmt/core.h>
 
@@ -101,21 +102,12 @@ HostSetup::HostSetup(const CommonOptions& options, Names names) {
 
 void HostSetup::copyNameFile() {
     scratch_ = std::make_unique<ScratchFolder>();
-    if (!nameFile_.empty())
-        whyNotCopied_ = copyNames(nameFile_, nameFileInForce());
-}
-
-Failure HostSetup::asConfigured(Failure failure) const {
-    if (!scratch_ || nameFile_.empty())
-        return failure;
-    const std::string copied = platform::utf8Text(scratch_->path() / "");
-    const std::string configured = platform::utf8Text(nameFile_.parent_path() / "");
-    for (std::string* const text : {&failure.object, &failure.reason, &failure.record}) {
-        for (std::size_t at = text->find(copied); at != std::string::npos;
-             at = text->find(copied, at + configured.size()))
-            text->replace(at, copied.size(), configured);
-    }
-    return failure;
+    if (nameFile_.empty())
+        return;
+    whyNotCopied_ = copyNames(nameFile_, nameFileInForce());
+    // What is said of the copy from now on is meant of the names.
+    showAs(platform::utf8Text(scratch_->path() / ""),
+           platform::utf8Text(nameFile_.parent_path() / ""));
 }
 
 std::filesystem::path HostSetup::nameFileInForce() const {

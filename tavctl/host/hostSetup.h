@@ -5,7 +5,6 @@
 #include "tavctl/host/namedDump.h"
 #include "tavctl/host/scratchFolder.h"
 #include "tavctl/options/commonOptions.h"
-#include "tavctl/words/failure.h"
 
 #include <filesystem>
 #include <memory>
@@ -34,9 +33,6 @@ public:
 
     // Why the names could not be copied, in the system's words; empty when they could.
     [[nodiscard]] const std::string& whyNotCopied() const { return whyNotCopied_; }
-
-    // A failure as somebody knows it who does not know of the copy.
-    [[nodiscard]] Failure asConfigured(Failure failure) const;
 
 private:
     void copyNameFile();

@@ -61,8 +61,7 @@ Survey surveyDevices(const HostSetup& setup) {
     try {
         return build(filesystem);
     } catch (...) {
-        throw FailureException(
-            setup.asConfigured(diagnoseInitialize(statusOfCurrentException(), "this program")));
+        throw FailureException(diagnoseInitialize(statusOfCurrentException(), "this program"));
     }
 }
 

@@ -200,9 +200,11 @@ ExitStatus restore(const NamesOptions& options) {
     }
     if (!options.force)
         requireNoLoss(options, devices, path, source);
-    const platform::EarlyEndHeldBack untilWritten;
-    keepNamesBefore(path);
-    source.write(path);
+    {
+        const platform::EarlyEndHeldBack untilWritten;
+        keepNamesBefore(path);
+        source.write(path);
+    }
     report(options, "restored", source.entries().size(), platform::utf8Text(path));
     return ExitStatus::done;
 }
@@ -211,8 +213,10 @@ ExitStatus undo(const NamesOptions& options) {
     const HostSetup setup(options.common);
     const fs::path path = nameFilePath(setup);
     const NameLock lock(path, NameLock::Purpose::writing);
-    const platform::EarlyEndHeldBack untilWritten;
-    undoNames(path);
+    {
+        const platform::EarlyEndHeldBack untilWritten;
+        undoNames(path);
+    }
     report(options, "restored", storedIfReadable(path).entries().size(), platform::utf8Text(path));
     return ExitStatus::done;
 }
