@@ -11,6 +11,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <functional>
+#include <string>
 
 namespace {
 
@@ -49,6 +51,16 @@ Told writeTen(long number, const Verdict& verdict, const std::string& file) {
 
 class TracedRun : public testing::Test {
 protected:
+    // Creates the file while the calls are watched. The path is taken before: under checking, the
+    // first look at a member makes system calls of its own.
+    [[nodiscard]] std::function<int()> creating() const {
+        return [path = file_] {
+            const WatchedPart watched;
+            close(open(path.c_str(), O_WRONLY | O_CREAT, 0600));
+            return 0;
+        };
+    }
+
     testsupport::TemporaryFolder folder_;
     std::string file_ = (folder_.path() / "file").string();
 };
@@ -81,29 +93,17 @@ TEST_F(TracedRun, ShortensAWrite) {
 }
 
 TEST_F(TracedRun, KillsBeforeTheCallIsMade) {
-    const auto end = testfaults::runTraced(
-        [&] {
-            const WatchedPart watched;
-            return open(file_.c_str(), O_WRONLY | O_CREAT, 0600);
-        },
-        [](const SystemCall&) {
-            return Verdict{Verdict::Kind::kill, 0, 0};
-        });
+    const auto end = testfaults::runTraced(creating(), [](const SystemCall&) {
+        return Verdict{Verdict::Kind::kill, 0, 0};
+    });
     EXPECT_EQ(end.signal, SIGKILL);
     EXPECT_FALSE(std::filesystem::exists(file_));
 }
 
 TEST_F(TracedRun, SendsASignalAtACall) {
-    const auto end = testfaults::runTraced(
-        [&] {
-            const WatchedPart watched;
-            close(open(file_.c_str(), O_WRONLY | O_CREAT, 0600));
-            return 0;
-        },
-        [](const SystemCall& call) {
-            return call.number == SYS_close ? Verdict{Verdict::Kind::signal, SIGTERM, 0}
-                                            : Verdict{};
-        });
+    const auto end = testfaults::runTraced(creating(), [](const SystemCall& call) {
+        return call.number == SYS_close ? Verdict{Verdict::Kind::signal, SIGTERM, 0} : Verdict{};
+    });
     EXPECT_EQ(end.signal, SIGTERM);
     EXPECT_TRUE(std::filesystem::exists(file_));
 }
