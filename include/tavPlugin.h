@@ -41,6 +41,7 @@ extern "C" {
  *   -313314 ... -313328  a description file, the name file or a slot path in them could not be
  *                      read, written or understood
  *   0x80070000 + code  an error code of the operating system
+ *   0x800F0000 + code  an error code 0xE000.... of Windows' device installation, its low 16 bits
  */
 enum {
     kTavManSuccess = 0,

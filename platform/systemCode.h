@@ -15,6 +15,13 @@ inline constexpr SystemCode kNoSystemError = 0;
 // The error of the calling thread's last failed system or C library call.
 SystemCode lastSystemCode() noexcept;
 
+// The same of a call that has failed for certain: never 0, whatever the system left behind.
+SystemCode lastFailureCode() noexcept;
+
+// True for the codes that the system's device installation has for itself, which are no codes of
+// the rest of the system and may have the same low half as one. Never true where there are none.
+bool isInstallationCode(SystemCode code) noexcept;
+
 // True for the codes by which the system reports that memory ran out.
 bool isOutOfMemory(SystemCode code) noexcept;
 

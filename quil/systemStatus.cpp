@@ -11,6 +11,7 @@ namespace {
 
 // The platform's own convention for carrying a system error in a signed status.
 constexpr std::uint32_t kSystemErrorBase = 0x80070000U;
+constexpr std::uint32_t kInstallationErrorBase = 0x800F0000U;
 constexpr std::uint32_t kSystemErrorMask = 0xFFFFU;
 
 } // namespace
@@ -20,7 +21,9 @@ std::int32_t statusFromSystemCode(platform::SystemCode code) noexcept {
         return 0;
     if (platform::isOutOfMemory(code))
         return zoquilerr_memoryFull;
-    return static_cast<std::int32_t>(kSystemErrorBase | (code & kSystemErrorMask));
+    const std::uint32_t base =
+        platform::isInstallationCode(code) ? kInstallationErrorBase : kSystemErrorBase;
+    return static_cast<std::int32_t>(base | (code & kSystemErrorMask));
 }
 
 bool setSystemError(tErrorStatus& status, platform::SystemCode code,

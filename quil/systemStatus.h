@@ -9,7 +9,8 @@
 namespace nZOQUIL000 {
 
 // 0 stays 0; out of memory becomes zoquilerr_memoryFull; every other code becomes the negative
-// number that carries it in its low 16 bits, below 0x8007.
+// number that carries it in its low 16 bits, below 0x8007, or below 0x800F where it is one of the
+// system's device installation, as Windows itself maps the two kinds.
 [[nodiscard]] std::int32_t statusFromSystemCode(platform::SystemCode code) noexcept;
 
 // Sets the status of `code` with the record of `site`. True when it was taken.

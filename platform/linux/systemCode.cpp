@@ -9,6 +9,15 @@ SystemCode lastSystemCode() noexcept {
     return static_cast<SystemCode>(errno);
 }
 
+SystemCode lastFailureCode() noexcept {
+    const SystemCode code = lastSystemCode();
+    return code == kNoSystemError ? EIO : code;
+}
+
+bool isInstallationCode(SystemCode) noexcept {
+    return false;
+}
+
 bool isOutOfMemory(SystemCode code) noexcept {
     return code == ENOMEM;
 }

@@ -68,4 +68,12 @@ Conversion toUtf8(const std::wstring& wide, std::string& result) {
     return Conversion::done;
 }
 
+std::string readableText(const std::string& text) {
+    return text;
+}
+
+std::string narrowCharacterSet() {
+    return {};
+}
+
 } // namespace platform

@@ -145,7 +145,7 @@ ProgramRun runProgram(const std::vector<std::string>& words, std::string_view in
     start.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     if (!ready || !CreateProcessW(file.c_str(), line.data(), nullptr, nullptr, TRUE,
                                   CREATE_SUSPENDED, nullptr, nullptr, &start, &started)) {
-        run.failure = lastSystemCode();
+        run.failure = lastFailureCode();
         return run;
     }
     const ProcessHandle process(started.hProcess);

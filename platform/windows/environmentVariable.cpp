@@ -26,7 +26,7 @@ SystemCode setEnvironmentVariable(const wchar_t* name, const std::string& utf8Va
     std::wstring wide;
     if (toWide(utf8Value, wide) != Conversion::done)
         return ERROR_NO_UNICODE_TRANSLATION;
-    return SetEnvironmentVariableW(name, wide.c_str()) ? kNoSystemError : lastSystemCode();
+    return SetEnvironmentVariableW(name, wide.c_str()) ? kNoSystemError : lastFailureCode();
 }
 
 } // namespace platform

@@ -13,7 +13,7 @@ namespace platform {
 namespace {
 
 SystemCode codeOf(bool succeeded) noexcept {
-    return succeeded ? kNoSystemError : lastSystemCode();
+    return succeeded ? kNoSystemError : lastFailureCode();
 }
 
 template <typename Entry>

@@ -14,7 +14,7 @@ HANDLE asHandle(std::intptr_t handle) noexcept {
 }
 
 SystemCode codeOf(BOOL succeeded) noexcept {
-    return succeeded ? kNoSystemError : lastSystemCode();
+    return succeeded ? kNoSystemError : lastFailureCode();
 }
 
 } // namespace
@@ -32,7 +32,7 @@ SystemCode FileLock::open(const char* path) noexcept {
             ? CreateFileW(wide.text(), kAccess, kShared, nullptr, OPEN_EXISTING, 0, nullptr)
             : CreateFileA(path, kAccess, kShared, nullptr, OPEN_EXISTING, 0, nullptr);
     if (opened == INVALID_HANDLE_VALUE)
-        return lastSystemCode();
+        return lastFailureCode();
     close();
     handle_ = reinterpret_cast<std::intptr_t>(opened);
     return kNoSystemError;

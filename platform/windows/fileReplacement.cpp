@@ -8,7 +8,7 @@ namespace platform {
 namespace {
 
 SystemCode codeOf(bool succeeded) noexcept {
-    return succeeded ? kNoSystemError : lastSystemCode();
+    return succeeded ? kNoSystemError : lastFailureCode();
 }
 
 // Closed at once.
@@ -33,7 +33,7 @@ NewFile createExclusively(const char* path, NewFileAccess) noexcept {
         return file;
     file.stream = openStream(path, "wb");
     if (!file.stream)
-        file.code = lastSystemCode();
+        file.code = lastFailureCode();
     return file;
 }
 

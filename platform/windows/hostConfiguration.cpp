@@ -20,10 +20,10 @@ struct HostConfiguration::State {
         std::wstring folder(MAX_PATH + 1, L'\0');
         const DWORD length = GetTempPathW(static_cast<DWORD>(folder.size()), folder.data());
         if (length == 0 || length >= folder.size())
-            return lastSystemCode();
+            return lastFailureCode();
         std::wstring name(MAX_PATH + 1, L'\0');
         if (GetTempFileNameW(folder.c_str(), L"tav", 0, name.data()) == 0)
-            return lastSystemCode();
+            return lastFailureCode();
         name.resize(name.find(L'\0'));
         file = name;
 
@@ -32,7 +32,7 @@ struct HostConfiguration::State {
         DWORD done = 0;
         if (!written ||
             !WriteFile(written.get(), text.data(), static_cast<DWORD>(text.size()), &done, nullptr))
-            return lastSystemCode();
+            return lastFailureCode();
         if (done != text.size())
             return ERROR_DISK_FULL;
         std::string utf8Name;

@@ -24,7 +24,7 @@ public:
     SystemCode open() override {
         close();
         list_ = listPresentDevices();
-        return list_ ? kNoSystemError : lastSystemCode();
+        return list_ ? kNoSystemError : lastFailureCode();
     }
 
     bool has(std::size_t index) override {
@@ -36,11 +36,11 @@ public:
         using Step = PropertyRead::Step;
         SP_DEVINFO_DATA device = emptyDeviceInfo();
         if (!find(index, device))
-            return failure(Step::hardwareKey, lastSystemCode());
+            return failure(Step::hardwareKey, lastFailureCode());
         const HKEY opened =
             SetupDiOpenDevRegKey(list_.get(), &device, DICS_FLAG_GLOBAL, 0, DIREG_DEV, kAccess);
         if (opened == INVALID_HANDLE_VALUE)
-            return failure(Step::hardwareKey, lastSystemCode());
+            return failure(Step::hardwareKey, lastFailureCode());
         const RegistryKey hardware(opened);
         RegistryKey properties;
         LSTATUS code = RegOpenKeyExA(hardware.get(), "BusProperties", 0, kAccess, properties.out());

@@ -5,7 +5,7 @@
 namespace platform {
 
 SystemCode createPrivateFolder(const std::filesystem::path& path) {
-    return CreateDirectoryW(path.c_str(), nullptr) != 0 ? kNoSystemError : lastSystemCode();
+    return CreateDirectoryW(path.c_str(), nullptr) != 0 ? kNoSystemError : lastFailureCode();
 }
 
 bool isFolderNameTaken(SystemCode code) noexcept {

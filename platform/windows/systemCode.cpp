@@ -1,12 +1,25 @@
 #include "platform/systemCode.h"
 
+#include "platform/text.h"
 #include "platform/windows/systemMessage.h"
 #include "platform/windows/uniqueHandle.h"
+
+#include <setupapi.h>
 
 namespace platform {
 
 SystemCode lastSystemCode() noexcept {
     return GetLastError();
+}
+
+SystemCode lastFailureCode() noexcept {
+    const SystemCode code = lastSystemCode();
+    return code == kNoSystemError ? ERROR_GEN_FAILURE : code;
+}
+
+bool isInstallationCode(SystemCode code) noexcept {
+    constexpr SystemCode kOfInstallation = APPLICATION_ERROR_MASK | ERROR_SEVERITY_ERROR;
+    return (code & kOfInstallation) == kOfInstallation;
 }
 
 bool isOutOfMemory(SystemCode code) noexcept {
@@ -42,21 +55,36 @@ const char* systemCodeOrigin() noexcept {
     return "win32";
 }
 
+namespace {
+
+constexpr DWORD kMessageFlags =
+    FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM;
+static_assert(kMessageFlags == 0x1300);
+constexpr DWORD kNeutralDefault = 0x400;
+
+// With these flags the functions take the address of a pointer in place of a buffer.
+std::wstring wideSystemMessage(SystemCode code) {
+    wchar_t* text = nullptr;
+    const DWORD length = FormatMessageW(kMessageFlags, nullptr, code, kNeutralDefault,
+                                        reinterpret_cast<wchar_t*>(&text), 0, nullptr);
+    const LocalMemory owner(text);
+    return length == 0 ? std::wstring() : std::wstring(text, length);
+}
+
+} // namespace
+
 std::string rawSystemMessage(SystemCode code) {
-    constexpr DWORD kFlags =
-        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_FROM_SYSTEM;
-    static_assert(kFlags == 0x1300);
-    constexpr DWORD kNeutralDefault = 0x400;
     char* text = nullptr;
-    // With this flag the function takes the address of a pointer in place of a buffer.
-    const DWORD length = FormatMessageA(kFlags, nullptr, code, kNeutralDefault,
+    const DWORD length = FormatMessageA(kMessageFlags, nullptr, code, kNeutralDefault,
                                         reinterpret_cast<char*>(&text), 0, nullptr);
     const LocalMemory owner(text);
-    return length == 0 ? std::string() : std::string(text, length);
+    return length == 0 ? std::string() : readableText(std::string(text, length));
 }
 
 std::string systemMessage(SystemCode code) {
-    std::string text = rawSystemMessage(code);
+    std::string text;
+    if (toUtf8(wideSystemMessage(code), text) != Conversion::done)
+        text.clear();
     text.resize(text.find_last_not_of(" \r\n") + 1);
     return text.empty() ? "system error " + std::to_string(code) : text;
 }

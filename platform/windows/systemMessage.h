@@ -8,8 +8,8 @@
 
 namespace platform {
 
-// As the system has it, in the system's narrow character set and with its line break; empty when it
-// has no text for the code. Raises std::bad_alloc.
+// As the narrow function has it, with its line break, but in UTF-8; empty when the system has no
+// text for the code. Raises std::bad_alloc.
 std::string rawSystemMessage(SystemCode code);
 
 } // namespace platform

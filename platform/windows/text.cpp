@@ -1,5 +1,6 @@
 #include "platform/text.h"
 
+#include "platform/utf8.h"
 #include "platform/windows/systemHeaders.h"
 
 #include <limits>
@@ -56,6 +57,28 @@ Conversion toUtf8(const std::wstring& wide, std::string& result) {
     }
     result.swap(utf8);
     return Conversion::done;
+}
+
+std::string readableText(const std::string& text) {
+    if (isValidUtf8(text) || !isConvertible(text.size()))
+        return text;
+    const int length = static_cast<int>(text.size());
+    const int needed =
+        MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text.data(), length, nullptr, 0);
+    if (needed <= 0)
+        return text;
+    std::wstring wide(static_cast<std::size_t>(needed), L'\0');
+    std::string utf8;
+    if (MultiByteToWideChar(CP_ACP, MB_ERR_INVALID_CHARS, text.data(), length, wide.data(),
+                            needed) != needed ||
+        toUtf8(wide, utf8) != Conversion::done)
+        return text;
+    return utf8;
+}
+
+std::string narrowCharacterSet() {
+    const UINT page = GetACP();
+    return page == CP_UTF8 ? std::string() : "code page " + std::to_string(page);
 }
 
 } // namespace platform

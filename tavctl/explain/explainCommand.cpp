@@ -5,6 +5,7 @@
 #include "tavctl/explain/explain.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/diagnosis.h"
+#include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/match/modelMatcher.h"
 #include "tavctl/match/visibleBus.h"
@@ -100,6 +101,7 @@ private:
 ExitStatus runExplain(const ExplainOptions& options) {
     const auto setup = std::make_unique<HostSetup>(options.common, Names::copied);
     explain::LoadedModels models = loadModels(descriptionFiles());
+    tellOfBridgesAlone();
     if (models.size() == 0)
         explainNoDescriptions();
     if (!options.model.empty()) {

@@ -1,10 +1,12 @@
 #include "tavctl/host/descriptionFiles.h"
 
 #include "platform/directorySearch.h"
+#include "platform/text.h"
 #include "platform/utf8Path.h"
 #include "quil/zoerr.h"
 #include "source/cPciTavFilesystem.h"
 #include "source/exceptionStatus.h"
+#include "tavctl/host/configuredFolder.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/print.h"
 
@@ -22,8 +24,8 @@ using nZoTavManagerPciPlugin_15_0::cPciTavFilesystem;
 constexpr const char* kInnerFolder = "PCI Hardware Descriptions";
 
 [[noreturn]] void fail(const std::string& object, const zoerr::Exception& exception) {
-    throw FailureException(
-        {"list descriptions", object, {}, exception.status().code, exception.text()});
+    throw FailureException({"list descriptions", platform::readableText(object),
+                            whyNotSearchable(object), exception.status().code, exception.text()});
 }
 
 std::string folderOf(const std::string& pattern) {

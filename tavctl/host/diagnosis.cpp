@@ -5,6 +5,7 @@
 #include "platform/busLocation.h"
 #include "platform/configurationValue.h"
 #include "platform/directorySearch.h"
+#include "platform/text.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/configuration.h"
 #include "quil/cQUILDeviceFinder.h"
@@ -15,6 +16,7 @@
 #include "source/descriptionLoader.h"
 #include "source/exceptionStatus.h"
 #include "tavctl/description/loadFailure.h"
+#include "tavctl/host/configuredFolder.h"
 #include "tavctl/words/json.h"
 
 #include <fmt/core.h>
@@ -105,15 +107,15 @@ std::optional<Failure> tryNames() {
     const std::string folder = filesystem.GetConfigPath();
     const std::string lockFile = folder + kNameLockFile;
     const int made = filesystem.EnsureFileExists(lockFile);
-    if (auto failure =
-            tryStep("lock terminal names", lockFile, [&] { filesystem.LockFile(lockFile); })) {
+    if (auto failure = tryStep("lock terminal names", platform::readableText(lockFile),
+                               [&] { filesystem.LockFile(lockFile); })) {
         // That there is no such file is not the reason where one could not be made.
         if (made > 0 && failure->reason == platform::systemMessage(platform::kNotFound))
             failure->reason = platform::systemMessage(static_cast<platform::SystemCode>(made));
         return failure;
     }
     filesystem.UnlockFile();
-    return tryStep("read terminal names", folder + kNameFile, [&] {
+    return tryStep("read terminal names", platform::readableText(folder + kNameFile), [&] {
         nZoPxiDriverTools_1_0::cIniFile file;
         cTerminalNameDb(filesystem, file).Load();
     });
@@ -141,9 +143,12 @@ std::optional<Failure> tryDescriptions() {
     cPciTavFilesystem filesystem;
     const std::string pattern = filesystem.GetDescriptionFilePattern();
     std::vector<std::string> files;
-    if (auto failure =
-            tryStep("list descriptions", pattern, [&] { filesystem.ListFiles(pattern, files); }))
+    if (auto failure = tryStep("list descriptions", platform::readableText(pattern),
+                               [&] { filesystem.ListFiles(pattern, files); })) {
+        if (std::string reason = whyNotSearchable(pattern); !reason.empty())
+            failure->reason = std::move(reason);
         return failure;
+    }
     for (const std::string& path : files) {
         if (auto failure = tryDescription(path))
             return failure;
@@ -180,7 +185,7 @@ std::optional<Failure> trySave(std::int32_t status) {
     if (status != nZoPxiDriverTools_1_0::kIniFileErrNotStored)
         return std::nullopt;
     cPciTavFilesystem filesystem;
-    const std::string nameFile = filesystem.GetConfigPath() + kNameFile;
+    const std::string nameFile = platform::readableText(filesystem.GetConfigPath() + kNameFile);
     auto failure = tryStep("save terminal names", nameFile, [&] {
         tErrorStatus loaded;
         cQUILDeviceFinder deviceFinder;

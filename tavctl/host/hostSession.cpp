@@ -40,6 +40,13 @@ StoredNames storedNames(const HostSetup& setup) {
 
 } // namespace
 
+void tellOfBridgesAlone() {
+    if (platform::isBusRecorded() && !platform::deviceBusLocation())
+        complain(
+            "TAV_PCI_DUMP stands for the bridges alone on this system, and the devices are the "
+            "machine's own; --dump takes both from one recorded bus");
+}
+
 std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const HostSetup& setup) {
     if (!setup.whyNotCopied().empty())
         complain(fmt::format("the stored names are not known ({}: {})",
@@ -55,6 +62,7 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
     storing.reset();
     if (status < 0)
         throw FailureException(diagnoseInitialize(status, plugin.path()));
+    tellOfBridgesAlone();
     std::vector<ListedDevice> devices = readDevices(plugin);
     if (devices.empty())
         explainNoDescriptions();

@@ -13,9 +13,13 @@
 
 namespace tavctl {
 
+// Says, in a line, where the bus that the plug-in sees is recorded and its list of devices is not:
+// as with TAV_PCI_DUMP on a system that lists devices of its own.
+void tellOfBridgesAlone();
+
 // Loads the plug-in as a host does, initialises it and reads its devices, each marked with whether
-// its name is stored in the configured name file. Says in a line of its own where this user may not
-// read that. Raises FailureException.
+// its name is stored in the configured name file. Says in lines of their own where this user may
+// not read that, and tellOfBridgesAlone(). Raises FailureException.
 std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const HostSetup& setup);
 
 // Where the bus stands that this process sees (see pcibus/readBus.h): what --dump names, else the

@@ -6,6 +6,7 @@
 #include "pxidrivertools/configuration.h"
 #include "quil/systemStatus.h"
 #include "source/cTerminalNameDb.h"
+#include "tavctl/host/configuredFolder.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/namesCopy.h"
 #include "tavctl/words/failure.h"
@@ -76,7 +77,7 @@ HostSetup::HostSetup(const CommonOptions& options, Names names) {
         requireStateFolder(options.state);
     auto state = valueOf(kConfigPathValue, options.state);
     if (state)
-        nameFile_ = platform::utf8Path(*state + nZoTavManagerPciPlugin_15_0::kNameFile);
+        nameFile_ = configuredPath(*state + nZoTavManagerPciPlugin_15_0::kNameFile);
     if (names == Names::copied) {
         requireDescriptions(options);
         copyNameFile();

@@ -61,6 +61,8 @@ constexpr StatusWords kWords[] = {
 
 constexpr std::uint32_t kSystemErrorMask = 0xFFFF0000U;
 constexpr std::uint32_t kSystemErrorBase = 0x80070000U;
+constexpr std::uint32_t kInstallationErrorBase = 0x800F0000U;
+constexpr std::uint32_t kInstallationCodes = 0xE0000000U;
 
 } // namespace
 
@@ -76,6 +78,9 @@ std::string statusWords(std::int32_t status) {
     const auto bits = static_cast<std::uint32_t>(status);
     if ((bits & kSystemErrorMask) == kSystemErrorBase)
         return "system error: " + platform::systemMessage(bits & ~kSystemErrorMask);
+    if ((bits & kSystemErrorMask) == kInstallationErrorBase)
+        return fmt::format("the system's device installation failed with 0x{:08X}",
+                           kInstallationCodes | (bits & ~kSystemErrorMask));
     return "unknown status";
 }
 

@@ -202,6 +202,7 @@ struct SetupCalls {
     static inline std::vector<std::string> lists;
     static inline std::vector<std::string> keys;
     static inline int destroyed = 0;
+    static inline bool listFails = false; // without a code, unless there is one
     static inline DWORD listError = ERROR_SUCCESS;
     static inline DWORD keyError = ERROR_SUCCESS;
     static inline decltype(&SetupDiGetClassDevsA) realList = nullptr;
@@ -213,7 +214,7 @@ struct SetupCalls {
                                         ? "everything "
                                         : "something ") +
                         std::to_string(flags));
-        if (listError == ERROR_SUCCESS)
+        if (!listFails && listError == ERROR_SUCCESS)
             return realList(type, enumerator, parent, flags);
         SetLastError(listError);
         return INVALID_HANDLE_VALUE;
@@ -236,6 +237,7 @@ struct SetupCalls {
         lists.clear();
         keys.clear();
         destroyed = 0;
+        listFails = false;
         listError = keyError = ERROR_SUCCESS;
         realList = reinterpret_cast<decltype(realList)>(list_.real());
         realKey = reinterpret_cast<decltype(realKey)>(key_.real());
@@ -276,6 +278,27 @@ TEST_F(WindowsFinder, WithoutTheListRaisesTheSystemsError) {
     EXPECT_TRUE(raised.hasSite("zoquil\\protons\\enumeration\\windows\\tdeviceiterator", "status"));
     EXPECT_EQ(raised.record["line"], 41);
     EXPECT_EQ(SetupCalls::destroyed, 0);
+}
+
+TEST_F(WindowsFinder, AFailureOfTheDeviceInstallationKeepsAFacilityOfItsOwn) {
+    const SetupCalls calls;
+    SetupCalls::listError = ERROR_NO_SUCH_DEVINST;
+    static_assert(ERROR_NO_SUCH_DEVINST == 0xE000020B);
+    EXPECT_EQ(searchRaises().code, HRESULT_FROM_SETUPAPI(ERROR_NO_SUCH_DEVINST));
+    EXPECT_EQ(static_cast<std::uint32_t>(searchRaises().code), 0x800F020BU);
+    // Neither mark alone makes such a code.
+    SetupCalls::listError = 0x2000020B;
+    EXPECT_EQ(static_cast<std::uint32_t>(searchRaises().code), 0x8007020BU);
+    SetupCalls::listError = 0xC000020B;
+    EXPECT_EQ(static_cast<std::uint32_t>(searchRaises().code), 0x8007020BU);
+}
+
+TEST_F(WindowsFinder, AListThatFailsWithoutACodeIsAFailure) {
+    add(1, 0, 0);
+    const SetupCalls calls;
+    SetupCalls::listFails = true;
+    EXPECT_EQ(static_cast<std::uint32_t>(searchRaises().code), 0x8007001FU);
+    EXPECT_THAT(found_, IsEmpty());
 }
 
 TEST_F(WindowsFinder, ADeviceWhoseHardwareKeyCannotBeOpenedIsPassedOver) {

@@ -39,6 +39,11 @@ TEST(StatusText, SystemErrorsSpeakInTheSystemsWords) {
               "system error: " + platform::systemMessage(2));
 }
 
+TEST(StatusText, ErrorsOfTheDeviceInstallationAreToldFromOthers) {
+    EXPECT_EQ(statusWords(static_cast<std::int32_t>(0x800F020BU)),
+              "the system's device installation failed with 0xE000020B");
+}
+
 TEST(StatusText, OtherStatusesAreUnknown) {
     EXPECT_EQ(statusWords(-1), "unknown status");
 }
