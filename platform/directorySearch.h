@@ -15,7 +15,8 @@ enum class SearchOutcome {
     nothingMatches,   // from open(): no file matches, or the folder does not exist
     invalidText,      // the pattern or an entry's name is not valid UTF-8 / UTF-16
     conversionFailed, // the text could not be converted for another reason
-    failed,           // the listing failed otherwise
+    failed,           // the listing failed otherwise, a path that is too long included;
+                      // from open(): lastSystemCode() says why
 };
 
 class DirectorySearch {

@@ -42,6 +42,9 @@ bool isRefusal(SystemCode code) noexcept;
 // True for the codes by which the system says that there is no room for a file, or for more of it.
 bool isOutOfRoom(SystemCode code) noexcept;
 
+// True for the code by which the system says that a path, or a name in it, is longer than it takes.
+bool isNameTooLong(SystemCode code) noexcept;
+
 // True for the code by which the system reports that another process holds a file open without
 // sharing it. Never true on systems that do not know such a refusal.
 bool isSharingViolation(SystemCode code) noexcept;

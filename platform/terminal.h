@@ -8,8 +8,8 @@ namespace platform {
 // A person looks at the stream while it is written.
 bool isTerminal(std::FILE* stream) noexcept;
 
-// The same, and the terminal shows colour by escape sequences. May switch them on, where a system
-// wants that.
-bool showsColour(std::FILE* stream) noexcept;
+// The same, and the terminal takes escape sequences, for colours among others. May switch them on
+// until the program ends, where a system wants that.
+bool takesEscapes(std::FILE* stream) noexcept;
 
 } // namespace platform

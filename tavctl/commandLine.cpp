@@ -1,5 +1,6 @@
 #include "tavctl/commandLine.h"
 
+#include "platform/manualPages.h"
 #include "tavctl/completion/completionCommand.h"
 #include "tavctl/describe/describeCommand.h"
 #include "tavctl/draw/drawCommand.h"
@@ -19,6 +20,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <string_view>
 
 namespace tavctl {
@@ -51,10 +53,13 @@ public:
         : parser_("tavctl",
                   "Sees, checks and explains TAV hardware as a host sees it through the plug-in.",
                   TAVCTL_VERSION) {
-        parser_.footer("\"tavctl COMMAND --help\" and \"man tavctl-COMMAND\" say more.\n"
-                       "Exit status: 0 done, 1 problem found in the input, 2 wrong usage,\n"
-                       "3 the plug-in or the system failed.\n"
-                       "Example: tavctl list -v");
+        parser_.footer(
+            (platform::hasManualPages()
+                 ? "\"tavctl COMMAND --help\" and \"man tavctl-COMMAND\" say more.\n"
+                 : "\"tavctl COMMAND --help\" says more.\n") +
+            std::string("Exit status: 0 done, 1 problem found in the input, 2 wrong usage,\n"
+                        "3 the plug-in or the system failed.\n"
+                        "Example: tavctl list -v"));
         for (const KnownCommand& known : kCommands) {
             if (only.empty() || known.name == only)
                 commands_.push_back(known.add(parser_));
@@ -94,6 +99,7 @@ private:
         if (command == commands_.end())
             return ExitStatus::wrongUsage;
         try {
+            parser_.findFiles();
             return command->run();
         } catch (const FailureException& exception) {
             printFailure(exception.failure(), command->failureForm());

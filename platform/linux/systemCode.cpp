@@ -42,6 +42,10 @@ bool isOutOfRoom(SystemCode code) noexcept {
     return code == ENOSPC || code == EDQUOT || code == EFBIG;
 }
 
+bool isNameTooLong(SystemCode code) noexcept {
+    return code == ENAMETOOLONG;
+}
+
 bool isSharingViolation(SystemCode) noexcept {
     return false; // every file can be opened while others have it open
 }

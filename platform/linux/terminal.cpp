@@ -11,7 +11,7 @@ bool isTerminal(std::FILE* stream) noexcept {
     return isatty(fileno(stream)) == 1;
 }
 
-bool showsColour(std::FILE* stream) noexcept {
+bool takesEscapes(std::FILE* stream) noexcept {
     const char* const type = std::getenv("TERM");
     return isTerminal(stream) && type != nullptr && std::string_view(type) != "dumb";
 }

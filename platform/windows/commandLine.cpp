@@ -1,13 +1,16 @@
 #include "platform/commandLine.h"
 
 #include "platform/text.h"
+#include "platform/windows/console.h"
 #include "platform/windows/uniqueHandle.h"
 
 #include <fcntl.h>
 #include <io.h>
 #include <shellapi.h>
 
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 namespace platform {
 
@@ -26,7 +29,10 @@ std::vector<std::string> commandLine(int argc, char** argv) {
 }
 
 void prepareOutput() noexcept {
-    SetConsoleOutputCP(CP_UTF8);
+    // Where the program breaks off, too.
+    std::atexit(restoreConsole);
+    std::signal(SIGABRT, [](int) { restoreConsole(); });
+    useUtf8OnConsole();
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
 }

@@ -1,6 +1,7 @@
 #include "platform/directorySearch.h"
 
 #include "platform/text.h"
+#include "platform/windows/longPath.h"
 #include "platform/windows/uniqueHandle.h"
 
 #include <utility>
@@ -21,6 +22,17 @@ SearchOutcome outcomeOf(Conversion conversion) {
     return SearchOutcome::entry;
 }
 
+// The system says of a path that is too long for it, as of one that leads nowhere, that there is no
+// such path.
+SearchOutcome outcomeOfFailure(const std::wstring& pattern, DWORD code) {
+    if (isTooLong(pattern))
+        code = ERROR_FILENAME_EXCED_RANGE;
+    SetLastError(code);
+    return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND
+               ? SearchOutcome::nothingMatches
+               : SearchOutcome::failed;
+}
+
 } // namespace
 
 struct DirectorySearch::State {
@@ -39,13 +51,10 @@ SearchOutcome DirectorySearch::open(const std::string& utf8Pattern) {
     if (converted != SearchOutcome::entry)
         return converted;
     auto state = std::make_unique<State>();
-    state->handle = FileSearchHandle(FindFirstFileW(pattern.c_str(), &state->entry));
-    if (!state->handle) {
-        const DWORD code = GetLastError();
-        return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND
-                   ? SearchOutcome::nothingMatches
-                   : SearchOutcome::failed;
-    }
+    state->handle =
+        FileSearchHandle(FindFirstFileW(withLongPrefix(pattern).c_str(), &state->entry));
+    if (!state->handle)
+        return outcomeOfFailure(pattern, GetLastError());
     state_ = std::move(state);
     return SearchOutcome::entry;
 }

@@ -3,7 +3,7 @@
 // something, or holds ends back.
 #include "platform/earlyEnd.h"
 
-#include "platform/windows/systemHeaders.h"
+#include "platform/windows/console.h"
 
 #include <array>
 #include <mutex>
@@ -69,6 +69,7 @@ BOOL WINAPI meet(DWORD event) {
     all.gate.lock();
     if (all.holders == 0 || all.isWaiting) {
         removeAll(all);
+        restoreConsole();
         return FALSE; // with the gate shut
     }
     all.isWaiting = true;
@@ -114,6 +115,7 @@ EarlyEndHeldBack::~EarlyEndHeldBack() {
     all.gate.lock();
     if (--all.holders == 0 && all.isWaiting) {
         removeAll(all);
+        restoreConsole();
         ExitProcess(kEndStatus);
     }
     all.gate.unlock();

@@ -1,5 +1,7 @@
 #include "platform/folderReader.h"
 
+#include "platform/windows/longPath.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -29,7 +31,8 @@ int FolderReader::readFirst(const std::string& name, std::span<std::uint8_t> res
                             std::size_t& size) {
     size = 0;
     const std::u8string relative(name.begin(), name.end());
-    std::FILE* const file = _wfopen((folder_->path / relative).c_str(), L"rb");
+    const std::wstring path = withLongPrefix((folder_->path / relative).native());
+    std::FILE* const file = _wfopen(path.c_str(), L"rb");
     if (file == nullptr)
         return errno;
     size = std::fread(result.data(), 1, result.size(), file);

@@ -1,5 +1,7 @@
 #include "platform/inputFile.h"
 
+#include "platform/windows/longPath.h"
+
 #include <cerrno>
 #include <cstdio>
 
@@ -24,7 +26,7 @@ struct InputFile::File {
 };
 
 InputFile::InputFile(const std::filesystem::path& path)
-    : file_(std::make_unique<File>(path.c_str())) {}
+    : file_(std::make_unique<File>(withLongPrefix(path.native()).c_str())) {}
 
 InputFile::~InputFile() = default;
 

@@ -1,11 +1,14 @@
 #include "platform/privateFolder.h"
 
+#include "platform/windows/longPath.h"
 #include "platform/windows/systemHeaders.h"
 
 namespace platform {
 
 SystemCode createPrivateFolder(const std::filesystem::path& path) {
-    return CreateDirectoryW(path.c_str(), nullptr) != 0 ? kNoSystemError : lastFailureCode();
+    return CreateDirectoryW(withLongPrefix(path.native()).c_str(), nullptr) != 0
+               ? kNoSystemError
+               : lastFailureCode();
 }
 
 bool isFolderNameTaken(SystemCode code) noexcept {

@@ -47,6 +47,10 @@ bool isOutOfRoom(SystemCode code) noexcept {
            code == ERROR_FILE_TOO_LARGE;
 }
 
+bool isNameTooLong(SystemCode code) noexcept {
+    return code == ERROR_FILENAME_EXCED_RANGE;
+}
+
 bool isSharingViolation(SystemCode code) noexcept {
     return code == ERROR_SHARING_VIOLATION;
 }

@@ -1,20 +1,27 @@
 #include "platform/terminal.h"
 
-#include "platform/windows/systemHeaders.h"
+#include "platform/windows/console.h"
 
 #include <io.h>
 
 namespace platform {
 
-bool isTerminal(std::FILE* stream) noexcept {
-    return _isatty(_fileno(stream)) != 0;
+namespace {
+
+HANDLE handleOf(std::FILE* stream) noexcept {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
 }
 
-bool showsColour(std::FILE* stream) noexcept {
-    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+} // namespace
+
+// The C library takes every device for a terminal.
+bool isTerminal(std::FILE* stream) noexcept {
     DWORD mode = 0;
-    return isTerminal(stream) && GetConsoleMode(handle, &mode) &&
-           SetConsoleMode(handle, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    return GetConsoleMode(handleOf(stream), &mode) != 0;
+}
+
+bool takesEscapes(std::FILE* stream) noexcept {
+    return useEscapesOnConsole(handleOf(stream));
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include "platform/file.h"
 #include "platform/programPath.h"
+#include "platform/sharedData.h"
 #include "platform/systemCode.h"
 #include "tavctl/words/failure.h"
 
@@ -16,6 +17,7 @@ namespace tavctl {
 
 namespace {
 
+constexpr const char* kFileName = "pci.ids";
 constexpr std::size_t kIdDigits = 4;
 
 std::uint64_t keyOf(std::uint16_t vendorId, std::uint16_t deviceId) {
@@ -68,11 +70,10 @@ PciNames PciNames::load(const std::string& file) {
                                     {}});
         return parse(*text);
     }
-    for (const std::string& candidate :
-         {platform::programFolder() + "pci.ids", std::string("/usr/share/misc/pci.ids"),
-          std::string("/usr/share/hwdata/pci.ids"), std::string("/usr/share/pci.ids"),
-          std::string("/usr/local/share/pci.ids"), std::string("/var/lib/pciutils/pci.ids")}) {
-        if (const auto text = readFile(candidate))
+    std::vector<std::string> folders = platform::sharedDataFolders();
+    folders.insert(folders.begin(), platform::programFolder());
+    for (const std::string& folder : folders) {
+        if (const auto text = readFile(folder + kFileName))
             return parse(*text);
     }
     return {};

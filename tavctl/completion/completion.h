@@ -11,5 +11,7 @@ namespace tavctl {
 std::string bashCompletion(const CommandWords& whole);
 std::string zshCompletion(const CommandWords& whole);
 std::string fishCompletion(const CommandWords& whole);
+// For Windows PowerShell 5.1 and for PowerShell.
+std::string powershellCompletion(const CommandWords& whole);
 
 } // namespace tavctl

@@ -1,7 +1,9 @@
 #include "tavctl/description/checkLoad.h"
 
+#include "platform/directorySearch.h"
 #include "pxidrivertools/asciiText.h"
 #include "source/descriptionLoader.h"
+#include "tavctl/description/oddNames.h"
 #include "tavctl/words/nearestName.h"
 #include "tavctl/words/words.h"
 
@@ -30,12 +32,20 @@ public:
         : description_(description), text_(description.text()), findings_(findings) {}
 
     void check() {
+        if (isExplorersFile(description_)) {
+            explorersFile();
+            return;
+        }
         for (const LoadProblem& problem : description_.reads().problems())
             report(problem);
     }
 
     // What is missing for a section itself is told there, whoever asked for it first.
     void checkFirst() {
+        if (isExplorersFile(description_)) {
+            explorersFile();
+            return;
+        }
         const LoadProblem& first = description_.reads().problems().front();
         const LoadProblem* const own = first.askedBy.empty() ? nullptr : missingItself(first);
         report(own != nullptr ? *own : first);
@@ -71,6 +81,14 @@ private:
                           "exactly PCI, Expresscard or SwitchboxTav", kEndsLoad);
             break;
         }
+    }
+
+    void explorersFile() {
+        findings_.add("desktop-ini", {},
+                      "Windows' Explorer keeps here, hidden, how it shows the folder; it is no "
+                      "description",
+                      "no desktop.ini in this folder; on Windows \"del /a desktop.ini\" removes it",
+                      kEndsLoad);
     }
 
     void cannotOpen() {
@@ -244,6 +262,14 @@ private:
 };
 
 } // namespace
+
+bool isExplorersFile(const Description& description) {
+    const std::string& path = description.path();
+    const std::size_t separator = platform::lastSeparator(path);
+    const std::size_t start = separator == std::string::npos ? 0 : separator + 1;
+    return isExplorersName(std::string_view(path).substr(start)) && !description.loads() &&
+           !description.text().hasSection(kSectionModel);
+}
 
 void checkLoad(const Description& description, Findings& findings) {
     LoadCheck(description, findings).check();

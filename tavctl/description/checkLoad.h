@@ -5,6 +5,10 @@
 
 namespace tavctl::lint {
 
+// Whether the file is no description at all but one that Windows' Explorer writes. Then that is all
+// there is to say of it.
+bool isExplorersFile(const Description& description);
+
 // Adds everything that ends the load.
 void checkLoad(const Description& description, Findings& findings);
 

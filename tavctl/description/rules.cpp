@@ -14,6 +14,8 @@ constexpr Rule kRules[] = {
     // Loading fails, and with it the host's start.
     {"cannot-open", kError, "the file cannot be opened"},
     {"wide-encoding", kError, "the file is UTF-16 or UTF-32"},
+    {"desktop-ini", kError,
+     "the file is what Windows' Explorer keeps in a folder, and no description"},
     {"missing-section", kError, "a section that is needed, or named in a list, is not there"},
     {"missing-key", kError, "a required key is not there, or nothing stands behind its \"=\""},
     {"empty-number", kError, "a number is empty or blank between its quotes"},
@@ -29,6 +31,9 @@ constexpr Rule kRules[] = {
     {"too-few-labels", kError, "the upstream port needs a label and there is none"},
     {"reserved-name", kError, "the model or its name base is \"_\", which stands for no name"},
     {"text-too-long", kError, "a text is longer than a host can read"},
+    // It is loaded, but nobody meant it to be: its devices are listed beside the others.
+    {"loaded-by-short-name", kError,
+     "the system loads a file that is not called *.ini, by its short name"},
     // It works, but hardly as it was meant.
     {"unknown-section", kWarning, "nothing asks for a section of this name"},
     {"unused-section", kWarning, "the section is not named in its list"},
@@ -56,6 +61,7 @@ constexpr Rule kRules[] = {
     {"not-utf8", kWarning, "a text is not UTF-8"},
     {"duplicate-model", kWarning, "another file describes a model of this name"},
     {"too-large", kWarning, "the file has more than 64 MiB: its lines are not checked"},
+    {"short-name", kWarning, "a system with short names loads the file, which is not called *.ini"},
     {"same-tree", kWarning, "a box can be taken for this model and for another one at once"},
 };
 

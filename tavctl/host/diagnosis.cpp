@@ -17,6 +17,7 @@
 #include "source/exceptionStatus.h"
 #include "tavctl/description/loadFailure.h"
 #include "tavctl/host/configuredFolder.h"
+#include "tavctl/host/descriptionFiles.h"
 #include "tavctl/words/json.h"
 
 #include <fmt/core.h>
@@ -145,8 +146,7 @@ std::optional<Failure> tryDescriptions() {
     std::vector<std::string> files;
     if (auto failure = tryStep("list descriptions", platform::readableText(pattern),
                                [&] { filesystem.ListFiles(pattern, files); })) {
-        if (std::string reason = whyNotSearchable(pattern); !reason.empty())
-            failure->reason = std::move(reason);
+        failure->reason = whyNotListed(pattern);
         return failure;
     }
     for (const std::string& path : files) {

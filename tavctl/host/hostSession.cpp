@@ -1,6 +1,7 @@
 #include "tavctl/host/hostSession.h"
 
 #include "platform/busLocation.h"
+#include "platform/entryType.h"
 #include "platform/utf8Path.h"
 #include "quil/zoerr.h"
 #include "source/cPciTavFilesystem.h"
@@ -18,7 +19,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <system_error>
 #include <utility>
 
 namespace tavctl {
@@ -63,6 +63,7 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
     if (status < 0)
         throw FailureException(diagnoseInitialize(status, plugin.path()));
     tellOfBridgesAlone();
+    tellOfShortNames();
     std::vector<ListedDevice> devices = readDevices(plugin);
     if (devices.empty())
         explainNoDescriptions();
@@ -90,11 +91,11 @@ ReadBus readChosenBus() {
 
 std::optional<pcibus::LeftOut> leftOutOfChosenBus() {
     const std::optional<std::string> location = platform::busLocation();
-    std::error_code ignored;
     if (!location)
         return std::nullopt;
-    const auto status = std::filesystem::status(platform::utf8Path(*location), ignored);
-    if (!std::filesystem::is_directory(status) && !std::filesystem::is_regular_file(status))
+    const auto type = platform::typeOfEntry(*location);
+    if (type != std::filesystem::file_type::directory &&
+        type != std::filesystem::file_type::regular)
         return std::nullopt;
     try {
         return readBusFile(*location).leftOut;

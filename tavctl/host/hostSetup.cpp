@@ -63,9 +63,8 @@ void requireDescriptions(const CommonOptions& options) {
 }
 
 void requireStateFolder(const std::string& folder) {
-    std::error_code error;
-    if (!std::filesystem::is_directory(platform::utf8Path(folder), error))
-        throw FailureException({"use --state", folder, "there is no such folder", {}, {}});
+    if (const std::string trouble = troubleOfFolder(folder); !trouble.empty())
+        throw FailureException({"use --state", folder, trouble, {}, {}});
 }
 
 } // namespace

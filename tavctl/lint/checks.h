@@ -4,6 +4,8 @@
 
 #include "tavctl/description/findings.h"
 
+#include <string>
+
 namespace tavctl::lint {
 
 void checkSize(const Description& description, Findings& findings);     // of the file
@@ -12,5 +14,10 @@ void checkValues(const Description& description, Findings& findings);   // value
 void checkLists(const Description& description, Findings& findings);    // items of lists
 void checkMaps(const Description& description, Findings& findings);     // traversal maps
 void checkMatching(const Description& description, Findings& findings); // the model as a whole
+
+// What there is to say of a file that is not called *.ini: that the system loads it all the same,
+// or that another one does.
+Finding loadedByShortName(const std::string& file);
+Finding shortName(const std::string& file);
 
 } // namespace tavctl::lint

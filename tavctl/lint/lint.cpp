@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <iterator>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace tavctl::lint {
@@ -31,6 +32,10 @@ public:
         const Description description(files_[number_]);
         Findings findings(description);
         checkLoad(description, findings);
+        if (isExplorersFile(description)) {
+            ++number_;
+            return std::move(findings).sorted();
+        }
         checkSize(description, findings);
         checkLines(description, findings);
         checkValues(description, findings);
@@ -100,14 +105,25 @@ bool Report::endsLoad() const {
 }
 
 Report lint(const std::vector<std::string>& files) {
+    return lint({files, {}, {}});
+}
+
+Report lint(const DescriptionFolder& folder) {
+    const std::vector<std::string>& files = folder.files;
+    const std::unordered_set<std::string> byShortName(folder.byShortName.begin(),
+                                                      folder.byShortName.end());
     Progress progress("checking descriptions", files.size());
     Report report{files, {}};
     LintedFiles linted(files);
-    for (std::size_t i = 0; i < files.size(); ++i) {
+    for (const std::string& file : files) {
+        if (byShortName.contains(file))
+            report.findings.push_back(loadedByShortName(file));
         std::vector<Finding> findings = linted.check();
         std::move(findings.begin(), findings.end(), std::back_inserter(report.findings));
         progress.step();
     }
+    std::transform(folder.elsewhere.begin(), folder.elsewhere.end(),
+                   std::back_inserter(report.findings), shortName);
     return report;
 }
 

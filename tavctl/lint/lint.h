@@ -3,6 +3,7 @@
 
 #include "tavctl/description/description.h"
 #include "tavctl/description/finding.h"
+#include "tavctl/host/descriptionFiles.h"
 #include "tavctl/lint/against.h"
 
 #include <string>
@@ -22,6 +23,9 @@ struct Report {
 };
 
 Report lint(const std::vector<std::string>& files);
+
+// The same for a whole folder of descriptions, with what its files are called.
+Report lint(const DescriptionFolder& folder);
 
 // The report for people: each finding with its place, the line and what stands wrong in it.
 std::string reportAsText(const Report& report);

@@ -50,8 +50,10 @@ ExitStatus runLint(const LintOptions& options) {
         return ExitStatus::done;
     }
     const HostSetup setup(options.common);
-    const auto files = options.files.empty() ? descriptionFiles() : options.files;
-    const lint::Report report = lint::lint(files);
+    const DescriptionFolder folder =
+        options.files.empty() ? descriptionFolder() : DescriptionFolder{options.files, {}, {}};
+    const auto& files = folder.files;
+    const lint::Report report = lint::lint(folder);
     std::vector<lint::Comparison> comparisons;
     if (!report.endsLoad())
         comparisons = compareAll(options, files);

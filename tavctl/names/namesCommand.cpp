@@ -1,6 +1,7 @@
 #include "tavctl/names/namesCommand.h"
 
 #include "platform/earlyEnd.h"
+#include "platform/entryType.h"
 #include "platform/utf8Path.h"
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/hostSession.h"
@@ -118,8 +119,7 @@ void report(const NamesOptions& options, const char* what, std::size_t count,
 ExitStatus backUp(const NamesOptions& options) {
     const HostSetup setup(options.common);
     const fs::path path = nameFilePath(setup);
-    std::error_code ignored;
-    if (!options.force && fs::exists(platform::utf8Path(options.file), ignored))
+    if (!options.force && fs::exists(fs::file_status(platform::typeOfEntry(options.file))))
         throw FailureException({"back up terminal names",
                                 options.file,
                                 "the file exists; --force replaces it",
@@ -274,8 +274,9 @@ ExitStatus runNames(const NamesOptions& options) {
     return listNames(options);
 }
 
-void addFile(CommandOptions action, NamesOptions& options, const char* what) {
-    action.argument(options.file, ValueForm::file(), what);
+void addFile(CommandOptions action, NamesOptions& options, const ValueForm& form,
+             const char* what) {
+    action.argument(options.file, form, what);
     action.flag("--force", options.force, "Do so in spite of what speaks against it");
 }
 
@@ -306,10 +307,10 @@ Command addNamesCommand(OptionParser& parser) {
         "tavctl names check --json");
     addFile(
         add("backup", "Save the names in a file", backUp, "tavctl names backup names.ini", "FILE"),
-        *options, "File to save them in");
+        *options, ValueForm::newFile(), "File to save them in");
     addFile(add("restore", "Put back the names of a saved file", restore,
                 "tavctl names restore names.ini", kRestored),
-            *options, "File that they were saved in");
+            *options, ValueForm::file(), "File that they were saved in");
     add("undo", "Take back what changed the names last", undo, "tavctl names undo", kRestored);
     CommandOptions change = add("preview", "Tell which names would stay, change or be new", preview,
                                 "tavctl names preview --new-descriptions new");

@@ -1,13 +1,18 @@
 #include "tavctl/options/options.h"
 
+#include "platform/filePattern.h"
+#include "tavctl/words/failure.h"
+
 #include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <list>
 #include <map>
 #include <sstream>
+#include <type_traits>
 #include <utility>
 
 namespace tavctl {
@@ -39,6 +44,19 @@ CLI::Validator isBetween(int least, int most, const std::string& description) {
     return isTold ? check.description("") : check;
 }
 
+[[noreturn]] void refuse(const std::string& pattern, std::string reason) {
+    throw FailureException({"find files", pattern, std::move(reason), {}, {}},
+                           ExitStatus::wrongUsage);
+}
+
+// At least one.
+std::vector<std::string> filesOf(const std::string& word) {
+    auto files = platform::filesOfPattern(word);
+    if (files.empty())
+        refuse(word, "no file matches this pattern");
+    return files;
+}
+
 } // namespace
 
 ValueForm ValueForm::text(std::string name) {
@@ -46,6 +64,10 @@ ValueForm ValueForm::text(std::string name) {
 }
 
 ValueForm ValueForm::file(std::string name) {
+    return {std::move(name), OptionWords::Value::file, {}, true};
+}
+
+ValueForm ValueForm::newFile(std::string name) {
     return {std::move(name), OptionWords::Value::file, {}};
 }
 
@@ -81,6 +103,16 @@ public:
         return within_.emplace_back(*app_.add_subcommand(word, description));
     }
 
+    // Of the commands that were given.
+    void findFiles() {
+        for (const auto& find : finders_)
+            find();
+        for (Node& command : within_) {
+            if (command.app_.parsed())
+                command.findFiles();
+        }
+    }
+
     [[nodiscard]] CommandWords words() const {
         CommandWords words{app_.get_name(), app_.get_description(), {}, {}};
         for (const CLI::Option* option : std::as_const(app_).get_options())
@@ -98,8 +130,37 @@ private:
         option->check(isNotEmpty);
         if (form.kind == OptionWords::Value::choice)
             option->check(isOneOf(form.choices, description));
+        if constexpr (!std::is_same_v<Value, int>) { // numbers are no files
+            if (form.isThere)
+                addFinder(option, value);
+        }
         forms_.emplace(option, form);
         return option;
+    }
+
+    void addFinder(const CLI::Option* option, std::string& file) {
+        finders_.emplace_back([option, &file] {
+            if (option->count() == 0)
+                return;
+            const auto files = filesOf(file);
+            if (files.size() > 1)
+                refuse(file,
+                       fmt::format("{} files match this pattern; one is wanted", files.size()));
+            file = files.front();
+        });
+    }
+
+    void addFinder(const CLI::Option* option, std::vector<std::string>& files) {
+        finders_.emplace_back([option, &files] {
+            if (option->count() == 0)
+                return;
+            std::vector<std::string> all;
+            for (const std::string& word : files) {
+                const auto more = filesOf(word);
+                all.insert(all.end(), more.begin(), more.end());
+            }
+            files = std::move(all);
+        });
     }
 
     [[nodiscard]] OptionWords wordsOf(const CLI::Option& option) const {
@@ -117,6 +178,7 @@ private:
 
     CLI::App& app_;
     std::map<const CLI::Option*, ValueForm> forms_; // of those that take a value
+    std::vector<std::function<void()>> finders_;    // of the files that they name
     std::list<Node> within_;
 };
 
@@ -222,6 +284,10 @@ ParsedLine OptionParser::parse(const std::vector<std::string>& words) {
         return {ParsedLine::Kind::question, answer.str()};
     }
     return {ParsedLine::Kind::command, {}};
+}
+
+void OptionParser::findFiles() {
+    whole_->node.findFiles();
 }
 
 CommandWords OptionParser::words() const {

@@ -19,7 +19,9 @@ namespace tavctl {
 // What a value is: the help shows its name, shells complete it by its kind.
 struct ValueForm {
     static ValueForm text(std::string name);
+    // A file that is there, and one that is to be written.
     static ValueForm file(std::string name = "FILE");
+    static ValueForm newFile(std::string name = "FILE");
     static ValueForm folder(std::string name = "DIR");
     // One of these words and no other, which the help lists where the description does not.
     static ValueForm choice(std::string name, std::vector<std::string> choices);
@@ -27,6 +29,7 @@ struct ValueForm {
     std::string name;
     OptionWords::Value kind;
     std::vector<std::string> choices;
+    bool isThere = false;
 };
 
 // One command's part of the command line. A reference to what belongs to the parser: copies declare
@@ -101,6 +104,11 @@ public:
 
     // Sets the variables to what the words say, the program's own name first. At most once.
     ParsedLine parse(const std::vector<std::string>& words);
+
+    // After parse(): puts files in the place of the patterns that stand for them where shells leave
+    // that to programs. A variable that takes one file gets the only one. Raises FailureException,
+    // with ExitStatus::wrongUsage, for a pattern that no file matches, or more than one then.
+    void findFiles();
 
     // Every command and option declared so far.
     [[nodiscard]] CommandWords words() const;

@@ -13,12 +13,15 @@ namespace tavctl {
 
 namespace {
 
-// To the first column and the rest of the line cleared.
-constexpr const char* kClearLine = "\r\033[K";
-
 constexpr std::size_t kBarCells = 10;
 // A line that the terminal broke could not be cleared.
 constexpr std::size_t kWidest = 79;
+
+// To the first column and the rest of the line cleared.
+std::string clearing(const ProgressLine& line) {
+    return line.takesEscapes ? "\r\033[K" : fmt::format("\r{:{}}\r", "", kWidest);
+}
+
 constexpr const char* kProgram = "tavctl: ";
 constexpr std::int64_t kMostSeconds = 90; // told as such; more in minutes
 
@@ -49,6 +52,7 @@ std::string timeText(std::chrono::milliseconds time) {
 ProgressLine standardProgressLine() {
     ProgressLine line;
     line.isTerminal = platform::isTerminal(stderr);
+    line.takesEscapes = platform::takesEscapes(stderr);
     return line;
 }
 
@@ -106,7 +110,7 @@ std::string Progress::text() const {
 void Progress::clear() {
     if (!isShown_)
         return;
-    std::fputs(kClearLine, line_.stream);
+    std::fputs(clearing(line_).c_str(), line_.stream);
     std::fflush(line_.stream);
     isShown_ = false;
 }
@@ -119,7 +123,7 @@ void Progress::run() {
     do {
         if (hidden_)
             continue;
-        std::fprintf(line_.stream, "%s%s%s", kClearLine, kProgram, text().c_str());
+        std::fputs(fmt::format("{}{}{}", clearing(line_), kProgram, text()).c_str(), line_.stream);
         std::fflush(line_.stream);
         isShown_ = true;
     } while (!changed_.wait_for(lock, std::chrono::seconds(1), hasEnded));

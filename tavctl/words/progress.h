@@ -18,6 +18,7 @@ namespace tavctl {
 struct ProgressLine {
     std::FILE* stream = stderr;
     bool isTerminal = false;
+    bool takesEscapes = true; // of a terminal; others are cleared by blanks
     std::chrono::milliseconds delay{1000};
     // May raise std::system_error, as std::thread does.
     std::function<std::thread(std::function<void()>)> startThread = [](std::function<void()> work) {

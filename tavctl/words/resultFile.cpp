@@ -1,16 +1,15 @@
 #include "tavctl/words/resultFile.h"
 
+#include "platform/entryType.h"
 #include "platform/file.h"
 #include "platform/fileReplacement.h"
 #include "platform/stream.h"
-#include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/newFileBeside.h"
 #include "tavctl/words/print.h"
 
 #include <cstdio>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 namespace tavctl {
@@ -25,11 +24,6 @@ using platform::SystemCode;
 
 [[noreturn]] void fail(const std::string& file, SystemCode code) {
     fail(file, platform::systemMessage(code));
-}
-
-std::filesystem::file_type typeOf(const std::string& file) {
-    std::error_code ignored;
-    return std::filesystem::status(platform::utf8Path(file), ignored).type();
 }
 
 // Writes, forces nothing onto the disk, and closes.
@@ -60,7 +54,7 @@ void writeBeside(std::string target, const std::string& text) {
     const std::string named = target;
     if (const SystemCode code = platform::followLinks(target); code != platform::kNoSystemError)
         fail(named, code);
-    const bool isNew = typeOf(target) == std::filesystem::file_type::not_found;
+    const bool isNew = platform::typeOfEntry(target) == std::filesystem::file_type::not_found;
     Removal removal;
     auto [made, temporary] = createBeside(
         target, isNew ? platform::NewFileAccess::usual : platform::NewFileAccess::ownerOnly,
@@ -87,7 +81,7 @@ void writeBeside(std::string target, const std::string& text) {
 
 void requireFree(const ResultTarget& target) {
     if (!target.file.empty() && !target.replace &&
-        typeOf(target.file) == std::filesystem::file_type::regular)
+        platform::typeOfEntry(target.file) == std::filesystem::file_type::regular)
         fail(target.file, "the file exists; --force replaces it");
 }
 
@@ -97,7 +91,7 @@ void writeResult(const std::string& text, const ResultTarget& target) {
         return;
     }
     requireFree(target);
-    switch (typeOf(target.file)) {
+    switch (platform::typeOfEntry(target.file)) {
     case std::filesystem::file_type::regular:
     case std::filesystem::file_type::not_found:
         writeBeside(target.file, text);

@@ -11,7 +11,7 @@ namespace tavctl {
 TextStyle TextStyle::forStream(std::FILE* stream) {
     const char* const noColour = std::getenv("NO_COLOR");
     const bool spared = noColour != nullptr && *noColour != '\0';
-    return TextStyle(!spared && platform::showsColour(stream));
+    return TextStyle(!spared && platform::takesEscapes(stream));
 }
 
 std::string TextStyle::dress(const char* code, const std::string& text) const {

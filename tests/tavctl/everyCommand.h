@@ -42,8 +42,8 @@ inline std::vector<std::string> looksAtMachine() {
 
 inline std::vector<std::string> looksAtNothing() {
     std::vector<std::string> forms{
-        "--help",          "--version",      "lint --rules",   "lint --rules --json",
-        "completion bash", "completion zsh", "completion fish"};
+        "--help",          "--version",      "lint --rules",    "lint --rules --json",
+        "completion bash", "completion zsh", "completion fish", "completion powershell"};
     for (const char* command : {"list", "tree", "draw", "lint", "explain", "describe", "record",
                                 "names", "names restore", "completion"})
         forms.push_back(std::string(command) + " --help");

@@ -75,8 +75,9 @@ INSTANTIATE_TEST_SUITE_P(
         "lint DESCRIPTIONS--against " TAV_SOURCE_DIR "/samples/switchboxes.dump", "explain BUS",
         "explain --json BUS", "describe 01:00.0 DUMP", "describe 01:00.0 DUMP -o draft.ini",
         "record DUMP", "record --scrub DUMP -o other.dump", "completion bash", "completion zsh",
-        "completion fish", "list --help", "tree --help", "draw --help", "names --help",
-        "lint --help", "explain --help", "describe --help", "record --help", "completion --help"),
+        "completion fish", "completion powershell", "list --help", "tree --help", "draw --help",
+        "names --help", "lint --help", "explain --help", "describe --help", "record --help",
+        "completion --help"),
     [](const testing::TestParamInfo<const char*>& tested) { return std::to_string(tested.index); });
 
 // The line that says how long it takes already has a thread of its own.

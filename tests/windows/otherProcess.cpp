@@ -6,6 +6,10 @@
 //   configuration NAME          prints a value of the configuration in force, or what it came to
 //   bus                         prints where the recorded bus is, and whose list of devices counts
 //   arguments WORD...           prints its words, each between brackets on a line of its own
+//   console FILE run LINE       runs the command line in its console, and writes to the file what
+//   is
+//                               left of the console's settings; with "break" in place of "run" it
+//                               ends the command early
 #include "platform/busLocation.h"
 #include "platform/commandLine.h"
 #include "platform/configurationValue.h"
@@ -76,6 +80,57 @@ int printArguments(const std::vector<std::string>& words) {
     return kDone;
 }
 
+// Goes on when the console breaks what runs in it.
+BOOL WINAPI goOn(DWORD) {
+    return TRUE;
+}
+
+// Runs a command line in this process's console, or breaks it off once it has set the console up,
+// and writes what it leaves of the console to a file.
+int reportConsole(const std::vector<std::string>& words) {
+    constexpr UINT kCodePage = 850;
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    const HANDLE console =
+        CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                    &inherited, OPEN_EXISTING, 0, nullptr);
+    DWORD before = 0;
+    HANDLE input = nullptr; // which stays open, and empty
+    HANDLE inputEnd = nullptr;
+    if (!GetConsoleMode(console, &before) || !SetConsoleOutputCP(kCodePage) ||
+        !CreatePipe(&input, &inputEnd, &inherited, 0))
+        return kFailed;
+    SetHandleInformation(inputEnd, HANDLE_FLAG_INHERIT, 0);
+    before &= ~DWORD{ENABLE_VIRTUAL_TERMINAL_PROCESSING};
+    SetConsoleMode(console, before);
+    SetConsoleCtrlHandler(goOn, TRUE);
+    STARTUPINFOA start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = input;
+    start.hStdOutput = start.hStdError = console;
+    std::string line = words[4];
+    PROCESS_INFORMATION process = {};
+    if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start,
+                        &process))
+        return kFailed;
+    if (words[3] == "break") {
+        while (GetConsoleOutputCP() == kCodePage &&
+               WaitForSingleObject(process.hProcess, 10) == WAIT_TIMEOUT) {
+        }
+        GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, 0);
+    }
+    WaitForSingleObject(process.hProcess, INFINITE);
+    DWORD after = 0;
+    GetConsoleMode(console, &after);
+    std::FILE* const report = std::fopen(words[2].c_str(), "wb");
+    if (report == nullptr)
+        return kFailed;
+    std::fprintf(report, "code page %u, mode %s", GetConsoleOutputCP(),
+                 after == before ? "as before" : "changed");
+    std::fclose(report);
+    return kDone;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -90,6 +145,8 @@ int main(int argc, char** argv) {
         return printConfiguration(words);
     if (mode == "bus" && words.size() == 2)
         return printBus();
+    if (mode == "console" && words.size() == 5)
+        return reportConsole(words);
     if (mode == "arguments")
         return printArguments(words);
     return kUsage;

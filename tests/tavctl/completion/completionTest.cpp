@@ -113,7 +113,9 @@ TEST(CompletionCommand, WritesTheScriptOfAShell) {
     EXPECT_EQ(outputOf("completion bash"), bashCompletion(commandLineWords()));
     EXPECT_EQ(outputOf("completion zsh"), zshCompletion(commandLineWords()));
     EXPECT_EQ(outputOf("completion fish"), fishCompletion(commandLineWords()));
-    EXPECT_TRUE(says(tavctltest::runTavctl("completion csh"), 2, "csh not in {bash,zsh,fish}"));
+    EXPECT_EQ(outputOf("completion powershell"), powershellCompletion(commandLineWords()));
+    EXPECT_TRUE(
+        says(tavctltest::runTavctl("completion csh"), 2, "csh not in {bash,zsh,fish,powershell}"));
 }
 
 } // namespace

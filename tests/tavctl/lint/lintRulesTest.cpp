@@ -1,5 +1,6 @@
 // Every rule of lint has a folder of files that it must find fault with, at the places that
 // expected.txt tells, and one of files that are faultless.
+#include "tavctl/description/oddNames.h"
 #include "tavctl/description/rules.h"
 #include "tavctl/lint/lint.h"
 #include "tests/support/fileText.h"
@@ -22,16 +23,22 @@ using namespace tavctl::lint;
 
 const fs::path kFixtures = fs::path(TAV_SOURCE_DIR) / "tests" / "tavctl" / "lint" / "rules";
 
-std::vector<std::string> filesIn(const fs::path& folder) {
-    std::vector<std::string> files;
+// The folder as it is searched for a rule: of names that are not *.ini only that of one rule is
+// found, of all others each is passed over.
+tavctl::DescriptionFolder searched(const fs::path& folder, std::string_view id) {
+    tavctl::DescriptionFolder found;
     for (const auto& entry : fs::directory_iterator(folder)) {
+        const std::string file = entry.path().string();
         if (entry.path().extension() == ".ini")
-            files.push_back(entry.path().string());
+            found.files.push_back(file);
+        else if (hasDescriptionShortName(entry.path().filename().string()))
+            (id == "loaded-by-short-name" ? found.byShortName : found.elsewhere).push_back(file);
     }
-    std::sort(files.begin(), files.end());
-    if (files.empty())
+    found.files.insert(found.files.end(), found.byShortName.begin(), found.byShortName.end());
+    std::sort(found.files.begin(), found.files.end());
+    if (found.files.empty() && found.elsewhere.empty())
         throw std::runtime_error("no description file in " + folder.string());
-    return files;
+    return found;
 }
 
 // "file:line:column:length", a line each.
@@ -65,7 +72,7 @@ TEST_P(LintRule, FindsItsFaultAndNoneInSoundFiles) {
     const testsupport::TemporaryFolder made;
     const fs::path folder = fixtureOf(each.id, made);
 
-    const Report bad = tavctl::lint::lint(filesIn(folder / "bad"));
+    const Report bad = tavctl::lint::lint(searched(folder / "bad", each.id));
     const std::string places = placesOf(bad, each.id);
     EXPECT_NE(places, "") << reportAsText(bad);
     EXPECT_EQ(places, testsupport::fileText(folder / "bad" / "expected.txt")) << reportAsText(bad);
@@ -77,7 +84,7 @@ TEST_P(LintRule, FindsItsFaultAndNoneInSoundFiles) {
         }
     }
 
-    const Report good = tavctl::lint::lint(filesIn(folder / "good"));
+    const Report good = tavctl::lint::lint(searched(folder / "good", each.id));
     EXPECT_TRUE(good.findings.empty()) << reportAsText(good);
 }
 

@@ -24,31 +24,54 @@ struct Line {
     }
 };
 
+// Without a delay.
+ProgressLine on(const Line& line) {
+    return {line.stream, true, true, {}};
+}
+
 TEST(Progress, IsShownWhileTheWorkLastsAndClearedAfterwards) {
     const Line line;
     {
-        const Progress progress("reading the bus", {line.stream, true, {}});
+        const Progress progress("reading the bus", on(line));
         line.waitUntilShown();
         EXPECT_EQ(line.folder.read("line"), "\r\033[Ktavctl: reading the bus... 0 s");
     }
     EXPECT_TRUE(line.folder.read("line").ends_with("\r\033[K"));
 }
 
+TEST(Progress, IsClearedByBlanksWhereATerminalTakesNoEscapes) {
+    const Line line;
+    ProgressLine plainLine = on(line);
+    plainLine.takesEscapes = false;
+    {
+        const Progress progress("reading the bus", plainLine);
+        line.waitUntilShown();
+        EXPECT_TRUE(line.folder.read("line").ends_with("\rtavctl: reading the bus... 0 s"));
+    }
+    const std::string blank = "\r" + std::string(79, ' ') + "\r";
+    const std::string text = line.folder.read("line");
+    EXPECT_TRUE(text.ends_with(blank));
+    EXPECT_EQ(text.find('\033'), std::string::npos);
+}
+
 TEST(Progress, SaysNothingOffATerminal) {
     const Line line;
-    { const Progress progress("reading the bus", {line.stream, false, {}}); }
+    { const Progress progress("reading the bus", ProgressLine{line.stream, false, true, {}}); }
     EXPECT_EQ(line.folder.read("line"), "");
 }
 
 TEST(Progress, SaysNothingOfWorkThatIsDoneBeforeTheDelay) {
     const Line line;
-    { const Progress progress("reading the bus", {line.stream, true, std::chrono::hours(1)}); }
+    {
+        const Progress progress("reading the bus",
+                                ProgressLine{line.stream, true, true, std::chrono::hours(1)});
+    }
     EXPECT_EQ(line.folder.read("line"), "");
 }
 
 // One that has no thread left.
 ProgressLine lineWithoutThread(const Line& line) {
-    ProgressLine made{line.stream, true, {}};
+    ProgressLine made = on(line);
     made.startThread = [](const std::function<void()>&) -> std::thread {
         throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
     };
@@ -84,7 +107,7 @@ TEST(Progress, TellsOfStepsWhatIsDoneAndWhatIsLeft) {
 TEST(Progress, OfWorkInStepsIsTheLine) {
     const Line line;
     {
-        Progress progress("reading", 1234, {line.stream, true, {}});
+        Progress progress("reading", 1234, on(line));
         line.waitUntilShown();
         EXPECT_EQ(line.folder.read("line"), "\r\033[Ktavctl: reading [----------] 0 of 1,234");
         progress.step();
@@ -104,7 +127,7 @@ TEST(Progress, LineFitsATerminal) {
 
 TEST(Progress, IsClearedWhileItIsHidden) {
     const Line line;
-    Progress progress("reading the bus", {line.stream, true, {}});
+    Progress progress("reading the bus", on(line));
     line.waitUntilShown();
     {
         const Progress::Hidden hidden(progress);
@@ -115,7 +138,7 @@ TEST(Progress, IsClearedWhileItIsHidden) {
 TEST(Progress, LineIsPlainText) {
     const Line line;
     {
-        const Progress progress("reading \033[31m\n\x7F", {line.stream, true, {}});
+        const Progress progress("reading \033[31m\n\x7F", on(line));
         line.waitUntilShown();
         EXPECT_EQ(line.folder.read("line"), "\r\033[Ktavctl: reading ?[31m??... 0 s");
     }
