@@ -13,10 +13,15 @@
  *      error. Nothing is ever thrown across this interface.
  *   2. An output is written on success only (with one exception, told at
  *      tavPlugin_getDeviceAttributeUTF8). All memory belongs to the caller.
- *   3. The functions use the platform's default C calling convention.
+ *   3. The functions use the calling convention of C, also where a host is compiled with another
+ *      one as its default: TAVPLUGIN_CALL says so, and belongs into a host's own types of pointers
+ *      to these functions.
  *   4. The host calls them from one thread at a time; the plug-in has no lock and no thread.
  *   5. Text is UTF-8 and NUL-terminated.
- *   6. 32 kB of stack are enough for every call on Linux. On Windows, where no thread has less than
+ *   6. From .NET: [DllImport("zotavpci", CallingConvention = CallingConvention.Cdecl)]. All types
+ *      are blittable: int for int32_t, uint for uint32_t, `out` of these for the pointers. The text
+ *      buffer is a byte[] of TAVPLUGIN_TEXT_SIZE bytes, read as UTF-8 up to the first zero.
+ *   7. 32 kB of stack are enough for every call on Linux. On Windows, where no thread has less than
  *      64 kB, the system's own functions take the most.
  *
  * This header compiles as C11 and as C++.
@@ -25,6 +30,13 @@
 #define TAVPLUGIN_H
 
 #include <stdint.h>
+
+/* The calling convention of the functions. Only 32-bit x86 Windows has several. */
+#if defined(_WIN32) && (defined(_M_IX86) || defined(__i386__))
+#define TAVPLUGIN_CALL __cdecl
+#else
+#define TAVPLUGIN_CALL
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -58,7 +70,12 @@ enum {
 
 /* An attribute identifier has the element index of an indexable attribute in its low 8 bits; for
  * every other attribute the index must be 0. */
+#ifdef __cplusplus
+#define TAVPLUGIN_INDEXED(attribute, index)                                                        \
+    (static_cast<uint32_t>(attribute) | (static_cast<uint32_t>(index) & 0xFFu))
+#else
 #define TAVPLUGIN_INDEXED(attribute, index) ((uint32_t)(attribute) | ((uint32_t)(index)&0xFFu))
+#endif
 
 /* Integer attributes, for tavPlugin_getDeviceAttributeI32. */
 enum {
@@ -101,17 +118,17 @@ enum { kTavCategoryPci = 10, kTavCategoryExpresscard = 11, kTavCategorySwitchbox
  *
  * 0 also when no described device is present; the count is then 0. A model that cannot be read from
  * the bus is left out. On failure there is no list afterwards, even if there was one before. */
-int32_t tavPlugin_initialize(void);
+int32_t TAVPLUGIN_CALL tavPlugin_initialize(void);
 
 /* Releases the list of devices. Harmless when there is none. Unloading the library releases it as
  * well. */
-void tavPlugin_finalize(void);
+void TAVPLUGIN_CALL tavPlugin_finalize(void);
 
 /* Writes the number of devices.
  *
  * kTavManErrInvalidParam   `count` is null
  * kTavManErrSoftwareFault  there is no list (not initialised, or finalised) */
-int32_t tavPlugin_getDeviceCount(uint32_t* count);
+int32_t TAVPLUGIN_CALL tavPlugin_getDeviceCount(uint32_t* count);
 
 /* Reads an integer attribute of the device `index`, counted from 0.
  *
@@ -120,13 +137,15 @@ int32_t tavPlugin_getDeviceCount(uint32_t* count);
  *                                  the device or the element index is out of range; an index was
  *                                  given for an attribute that has none
  * kTavManErrAttributeNotSupported  the device does not carry the attribute */
-int32_t tavPlugin_getDeviceAttributeI32(uint32_t index, uint32_t attribute, int32_t* value);
+int32_t TAVPLUGIN_CALL tavPlugin_getDeviceAttributeI32(uint32_t index, uint32_t attribute,
+                                                       int32_t* value);
 
 /* Reads a text attribute of the device `index` into a buffer of at least TAVPLUGIN_TEXT_SIZE bytes.
  *
  * Statuses as above; kTavManErrSoftwareFault also for a text that does not fit, and the buffer then
  * holds an empty text. */
-int32_t tavPlugin_getDeviceAttributeUTF8(uint32_t index, uint32_t attribute, char* buffer);
+int32_t TAVPLUGIN_CALL tavPlugin_getDeviceAttributeUTF8(uint32_t index, uint32_t attribute,
+                                                        char* buffer);
 
 #ifdef __cplusplus
 }

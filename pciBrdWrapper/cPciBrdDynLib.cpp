@@ -85,7 +85,7 @@ std::int32_t cPciBrdDynLib::call(BridgeFunction function, Arguments... arguments
     const auto index = static_cast<std::size_t>(function);
     if (!functions_[index])
         return kBridgeSymbols[index].whenUnbound;
-    using Target = std::int32_t (*)(Arguments...);
+    using Target = std::int32_t(ZOPCIBRD_CALL*)(Arguments...);
     return reinterpret_cast<Target>(functions_[index])(arguments...);
 }
 

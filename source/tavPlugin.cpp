@@ -93,7 +93,7 @@ std::int32_t guarded(Body body) noexcept {
 
 } // namespace
 
-std::int32_t tavPlugin_initialize() {
+std::int32_t TAVPLUGIN_CALL tavPlugin_initialize() {
     const std::int32_t status = guarded([] {
         const zoerr::HostCall hostCall;
         buildCache();
@@ -104,12 +104,12 @@ std::int32_t tavPlugin_initialize() {
     return status;
 }
 
-void tavPlugin_finalize() {
+void TAVPLUGIN_CALL tavPlugin_finalize() {
     const Call call;
     destroyCache();
 }
 
-std::int32_t tavPlugin_getDeviceCount(std::uint32_t* count) {
+std::int32_t TAVPLUGIN_CALL tavPlugin_getDeviceCount(std::uint32_t* count) {
     if (!count)
         return kTavManErrInvalidParam;
     return guarded([&] {
@@ -118,12 +118,14 @@ std::int32_t tavPlugin_getDeviceCount(std::uint32_t* count) {
     });
 }
 
-std::int32_t tavPlugin_getDeviceAttributeI32(std::uint32_t index, std::uint32_t attribute,
-                                             std::int32_t* value) {
+std::int32_t TAVPLUGIN_CALL tavPlugin_getDeviceAttributeI32(std::uint32_t index,
+                                                            std::uint32_t attribute,
+                                                            std::int32_t* value) {
     return guarded([&] { return getCache().FindAttributeI32(index, attribute, value); });
 }
 
-std::int32_t tavPlugin_getDeviceAttributeUTF8(std::uint32_t index, std::uint32_t attribute,
-                                              char* buffer) {
+std::int32_t TAVPLUGIN_CALL tavPlugin_getDeviceAttributeUTF8(std::uint32_t index,
+                                                             std::uint32_t attribute,
+                                                             char* buffer) {
     return guarded([&] { return getCache().FindAttributeUTF8(index, attribute, buffer); });
 }

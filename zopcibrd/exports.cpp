@@ -77,7 +77,7 @@ void store(Value* output, Value value) {
 
 } // namespace
 
-int32_t ZoPciBrd_OpenSession(uint32_t /*option*/, uint32_t* session) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_OpenSession(uint32_t /*option*/, uint32_t* session) {
     if (session == nullptr)
         return kPciBrdErrInvalidArgument;
     return guarded(kPciBrdErrNoBus, [&]() -> std::int32_t {
@@ -89,23 +89,24 @@ int32_t ZoPciBrd_OpenSession(uint32_t /*option*/, uint32_t* session) {
     });
 }
 
-int32_t ZoPciBrd_CloseSession(uint32_t session) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_CloseSession(uint32_t session) {
     return guarded(kPciBrdErrOutOfMemory, [&]() -> std::int32_t {
         return zopcibrd::sessions().close(session) ? 0 : kPciBrdErrInvalidArgument;
     });
 }
 
-int32_t ZoPciBrd_FindBridgesByPciIds(uint32_t session, uint16_t vendor, uint16_t device,
-                                     uint16_t subsystemVendor, uint16_t subsystem,
-                                     uint32_t* bridges, uint32_t* count) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindBridgesByPciIds(uint32_t session, uint16_t vendor,
+                                                   uint16_t device, uint16_t subsystemVendor,
+                                                   uint16_t subsystem, uint32_t* bridges,
+                                                   uint32_t* count) {
     return withBus(session, [&](const Bus& bus) {
         return answerList(bus.bridgesWithIds({vendor, device, subsystemVendor, subsystem}), bridges,
                           count);
     });
 }
 
-int32_t ZoPciBrd_FindBridgeByAddress(uint32_t session, uint8_t bus, uint8_t device,
-                                     uint8_t function, uint32_t* bridge) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindBridgeByAddress(uint32_t session, uint8_t bus, uint8_t device,
+                                                   uint8_t function, uint32_t* bridge) {
     return withBus(session, [&](const Bus& all) {
         const bool inRange = device <= pcibus::kMaxDevice && function <= pcibus::kMaxFunction;
         const auto handle = static_cast<std::uint32_t>(bus << 8 | device << 3 | function);
@@ -113,7 +114,8 @@ int32_t ZoPciBrd_FindBridgeByAddress(uint32_t session, uint8_t bus, uint8_t devi
     });
 }
 
-int32_t ZoPciBrd_FindBridgeBySlotPath(uint32_t session, const char* slotPath, uint32_t* bridge) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindBridgeBySlotPath(uint32_t session, const char* slotPath,
+                                                    uint32_t* bridge) {
     return withBus(session, [&](const Bus& bus) -> std::int32_t {
         if (slotPath == nullptr || bridge == nullptr)
             return kPciBrdErrInvalidArgument;
@@ -121,36 +123,39 @@ int32_t ZoPciBrd_FindBridgeBySlotPath(uint32_t session, const char* slotPath, ui
     });
 }
 
-int32_t ZoPciBrd_FindParentBridgeForBus(uint32_t session, uint8_t bus, uint32_t* bridge) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindParentBridgeForBus(uint32_t session, uint8_t bus,
+                                                      uint32_t* bridge) {
     return withBus(session,
                    [&](const Bus& all) { return answerOne(all.parentOfBus(bus), bridge); });
 }
 
-int32_t ZoPciBrd_GetBridgeParent(uint32_t session, uint32_t bridge, uint32_t* parent) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeParent(uint32_t session, uint32_t bridge,
+                                               uint32_t* parent) {
     return withBridge(session, bridge, [&](const Bus& bus, const PciFunction& of) {
         return answerOne(bus.parentOfBus(of.bus), parent);
     });
 }
 
-int32_t ZoPciBrd_GetBridgeChildren(uint32_t session, uint32_t bridge, uint32_t* bridges,
-                                   uint32_t* count) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeChildren(uint32_t session, uint32_t bridge,
+                                                 uint32_t* bridges, uint32_t* count) {
     return withBridge(session, bridge, [&](const Bus& bus, const PciFunction& of) {
         return answerList(bus.childrenOf(of), bridges, count);
     });
 }
 
-int32_t ZoPciBrd_GetBusChildren(uint32_t session, uint8_t bus, uint32_t* bridges, uint32_t* count) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBusChildren(uint32_t session, uint8_t bus, uint32_t* bridges,
+                                              uint32_t* count) {
     return withBus(session,
                    [&](const Bus& all) { return answerList(all.bridgesOn(bus), bridges, count); });
 }
 
-int32_t ZoPciBrd_GetRootBuses(uint32_t session, uint8_t* buses, uint32_t* count) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetRootBuses(uint32_t session, uint8_t* buses, uint32_t* count) {
     return withBus(session,
                    [&](const Bus& bus) { return answerList(bus.rootBuses(), buses, count); });
 }
 
-int32_t ZoPciBrd_GetBridgeAddress(uint32_t session, uint32_t bridge, uint8_t* bus, uint8_t* device,
-                                  uint8_t* function) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeAddress(uint32_t session, uint32_t bridge, uint8_t* bus,
+                                                uint8_t* device, uint8_t* function) {
     return withBridge(session, bridge, [&](const Bus&, const PciFunction& of) {
         store(bus, of.bus);
         store(device, of.device);
@@ -159,7 +164,8 @@ int32_t ZoPciBrd_GetBridgeAddress(uint32_t session, uint32_t bridge, uint8_t* bu
     });
 }
 
-int32_t ZoPciBrd_GetBridgeSlotPath(uint32_t session, uint32_t bridge, char* text, uint32_t* size) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeSlotPath(uint32_t session, uint32_t bridge, char* text,
+                                                 uint32_t* size) {
     return withBridge(session, bridge, [&](const Bus& bus, const PciFunction& of) -> std::int32_t {
         if (size == nullptr)
             return kPciBrdErrInvalidArgument;
@@ -170,8 +176,9 @@ int32_t ZoPciBrd_GetBridgeSlotPath(uint32_t session, uint32_t bridge, char* text
     });
 }
 
-int32_t ZoPciBrd_GetBridgeIds(uint32_t session, uint32_t bridge, uint16_t* vendor, uint16_t* device,
-                              uint16_t* subsystemVendor, uint16_t* subsystem) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeIds(uint32_t session, uint32_t bridge, uint16_t* vendor,
+                                            uint16_t* device, uint16_t* subsystemVendor,
+                                            uint16_t* subsystem) {
     return withBridge(session, bridge, [&](const Bus&, const PciFunction& of) {
         store(vendor, of.vendorId);
         store(device, of.deviceId);
@@ -181,13 +188,13 @@ int32_t ZoPciBrd_GetBridgeIds(uint32_t session, uint32_t bridge, uint16_t* vendo
     });
 }
 
-int32_t ZoPciBrd_SetAttributeU32(uint32_t /*session*/, uint32_t /*bridge*/, uint32_t /*attribute*/,
-                                 uint32_t /*value*/) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_SetAttributeU32(uint32_t /*session*/, uint32_t /*bridge*/,
+                                               uint32_t /*attribute*/, uint32_t /*value*/) {
     return kPciBrdErrUnavailable;
 }
 
-int32_t ZoPciBrd_GetAttributeU32(uint32_t session, uint32_t bridge, uint32_t attribute,
-                                 uint32_t* value) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetAttributeU32(uint32_t session, uint32_t bridge,
+                                               uint32_t attribute, uint32_t* value) {
     return withBridge(session, bridge, [&](const Bus&, const PciFunction& of) -> std::int32_t {
         if (value == nullptr)
             return kPciBrdErrInvalidArgument;
@@ -207,16 +214,17 @@ int32_t ZoPciBrd_GetAttributeU32(uint32_t session, uint32_t bridge, uint32_t att
     });
 }
 
-int32_t ZoPciBrd_OpenBridge(uint32_t session, uint32_t bridge) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_OpenBridge(uint32_t session, uint32_t bridge) {
     return withBridge(session, bridge, [](const Bus&, const PciFunction&) { return 0; });
 }
 
-int32_t ZoPciBrd_CloseBridge(uint32_t session, uint32_t bridge) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_CloseBridge(uint32_t session, uint32_t bridge) {
     return ZoPciBrd_OpenBridge(session, bridge);
 }
 
-int32_t ZoPciBrd_EepromUpdate(uint32_t /*session*/, uint32_t /*bridge*/, uint16_t /*first*/,
-                              uint16_t /*second*/, uint32_t /*third*/, uint32_t /*fourth*/,
-                              uint32_t /*fifth*/, void* /*data*/) {
+int32_t ZOPCIBRD_CALL ZoPciBrd_EepromUpdate(uint32_t /*session*/, uint32_t /*bridge*/,
+                                            uint16_t /*first*/, uint16_t /*second*/,
+                                            uint32_t /*third*/, uint32_t /*fourth*/,
+                                            uint32_t /*fifth*/, void* /*data*/) {
     return kPciBrdErrUnavailable;
 }

@@ -8,8 +8,9 @@
  *
  * Conventions of all functions:
  *
- * 1. C linkage, the platform's default calling convention; the result is a status. No exception
- *    leaves a function, and nothing is printed.
+ * 1. C linkage and C's calling convention, which ZOPCIBRD_CALL names where a caller may have been
+ *    compiled with another one as its default; the result is a status. No exception leaves a
+ *    function, and nothing is printed.
  * 2. Output pointers must not be null where nothing else is said: kPciBrdErrInvalidArgument.
  *    Outputs are written only with status 0, the needed count of point 5 excepted.
  * 3. A session that is not open, or a bridge handle that is not a bridge's of the session's bus,
@@ -27,6 +28,13 @@
 #define ZOPCIBRD_ZOPCIBRD_H
 
 #include <stdint.h>
+
+/* The calling convention of the functions. Only 32-bit x86 Windows has several. */
+#if defined(_WIN32) && (defined(_M_IX86) || defined(__i386__))
+#define ZOPCIBRD_CALL __cdecl
+#else
+#define ZOPCIBRD_CALL
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -51,19 +59,20 @@ enum {
 
 /* Reads the bus and opens a session on it; several may be open at once. The option has no meaning
  * here: pass 0. kPciBrdErrNoBus when the bus cannot be read, for want of memory too. */
-int32_t ZoPciBrd_OpenSession(uint32_t option, uint32_t* session);
+int32_t ZOPCIBRD_CALL ZoPciBrd_OpenSession(uint32_t option, uint32_t* session);
 
 /* Ends a session; its handle is no longer good. */
-int32_t ZoPciBrd_CloseSession(uint32_t session);
+int32_t ZOPCIBRD_CALL ZoPciBrd_CloseSession(uint32_t session);
 
 /* Lists the bridges that have these four identifiers. */
-int32_t ZoPciBrd_FindBridgesByPciIds(uint32_t session, uint16_t vendor, uint16_t device,
-                                     uint16_t subsystemVendor, uint16_t subsystem,
-                                     uint32_t* bridges, uint32_t* count);
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindBridgesByPciIds(uint32_t session, uint16_t vendor,
+                                                   uint16_t device, uint16_t subsystemVendor,
+                                                   uint16_t subsystem, uint32_t* bridges,
+                                                   uint32_t* count);
 
 /* Finds the bridge at an address; kPciBrdErrNotFound also for numbers out of range. */
-int32_t ZoPciBrd_FindBridgeByAddress(uint32_t session, uint8_t bus, uint8_t device,
-                                     uint8_t function, uint32_t* bridge);
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindBridgeByAddress(uint32_t session, uint8_t bus, uint8_t device,
+                                                   uint8_t function, uint32_t* bridge);
 
 /* Finds the bridge at the end of a slot path, a text such as "MR00:08,00,E0": the root bus, then
  * one hop (device << 3 | function, two hexadecimal digits) for each bridge on the way, that of the
@@ -71,55 +80,61 @@ int32_t ZoPciBrd_FindBridgeByAddress(uint32_t session, uint8_t bus, uint8_t devi
  * colon, or be missing for root bus 0. kPciBrdErrInvalidArgument for a text that cannot be read,
  * kPciBrdErrNotFound for one without hops and when the first bus is no root bus. A way down leads
  * only through the bridge that is the parent of its secondary bus. kPciBrdErrOutOfMemory. */
-int32_t ZoPciBrd_FindBridgeBySlotPath(uint32_t session, const char* slotPath, uint32_t* bridge);
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindBridgeBySlotPath(uint32_t session, const char* slotPath,
+                                                    uint32_t* bridge);
 
 /* Finds the bridge whose secondary bus this is, the lowest where several claim it;
  * kPciBrdErrNotFound for root buses and buses that there are not. */
-int32_t ZoPciBrd_FindParentBridgeForBus(uint32_t session, uint8_t bus, uint32_t* bridge);
+int32_t ZOPCIBRD_CALL ZoPciBrd_FindParentBridgeForBus(uint32_t session, uint8_t bus,
+                                                      uint32_t* bridge);
 
 /* Finds the bridge above a bridge; kPciBrdErrNotFound for one on a root bus. */
-int32_t ZoPciBrd_GetBridgeParent(uint32_t session, uint32_t bridge, uint32_t* parent);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeParent(uint32_t session, uint32_t bridge, uint32_t* parent);
 
 /* Lists the bridges directly below a bridge; none when another one is the parent of its secondary
  * bus. */
-int32_t ZoPciBrd_GetBridgeChildren(uint32_t session, uint32_t bridge, uint32_t* bridges,
-                                   uint32_t* count);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeChildren(uint32_t session, uint32_t bridge,
+                                                 uint32_t* bridges, uint32_t* count);
 
 /* Lists the bridges on a bus; none on a bus that there is not. */
-int32_t ZoPciBrd_GetBusChildren(uint32_t session, uint8_t bus, uint32_t* bridges, uint32_t* count);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBusChildren(uint32_t session, uint8_t bus, uint32_t* bridges,
+                                              uint32_t* count);
 
 /* Lists the buses that have functions and no bridge above. */
-int32_t ZoPciBrd_GetRootBuses(uint32_t session, uint8_t* buses, uint32_t* count);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetRootBuses(uint32_t session, uint8_t* buses, uint32_t* count);
 
 /* Tells where a bridge is. Each output may be null. */
-int32_t ZoPciBrd_GetBridgeAddress(uint32_t session, uint32_t bridge, uint8_t* bus, uint8_t* device,
-                                  uint8_t* function);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeAddress(uint32_t session, uint32_t bridge, uint8_t* bus,
+                                                uint8_t* device, uint8_t* function);
 
 /* Writes the slot path text of a bridge, in the form that ZoPciBrd_FindBridgeBySlotPath reads.
  * `*size` gives the bytes that `text` has room for and is set to those needed, the terminating zero
  * included; a null or short `text` is left alone, with kPciBrdErrBufferTooSmall.
  * kPciBrdErrOutOfMemory. */
-int32_t ZoPciBrd_GetBridgeSlotPath(uint32_t session, uint32_t bridge, char* text, uint32_t* size);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeSlotPath(uint32_t session, uint32_t bridge, char* text,
+                                                 uint32_t* size);
 
 /* Tells the four identifiers of a bridge. Each output may be null. */
-int32_t ZoPciBrd_GetBridgeIds(uint32_t session, uint32_t bridge, uint16_t* vendor, uint16_t* device,
-                              uint16_t* subsystemVendor, uint16_t* subsystem);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetBridgeIds(uint32_t session, uint32_t bridge, uint16_t* vendor,
+                                            uint16_t* device, uint16_t* subsystemVendor,
+                                            uint16_t* subsystem);
 
 /* Always kPciBrdErrUnavailable, whatever the arguments. */
-int32_t ZoPciBrd_SetAttributeU32(uint32_t session, uint32_t bridge, uint32_t attribute,
-                                 uint32_t value);
+int32_t ZOPCIBRD_CALL ZoPciBrd_SetAttributeU32(uint32_t session, uint32_t bridge,
+                                               uint32_t attribute, uint32_t value);
 
 /* Reads an attribute of a bridge; kPciBrdErrInvalidArgument for one that is not listed above. */
-int32_t ZoPciBrd_GetAttributeU32(uint32_t session, uint32_t bridge, uint32_t attribute,
-                                 uint32_t* value);
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetAttributeU32(uint32_t session, uint32_t bridge,
+                                               uint32_t attribute, uint32_t* value);
 
 /* Nothing needs to be opened or closed here: they only check the handles. */
-int32_t ZoPciBrd_OpenBridge(uint32_t session, uint32_t bridge);
-int32_t ZoPciBrd_CloseBridge(uint32_t session, uint32_t bridge);
+int32_t ZOPCIBRD_CALL ZoPciBrd_OpenBridge(uint32_t session, uint32_t bridge);
+int32_t ZOPCIBRD_CALL ZoPciBrd_CloseBridge(uint32_t session, uint32_t bridge);
 
 /* Always kPciBrdErrUnavailable, whatever the arguments. */
-int32_t ZoPciBrd_EepromUpdate(uint32_t session, uint32_t bridge, uint16_t first, uint16_t second,
-                              uint32_t third, uint32_t fourth, uint32_t fifth, void* data);
+int32_t ZOPCIBRD_CALL ZoPciBrd_EepromUpdate(uint32_t session, uint32_t bridge, uint16_t first,
+                                            uint16_t second, uint32_t third, uint32_t fourth,
+                                            uint32_t fifth, void* data);
 
 #ifdef __cplusplus
 }
