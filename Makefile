@@ -153,10 +153,12 @@ clang: ## build everything with Clang's warnings as errors and what it can check
 	@cmake --preset checked -DZOTAVPCI_TESTS=ON >/dev/null
 	@cmake --build --preset checked -j $(JOBS)
 
-tidy: ## run clang-tidy over the product's sources
-	@scripts/install-packages.sh build test lint fuzz
+tidy: ## run clang-tidy over the product's sources, and ask whether they need GNU's compiler
+	@scripts/install-packages.sh build test lint fuzz windows
 	@cmake --preset checked -DZOTAVPCI_TESTS=ON >/dev/null
 	@scripts/tidy.sh build/checked $(JOBS)
+	@cmake --preset windows-x64 >/dev/null
+	@scripts/check-portable.py . build/windows-x64/headers
 
 update-expectations: build ## rewrite what the whole-system cases expect; read the diff
 	@build/$(PRESET)/bin/test_system --rewrite

@@ -1,5 +1,6 @@
 #include "pxidrivertools/ini/iniIndex.h"
 
+#include "platform/prefetch.h"
 #include "pxidrivertools/ini/iniNames.h"
 
 #include <cstring>
@@ -227,7 +228,7 @@ std::uint32_t findByHash(const IniMemory& memory, IniIndex*& index, const IniLis
 
 void prefetchSlot(const IniIndex& index, std::uint32_t hash) noexcept {
     const Slot* const slots = reinterpret_cast<const Slot*>(&index + 1);
-    __builtin_prefetch(slots + (hash & index.mask));
+    platform::prefetch(slots + (hash & index.mask));
 }
 
 void elementArrives(IniIndex* index, const IniList* list, std::uint32_t hash) noexcept {

@@ -1,6 +1,7 @@
 #include "pxidrivertools/ini/iniNames.h"
 
 #include "platform/randomSeed.h"
+#include "platform/wideProduct.h"
 
 #include <algorithm>
 #include <utility>
@@ -40,18 +41,8 @@ const HashKey& hashKey() noexcept {
 
 // Both halves of the product in one, so that every bit of it counts.
 std::uint64_t foldedProduct(std::uint64_t left, std::uint64_t right) noexcept {
-#ifdef __SIZEOF_INT128__
-    __extension__ using Wide = unsigned __int128;
-    const Wide product = Wide{left} * right;
-    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-#else
-    const auto low = [](std::uint64_t number) { return number & 0xFFFFFFFFU; };
-    const std::uint64_t lowest = low(left) * low(right);
-    const std::uint64_t one = (left >> 32) * low(right) + (lowest >> 32);
-    const std::uint64_t other = low(left) * (right >> 32) + low(one);
-    const std::uint64_t highest = (left >> 32) * (right >> 32) + (one >> 32) + (other >> 32);
-    return (other << 32 | low(lowest)) ^ highest;
-#endif
+    const platform::WideProduct product = platform::wideProduct(left, right);
+    return product.low ^ product.high;
 }
 
 } // namespace

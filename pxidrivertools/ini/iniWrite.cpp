@@ -133,7 +133,8 @@ private:
     void writeNumber(std::uint32_t number) noexcept {
         constexpr std::ptrdiff_t kDigits = 4;
         std::array<char, 10> digits{};
-        const char* const end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+        const char* const end =
+            std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
         for (std::ptrdiff_t missing = kDigits - (end - digits.data()); missing > 0; --missing)
             output_.putAsIs('0');
         output_.putAsIs({digits.data(), static_cast<std::size_t>(end - digits.data())});
