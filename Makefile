@@ -9,7 +9,7 @@ SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 .PHONY: help build demo quick test test-native windows test-windows test-guest test-sanitizers \
         check-valgrind check soak coverage build-bench bench bench-live bench-detail fuzz \
         format check-format tidy clang update-expectations record-sample record-guests \
-        package-windows install clean
+        package-windows check-reproducible install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -172,7 +172,7 @@ record-guests: ## record the emulated machines of tests/guest anew, as samples a
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
 	@tests/guest/recordAll.sh build/$(PRESET)/bin
 
-package-windows: ## pack what Windows users need, for x64 and x86, into one archive
+package-windows: ## pack what Windows users need, for x64 and x86, into one archive, and the symbols into another
 	@scripts/install-packages.sh build windows
 	@for target in x64 x86; do \
 	    cmake --preset windows-$$target >/dev/null && \
@@ -181,6 +181,11 @@ package-windows: ## pack what Windows users need, for x64 and x86, into one arch
 	done
 	@scripts/package-windows.sh build/zotavpci-windows.zip build/windows-x64 build/windows-x86
 	@unzip -l build/zotavpci-windows.zip
+	@unzip -l build/zotavpci-windows-symbols.zip
+
+check-reproducible: ## build the archives for Windows twice in different folders; fail unless bytes are equal
+	@scripts/install-packages.sh build windows
+	@scripts/check-reproducible.sh $(JOBS)
 
 install: build ## install below DESTDIR and the configured prefix
 	@cmake --install build/$(PRESET)

@@ -9,12 +9,14 @@ target_compile_options(zotavpci_settings INTERFACE
 
 if(WIN32)
     # Windows 7 is the oldest system; the run-time libraries travel inside, so that a file needs no
-    # other beside it, what checks the stack among them; addresses are random and data is not run.
+    # other beside it, what checks the stack among them; addresses are random and data is not run. No
+    # file says when it was linked. One that gets its symbols beside it is stripped afterwards.
     target_compile_definitions(zotavpci_settings INTERFACE _WIN32_WINNT=0x0601)
     target_link_options(zotavpci_settings INTERFACE
         -static -fstack-protector-strong LINKER:--dynamicbase LINKER:--nxcompat LINKER:--gc-sections
+        LINKER:--no-insert-timestamp
         $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:--high-entropy-va>
-        $<$<CONFIG:Release>:-s>)
+        $<$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:TAV_SYMBOL_FILE>>>>:-s>)
     enable_language(RC)
 endif()
 

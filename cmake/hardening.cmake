@@ -14,8 +14,19 @@ function(tav_harden target)
     target_compile_options(${target} PRIVATE
         -fstack-protector-strong
         $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -Wframe-larger-than=${TAV_LARGEST_FRAME}>)
-    # Windows' own convention has larger frames probed, and its marks stand in compilerSettings.cmake.
+    # Windows' own convention has larger frames probed, and the marks that every file has stand in
+    # compilerSettings.cmake. On x86 no handler of exceptions is registered on the stack, so the loader
+    # may refuse to call any. On x64 handlers stand in tables, and the mark would say nothing. GCC
+    # has no checks of indirect calls, and its linker does not announce a load configuration, which is
+    # where these would be listed.
     if(WIN32)
+        get_target_property(type ${target} TYPE)
+        if(type STREQUAL "EXECUTABLE")
+            target_link_options(${target} PRIVATE LINKER:--tsaware)
+        endif()
+        if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND NOT type STREQUAL "OBJECT_LIBRARY")
+            target_link_options(${target} PRIVATE LINKER:--no-seh)
+        endif()
         return()
     endif()
     target_compile_options(${target} PRIVATE -fstack-clash-protection)

@@ -24,12 +24,24 @@ folders=(*)
 cd "${folders[0]}"
 
 {
-    printf '%s\n' README.txt docs/descriptions.md include/tavPlugin.h include/zopcibrd.h \
+    printf '%s\n' README.txt docs/descriptions.md include/{tavPlugin.h,zopcibrd.h,zotavpci.def} \
         samples/switchboxes.dump "$target"/{tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
     (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini')
 } | LC_ALL=C sort >"$work/expected"
 find . -type f | sed 's|^\./||' | LC_ALL=C sort >"$work/found"
 diff -u "$work/expected" "$work/found" || fail "the archive does not hold what it should"
+
+unzip -Z1 "$work/package-symbols.zip" | LC_ALL=C sort >"$work/symbols"
+printf '%s\n' "${folders[0]}-symbols/$target"/{tavctl.exe,zopcibrd.dll,zotavpci.dll}.debug |
+    diff -u - "$work/symbols" || fail "the archive of symbols does not hold what it should"
+
+# The list of exports names the library, and what the header declares.
+{
+    echo "LIBRARY zotavpci.dll"
+    echo EXPORTS
+    grep -o 'TAVPLUGIN_CALL tavPlugin_[a-zA-Z0-9]*(' include/tavPlugin.h |
+        sed 's/TAVPLUGIN_CALL \(.*\)(/    \1/'
+} | diff -u - <(tr -d '\r' <include/zotavpci.def) || fail "zotavpci.def is not the header's"
 
 # Every line of every text ends as Windows has it, and nothing is left to fill in.
 while read -r file; do

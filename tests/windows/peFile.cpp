@@ -72,6 +72,7 @@ void readExports(const Image& image, const IMAGE_DATA_DIRECTORY& directory, PeFi
     for (DWORD i = 0; i < table.NumberOfNames; ++i)
         file.exports.insert(
             image.textAt(image.loadedAt<DWORD>(table.AddressOfNames + i * DWORD{sizeof(DWORD)})));
+    file.exportsMadeAt = table.TimeDateStamp;
     file.exportsByNumberOnly = table.NumberOfFunctions - table.NumberOfNames;
 }
 
@@ -103,13 +104,23 @@ void readHeaders(Image& image, std::size_t start, Thunk byNumber, PeFile& file) 
     file.machine = headers.FileHeader.Machine;
     file.characteristics = headers.FileHeader.Characteristics;
     file.dllCharacteristics = headers.OptionalHeader.DllCharacteristics;
+    file.linkedAt = headers.FileHeader.TimeDateStamp;
+    file.checksum = headers.OptionalHeader.CheckSum;
+    file.imageBytes = headers.OptionalHeader.SizeOfImage;
+    file.sectionAlignment = headers.OptionalHeader.SectionAlignment;
     const std::size_t sections = start + offsetof(Headers, OptionalHeader) +
                                  std::size_t{headers.FileHeader.SizeOfOptionalHeader};
-    for (std::size_t i = 0; i < headers.FileHeader.NumberOfSections; ++i)
-        image.addSection(
-            image.at<IMAGE_SECTION_HEADER>(sections + i * sizeof(IMAGE_SECTION_HEADER)));
+    for (std::size_t i = 0; i < headers.FileHeader.NumberOfSections; ++i) {
+        const auto section =
+            image.at<IMAGE_SECTION_HEADER>(sections + i * sizeof(IMAGE_SECTION_HEADER));
+        image.addSection(section);
+        const char* const name = reinterpret_cast<const char*>(section.Name);
+        file.sections.push_back({std::string(name, strnlen(name, sizeof section.Name)),
+                                 section.VirtualAddress, section.Misc.VirtualSize});
+    }
     const auto& directories = headers.OptionalHeader.DataDirectory;
     file.relocationBytes = directories[IMAGE_DIRECTORY_ENTRY_BASERELOC].Size;
+    file.loadConfigurationBytes = directories[IMAGE_DIRECTORY_ENTRY_LOAD_CONFIG].Size;
     readExports(image, directories[IMAGE_DIRECTORY_ENTRY_EXPORT], file);
     readImports(image, directories[IMAGE_DIRECTORY_ENTRY_IMPORT], byNumber, file);
 }

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <imagehlp.h>
 #include <windows.h>
 
 #include <filesystem>
@@ -59,6 +60,62 @@ TEST_P(ProductFiles, AreLoadedAtRandomAddressesAndDoNotRunData) {
     EXPECT_FALSE(file.characteristics & IMAGE_FILE_RELOCS_STRIPPED);
 }
 
+// On x86 a handler of exceptions stands on the stack, where an overflow reaches it: with this mark
+// the loader calls none that is inside the file. marksTest.sh looks for what would register one. On
+// x64 they stand in tables that cannot be written, and the mark has no meaning.
+TEST_P(ProductFiles, HaveNoHandlersOnTheStack) {
+    const PeFile file = readPeFile(GetParam().path);
+    EXPECT_EQ((file.dllCharacteristics & IMAGE_DLLCHARACTERISTICS_NO_SEH) != 0, !kIs64);
+}
+
+// It writes no files of everybody's, so a server of many users need not watch it. Libraries have no
+// such mark.
+TEST(Tables, TheToolIsFitForServersOfManyUsers) {
+    EXPECT_TRUE(readPeFile(TAVCTL_FILE).dllCharacteristics &
+                IMAGE_DLLCHARACTERISTICS_TERMINAL_SERVER_AWARE);
+}
+
+// What GCC and its linker cannot do is not announced either: no checks of indirect calls, and no
+// table that would list where these may lead.
+TEST_P(ProductFiles, AnnounceNoChecksThatTheyDoNotHave) {
+    const PeFile file = readPeFile(GetParam().path);
+    constexpr WORD kGuardedCalls = 0x4000;
+    EXPECT_FALSE(file.dllCharacteristics & kGuardedCalls);
+    EXPECT_EQ(file.loadConfigurationBytes, 0U);
+}
+
+TEST_P(ProductFiles, DoNotSayWhenTheyWereMade) {
+    const PeFile file = readPeFile(GetParam().path);
+    EXPECT_EQ(file.linkedAt, 0U);
+    EXPECT_EQ(file.exportsMadeAt, 0U);
+}
+
+// Sections follow each other without a gap, the one that names the symbols among them; Windows
+// loads nothing else.
+TEST_P(ProductFiles, AreLaidOutAsTheLoaderWantsThem) {
+    const PeFile file = readPeFile(GetParam().path);
+    ASSERT_THAT(file.sections, Not(IsEmpty()));
+    const auto filledUp = [&](std::size_t bytes) {
+        return (bytes + file.sectionAlignment - 1) / file.sectionAlignment * file.sectionAlignment;
+    };
+    std::size_t next = file.sections.front().address;
+    for (const testwindows::PeSection& section : file.sections) {
+        EXPECT_EQ(section.address, next) << section.name;
+        next = filledUp(section.address + section.bytes);
+    }
+    EXPECT_EQ(file.imageBytes, next);
+}
+
+// As the system works it out, so that nothing of the file is damaged and drivers' rules hold too.
+TEST_P(ProductFiles, HaveTheirChecksum) {
+    DWORD inHeader = 0;
+    DWORD computed = 0;
+    ASSERT_EQ(
+        MapFileAndCheckSumW(std::filesystem::path(GetParam().path).c_str(), &inHeader, &computed),
+        static_cast<DWORD>(CHECKSUM_SUCCESS));
+    EXPECT_EQ(inHeader, computed);
+}
+
 // What checks the stack travels inside, and asks the system for the number that it checks with.
 TEST_P(ProductFiles, CheckTheirStack) {
     PeFile file = readPeFile(GetParam().path);
@@ -109,6 +166,20 @@ TEST_P(ProductFiles, SayTheirVersion) {
     EXPECT_EQ(resource.text(L"ProductVersion"), TAV_VERSION);
     EXPECT_EQ(resource.text(L"OriginalFilename"), GetParam().name);
     EXPECT_EQ(resource.text(L"FileDescription"), GetParam().description);
+    EXPECT_EQ(resource.text(L"InternalName"), GetParam().name);
+    EXPECT_EQ(resource.text(L"ProductName"), "zotavpci");
+    EXPECT_EQ(resource.text(L"CompanyName"), "zotavpci team");
+    EXPECT_EQ(resource.text(L"LegalCopyright"), "Copyright (C) zotavpci team");
+}
+
+TEST_P(ProductFiles, SayWhatKindOfFileTheyAre) {
+    const VS_FIXEDFILEINFO numbers = VersionResource(GetParam().path).numbers();
+    const bool isProgram = std::string(GetParam().name).ends_with(".exe");
+    EXPECT_EQ(numbers.dwFileType, static_cast<DWORD>(isProgram ? VFT_APP : VFT_DLL));
+    EXPECT_EQ(numbers.dwFileSubtype, static_cast<DWORD>(VFT2_UNKNOWN)) << "neither driver nor font";
+    EXPECT_EQ(numbers.dwFileOS, static_cast<DWORD>(VOS_NT_WINDOWS32));
+    EXPECT_EQ(numbers.dwFileFlagsMask, static_cast<DWORD>(VS_FFI_FILEFLAGSMASK));
+    EXPECT_EQ(numbers.dwFileFlags, 0U) << "a finished file of the version that it says";
 }
 
 INSTANTIATE_TEST_SUITE_P(
