@@ -2,6 +2,7 @@
 
 #include "platform/directorySearch.h"
 #include "platform/file.h"
+#include "platform/pause.h"
 #include "pxidrivertools/configuration.h"
 #include "quil/setError.h"
 #include "quil/zoerr.h"
@@ -10,7 +11,6 @@
 #include <boost/interprocess/errors.hpp>
 #include <boost/interprocess/exceptions.hpp>
 #include <new>
-#include <thread>
 
 namespace nZoTavManagerPciPlugin_15_0 {
 
@@ -126,9 +126,8 @@ int cPciTavFilesystem::EnsureFileExists(const std::string& path) {
 void cPciTavFilesystem::LockFile(const std::string& path) {
     if (locked_)
         return;
-    raiseInterprocessIfFailed(
-        openPatiently([&] { return lockFile_.open(path.c_str()); }, &platform::isSharingViolation,
-                      [](auto delay) { std::this_thread::sleep_for(delay); }));
+    raiseInterprocessIfFailed(openPatiently([&] { return lockFile_.open(path.c_str()); },
+                                            &platform::isSharingViolation, &platform::pause));
     raiseInterprocessIfFailed(lockFile_.lock());
     locked_ = true;
 }

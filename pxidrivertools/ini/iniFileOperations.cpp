@@ -2,9 +2,8 @@
 
 #include "platform/fileInPlace.h"
 #include "platform/fileReplacement.h"
+#include "platform/pause.h"
 #include "platform/stream.h"
-
-#include <thread>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
@@ -69,7 +68,7 @@ public:
         return platform::lastWriteTime(path);
     }
     void pause(std::chrono::milliseconds time) noexcept override {
-        std::this_thread::sleep_for(time);
+        platform::pause(time);
     }
 };
 

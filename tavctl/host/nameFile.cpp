@@ -2,6 +2,7 @@
 
 #include "platform/earlyEnd.h"
 #include "platform/file.h"
+#include "platform/pause.h"
 #include "platform/utf8Path.h"
 #include "pxidrivertools/escapedText.h"
 #include "pxidrivertools/ini/iniList.h"
@@ -18,7 +19,6 @@
 
 #include <new>
 #include <set>
-#include <thread>
 
 namespace tavctl {
 
@@ -84,9 +84,8 @@ NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
     else if (!platform::lastWriteTime(lockFile.c_str()))
         return;
     const Progress progress("waiting for whoever uses the terminal names");
-    platform::SystemCode code =
-        openPatiently([&] { return lock_.open(lockFile.c_str()); }, &platform::isSharingViolation,
-                      [](auto delay) { std::this_thread::sleep_for(delay); });
+    platform::SystemCode code = openPatiently([&] { return lock_.open(lockFile.c_str()); },
+                                              &platform::isSharingViolation, &platform::pause);
     if (purpose == Purpose::reading && platform::isRefusal(code))
         return;
     if (code == platform::kNoSystemError)

@@ -34,7 +34,7 @@ TEST(RandomSeed, IsAnotherEachTime) {
 }
 
 TEST(RandomSeed, IsAnotherEachTimeWhereTheSystemHasNone) {
-    expectSpread([] { return platform::guessedSeed(); });
+    expectSpread([] { return platform::guessedSeed(0, 0); });
 }
 
 TEST(RandomSeed, LeavesTheLastErrorAlone) {
