@@ -10,7 +10,9 @@ target_compile_options(zotavpci_settings INTERFACE
 if(WIN32)
     # Windows 7 is the oldest system; the run-time libraries travel inside, so that a file needs no
     # other beside it, what checks the stack among them; addresses are random and data is not run. No
-    # file says when it was linked. One that gets its symbols beside it is stripped afterwards.
+    # file says when it was linked. One that gets its symbols beside it is stripped afterwards. Of the
+    # run-time's threads only programs take what the compiler has: libraries that hosts load have
+    # platform/windows/hosted instead.
     target_compile_definitions(zotavpci_settings INTERFACE _WIN32_WINNT=0x0601)
     target_link_options(zotavpci_settings INTERFACE
         -static -fstack-protector-strong LINKER:--dynamicbase LINKER:--nxcompat LINKER:--gc-sections

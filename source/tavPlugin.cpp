@@ -2,6 +2,7 @@
 #include "include/tavPlugin.h"
 
 #include "pciBrdWrapper/cPciBrdWrapper_ex.h"
+#include "platform/pause.h"
 #include "pxidrivertools/cIniFile.h"
 #include "quil/cQUILDeviceFinder.h"
 #include "source/cPciModelInfoDb.h"
@@ -12,7 +13,7 @@
 #include "source/tavStatus.h"
 
 #include <atomic>
-#include <thread>
+#include <chrono>
 
 namespace {
 
@@ -43,16 +44,17 @@ public:
         if ((use.fetch_add(1) & kGivingUp) == 0)
             return;
         while ((use.load() & kGivingUp) != 0)
-            std::this_thread::yield();
+            platform::pause(std::chrono::milliseconds(1));
     }
     ~Call() { use.fetch_sub(1); }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 };
 
-// When the library is unloaded, by a host that has not finalised it, or the process ends. A process
-// may end while another thread of it calls: nothing is taken from under a call, and one that comes
-// meanwhile or even later finds no list, or makes a new one.
+// When the library is unloaded, by a host that has not finalised it, or the process ends (on
+// Windows a library leaves everything to the system then). A process may end while another thread
+// of it calls: nothing is taken from under a call, and one that comes meanwhile or even later finds
+// no list, or makes a new one.
 struct AtUnload {
     ~AtUnload() {
         unsigned none = 0;

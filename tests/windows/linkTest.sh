@@ -69,5 +69,5 @@ if [ "$target" = x86 ]; then
     if link /out:"$work/old.exe" "$work/host.obj" "$work/old.lib" 2>"$work/said"; then
         fail "an import library without the marks of safe handlers was linked"
     fi
-    grep -q SAFESEH "$work/said" || fail "refused for another reason: $(cat "$work/said")"
+    grep -qi safeseh "$work/said" || fail "refused for another reason: $(cat "$work/said")"
 fi

@@ -122,6 +122,18 @@ TEST_P(ProductFiles, CheckTheirStack) {
     EXPECT_TRUE(file.imports["advapi32.dll"].contains("CryptGenRandom"));
 }
 
+// What comes and goes in a host must not bring the compiler's library of threads along, which
+// leaves a slot for thread-local storage and memory behind each time; the tool has threads, and
+// brings it.
+TEST(Tables, OnlyTheToolTakesALibraryOfThreadsAlong) {
+    for (const char* const name :
+         {"AddVectoredExceptionHandler", "CreateSemaphoreA", "SetThreadContext"}) {
+        EXPECT_FALSE(readPeFile(ZOTAVPCI_FILE).imports["kernel32.dll"].contains(name)) << name;
+        EXPECT_FALSE(readPeFile(ZOPCIBRD_FILE).imports["kernel32.dll"].contains(name)) << name;
+        EXPECT_TRUE(readPeFile(TAVCTL_FILE).imports["kernel32.dll"].contains(name)) << name;
+    }
+}
+
 class VersionResource {
 public:
     explicit VersionResource(const char* file) {
