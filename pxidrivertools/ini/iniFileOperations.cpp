@@ -67,9 +67,7 @@ public:
     std::optional<platform::FileTime> lastWriteTime(const char* path) noexcept override {
         return platform::lastWriteTime(path);
     }
-    void pause(std::chrono::milliseconds time) noexcept override {
-        platform::pause(time);
-    }
+    void pause(std::chrono::milliseconds time) noexcept override { platform::pause(time); }
 };
 
 } // namespace
