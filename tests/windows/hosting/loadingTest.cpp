@@ -56,15 +56,15 @@ TEST(Hosting, LoadingAndUnloadingLeavesNothing) {
 
 TEST(Hosting, LivesThatAreNotFinalisedLeaveNothing) {
     const Machine machine;
-    expectNothingLeft("live", cycles(200, 50));
+    expectNothingLeft("live", cycles(200, 20));
 }
 
 TEST(Hosting, ThreadsThatCallAndEndOrLiveOnLeaveNothing) {
-    expectNothingLeft("threads", cycles(200, 50));
+    expectNothingLeft("threads", cycles(200, 30));
 }
 
 TEST(Hosting, ThreadsThatEndLeaveNothingInAPluginThatStays) {
-    expectNothingLeft("visitors", 500);
+    expectNothingLeft("visitors", cycles(500, 100));
 }
 
 } // namespace
