@@ -3,14 +3,16 @@
 
 # Sources are called /zotavpci/... in every file, wherever they and the build folder are, so that the
 # same sources give the same bytes everywhere, and a debugger can be told once where they are. A
-# compiler cache may name sources from the build folder; that counts too. Of several names that fit
-# the compiler takes the last.
+# compiler cache may name sources and headers from the build folder; that counts too. Of several names
+# that fit the compiler takes the last. Left to itself it would call headers of libraries by the shorter
+# one of two names.
 if(WIN32)
     file(RELATIVE_PATH source_from_build ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
     cmake_path(GET source_from_build PARENT_PATH source_from_build)
     set(product $<NOT:$<BOOL:$<TARGET_PROPERTY:TAV_IS_TEST>>>)
-    foreach(map IN ITEMS ${source_from_build}=/zotavpci ${PROJECT_SOURCE_DIR}=/zotavpci
-            ${PROJECT_BINARY_DIR}=/zotavpci/build)
+    target_compile_options(zotavpci_settings INTERFACE $<${product}:-fno-canonical-system-headers>)
+    foreach(map IN ITEMS ${source_from_build}=/zotavpci headers=/zotavpci/build/headers
+            ${PROJECT_SOURCE_DIR}=/zotavpci ${PROJECT_BINARY_DIR}=/zotavpci/build)
         target_compile_options(zotavpci_settings INTERFACE $<${product}:-ffile-prefix-map=${map}>)
     endforeach()
     target_compile_options(zotavpci_settings INTERFACE $<$<AND:$<CONFIG:Release>,${product}>:-g1>)

@@ -33,27 +33,34 @@ for file in zotavpci.dll zopcibrd.dll tavctl.exe; do
 done
 cd "$build"
 
-# compiled SOURCE BUILD OBJECT: one source there, as the build compiles it.
-compile=$(python3 - compile_commands.json "$source/source/tavPlugin.cpp" <<'END'
+# A source as the build compiles it, and in a folder of another name. There it is compiled once more as
+# a compiler cache does, which names everything from where it is.
+compile=$(python3 - compile_commands.json "$source/source/cPciTavFilesystem.cpp" <<'END'
 import json, re, sys
 for entry in json.load(open(sys.argv[1])):
     if entry["file"] == sys.argv[2]:
         print(re.sub(r"^\S*ccache ", "", entry["command"]))
 END
 )
-[ -n "$compile" ] || fail "tavPlugin.cpp is not compiled"
+[ -n "$compile" ] || fail "cPciTavFilesystem.cpp is not compiled"
 object=$(sed 's/.* -o \(\S*\) .*/\1/' <<<"$compile")
+(cd "$build" && bash -c "${compile/ -o $object / -o $work/here.obj }")
+
 elsewhere=$work/a-folder/of-another-length
-mkdir -p "$elsewhere/build/windows/$(dirname "$object")"
+mkdir -p "$elsewhere/build/windows"
 (cd "$source" && tar -c include platform pcibus machine quil pxidrivertools pciBrdWrapper \
     zopcibrd source) | tar -x -C "$elsewhere"
 ln -s "$build/headers" "$elsewhere/build/windows/headers"
-mkdir -p "$work/here/$(dirname "$object")"
-(cd "$build" && bash -c "${compile/-o /-o $work/here/}")
-(cd "$elsewhere/build/windows" &&
-    bash -c "$(sed "s#$build#$elsewhere/build/windows#g; s#$source#$elsewhere#g" <<<"$compile")")
-cmp "$work/here/$object" "$elsewhere/build/windows/$object" ||
-    fail "a source compiled in another folder gives another object"
+cd "$elsewhere/build/windows"
+there=$(sed "s#$build#$PWD#g; s#$source#$elsewhere#g" <<<"$compile")
+from_here=$(sed "s#\(-I\|-isystem\|-c\) *$PWD/#\1 #g; s#\(-I\|-isystem\|-c\) *$elsewhere#\1 ../..#g" \
+    <<<"$there")
+[ "$there" != "$from_here" ] || fail "every name is from the build folder already"
+for command in "$there" "$from_here"; do
+    bash -c "${command/ -o $object / -o $work/there.obj }"
+    cmp "$work/here.obj" "$work/there.obj" ||
+        fail "a source compiled in another folder gives another object: $command"
+done
 
 "$source/scripts/package-windows.sh" "$work/1.zip" "$build"
 sleep 2 # what an archive can tell apart
