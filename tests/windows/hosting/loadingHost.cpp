@@ -31,7 +31,7 @@ using testwindows::ProcessResources;
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
 
-void expect(bool condition, const char* what) {
+void expect(bool condition, const std::string& what) {
     if (!condition)
         throw std::runtime_error(what);
 }
@@ -55,7 +55,8 @@ public:
     }
     void list() const {
         std::uint32_t count = 0;
-        expect(initialize() == kTavManSuccess, "not initialised");
+        const std::int32_t status = initialize();
+        expect(status == kTavManSuccess, "not initialised: " + std::to_string(status));
         expect(getDeviceCount(&count) == kTavManSuccess && count != 0, "no device");
     }
 
