@@ -1,5 +1,7 @@
 #include "tavctl/description/oddNames.h"
 
+#include "pxidrivertools/asciiText.h"
+
 #include <algorithm>
 #include <string>
 
@@ -7,15 +9,13 @@ namespace tavctl::lint {
 
 namespace {
 
-constexpr std::string_view kExtension = "ini";
+using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::toUpper;
 
-char lowerCase(char c) noexcept {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+constexpr std::string_view kExtension = "ini";
 
 bool isSameName(std::string_view name, std::string_view other) noexcept {
     return std::equal(name.begin(), name.end(), other.begin(), other.end(),
-                      [](char a, char b) { return lowerCase(a) == lowerCase(b); });
+                      [](char a, char b) { return toUpper(a) == toUpper(b); });
 }
 
 // Behind the last dot; a name that begins with its only dot has none.
