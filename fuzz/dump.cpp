@@ -50,9 +50,11 @@ void expectOrder(const Bus& bus) {
         expect(bus.find(function.handle()) == &function, "a function is found by its handle");
         expect((bus.findBridge(function.handle()) == &function) == function.isBridge(),
                "a bridge is found by its handle");
-        expect(function.isBridge() || (function.secondaryBus == 0 && function.linkWidth == 0 &&
-                                       function.linkSpeed == 0),
+        expect(function.isBridge() || (function.linkWidth == 0 && function.linkSpeed == 0),
                "what a bridge has, no other function has");
+        expect(function.isBridge() || function.isCardBusBridge() ||
+                   (function.secondaryBus == 0 && function.subordinateBus == 0),
+               "a function that is no bridge forwards no bus");
         const pcibus::PciIds ids = {function.vendorId, function.deviceId,
                                     function.subsystemVendorId, function.subsystemId};
         const auto alike = bus.bridgesWithIds(ids);
@@ -103,7 +105,8 @@ bool sameFunction(const PciFunction& a, const PciFunction& b) {
     return a.handle() == b.handle() && a.headerType == b.headerType && a.vendorId == b.vendorId &&
            a.deviceId == b.deviceId && a.subsystemVendorId == b.subsystemVendorId &&
            a.subsystemId == b.subsystemId && a.secondaryBus == b.secondaryBus &&
-           a.linkWidth == b.linkWidth && a.linkSpeed == b.linkSpeed && a.line == b.line;
+           a.subordinateBus == b.subordinateBus && a.linkWidth == b.linkWidth &&
+           a.linkSpeed == b.linkSpeed && a.line == b.line;
 }
 
 // Nothing but white space, behind a byte-order mark or without one.
@@ -136,13 +139,18 @@ bool expectBus(std::string_view text, const std::vector<PciFunction>* expected) 
         std::size_t headersOnly = 0;
         const Bus bus = pcibus::parseDump(
             text, "the name",
-            [&](std::uint32_t domain, const PciFunction&, std::span<const std::uint8_t> bytes) {
-                expect(bytes.size() >= 64 && bytes.size() <= 4096, "a function has its bytes");
-                others += domain != 0 ? 1 : 0;
-                if (domain != 0)
+            [&](const pcibus::SeenFunction& seen) {
+                expect(seen.bytes.size() >= 64 && seen.bytes.size() <= 4096,
+                       "a function has its bytes");
+                others += seen.domain != 0 ? 1 : 0;
+                if (seen.domain != 0)
                     return;
                 ++given;
-                headersOnly += bytes.size() == 64 && (bytes[6] & 0x10) != 0 ? 1 : 0;
+                headersOnly += seen.bytes.size() == 64 && (seen.bytes[6] & 0x10) != 0 ? 1 : 0;
+                expect(!seen.function.isBridge() ||
+                           (seen.link.maximumWidth == seen.function.linkWidth &&
+                            seen.link.maximumSpeed == seen.function.linkSpeed),
+                       "a bridge's link is the one that it is told of");
             },
             &leftOut);
         expect(given == bus.functions().size(), "each function's bytes are given");

@@ -15,8 +15,8 @@ bool comesBefore(const PciFunction& a, const PciFunction& b) {
 
 } // namespace
 
-Bus::Bus(std::vector<PciFunction> functions, const Place& place)
-    : functions_(std::move(functions)) {
+Bus::Bus(std::vector<PciFunction> functions, const Place& place, Tree tree)
+    : tree_(tree), functions_(std::move(functions)) {
     build(place);
 }
 
@@ -29,7 +29,7 @@ void Bus::build(const Place& place) {
     for (std::uint32_t position = 0; position < functions_.size(); ++position) {
         const PciFunction& function = functions_[position];
         functionsOfBus_[function.bus + std::size_t{1}] = position + 1;
-        if (!function.isBridge())
+        if (!isBridge(function))
             continue;
         bridges_.push_back(function.handle());
         bridgesOfBus_[function.bus + std::size_t{1}] = static_cast<std::uint32_t>(bridges_.size());
@@ -123,7 +123,7 @@ const PciFunction* Bus::find(std::uint32_t handle) const {
 
 const PciFunction* Bus::findBridge(std::uint32_t handle) const {
     const PciFunction* const found = find(handle);
-    return found != nullptr && found->isBridge() ? found : nullptr;
+    return found != nullptr && isBridge(*found) ? found : nullptr;
 }
 
 const PciFunction* Bus::parentOfBus(std::uint8_t bus) const {

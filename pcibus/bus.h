@@ -24,13 +24,23 @@ public:
     // Says where a function was read, for messages.
     using Place = std::function<std::string(const PciFunction&)>;
 
+    // Which functions the tree is made of. The plug-in and its bridge library see the first; what
+    // is below a CardBus bridge is on a root bus of its own there.
+    enum class Tree : std::uint8_t { ofBridges, ofCardBusBridgesToo };
+
     // A bus without functions.
     Bus() { build({}); }
 
     // Takes the functions in any order. Raises BusError, beginning with `place` of the function at
     // fault, for two functions at one address and for bridges whose secondary buses form a cycle;
     // and std::bad_alloc.
-    Bus(std::vector<PciFunction> functions, const Place& place);
+    Bus(std::vector<PciFunction> functions, const Place& place, Tree tree = Tree::ofBridges);
+
+    // Whether a function counts as a bridge in this tree.
+    [[nodiscard]] bool isBridge(const PciFunction& function) const {
+        return function.isBridge() ||
+               (tree_ == Tree::ofCardBusBridgesToo && function.isCardBusBridge());
+    }
 
     // Sorted by bus, device and function.
     [[nodiscard]] std::span<const PciFunction> functions() const { return functions_; }
@@ -64,6 +74,7 @@ private:
     void refuseSharedAddresses(const Place& place) const;
     void refuseCycles(const Place& place) const;
 
+    Tree tree_ = Tree::ofBridges;
     std::vector<PciFunction> functions_;
     BusIndex functionsOfBus_{};
     std::vector<std::uint32_t> bridges_; // handles

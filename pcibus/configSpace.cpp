@@ -10,7 +10,8 @@ constexpr std::size_t kVendorId = 0x00;
 constexpr std::size_t kDeviceId = 0x02;
 constexpr std::size_t kStatus = 0x06;
 constexpr std::size_t kHeaderType = 0x0E;
-constexpr std::size_t kSecondaryBus = 0x19;      // header type 1
+constexpr std::size_t kSecondaryBus = 0x19;      // header types 1 and 2
+constexpr std::size_t kSubordinateBus = 0x1A;    // header types 1 and 2
 constexpr std::size_t kSubsystemVendorId = 0x2C; // header type 0
 constexpr std::size_t kSubsystemId = 0x2E;       // header type 0
 constexpr std::size_t kFirstCapability = 0x34;
@@ -29,7 +30,9 @@ constexpr std::size_t kSubsystemCapabilityVendorId = 4;
 constexpr std::size_t kSubsystemCapabilityId = 6;
 
 constexpr std::uint8_t kExpressCapability = 0x10;
+constexpr std::size_t kExpressCapabilities = 0x02;
 constexpr std::size_t kExpressLinkCapabilities = 0x0C;
+constexpr std::size_t kExpressLinkStatus = 0x12;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -65,6 +68,27 @@ Capabilities findCapabilities(Bytes bytes) {
     }
 }
 
+// Link capabilities and link status have them in the same bits.
+std::uint8_t linkSpeedOf(unsigned link) {
+    return static_cast<std::uint8_t>(link & 0x0F);
+}
+std::uint8_t linkWidthOf(unsigned link) {
+    return static_cast<std::uint8_t>(link >> 4 & 0x3F);
+}
+
+PortType portTypeOf(unsigned capabilities) {
+    switch (capabilities >> 4 & 0x0F) {
+    case 4:
+        return PortType::rootPort;
+    case 5:
+        return PortType::upstreamPort;
+    case 6:
+        return PortType::downstreamPort;
+    default:
+        return PortType::other;
+    }
+}
+
 } // namespace
 
 bool isDead(std::span<const std::uint8_t> bytes) {
@@ -82,25 +106,39 @@ void decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result)
     result.subsystemVendorId = 0;
     result.subsystemId = 0;
     result.secondaryBus = 0;
+    result.subordinateBus = 0;
     result.linkWidth = 0;
     result.linkSpeed = 0;
     if (result.headerType == 0) {
         result.subsystemVendorId = read16(bytes, kSubsystemVendorId);
         result.subsystemId = read16(bytes, kSubsystemId);
     }
+    if (result.isBridge() || result.isCardBusBridge()) {
+        result.secondaryBus = bytes[kSecondaryBus];
+        result.subordinateBus = bytes[kSubordinateBus];
+    }
     if (!result.isBridge())
         return;
     const Capabilities capabilities = findCapabilities(bytes);
-    result.secondaryBus = bytes[kSecondaryBus];
     if (const std::size_t at = capabilities.subsystem) {
         result.subsystemVendorId = read16(bytes, at + kSubsystemCapabilityVendorId);
         result.subsystemId = read16(bytes, at + kSubsystemCapabilityId);
     }
     if (const std::size_t at = capabilities.express) {
         const unsigned link = read16(bytes, at + kExpressLinkCapabilities);
-        result.linkSpeed = static_cast<std::uint8_t>(link & 0x0F);
-        result.linkWidth = static_cast<std::uint8_t>(link >> 4 & 0x3F);
+        result.linkSpeed = linkSpeedOf(link);
+        result.linkWidth = linkWidthOf(link);
     }
+}
+
+Link decodeLink(std::span<const std::uint8_t> bytes) {
+    const std::size_t at = findCapabilities(bytes).express;
+    if (at == 0)
+        return {};
+    const unsigned able = read16(bytes, at + kExpressLinkCapabilities);
+    const unsigned runs = read16(bytes, at + kExpressLinkStatus);
+    return {linkWidthOf(able), linkSpeedOf(able), linkWidthOf(runs), linkSpeedOf(runs),
+            portTypeOf(read16(bytes, at + kExpressCapabilities))};
 }
 
 } // namespace pcibus

@@ -1,6 +1,7 @@
 // Reads what a function is out of the bytes of its configuration space. Dumps and sysfs share it.
 #pragma once
 
+#include "pcibus/link.h"
 #include "pcibus/pciFunction.h"
 
 #include <cstddef>
@@ -22,6 +23,9 @@ inline constexpr std::size_t kMaxConfigSize = 4096;
 // space, at least kHeaderSize of them; what lies beyond them counts as not there. A list of
 // capabilities that comes back to itself ends there, and what came before counts.
 void decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result);
+
+// The link of a function of any kind; nothing known where the bytes have no such capability.
+Link decodeLink(std::span<const std::uint8_t> bytes);
 
 // What the header says; `bytes` as above. Where no function answers, every byte reads FF.
 bool isDead(std::span<const std::uint8_t> bytes);

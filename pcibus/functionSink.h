@@ -1,6 +1,8 @@
-// For whoever wants more of the functions than a Bus has: their bytes, and other domains.
+// For whoever wants more of the functions than a Bus has: their bytes, their links, and other
+// domains.
 #pragma once
 
+#include "pcibus/link.h"
 #include "pcibus/pciFunction.h"
 
 #include <cstdint>
@@ -9,10 +11,17 @@
 
 namespace pcibus {
 
-// Is given each function that answers, with its domain and the first bytes of its configuration
-// space: as many as there are of a dump, up to 256 of those that a folder's "config" has. The bus
-// will have those of domain 0. The bytes are good until it returns.
-using FunctionSink =
-    std::function<void(std::uint32_t domain, const PciFunction&, std::span<const std::uint8_t>)>;
+struct SeenFunction {
+    std::uint32_t domain = 0;
+    const PciFunction& function;
+    // The first ones of the configuration space: as many as there are of a dump, up to 256 of those
+    // that a folder's "config" has.
+    std::span<const std::uint8_t> bytes;
+    Link link; // of a function of any kind
+};
+
+// Is given each function that answers. The bus will have those of domain 0. What it is given is
+// good until it returns.
+using FunctionSink = std::function<void(const SeenFunction&)>;
 
 } // namespace pcibus

@@ -35,10 +35,13 @@ struct PciFunction {
     std::uint16_t subsystemVendorId = 0; // 0 where the function has none
     std::uint16_t subsystemId = 0;
 
+    // Of bridges and CardBus bridges; 0 for every other function.
+    std::uint8_t secondaryBus = 0;   // 0: not configured, no bus below
+    std::uint8_t subordinateBus = 0; // the last one that the bridge forwards; 0: not known
+
     // Of bridges only; 0 for every other function.
-    std::uint8_t secondaryBus = 0; // 0: not configured, no bus below
-    std::uint8_t linkWidth = 0;    // maximum, in lanes; 0 without a PCI Express link
-    std::uint8_t linkSpeed = 0;    // maximum: 1 is 2.5 GT/s, 2 is 5 GT/s and so on; 0 without one
+    std::uint8_t linkWidth = 0; // maximum, in lanes; 0 without a PCI Express link
+    std::uint8_t linkSpeed = 0; // maximum: 1 is 2.5 GT/s, 2 is 5 GT/s and so on; 0 without one
 
     std::uint32_t line = 0; // where a dump names the function, counted from 1; 0 without a dump
 
@@ -57,6 +60,9 @@ struct PciFunction {
     }
 
     [[nodiscard]] constexpr bool isBridge() const { return headerType == 1; }
+
+    // A bridge to a bus of PC cards. The plug-in and its bridge library know no such bridges.
+    [[nodiscard]] constexpr bool isCardBusBridge() const { return headerType == 2; }
 };
 
 // An address as people write it: "00:1c.0".

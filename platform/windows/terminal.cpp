@@ -20,6 +20,15 @@ bool isTerminal(std::FILE* stream) noexcept {
     return GetConsoleMode(handleOf(stream), &mode) != 0;
 }
 
+std::size_t terminalWidth(std::FILE* stream) noexcept {
+    CONSOLE_SCREEN_BUFFER_INFO buffer{};
+    if (GetConsoleScreenBufferInfo(handleOf(stream), &buffer) == 0)
+        return 0;
+    // A character in the last column moves the cursor to the next line.
+    const int width = buffer.srWindow.Right - buffer.srWindow.Left;
+    return width > 0 ? static_cast<std::size_t>(width) : 0;
+}
+
 bool takesEscapes(std::FILE* stream) noexcept {
     return useEscapesOnConsole(handleOf(stream));
 }

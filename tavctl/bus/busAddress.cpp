@@ -2,6 +2,8 @@
 
 #include "tavctl/words/failure.h"
 
+#include <fmt/core.h>
+
 namespace tavctl {
 
 namespace {
@@ -35,10 +37,7 @@ bool take(std::string_view& text, char expected) {
     return true;
 }
 
-struct DomainAddress {
-    std::uint32_t domain = 0;
-    std::uint32_t handle = 0;
-};
+} // namespace
 
 std::optional<DomainAddress> readDomainAddress(std::string_view text) {
     constexpr std::size_t kDomainDigits = 8;
@@ -62,8 +61,19 @@ std::optional<DomainAddress> readDomainAddress(std::string_view text) {
     return result;
 }
 
+namespace {
+
+constexpr const char* kNothingThere = "there is no function at this address";
+
 [[noreturn]] void fail(const std::string& text, const std::string& reason) {
     throw FailureException({"find function", text, reason, {}, {}}, ExitStatus::problemFound);
+}
+
+DomainAddress requireAddress(const std::string& text) {
+    const auto address = readDomainAddress(text);
+    if (!address)
+        fail(text, "expected an address such as 01:00.0");
+    return *address;
 }
 
 } // namespace
@@ -73,17 +83,34 @@ std::optional<std::uint32_t> readBusAddress(std::string_view text) {
     return address && address->domain == 0 ? std::optional(address->handle) : std::nullopt;
 }
 
+std::string fullAddress(std::uint32_t domain, const pcibus::PciFunction& function) {
+    return fmt::format("{:04x}:{}", domain, pcibus::addressText(function));
+}
+
+std::string shortAddress(std::uint32_t domain, const pcibus::PciFunction& function) {
+    return domain == 0 ? pcibus::addressText(function) : fullAddress(domain, function);
+}
+
 const pcibus::PciFunction& functionAtAddress(const pcibus::Bus& bus, const std::string& text) {
-    const auto address = readDomainAddress(text);
-    if (!address)
-        fail(text, "expected an address such as 01:00.0");
-    if (address->domain != 0)
+    const DomainAddress address = requireAddress(text);
+    if (address.domain != 0)
         fail(text, "it is of another domain; the plug-in and its bridge library know domain 0 "
                    "alone");
-    const pcibus::PciFunction* const function = bus.find(address->handle);
+    const pcibus::PciFunction* const function = bus.find(address.handle);
     if (function == nullptr)
-        fail(text, "there is no function at this address");
+        fail(text, kNothingThere);
     return *function;
+}
+
+FunctionPlace functionAtAddress(const WholeBus& whole, const std::string& text) {
+    const DomainAddress address = requireAddress(text);
+    for (const DomainBus& domain : whole.domains) {
+        if (domain.number() != address.domain)
+            continue;
+        if (const pcibus::PciFunction* const function = domain.bus().find(address.handle))
+            return {&domain, function};
+    }
+    fail(text, kNothingThere);
 }
 
 } // namespace tavctl

@@ -37,4 +37,14 @@ LastBuses lastBusesOf(const pcibus::Bus& bus) {
     return last;
 }
 
+std::uint8_t lastForwardedBus(const pcibus::Bus& bus, const LastBuses& lastBuses,
+                              const pcibus::PciFunction& bridge) {
+    if (bridge.secondaryBus == 0)
+        return 0;
+    if (bridge.subordinateBus >= bridge.secondaryBus)
+        return bridge.subordinateBus;
+    return bus.parentOfBus(bridge.secondaryBus) == &bridge ? lastBuses[bridge.secondaryBus]
+                                                           : bridge.secondaryBus;
+}
+
 } // namespace tavctl

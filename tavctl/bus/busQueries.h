@@ -17,4 +17,10 @@ const pcibus::PciFunction* functionAtSlotPath(const pcibus::Bus& bus, const std:
 using LastBuses = std::array<std::uint8_t, pcibus::Bus::kBusCount>;
 LastBuses lastBusesOf(const pcibus::Bus& bus);
 
+// The last bus that a bridge forwards; 0 for one that is not configured. What it says, which may be
+// more than there is; where it says nothing that can be, the highest one at or below its secondary
+// bus.
+std::uint8_t lastForwardedBus(const pcibus::Bus& bus, const LastBuses& lastBuses,
+                              const pcibus::PciFunction& bridge);
+
 } // namespace tavctl

@@ -4,6 +4,8 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
+
 namespace tavctl {
 
 namespace {
@@ -24,6 +26,12 @@ std::vector<std::string> argumentChoices(const CommandWords& command) {
     return choices;
 }
 
+bool takesDevices(const CommandWords& command) {
+    return std::any_of(command.options.begin(), command.options.end(), [](const auto& option) {
+        return option.isArgument() && option.value == Value::device;
+    });
+}
+
 std::string singleQuoted(const std::string& text) {
     std::string result = "'";
     for (const char c : text) {
@@ -35,17 +43,65 @@ std::string singleQuoted(const std::string& text) {
     return result.append("'");
 }
 
+// Which bus is at hand the line itself may say. An address has colons, at which bash divides words.
+constexpr const char* kDevicesInBash =
+    R"(# Completes tavctl's command line in bash.
+_tavctl_devices() {
+    local typed=${COMP_LINE:0:COMP_POINT} word at=() i
+    typed=${typed##*[[:space:]]}
+    for ((i = 1; i < COMP_CWORD; i++)); do
+        case ${COMP_WORDS[i]} in
+            --dump|--descriptions|--state|--plugin)
+                at+=("${COMP_WORDS[i]}" "${COMP_WORDS[i+1]/#\~\//$HOME/}") ;;
+        esac
+    done
+    COMPREPLY=()
+    while IFS= read -r word; do
+        printf -v word %q "$word"
+        [[ $word == "$typed"* ]] || continue
+        [[ $typed == *:* ]] && word=${word#"${typed%:*}:"}
+        COMPREPLY+=("$word")
+    done < <("${COMP_WORDS[0]}" completion devices "${at[@]}" 2>/dev/null </dev/null)
+}
+)";
+
+constexpr const char* kDevicesInZsh = R"(_tavctl_devices() {
+    local -a at found
+    local -i i
+    for ((i = 1; i < CURRENT; i++)); do
+        case $words[i] in
+            --dump|--descriptions|--state|--plugin) at+=($words[i] ${(Q)words[i+1]}) ;;
+        esac
+    done
+    found=("${(@f)$(_call_program devices tavctl completion devices ${(q)at} 2>/dev/null </dev/null)}")
+    compadd -a found
+}
+)";
+
+constexpr const char* kDevicesInFish = R"(function __tavctl_devices
+    set -l at
+    set -l before ''
+    for word in (commandline -opc)
+        if contains -- $before --dump --descriptions --state --plugin
+            set -a at $before $word
+        end
+        set before $word
+    end
+    tavctl completion devices $at 2>/dev/null </dev/null
+end
+)";
+
 class BashScript {
 public:
     explicit BashScript(const CommandWords& app) : app_(app) {}
 
     std::string write() {
-        out_ = "# Completes tavctl's command line in bash.\n"
-               "_tavctl() {\n"
-               "    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
-               "    local path='' words='' options='' word\n"
-               "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-               "        case \"$path/$word\" in\n";
+        out_ = kDevicesInBash;
+        out_ += "_tavctl() {\n"
+                "    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
+                "    local path='' words='' options='' devices=0 word\n"
+                "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+                "        case \"$path/$word\" in\n";
         forEachCommand(app_, "", [this](const CommandWords&, const std::string& path) {
             if (!path.empty())
                 out_ += fmt::format("            {0}) path={0} ;;\n", path);
@@ -62,12 +118,15 @@ public:
             std::vector<std::string> words = commandNames(command);
             const auto choices = argumentChoices(command);
             words.insert(words.end(), choices.begin(), choices.end());
-            out_ += fmt::format("        {}) words='{}' options='{}' ;;\n", quotedPath(path),
-                                joined(words), joined(allOptions(path)));
+            out_ +=
+                fmt::format("        {}) words='{}' options='{}' devices={} ;;\n", quotedPath(path),
+                            joined(words), joined(allOptions(path)), takesDevices(command) ? 1 : 0);
         });
         out_ += "    esac\n"
                 "    if [[ $cur == -* ]]; then\n"
                 "        COMPREPLY=($(compgen -W \"$options\" -- \"$cur\"))\n"
+                "    elif ((devices)); then\n"
+                "        _tavctl_devices\n"
                 "    elif [[ -n $words ]]; then\n"
                 "        COMPREPLY=($(compgen -W \"$words\" -- \"$cur\"))\n"
                 "    else\n"
@@ -127,6 +186,9 @@ private:
             case Value::folder:
                 out_ += "compopt -o filenames 2>/dev/null; COMPREPLY=($(compgen -d -- \"$cur\"))";
                 break;
+            case Value::device:
+                out_ += "_tavctl_devices";
+                break;
             case Value::text:
             case Value::none:
                 out_ += "COMPREPLY=()";
@@ -144,6 +206,7 @@ class ZshScript {
 public:
     std::string write(const CommandWords& app) {
         out_ = "#compdef tavctl\n# Completes tavctl's command line in zsh.\n";
+        out_ += kDevicesInZsh;
         addFunction(app, "_tavctl", {});
         out_ += "_tavctl \"$@\"\n";
         return std::move(out_);
@@ -158,6 +221,8 @@ private:
             return ":file:_files";
         case Value::folder:
             return ":folder:_files -/";
+        case Value::device:
+            return ":device:_tavctl_devices";
         case Value::text:
             return ":value: ";
         case Value::none:
@@ -231,6 +296,7 @@ class FishScript {
 public:
     std::string write(const CommandWords& app) {
         out_ = "# Completes tavctl's command line in fish.\ncomplete -c tavctl -f\n";
+        out_ += kDevicesInFish;
         addCommand(app, {}, "");
         return std::move(out_);
     }
@@ -279,11 +345,14 @@ private:
             rest += fmt::format("{} -a {}", option.isArgument() ? "" : " -x",
                                 singleQuoted(joined(option.choices)));
             break;
+        case Value::device:
+            rest += fmt::format("{} -a '(__tavctl_devices)'", option.isArgument() ? "" : " -x");
+            break;
         case Value::text:
             rest += option.isArgument() ? "" : " -x";
             break;
         }
-        if (option.isArgument() && option.value != Value::file && option.value != Value::choice)
+        if (option.isArgument() && (option.value == Value::text || option.value == Value::folder))
             return;
         addLine(condition, fmt::format("{} -d {}", rest, singleQuoted(option.description)));
     }

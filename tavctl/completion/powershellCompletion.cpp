@@ -53,6 +53,24 @@ constexpr const char* kTail =
             Where-Object { $kind -eq 'file' -or $_.ResultType -eq 'ProviderContainer' }
         return
     }
+    if ($kind -eq 'device') {
+        $quote = [string][char]39
+        $at = @()
+        $before = ''
+        foreach ($word in $words) {
+            if ($before -cin '--dump', '--descriptions', '--state', '--plugin') {
+                $at += $before, $word.Trim($quote, [string][char]34)
+            }
+            $before = $word
+        }
+        $offers = @(& tavctl completion devices @at 2>$null | ForEach-Object {
+            $name = $_
+            if ($name -match '[^\w.:*-]') {
+                $name = $quote + $name.Replace($quote, $quote + $quote) + $quote
+            }
+            @{ Name = $name; Text = $_ }
+        })
+    }
     $offers | Where-Object { $_.Name.StartsWith($wordToComplete, [System.StringComparison]::Ordinal) } |
         ForEach-Object {
             [System.Management.Automation.CompletionResult]::new(
@@ -77,6 +95,8 @@ const char* kindName(Value value) {
         return "file";
     case Value::folder:
         return "folder";
+    case Value::device:
+        return "device";
     case Value::choice:
         return "choice";
     case Value::text:

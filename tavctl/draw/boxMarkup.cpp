@@ -1,5 +1,6 @@
 #include "tavctl/draw/boxMarkup.h"
 
+#include "tavctl/bus/linkState.h"
 #include "tavctl/draw/dotText.h"
 #include "tavctl/words/textTable.h"
 

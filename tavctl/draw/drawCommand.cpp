@@ -49,9 +49,10 @@ ExitStatus runDraw(const DrawOptions& options) {
     requireFree(options.output);
     const PciNames names = PciNames::load(options.part.pciIds);
     const auto marked = std::make_unique<MarkedBus>(options.common, setup);
-    tellLeftOut(marked->leftOut);
-    BusTreeView view(marked->bus, marked->devices);
-    showPart(options.part, view);
+    tellLeftOut(marked->whole.leftOut);
+    auto views = marked->views();
+    showPart(options.part, *marked, views);
+    const BusTreeView& view = views.front();
     DrawingOptions drawing;
     drawing.title =
         options.common.dump.empty() ? "This machine" : NamedDump::titleOf(options.common.dump);
@@ -71,7 +72,7 @@ Command addDrawCommand(OptionParser& parser) {
                   "svg (by Graphviz) or dot (for Graphviz)");
     command.flag("--all", options->all, "Also what else is on the root buses");
     options->part.addTo(command);
-    options->common.addTo(command);
+    options->common.addBusTo(command);
     command.footer("Writes: the file of -o only.\n"
                    "Example: tavctl draw -o bus.svg");
     return makeCommand(command, std::move(options), runDraw);

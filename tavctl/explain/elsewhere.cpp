@@ -31,9 +31,9 @@ Elsewhere Elsewhere::ofChosenBus() {
     const auto location = platform::busLocation();
     if (!location)
         return elsewhere;
-    const auto look = [&](std::uint32_t domain, const pcibus::PciFunction& function, auto) {
-        if (domain != 0)
-            elsewhere.functions_.emplace_back(domain, function);
+    const auto look = [&](const pcibus::SeenFunction& seen) {
+        if (seen.domain != 0)
+            elsewhere.functions_.emplace_back(seen.domain, seen.function);
     };
     try {
         pcibus::readBus(platform::utf8Path(*location), nullptr, look);

@@ -16,6 +16,7 @@
 
 #include <fmt/core.h>
 
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -25,8 +26,8 @@ namespace tavctl {
 
 namespace {
 
-// A name and the model that it is stored for: no two slots have the same.
-using StoredNames = std::set<std::pair<std::string, std::string>>;
+// A name and the model that it is stored for, which no two slots have alike, and that slot.
+using StoredNames = std::map<std::pair<std::string, std::string>, std::string>;
 
 StoredNames storedNames(const HostSetup& setup) {
     StoredNames names;
@@ -34,7 +35,7 @@ StoredNames storedNames(const HostSetup& setup) {
         return names;
     const NameFile file(setup.nameFileInForce(), true);
     for (const NameEntry& entry : file.entries())
-        names.emplace(entry.terminalName, entry.model);
+        names.try_emplace({entry.terminalName, entry.model}, entry.slotPath);
     return names;
 }
 
@@ -67,9 +68,30 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
     std::vector<ListedDevice> devices = readDevices(plugin);
     if (devices.empty())
         explainNoDescriptions();
-    for (ListedDevice& device : devices)
-        device.isStored = stores || before.contains({device.terminalName, device.model});
+    const StoredNames after = storedNames(setup);
+    for (ListedDevice& device : devices) {
+        const std::pair name(device.terminalName, device.model);
+        device.isStored = stores || before.contains(name);
+        if (const auto slot = after.find(name); slot != after.end())
+            device.slotPath = slot->second;
+    }
     return devices;
+}
+
+std::vector<AbsentDevice> absentDevices(const HostSetup& setup,
+                                        const std::vector<ListedDevice>& devices) {
+    std::vector<AbsentDevice> absent;
+    if (setup.nameFileInForce().empty())
+        return absent;
+    std::set<std::pair<std::string, std::string>> present;
+    for (const ListedDevice& device : devices)
+        present.emplace(device.terminalName, device.model);
+    const NameFile file(setup.nameFileInForce(), true);
+    for (const NameEntry& entry : file.entries()) {
+        if (!entry.terminalName.empty() && !present.contains({entry.terminalName, entry.model}))
+            absent.push_back({entry.terminalName, entry.model, entry.slotPath});
+    }
+    return absent;
 }
 
 std::string chosenBusLocation() {
@@ -81,12 +103,6 @@ std::string chosenBusLocation() {
                                 {},
                                 {}});
     return *location;
-}
-
-ReadBus readChosenBus() {
-    const std::string location = chosenBusLocation();
-    const Progress progress("reading the bus");
-    return readBusFile(location);
 }
 
 std::optional<pcibus::LeftOut> leftOutOfChosenBus() {

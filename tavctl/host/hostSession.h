@@ -22,12 +22,21 @@ void tellOfBridgesAlone();
 // not read that, and tellOfBridgesAlone(). Raises FailureException.
 std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const HostSetup& setup);
 
+// A stored name of which no device is there.
+struct AbsentDevice {
+    std::string name;
+    std::string model;
+    std::string slotPath; // where it stood, in machine form
+};
+
+// In the order of the name file in force, which the plug-in has looked at for these devices. None
+// where no name file is known. Raises FailureException.
+std::vector<AbsentDevice> absentDevices(const HostSetup& setup,
+                                        const std::vector<ListedDevice>& devices);
+
 // Where the bus stands that this process sees (see pcibus/readBus.h): what --dump names, else the
 // machine's own. Raises FailureException when the system publishes none.
 std::string chosenBusLocation();
-
-// That bus. Raises FailureException.
-ReadBus readChosenBus();
 
 // What its reader leaves out. Nothing where the system publishes no bus, and for a recorded one
 // that can be read but once, which whoever looks for devices needs more. Raises nothing of the

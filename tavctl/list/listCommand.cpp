@@ -9,6 +9,9 @@
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/host/nameFile.h"
 #include "tavctl/host/namedDump.h"
+#include "tavctl/list/listFilter.h"
+#include "tavctl/list/listing.h"
+#include "tavctl/match/visibleBus.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/statusText.h"
@@ -24,12 +27,23 @@ namespace tavctl {
 
 namespace {
 
-using Devices = std::vector<ListedDevice>;
-
 struct ListOptions {
     CommonOptions common;
+    ListFilter filter;
     bool verbose = false;
 };
+
+struct Devices {
+    std::vector<ListedDevice> present;
+    std::vector<AbsentDevice> absent;
+};
+
+Devices lookFor(const CommonOptions& options, const HostSetup& setup) {
+    Devices devices;
+    devices.present = devicesOfPlugin(options, setup);
+    devices.absent = absentDevices(setup, devices.present);
+    return devices;
+}
 
 // As a host gives names: on the machine's own bus, or where somebody says where to store them.
 bool isToStore(const CommonOptions& options) {
@@ -47,7 +61,7 @@ std::optional<Devices> devicesOfHost(const CommonOptions& options) {
     if (const std::string reason = whyNotStorable(setup.nameFile()); !reason.empty())
         return giveUp(platform::utf8Text(setup.nameFile().parent_path()), reason);
     try {
-        return devicesOfPlugin(options, setup);
+        return lookFor(options, setup);
     } catch (const FailureException& exception) {
         const Failure& failure = exception.failure();
         const std::string file = platform::utf8Text(setup.nameFile());
@@ -68,24 +82,47 @@ Devices devicesToList(const CommonOptions& options) {
             return std::move(*devices);
     }
     const HostSetup setup(options, Names::copied);
-    return devicesOfPlugin(options, setup);
+    return lookFor(options, setup);
+}
+
+void tellOfNone(const ListOptions& options, const Devices& devices) {
+    if (devices.present.empty() && !options.filter.absent)
+        complain("no described device is present on this bus");
+    else
+        complain(options.filter.isNarrow() ? "no device is as asked for"
+                                           : "no device with a name is absent");
 }
 
 ExitStatus runList(const ListOptions& options) {
     const NamedDump dump(options.common.dump); // standard input is there once only
     const Devices devices = devicesToList(options.common);
-    const auto leftOut = leftOutOfChosenBus();
-    tellLeftOut(leftOut);
-    if (options.common.json) {
-        print(listingAsJson(devices, leftOut));
-        return ExitStatus::done;
+    Listing listing;
+    {
+        const auto bus = wholeBusIfReadable();
+        listing = makeListing(devices.present, devices.absent, bus ? &*bus : nullptr);
     }
-    if (devices.empty())
-        complain("no described device is present on this bus");
+    tellLeftOut(listing.leftOut);
+    options.filter.apply(listing);
+    const bool isProblem = options.filter.degraded && !listing.devices.empty();
+    const auto exitStatus = isProblem ? ExitStatus::problemFound : ExitStatus::done;
+    if (options.common.json) {
+        print(listingAsJson(listing));
+        return exitStatus;
+    }
+    if (!options.filter.tellsAbsent())
+        listing.absent.clear();
+    const ListingForm form{options.verbose, options.filter.degraded, screenWidth()};
+    const std::string present = listingAsTable(listing, form);
+    const std::string absent = absentAsTable(listing, form);
+    if (present.empty() && absent.empty())
+        tellOfNone(options, devices);
     else
-        print(listingAsTable(devices, options.verbose));
-    explainMarks(devices);
-    return ExitStatus::done;
+        print(present + (present.empty() || absent.empty() ? "" : "\n") + absent);
+    std::vector<ListedDevice> shown;
+    for (const ListingEntry& entry : listing.devices)
+        shown.push_back(entry.device);
+    explainMarks(shown);
+    return exitStatus;
 }
 
 } // namespace
@@ -94,9 +131,10 @@ Command addListCommand(OptionParser& parser) {
     auto options = std::make_shared<ListOptions>();
     CommandOptions command = parser.command("list", "List the devices");
     command.flag("-v,--verbose", options->verbose, "Show the ports, and cut nothing");
+    options->filter.addTo(command);
     options->common.addTo(command);
     command.footer("Writes: the terminal names, on the machine's own bus or with --state.\n"
-                   "Example: tavctl list -v --dump bus.txt");
+                   "Example: tavctl list TAV1 -v");
     return makeCommand(command, std::move(options), runList);
 }
 

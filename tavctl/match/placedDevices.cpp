@@ -23,7 +23,7 @@ bool isSameDevice(const ListedDevice& listed, const MatchedDevice& matched) {
            std::equal(listed.ports.begin(), listed.ports.end(), record.ports.begin(),
                       record.ports.end(), [](const ListedPort& a, const tPortEntry& b) {
                           return a.label == b.connectorLabel &&
-                                 a.first == static_cast<std::int32_t>(b.first);
+                                 a.secondaryBus == static_cast<std::int32_t>(b.first);
                       });
 }
 
@@ -95,11 +95,12 @@ void placeAsMatched(const MatchedDevice& matched, const Bus& bus, PlacedDevice& 
 void placeByAttributes(const Bus& bus, PlacedDevice& placed) {
     std::optional<std::int32_t> before;
     for (const ListedPort& listed : placed.listed.ports) {
-        if (placed.ports.empty() || listed.first != before || listed.first.value_or(0) == 0) {
+        if (placed.ports.empty() || listed.secondaryBus != before ||
+            listed.secondaryBus.value_or(0) == 0) {
             PlacedPort port;
-            port.linkWidth = listed.second;
-            port.linkSpeed = listed.third;
-            const std::int32_t number = listed.first.value_or(0);
+            port.linkWidth = listed.linkWidth;
+            port.linkSpeed = listed.linkSpeed;
+            const std::int32_t number = listed.secondaryBus.value_or(0);
             const PciFunction* const bridge =
                 number > 0 && static_cast<std::size_t>(number) < Bus::kBusCount
                     ? bus.parentOfBus(static_cast<std::uint8_t>(number))
@@ -109,7 +110,7 @@ void placeByAttributes(const Bus& bus, PlacedDevice& placed) {
             placed.ports.push_back(std::move(port));
         }
         placed.ports.back().labels.push_back(listed.label);
-        before = listed.first;
+        before = listed.secondaryBus;
     }
 }
 

@@ -2,12 +2,15 @@
 
 #include "machine/machineDevices.h"
 #include "platform/busLocation.h"
+#include "platform/entryType.h"
 #include "quil/systemStatus.h"
 #include "quil/zoerr.h"
 #include "source/exceptionStatus.h"
 #include "tavctl/match/modelMatcher.h"
 #include "tavctl/words/failure.h"
+#include "tavctl/words/progress.h"
 
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <vector>
@@ -111,6 +114,26 @@ pcibus::Bus busOfBridgeLibrary() {
             {"read the bus", "bridge library", {}, statusOfCurrentException(), exception.text()});
     } catch (const pcibus::BusError& error) {
         throw FailureException({"read the bus", "bridge library", error.what(), {}, {}});
+    }
+}
+
+WholeBus machineWholeBus() {
+    const Progress progress("reading the bus");
+    const std::optional<std::string> location = platform::busLocation();
+    return location ? readWholeBus(*location) : wholeBusOf(busOfBridgeLibrary());
+}
+
+std::optional<WholeBus> wholeBusIfReadable() {
+    if (const auto location = platform::busLocation()) {
+        const auto type = platform::typeOfEntry(*location);
+        if (type != std::filesystem::file_type::directory &&
+            type != std::filesystem::file_type::regular)
+            return std::nullopt;
+    }
+    try {
+        return machineWholeBus();
+    } catch (const FailureException&) {
+        return std::nullopt;
     }
 }
 

@@ -2,12 +2,22 @@
 #pragma once
 
 #include "tavctl/bus/busFile.h"
+#include "tavctl/bus/wholeBus.h"
+
+#include <optional>
 
 namespace tavctl {
 
 // The recorded bus, or the live one where the system publishes it; elsewhere what the bridge
 // library and the system's list of devices tell. Raises FailureException.
 ReadBus machineBus();
+
+// The same with all domains, CardBus bridges and links, as far as they are published.
+WholeBus machineWholeBus();
+
+// The same for telling beside what was found, which needs the bus more: nothing where it cannot be
+// read, or is recorded where it can be read but once.
+std::optional<WholeBus> wholeBusIfReadable();
 
 // What the bridge library and the system's list of devices tell, whatever else there is.
 pcibus::Bus busOfBridgeLibrary();

@@ -15,7 +15,7 @@ std::string asText(const std::vector<TableRow>& rows, bool verbose) {
     constexpr std::size_t kSlotPath = 3;
     std::string text;
     for (const std::string& line :
-         verbose ? tableLines(rows, {}) : tableLines(rows, {kModel, kSlotPath, 0}))
+         verbose ? tableLines(rows) : tableLines(rows, {{kModel}, {kSlotPath}, {0}}, screenWidth()))
         text += fmt::format("{}\n", line);
     return text;
 }

@@ -9,7 +9,7 @@ namespace tavctl {
 
 // An option, or an argument without a name.
 struct OptionWords {
-    enum class Value { none, file, folder, choice, text };
+    enum class Value { none, file, folder, device, choice, text };
     std::vector<std::string> shortNames; // without dashes
     std::vector<std::string> longNames;
     std::string description;

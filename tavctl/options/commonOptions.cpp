@@ -2,7 +2,7 @@
 
 namespace tavctl {
 
-void CommonOptions::addTo(CommandOptions command) {
+void CommonOptions::addBusTo(CommandOptions command) {
     command.value("--plugin", plugin, ValueForm::file(),
                   "Plug-in to load (default: beside tavctl, or as found)");
     command.value("--dump", dump, ValueForm::file("PATH"),
@@ -10,8 +10,12 @@ void CommonOptions::addTo(CommandOptions command) {
     command.value("--descriptions", descriptions, ValueForm::folder(),
                   "Folder that holds \"PCI Hardware Descriptions\"");
     command.value("--state", state, ValueForm::folder(), "Folder of the terminal names");
-    command.flag("--json", json, "Print JSON");
     command.flag("--debug", debug, "Tell with a failure the plug-in's whole error record");
+}
+
+void CommonOptions::addTo(CommandOptions command) {
+    command.flag("--json", json, "Print JSON");
+    addBusTo(command);
 }
 
 } // namespace tavctl

@@ -15,7 +15,10 @@ struct CommonOptions {
     bool json = false;
     bool debug = false; // with the whole error record
 
-    // Adds --plugin, --dump, --descriptions, --state, --json and --debug to a command.
+    // Adds --plugin, --dump, --descriptions, --state and --debug to a command.
+    void addBusTo(CommandOptions command);
+
+    // The same and --json, for a command that prints facts.
     void addTo(CommandOptions command);
 };
 

@@ -75,6 +75,10 @@ ValueForm ValueForm::folder(std::string name) {
     return {std::move(name), OptionWords::Value::folder, {}};
 }
 
+ValueForm ValueForm::device(std::string name) {
+    return {std::move(name), OptionWords::Value::device, {}};
+}
+
 ValueForm ValueForm::choice(std::string name, std::vector<std::string> choices) {
     return {std::move(name), OptionWords::Value::choice, std::move(choices)};
 }

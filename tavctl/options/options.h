@@ -23,6 +23,8 @@ struct ValueForm {
     static ValueForm file(std::string name = "FILE");
     static ValueForm newFile(std::string name = "FILE");
     static ValueForm folder(std::string name = "DIR");
+    // A device as the bus at hand has it: its terminal name, its address or its model.
+    static ValueForm device(std::string name = "DEVICE");
     // One of these words and no other, which the help lists where the description does not.
     static ValueForm choice(std::string name, std::vector<std::string> choices);
 

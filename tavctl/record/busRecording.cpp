@@ -26,16 +26,29 @@ bool isSame(const PciFunction& a, const PciFunction& b) {
            a.linkWidth == b.linkWidth && a.linkSpeed == b.linkSpeed;
 }
 
+// The link with the maximum that matching goes by.
+pcibus::Link linkOf(const RecordedFunction& recorded) {
+    pcibus::Link link = recorded.link;
+    if (recorded.function.isBridge()) {
+        link.maximumWidth = recorded.function.linkWidth;
+        link.maximumSpeed = recorded.function.linkSpeed;
+    }
+    return link;
+}
+
 // What is read back from the bytes is what the bus says of the function.
 void complete(RecordedFunction& recorded) {
     PciFunction readBack;
     pcibus::decodeConfigSpace(recorded.bytes, readBack);
-    if (isSame(readBack, recorded.function))
+    const bool isHeader = recorded.bytes.size() == pcibus::kHeaderSize;
+    const bool lacksLink = isHeader && recorded.link != pcibus::Link{};
+    if (isSame(readBack, recorded.function) && !lacksLink)
         return;
-    if (recorded.bytes.size() > pcibus::kHeaderSize)
+    if (!isHeader)
         recorded.note = "its capabilities do not say what the system says of it; they are left out";
-    if (recorded.function.isBridge()) {
-        const auto [from, to] = makeCapabilities(recorded.function, recorded.bytes);
+    if (recorded.function.isBridge() || lacksLink) {
+        const auto [from, to] =
+            makeCapabilities(recorded.function, linkOf(recorded), recorded.bytes);
         recorded.madeFrom = from;
         recorded.madeTo = to;
     } else {
@@ -43,12 +56,12 @@ void complete(RecordedFunction& recorded) {
     }
 }
 
-void add(std::uint32_t domain, const PciFunction& function, std::span<const std::uint8_t> bytes,
-         BusRecording& recording) {
-    const std::span kept = bytes.first(std::min(bytes.size(), pcibus::kStandardSize));
+void add(const pcibus::SeenFunction& seen, BusRecording& recording) {
+    const std::span kept = seen.bytes.first(std::min(seen.bytes.size(), pcibus::kStandardSize));
     RecordedFunction recorded;
-    recorded.domain = domain;
-    recorded.function = function;
+    recorded.domain = seen.domain;
+    recorded.function = seen.function;
+    recorded.link = seen.link;
     recorded.bytes.assign(kept.begin(), kept.end());
     if (recorded.bytes.size() == pcibus::kHeaderSize)
         ++recording.headersOnly;
@@ -58,14 +71,6 @@ void add(std::uint32_t domain, const PciFunction& function, std::span<const std:
 
 std::pair<std::uint32_t, std::uint32_t> placeOf(const RecordedFunction& recorded) {
     return {recorded.domain, recorded.function.handle()};
-}
-
-// The highest bus below a bridge, for readers that go by it.
-std::uint8_t lastBusBelow(const pcibus::Bus& bus, const LastBuses& lastBuses,
-                          const PciFunction& bridge) {
-    const PciFunction* const parent = bus.parentOfBus(bridge.secondaryBus);
-    return parent != nullptr && parent->handle() == bridge.handle() ? lastBuses[bridge.secondaryBus]
-                                                                    : bridge.secondaryBus;
 }
 
 void put16(std::vector<std::uint8_t>& bytes, std::size_t at, std::uint16_t value) {
@@ -79,7 +84,7 @@ pcibus::Bus busOf(std::span<const RecordedFunction> functions) {
     for (const RecordedFunction& recorded : functions)
         listed.push_back(recorded.function);
     try {
-        return {std::move(listed), pcibus::addressText};
+        return {std::move(listed), pcibus::addressText, pcibus::Bus::Tree::ofCardBusBridgesToo};
     } catch (const pcibus::BusError&) {
         return {}; // of another domain: whoever reads a bus lets it be what it is
     }
@@ -95,11 +100,12 @@ std::vector<std::uint8_t> scrubbedHeader(const pcibus::Bus& bus, const LastBuses
         put16(bytes, 0x2C, function.subsystemVendorId);
         put16(bytes, 0x2E, function.subsystemId);
     }
-    if (function.isBridge()) {
-        put16(bytes, 0x0A, 0x0604); // the class: a bridge between PCI buses
+    if (function.isBridge() || function.isCardBusBridge()) {
+        // The class: a bridge between PCI buses, or to a CardBus.
+        put16(bytes, 0x0A, function.isBridge() ? 0x0604 : 0x0607);
         bytes[0x18] = function.bus;
         bytes[0x19] = function.secondaryBus;
-        bytes[0x1A] = lastBusBelow(bus, lastBuses, function);
+        bytes[0x1A] = lastForwardedBus(bus, lastBuses, function);
     }
     return bytes;
 }
@@ -146,10 +152,8 @@ std::size_t BusRecording::ofOtherDomains() const {
 
 BusRecording recordBus(const fs::path& location) {
     BusRecording recording;
-    pcibus::readBus(
-        location, &recording.leftOut,
-        [&](std::uint32_t domain, const PciFunction& function,
-            std::span<const std::uint8_t> bytes) { add(domain, function, bytes, recording); });
+    pcibus::readBus(location, &recording.leftOut,
+                    [&](const pcibus::SeenFunction& seen) { add(seen, recording); });
     auto& functions = recording.functions;
     std::sort(functions.begin(), functions.end(),
               [](const auto& a, const auto& b) { return placeOf(a) < placeOf(b); });
@@ -178,8 +182,7 @@ BusRecording scrubbedRecording(const BusRecording& recording) {
             recorded.domain = begin->domain;
             recorded.function = begin->function;
             recorded.bytes = scrubbedHeader(*bus, lastBuses, begin->function);
-            if (begin->function.isBridge())
-                makeCapabilities(begin->function, recorded.bytes);
+            makeCapabilities(begin->function, linkOf(*begin), recorded.bytes);
             result.functions.push_back(std::move(recorded));
         }
     }
@@ -202,7 +205,7 @@ std::string recordingText(const BusRecording& recording, const std::string& prog
                        recording.headersOnly);
     if (made != 0)
         fmt::format_to(out,
-                       "# The capabilities of {} bridges are made for this recording, as told "
+                       "# The capabilities of {} functions are made for this recording, as told "
                        "there.\n",
                        made);
     const std::size_t others = recording.ofOtherDomains();

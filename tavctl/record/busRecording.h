@@ -7,6 +7,7 @@
 #pragma once
 
 #include "pcibus/leftOut.h"
+#include "pcibus/link.h"
 #include "pcibus/pciFunction.h"
 
 #include <cstdint>
@@ -19,6 +20,7 @@ namespace tavctl {
 struct RecordedFunction {
     std::uint32_t domain = 0;
     pcibus::PciFunction function;
+    pcibus::Link link;
     std::vector<std::uint8_t> bytes; // of the configuration space; 64 to 256 of them
     std::size_t madeFrom = 0;        // bytes in [madeFrom, madeTo) are made; none when both are 0
     std::size_t madeTo = 0;

@@ -22,14 +22,35 @@ std::uint8_t low(unsigned value) {
     return static_cast<std::uint8_t>(value & 0xFFU);
 }
 
-// Identifier, next, version 2; the link capabilities stand at 0x0C.
-Capability expressCapability(const pcibus::PciFunction& bridge) {
+void putLink(Capability& capability, std::size_t at, unsigned width, unsigned speed) {
+    const unsigned link = (speed & 0x0FU) | (width & 0x3FU) << 4U;
+    capability[at] = low(link);
+    capability[at + 1] = low(link >> 8U);
+}
+
+// 0, an endpoint's, for what is not known.
+unsigned portTypeCode(pcibus::PortType port) {
+    switch (port) {
+    case pcibus::PortType::rootPort:
+        return 4;
+    case pcibus::PortType::upstreamPort:
+        return 5;
+    case pcibus::PortType::downstreamPort:
+        return 6;
+    case pcibus::PortType::unknown:
+    case pcibus::PortType::other:
+        break;
+    }
+    return 0;
+}
+
+// Identifier, next, version 2; the link capabilities stand at 0x0C, the link status at 0x12.
+Capability expressCapability(const pcibus::Link& link) {
     Capability capability(0x14, 0);
     capability[0] = kExpressCapability;
-    capability[2] = 2;
-    const unsigned link = (bridge.linkSpeed & 0x0FU) | (bridge.linkWidth & 0x3FU) << 4U;
-    capability[0x0C] = low(link);
-    capability[0x0D] = low(link >> 8U);
+    capability[2] = low(2U | portTypeCode(link.port) << 4U);
+    putLink(capability, 0x0C, link.maximumWidth, link.maximumSpeed);
+    putLink(capability, 0x12, link.width, link.speed);
     return capability;
 }
 
@@ -44,21 +65,23 @@ Capability subsystemCapability(const pcibus::PciFunction& bridge) {
             low(bridge.subsystemId >> 8U)};
 }
 
-std::vector<Capability> capabilitiesOf(const pcibus::PciFunction& bridge) {
+std::vector<Capability> capabilitiesOf(const pcibus::PciFunction& function,
+                                       const pcibus::Link& link) {
     std::vector<Capability> capabilities;
-    if (bridge.linkWidth != 0 || bridge.linkSpeed != 0)
-        capabilities.push_back(expressCapability(bridge));
-    if (bridge.subsystemVendorId != 0 || bridge.subsystemId != 0)
-        capabilities.push_back(subsystemCapability(bridge));
+    if (link != pcibus::Link{})
+        capabilities.push_back(expressCapability(link));
+    if (function.isBridge() && (function.subsystemVendorId != 0 || function.subsystemId != 0))
+        capabilities.push_back(subsystemCapability(function));
     return capabilities;
 }
 
 } // namespace
 
-std::pair<std::size_t, std::size_t> makeCapabilities(const pcibus::PciFunction& bridge,
+std::pair<std::size_t, std::size_t> makeCapabilities(const pcibus::PciFunction& function,
+                                                     const pcibus::Link& link,
                                                      std::vector<std::uint8_t>& bytes) {
     bytes.resize(pcibus::kHeaderSize);
-    const std::vector<Capability> capabilities = capabilitiesOf(bridge);
+    const std::vector<Capability> capabilities = capabilitiesOf(function, link);
     if (capabilities.empty())
         return {0, 0};
     bytes.resize(kStandardSize, 0);

@@ -48,7 +48,7 @@ Command addRecordCommand(OptionParser& parser) {
     CommandOptions command = parser.command("record", "Write the bus as a dump");
     command.flag("--scrub", options->scrub, "Leave out what does not matter to matching");
     tavctl::addTo(command, options->output);
-    options->common.addTo(command);
+    options->common.addBusTo(command);
     command.footer("Writes: the file of -o only.\n"
                    "Example: tavctl record --scrub -o bus.txt");
     return makeCommand(command, std::move(options), runRecord);

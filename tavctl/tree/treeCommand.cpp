@@ -6,6 +6,7 @@
 #include "tavctl/view/partOptions.h"
 #include "tavctl/words/print.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -23,15 +24,20 @@ ExitStatus runTree(const TreeOptions& options) {
     const HostSetup setup(options.common, Names::copied);
     const PciNames names = PciNames::load(options.part.pciIds);
     const auto marked = std::make_unique<MarkedBus>(options.common, setup);
-    tellLeftOut(marked->leftOut);
-    if (marked->bus.functions().empty())
+    auto leftOut = marked->whole.leftOut;
+    if (leftOut)
+        leftOut->otherDomains = 0; // they are in the tree
+    tellLeftOut(leftOut);
+    auto views = marked->views();
+    if (std::all_of(views.begin(), views.end(),
+                    [](const BusTreeView& view) { return view.bus().functions().empty(); }))
         complain("there is no function on this bus");
-    BusTreeView view(marked->bus, marked->devices);
-    showPart(options.part, view);
+    showPart(options.part, *marked, views);
     if (options.common.json)
-        print(treeAsJson(view, names, marked->leftOut));
+        print(treeAsJson(views, names, leftOut));
     else
-        print(treeAsText(view, names, options.numeric, TextStyle::forStream(stdout)),
+        print(treeAsText(views, names, {options.numeric, screenWidth()},
+                         TextStyle::forStream(stdout)),
               Dress::coloured);
     return ExitStatus::done;
 }
@@ -46,7 +52,7 @@ Command addTreeCommand(OptionParser& parser) {
     options->part.addTo(command);
     options->common.addTo(command);
     command.footer("Writes: nothing.\n"
-                   "Example: tavctl tree -s 01:00.0");
+                   "Example: tavctl tree TAV1");
     return makeCommand(command, std::move(options), runTree);
 }
 

@@ -1,6 +1,8 @@
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/leftOutWords.h"
+#include "tavctl/bus/linkJson.h"
 #include "tavctl/tree/treeText.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/json.h"
 
 #include <fmt/core.h>
@@ -15,15 +17,18 @@ std::string identifier(std::uint16_t id) {
     return fmt::format("{:04x}", id);
 }
 
-Json orNull(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
-
 class JsonTree {
 public:
     JsonTree(const BusTreeView& view, const PciNames& names) : view_(view), names_(names) {}
 
-    Json roots() {
+    Json domain() {
+        return Json{{"domain", view_.domain().number()},
+                    {"searched", view_.domain().number() == 0},
+                    {"rootBuses", rootBuses()}};
+    }
+
+private:
+    Json rootBuses() {
         Json result = Json::array();
         for (const std::uint8_t root : view_.bus().rootBuses()) {
             Json functions = level(view_.bus().functionsOn(root));
@@ -33,7 +38,6 @@ public:
         return result;
     }
 
-private:
     Json level(std::span<const PciFunction> functions) {
         Json result = Json::array();
         for (const PciFunction& function : functions) {
@@ -44,33 +48,45 @@ private:
     }
 
     Json describe(const PciFunction& function) {
-        Json result{{"address", pcibus::addressText(function)},
+        Json result{{"address", fullAddress(view_.domain().number(), function)},
                     {"vendorId", identifier(function.vendorId)},
                     {"deviceId", identifier(function.deviceId)},
                     {"subsystemVendorId", identifier(function.subsystemVendorId)},
                     {"subsystemId", identifier(function.subsystemId)},
-                    {"vendor", orNull(names_.vendor(function.vendorId))},
-                    {"device", orNull(names_.device(function.vendorId, function.deviceId))},
-                    {"marks", marks(function)}};
-        if (!function.isBridge())
-            return result;
-        result.add("secondaryBus", function.secondaryBus);
-        result.add("functions", level(view_.below(function)));
-        Json missing = Json::array();
-        for (const MissingPort& port : view_.missingBelow(function.handle()))
-            missing.push_back(Json{{"terminalName", nameOf(port.device)},
-                                   {"device", pcibus::deviceOfHop(port.hop)},
-                                   {"function", pcibus::functionOfHop(port.hop)}});
-        if (!missing.empty())
-            result.add("missingPorts", std::move(missing));
+                    {"vendorName", textOrNull(names_.vendor(function.vendorId))},
+                    {"deviceName", textOrNull(names_.device(function.vendorId, function.deviceId))},
+                    {"marks", marks(function)},
+                    {"bridge", bridgeKind(function)}};
+        if (view_.bus().isBridge(function))
+            addBridge(function, result);
         return result;
+    }
+
+    static Json bridgeKind(const PciFunction& function) {
+        return function.isBridge()          ? Json("pci")
+               : function.isCardBusBridge() ? Json("cardBus")
+                                            : Json(nullptr);
+    }
+
+    void addBridge(const PciFunction& bridge, Json& result) {
+        const bool leads = view_.leadsToBus(bridge);
+        result.add("secondaryBus", leads ? Json(bridge.secondaryBus) : Json(nullptr));
+        result.add("subordinateBus", leads ? Json(view_.lastBusOf(bridge)) : Json(nullptr));
+        addLink(result, linkBelow(view_.domain(), bridge));
+        result.add("functions", level(view_.below(bridge)));
+        Json missing = Json::array();
+        for (const MissingPort& port : view_.missingBelow(bridge.handle()))
+            missing.push_back(Json{{"name", nameOf(port.device)},
+                                   {"deviceNumber", pcibus::deviceOfHop(port.hop)},
+                                   {"functionNumber", pcibus::functionOfHop(port.hop)}});
+        result.add("missingPorts", std::move(missing));
     }
 
     Json marks(const PciFunction& function) {
         Json result = Json::array();
         for (const TreeMark& mark : view_.marksOf(function.handle())) {
             const PlacedDevice& device = view_.devices()[mark.device];
-            Json entry{{"role", roleName(mark.role)}, {"terminalName", nameOf(mark.device)}};
+            Json entry{{"role", roleName(mark.role)}, {"name", nameOf(mark.device)}};
             if (mark.role == TreeMark::Role::device) {
                 entry.add("model", device.listed.model);
                 entry.add("stored", device.listed.isStored);
@@ -108,9 +124,14 @@ private:
 
 } // namespace
 
-std::string treeAsJson(const BusTreeView& view, const PciNames& names,
+std::string treeAsJson(std::span<const BusTreeView> domains, const PciNames& names,
                        const std::optional<pcibus::LeftOut>& leftOut) {
-    const Json whole{{"roots", JsonTree(view, names).roots()}, {"leftOut", leftOutJson(leftOut)}};
+    Json list = Json::array();
+    for (const BusTreeView& view : domains)
+        list.push_back(JsonTree(view, names).domain());
+    Json whole = newDocument();
+    whole.add("leftOut", leftOutJson(leftOut));
+    whole.add("domains", std::move(list));
     return whole.line();
 }
 

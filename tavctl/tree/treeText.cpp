@@ -1,12 +1,12 @@
 #include "tavctl/tree/treeText.h"
 
-#include "tavctl/bus/busAddress.h"
-#include "tavctl/words/printable.h"
+#include "tavctl/tree/treeLine.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <optional>
+#include <utility>
+#include <vector>
 
 namespace tavctl {
 
@@ -25,29 +25,29 @@ struct Branch {
     MissingPort missing;
 };
 
-class TextTree {
+// One domain. Roots are joined where there is more than one, of whatever domain.
+class DomainTree {
 public:
-    TextTree(const BusTreeView& view, const PciNames& names, bool numeric, const TextStyle& style)
-        : view_(view), names_(names), numeric_(numeric), style_(style) {}
+    DomainTree(const BusTreeView& view, const PciNames& names, const TreeForm& form,
+               const TextStyle& style, std::string& out)
+        : view_(view), names_(names), form_(form), style_(style), out_(out) {}
 
-    std::string draw() {
+    [[nodiscard]] std::vector<std::uint8_t> roots() const {
         std::vector<std::uint8_t> roots;
         for (const std::uint8_t root : view_.bus().rootBuses()) {
             if (!branches(view_.bus().functionsOn(root), {}).empty())
                 roots.push_back(root);
         }
-        for (std::size_t i = 0; i < roots.size(); ++i) {
-            const bool several = roots.size() > 1;
-            const bool last = i + 1 == roots.size();
-            if (several)
-                out_ += i == 0 ? "-+-" : last ? " \\-" : " +-";
-            else
-                out_ += '-';
-            out_ += fmt::format("[0000:{:02x}]\n", roots[i]);
-            prefix_ = several ? (last ? "    " : " |  ") : " ";
-            drawLevel(branches(view_.bus().functionsOn(roots[i]), {}));
-        }
-        return std::move(out_);
+        return roots;
+    }
+
+    void draw(std::uint8_t root, const char* front, const char* prefix) {
+        TreeLine line(fmt::format("{}[{:04x}:{:02x}]", front, view_.domain().number(), root));
+        if (view_.domain().number() != 0)
+            line.add(TreeLine::Dress::warning, "(the plug-in does not search this domain)");
+        end(line);
+        prefix_ = prefix;
+        drawLevel(branches(view_.bus().functionsOn(root), {}));
     }
 
 private:
@@ -68,13 +68,14 @@ private:
     void drawLevel(const std::vector<Branch>& level) {
         for (std::size_t i = 0; i < level.size(); ++i) {
             const bool last = i + 1 == level.size();
-            out_ += fmt::format("{}{}{}", prefix_, last ? "\\-" : "+-", hopText(level[i].hop));
+            std::string front =
+                fmt::format("{}{}{}", prefix_, last ? "\\-" : "+-", hopText(level[i].hop));
             if (level[i].function == nullptr) {
-                drawMissing(level[i].missing);
+                drawMissing(level[i].missing, std::move(front));
                 continue;
             }
             const PciFunction& function = *level[i].function;
-            drawFunction(function);
+            drawFunction(function, std::move(front));
             const std::size_t length = prefix_.size();
             prefix_ += last ? "   " : "|  ";
             drawLevel(branches(view_.below(function), view_.missingBelow(function.handle())));
@@ -82,21 +83,28 @@ private:
         }
     }
 
-    void drawMissing(const MissingPort& missing) {
-        const std::string text =
-            fmt::format("{{{} port, missing}}", printable(nameOf(missing.device)));
-        out_ += fmt::format("  {}\n", style_.warning(text));
+    void drawMissing(const MissingPort& missing, std::string front) {
+        TreeLine line(std::move(front));
+        line.add(TreeLine::Dress::warning,
+                 fmt::format("{{{} port, missing}}", nameOf(missing.device)));
+        end(line);
     }
 
-    void drawFunction(const PciFunction& function) {
-        if (function.isBridge())
-            out_ += busesOf(function);
+    void drawFunction(const PciFunction& function, std::string front) {
+        if (view_.bus().isBridge(function))
+            front += busesOf(function);
+        TreeLine line(std::move(front));
         for (const TreeMark& mark : view_.marksOf(function.handle()))
-            out_ += fmt::format(
-                "  {}", style_.mark(fmt::format("{{{}}}", printable(markText(mark, function)))));
-        const std::string name = numeric_ ? identifiersOf(function)
-                                          : names_.function(function.vendorId, function.deviceId);
-        out_ += fmt::format("  {}\n", printable(name));
+            addMark(line, mark, function);
+        if (const LinkState link = linkBelow(view_.domain(), function); link.isKnown())
+            line.add(link.isDegraded() ? TreeLine::Dress::warning : TreeLine::Dress::plain,
+                     linkText(link));
+        if (form_.numeric)
+            line.add(TreeLine::Dress::plain, identifiersOf(function));
+        else
+            line.add(TreeLine::Dress::plain, {},
+                     names_.function(function.vendorId, function.deviceId));
+        end(line);
     }
 
     // "8086:a110 1234:0001"
@@ -107,9 +115,9 @@ private:
 
     // "-[01-08]"; "-[]" for a bridge without a bus of its own below.
     [[nodiscard]] std::string busesOf(const PciFunction& bridge) const {
-        if (bridge.secondaryBus == 0 || view_.bus().parentOfBus(bridge.secondaryBus) != &bridge)
+        if (!view_.leadsToBus(bridge))
             return "-[]";
-        const std::uint8_t last = view_.lastBusBelow(bridge);
+        const std::uint8_t last = view_.lastBusOf(bridge);
         return last == bridge.secondaryBus
                    ? fmt::format("-[{:02x}]", last)
                    : fmt::format("-[{:02x}-{:02x}]", bridge.secondaryBus, last);
@@ -119,20 +127,24 @@ private:
         return markedName(view_.devices()[device].listed);
     }
 
-    [[nodiscard]] std::string markText(const TreeMark& mark, const PciFunction& function) const {
+    void addMark(TreeLine& line, const TreeMark& mark, const PciFunction& function) const {
         const PlacedDevice& device = view_.devices()[mark.device];
         const std::string name = nameOf(mark.device);
         switch (mark.role) {
         case TreeMark::Role::device:
-            return fmt::format("{}: {}", name, device.listed.model);
+            line.add(TreeLine::Dress::mark, fmt::format("{{{}: ", name), device.listed.model, "}");
+            break;
         case TreeMark::Role::upstreamPort:
-            return fmt::format("{} upstream port", name);
+            line.add(TreeLine::Dress::mark, fmt::format("{{{} upstream port}}", name));
+            break;
         case TreeMark::Role::anchor:
-            return fmt::format("{} anchor", name);
+            line.add(TreeLine::Dress::mark, fmt::format("{{{} anchor}}", name));
+            break;
         case TreeMark::Role::port:
+            line.add(TreeLine::Dress::mark,
+                     fmt::format("{{{} {}}}", name, portText(device.ports[mark.port], function)));
             break;
         }
-        return fmt::format("{} {}", name, portText(device.ports[mark.port], function));
     }
 
     [[nodiscard]] std::string portText(const PlacedPort& port, const PciFunction& bridge) const {
@@ -144,19 +156,37 @@ private:
         return view_.below(bridge).empty() ? text.append(", empty") : text;
     }
 
+    void end(const TreeLine& line) { out_ += line.text(form_.width, style_) + "\n"; }
+
     const BusTreeView& view_;
     const PciNames& names_;
-    bool numeric_;
+    const TreeForm& form_;
     const TextStyle& style_;
+    std::string& out_;
     std::string prefix_;
-    std::string out_;
 };
 
 } // namespace
 
-std::string treeAsText(const BusTreeView& view, const PciNames& names, bool numeric,
-                       const TextStyle& style) {
-    return TextTree(view, names, numeric, style).draw();
+std::string treeAsText(std::span<const BusTreeView> domains, const PciNames& names,
+                       const TreeForm& form, const TextStyle& style) {
+    std::string out;
+    std::vector<std::pair<DomainTree, std::uint8_t>> roots;
+    for (const BusTreeView& view : domains) {
+        const DomainTree tree(view, names, form, style, out);
+        for (const std::uint8_t root : tree.roots())
+            roots.emplace_back(tree, root);
+    }
+    const bool several = roots.size() > 1;
+    for (auto& [tree, root] : roots) {
+        const bool first = &tree == &roots.front().first;
+        const bool last = &tree == &roots.back().first;
+        if (!several)
+            tree.draw(root, "-", " ");
+        else
+            tree.draw(root, first ? "-+-" : last ? " \\-" : " +-", last ? "    " : " |  ");
+    }
+    return out;
 }
 
 } // namespace tavctl

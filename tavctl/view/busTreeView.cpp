@@ -4,11 +4,11 @@
 
 namespace tavctl {
 
-using pcibus::Bus;
 using pcibus::PciFunction;
 
-BusTreeView::BusTreeView(const Bus& bus, const std::vector<PlacedDevice>& devices)
-    : bus_(bus), devices_(devices), shown_(kHandleCount, true), lastBuses_(lastBusesOf(bus)) {
+BusTreeView::BusTreeView(const DomainBus& domain, const std::vector<PlacedDevice>& devices)
+    : domain_(domain), devices_(devices), shown_(kHandleCount, true),
+      lastBuses_(lastBusesOf(domain.bus())) {
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const PlacedDevice& device = devices[i];
         if (device.reported)
@@ -33,10 +33,10 @@ void BusTreeView::showOnly(const std::vector<std::uint32_t>& handles) {
     for (const std::uint32_t handle : handles)
         showBelow(handle);
     for (const std::uint32_t handle : handles) {
-        const PciFunction* function = bus_.find(handle);
+        const PciFunction* function = bus().find(handle);
         while (function != nullptr) {
             shown_[function->handle()] = true;
-            function = bus_.parentOfBus(function->bus);
+            function = bus().parentOfBus(function->bus);
         }
     }
 }
@@ -49,7 +49,7 @@ void BusTreeView::showBelow(std::uint32_t handle) {
         if (shown_[next])
             continue;
         shown_[next] = true;
-        for (const PciFunction& function : below(*bus_.find(next)))
+        for (const PciFunction& function : below(*bus().find(next)))
             waiting.push_back(function.handle());
     }
 }
@@ -66,15 +66,19 @@ const std::vector<MissingPort>& BusTreeView::missingBelow(std::uint32_t handle) 
     return found == missing_.end() ? kNone : found->second;
 }
 
-std::span<const PciFunction> BusTreeView::below(const PciFunction& function) const {
-    if (!function.isBridge() || function.secondaryBus == 0 ||
-        bus_.parentOfBus(function.secondaryBus) != &function)
-        return {};
-    return bus_.functionsOn(function.secondaryBus);
+bool BusTreeView::leadsToBus(const PciFunction& function) const {
+    return bus().isBridge(function) && function.secondaryBus != 0 &&
+           bus().parentOfBus(function.secondaryBus) == &function;
 }
 
-std::uint8_t BusTreeView::lastBusBelow(const PciFunction& bridge) const {
-    return lastBuses_[bridge.secondaryBus];
+std::span<const PciFunction> BusTreeView::below(const PciFunction& function) const {
+    if (!leadsToBus(function))
+        return {};
+    return bus().functionsOn(function.secondaryBus);
+}
+
+std::uint8_t BusTreeView::lastBusOf(const PciFunction& bridge) const {
+    return lastForwardedBus(bus(), lastBuses_, bridge);
 }
 
 } // namespace tavctl

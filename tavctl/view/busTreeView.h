@@ -1,9 +1,10 @@
-// The bus as a tree of functions with the devices marked in it, and what part of it is shown. The
-// text and JSON forms of the tree are made from this.
+// One domain of the bus as a tree of functions with the devices marked in it, and what part of it
+// is shown. The text and JSON forms of the tree are made from this.
 #pragma once
 
-#include "pcibus/bus.h"
 #include "tavctl/bus/busQueries.h"
+#include "tavctl/bus/linkState.h"
+#include "tavctl/bus/wholeBus.h"
 #include "tavctl/match/placedDevices.h"
 
 #include <cstdint>
@@ -30,14 +31,16 @@ struct MissingPort {
 
 class BusTreeView {
 public:
-    // Shows everything. Both arguments must outlive the view.
-    BusTreeView(const pcibus::Bus& bus, const std::vector<PlacedDevice>& devices);
+    // Shows everything. Both arguments must outlive the view. There are no devices in a domain
+    // other than 0.
+    BusTreeView(const DomainBus& domain, const std::vector<PlacedDevice>& devices);
 
-    // Shows only these functions, what lies below them, and the way from the root to them. May be
-    // called once, with at least one function.
+    // Shows only these functions, what lies below them, and the way from the root to them; nothing
+    // for none. May be called once.
     void showOnly(const std::vector<std::uint32_t>& handles);
 
-    [[nodiscard]] const pcibus::Bus& bus() const { return bus_; }
+    [[nodiscard]] const DomainBus& domain() const { return domain_; }
+    [[nodiscard]] const pcibus::Bus& bus() const { return domain_.bus(); }
     [[nodiscard]] const std::vector<PlacedDevice>& devices() const { return devices_; }
 
     [[nodiscard]] const std::vector<TreeMark>& marksOf(std::uint32_t handle) const;
@@ -48,15 +51,18 @@ public:
     [[nodiscard]] std::span<const pcibus::PciFunction>
     below(const pcibus::PciFunction& function) const;
 
-    // The highest bus below a bridge that is the parent of its secondary bus.
-    [[nodiscard]] std::uint8_t lastBusBelow(const pcibus::PciFunction& bridge) const;
+    // Whether a function is a bridge that has a bus of its own below it.
+    [[nodiscard]] bool leadsToBus(const pcibus::PciFunction& function) const;
+
+    // The last bus that such a bridge forwards (see busQueries.h).
+    [[nodiscard]] std::uint8_t lastBusOf(const pcibus::PciFunction& bridge) const;
 
 private:
     void showBelow(std::uint32_t handle);
 
     static constexpr std::size_t kHandleCount = 0x10000;
 
-    const pcibus::Bus& bus_;
+    const DomainBus& domain_;
     const std::vector<PlacedDevice>& devices_;
     std::unordered_map<std::uint32_t, std::vector<TreeMark>> marks_;
     std::unordered_map<std::uint32_t, std::vector<MissingPort>> missing_;

@@ -1,65 +1,77 @@
 #include "tavctl/view/partOptions.h"
 
 #include "tavctl/bus/busAddress.h"
-#include "tavctl/host/hostSession.h"
+#include "tavctl/view/deviceWord.h"
 #include "tavctl/words/failure.h"
 
+#include <map>
 #include <set>
-#include <utility>
 
 namespace tavctl {
 
 namespace {
 
-std::vector<std::uint32_t> functionsOfModel(const std::vector<PlacedDevice>& devices,
-                                            const std::string& model) {
-    std::vector<std::uint32_t> functions;
+// The functions to show, by the number of their domain.
+using Shown = std::map<std::uint32_t, std::vector<std::uint32_t>>;
+
+void addDevice(const PlacedDevice& device, Shown& shown) {
+    const auto functions = functionsOf(device);
+    shown[0].insert(shown[0].end(), functions.begin(), functions.end());
+}
+
+void addModel(const MarkedBus& marked, const std::string& model, Shown& shown) {
     std::set<std::string> models;
-    for (const PlacedDevice& device : devices) {
+    bool isThere = false;
+    for (const PlacedDevice& device : marked.devices) {
         models.insert(device.listed.model);
         if (device.listed.model.find(model) == std::string::npos)
             continue;
-        const auto found = functionsOf(device);
-        functions.insert(functions.end(), found.begin(), found.end());
+        isThere = true;
+        addDevice(device, shown);
     }
-    if (!functions.empty())
-        return functions;
+    if (isThere)
+        return;
     std::string reason = "no device of this model is present";
     for (const std::string& present : models)
         reason.append(present == *models.begin() ? "; there is " : ", ").append(present);
     throw FailureException({"find model", model, reason, {}, {}}, ExitStatus::problemFound);
 }
 
+void addAddress(const MarkedBus& marked, const std::string& address, Shown& shown) {
+    const FunctionPlace place = functionAtAddress(marked.whole, address);
+    shown[place.domain->number()].push_back(place.function->handle());
+}
+
+void addWords(const PartOptions& options, const MarkedBus& marked, Shown& shown) {
+    for (const DeviceWord& chosen : readDeviceWords(options.devices, marked.listed())) {
+        if (chosen.kind == DeviceWord::Kind::address)
+            addAddress(marked, chosen.word, shown);
+        for (const std::size_t device : chosen.devices)
+            addDevice(marked.devices[device], shown);
+    }
+}
+
 } // namespace
 
 void PartOptions::addTo(CommandOptions command) {
-    command.value("-s", address, ValueForm::text("ADDRESS"),
-                  "Only this function, below it, and the way to it");
-    command.value("--model", model, ValueForm::text("NAME"),
-                  "Only devices of models named so, likewise");
+    command.arguments(devices, ValueForm::device(), "Only these: name, address or model");
+    command.value("-s", address, ValueForm::text("ADDRESS"), "The same as DEVICE");
+    command.value("--model", model, ValueForm::text("NAME"), "Only devices of models named so");
     command.value("--pci-ids", pciIds, ValueForm::file(), "Names of vendors and devices (pci.ids)");
 }
 
-MarkedBus::MarkedBus(const CommonOptions& options, const HostSetup& setup) {
-    const auto listed = devicesOfPlugin(options, setup);
-    if (!options.json)
-        explainMarks(listed);
-    ReadBus read = readChosenBus();
-    bus = std::move(read.bus);
-    leftOut = read.leftOut;
-    devices = placeDevices(listed, surveyDevices(setup), bus);
-}
-
-void showPart(const PartOptions& options, BusTreeView& view) {
-    std::vector<std::uint32_t> shown;
+void showPart(const PartOptions& options, const MarkedBus& marked,
+              std::vector<BusTreeView>& views) {
+    if (options.devices.empty() && options.address.empty() && options.model.empty())
+        return;
+    Shown shown;
+    addWords(options, marked, shown);
     if (!options.address.empty())
-        shown.push_back(functionAtAddress(view.bus(), options.address).handle());
-    if (!options.model.empty()) {
-        const auto found = functionsOfModel(view.devices(), options.model);
-        shown.insert(shown.end(), found.begin(), found.end());
-    }
-    if (!shown.empty())
-        view.showOnly(shown);
+        addAddress(marked, options.address, shown);
+    if (!options.model.empty())
+        addModel(marked, options.model, shown);
+    for (BusTreeView& view : views)
+        view.showOnly(shown[view.domain().number()]);
 }
 
 } // namespace tavctl

@@ -68,6 +68,10 @@ Json Json::array() {
     return Json(Value::array());
 }
 
+Json Json::object() {
+    return Json(Value::object());
+}
+
 Json::Json(const Json& other) : Json(Value(*other.value_)) {}
 Json::Json(Json&& other) noexcept = default;
 Json& Json::operator=(const Json& other) {

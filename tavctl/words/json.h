@@ -32,7 +32,8 @@ public:
     Json(const std::string& text);
     Json(const std::vector<std::string>& texts); // an array
     Json(std::initializer_list<Member> members); // an object
-    static Json array();                         // an empty one
+    static Json array();                         // empty ones
+    static Json object();
 
     Json(const Json& other);
     Json(Json&& other) noexcept;

@@ -3,7 +3,7 @@
 //
 //     initialize    the status
 //     finalize      "done"
-//     list          the devices, in the form that "tavctl list --json" prints
+//     list          the devices, as "tavctl list --json" calls what the plug-in tells of them
 //
 // A word that it does not know and a device that cannot be read end it.
 #include "include/tavPlugin.h"
@@ -76,24 +76,46 @@ private:
         return value.data();
     }
 
+    static Json category(std::int32_t number) {
+        switch (number) {
+        case kTavCategoryPci:
+            return "PCI";
+        case kTavCategoryExpresscard:
+            return "Expresscard";
+        case kTavCategorySwitchboxTav:
+            return "SwitchboxTav";
+        default:
+            return number;
+        }
+    }
+
+    [[nodiscard]] std::string address(std::uint32_t index) const {
+        const auto number = [&](std::uint32_t attribute) {
+            return integer(index, attribute).get<unsigned>();
+        };
+        std::array<char, 32> text{};
+        std::snprintf(text.data(), text.size(), "0000:%02x:%02x.%x", number(kTavAttrBusNumber),
+                      number(kTavAttrDeviceNumber), number(kTavAttrFunctionNumber));
+        return text.data();
+    }
+
     [[nodiscard]] Json device(std::uint32_t index) const {
         Json ports = Json::array();
         const auto portCount = integer(index, kTavAttrPortCount).get<std::uint32_t>();
         for (std::uint32_t port = 0; port < portCount; ++port)
             ports.push_back(
                 {{"label", text(index, TAVPLUGIN_INDEXED(kTavAttrConnectorLabel, port))},
-                 {"first", integer(index, TAVPLUGIN_INDEXED(kTavAttrPortSecondaryBus, port))},
-                 {"second", integer(index, TAVPLUGIN_INDEXED(kTavAttrPortLinkWidth, port))},
-                 {"third", integer(index, TAVPLUGIN_INDEXED(kTavAttrPortLinkSpeed, port))}});
-        return {{"index", index},
+                 {"secondaryBus",
+                  integer(index, TAVPLUGIN_INDEXED(kTavAttrPortSecondaryBus, port))},
+                 {"linkWidth", integer(index, TAVPLUGIN_INDEXED(kTavAttrPortLinkWidth, port))},
+                 {"linkSpeed", integer(index, TAVPLUGIN_INDEXED(kTavAttrPortLinkSpeed, port))}});
+        return {{"name", text(index, kTavAttrTerminalName)},
                 {"model", text(index, kTavAttrModelName)},
-                {"category", integer(index, kTavAttrDeviceCategory)},
-                {"bus", integer(index, kTavAttrBusNumber)},
-                {"device", integer(index, kTavAttrDeviceNumber)},
-                {"function", integer(index, kTavAttrFunctionNumber)},
-                {"walkValue", integer(index, kTavAttrUpstreamPortBus)},
+                {"category", category(integer(index, kTavAttrDeviceCategory))},
+                {"address", address(index)},
+                {"index", index},
+                {"upstreamBus", integer(index, kTavAttrUpstreamPortBus)},
                 {"linkWidthPerLabel", integer(index, kTavAttrLinkWidthPerLabel)},
-                {"terminalName", text(index, kTavAttrTerminalName)},
                 {"ports", ports}};
     }
 

@@ -182,8 +182,8 @@ TEST_F(HostileFiles, ManySectionsInTheNameFile) {
     figure(manySections(), "names in a name file");
     const json devices = list(size, 10);
     ASSERT_EQ(devices.size(), 2U) << error;
-    EXPECT_EQ(devices[0]["terminalName"], "TAV" + std::to_string(manySections()));
-    EXPECT_EQ(devices[1]["terminalName"], "TAV" + std::to_string(manySections() + 1));
+    EXPECT_EQ(devices[0]["name"], "TAV" + std::to_string(manySections()));
+    EXPECT_EQ(devices[1]["name"], "TAV" + std::to_string(manySections() + 1));
     EXPECT_EQ(run({"names", "check", "--stored"}, size, 40).exitStatus, 1); // they are no slots
 }
 
@@ -211,8 +211,8 @@ TEST_F(HostileFiles, NameFileFullOfOneName) {
                           .finish();
     const json devices = list(size, 10);
     ASSERT_EQ(devices.size(), 2U) << error;
-    EXPECT_EQ(devices[0]["terminalName"], "TAV2");
-    EXPECT_EQ(devices[1]["terminalName"], "TAV3");
+    EXPECT_EQ(devices[0]["name"], "TAV2");
+    EXPECT_EQ(devices[1]["name"], "TAV3");
     EXPECT_EQ(run({"names", "check", "--stored"}, size, 60).exitStatus, 1);
     EXPECT_EQ(run({"names", "check"}, size, 60).exitStatus, 1);
     EXPECT_EQ(run({"names", "list"}, size, 60).exitStatus, 0);
@@ -343,7 +343,7 @@ TEST_F(HostileFiles, ConversionsInTextsAreTexts) {
         ASSERT_EQ(devices.size(), 2U) << error;
         EXPECT_EQ(devices[0]["model"], evil);
         EXPECT_EQ(devices[0]["ports"][0]["label"], evil);
-        EXPECT_EQ(devices[0]["terminalName"].get<std::string>().substr(0, evil.size()), evil);
+        EXPECT_EQ(devices[0]["name"].get<std::string>().substr(0, evil.size()), evil);
     }
     for (const std::vector<std::string>& words : {std::vector<std::string>{"list"},
                                                   {"tree"},

@@ -10,7 +10,10 @@
 namespace {
 
 using pcibus::decodeConfigSpace;
+using pcibus::decodeLink;
+using pcibus::Link;
 using pcibus::PciFunction;
+using pcibus::PortType;
 
 // 256 bytes of a bridge whose capabilities a test lays out itself.
 class Bytes {
@@ -37,6 +40,7 @@ public:
         decodeConfigSpace(std::span(bytes_).first(size), function);
         return function;
     }
+    [[nodiscard]] Link link() const { return decodeLink(bytes_); }
 
 private:
     std::vector<std::uint8_t> bytes_ = std::vector<std::uint8_t>(256, 0);
@@ -53,7 +57,8 @@ TEST(ConfigSpace, OnlyHeaderType1IsABridge) {
     for (const int type : {0, 2, 3, 0x7F}) {
         const PciFunction function = Bytes(static_cast<std::uint8_t>(type)).decoded();
         EXPECT_FALSE(function.isBridge()) << type;
-        EXPECT_EQ(function.secondaryBus, 0) << type;
+        EXPECT_EQ(function.isCardBusBridge(), type == 2) << type;
+        EXPECT_EQ(function.secondaryBus, type == 2 ? 7 : 0) << type;
     }
     EXPECT_EQ(Bytes(1).decoded().secondaryBus, 7);
 }
@@ -196,6 +201,32 @@ TEST(ConfigSpace, TheLongestListIsFollowedToItsEnd) {
         bytes.put(at, {0x05, static_cast<std::uint8_t>(at + 4)});
     bytes.subsystem(0xF0, 0);
     EXPECT_EQ(bytes.decoded().subsystemVendorId, 0x2211);
+}
+
+TEST(ConfigSpace, LinkIsOfAFunctionOfAnyKind) {
+    for (const int type : {0, 1}) {
+        Bytes bytes(static_cast<std::uint8_t>(type));
+        bytes.put(0x34, {0x40}).express(0x40, 0).put(0x42, {0x62}).put(0x52, {0x42, 0x70});
+        EXPECT_EQ(bytes.link(), (Link{16, 3, 4, 2, PortType::downstreamPort})) << type;
+    }
+    EXPECT_EQ(Bytes().link(), Link{});
+}
+
+TEST(ConfigSpace, PortTypeIsWhatTheCapabilitySays) {
+    const auto portOf = [](std::uint8_t byte) {
+        return Bytes().put(0x34, {0x40}).express(0x40, 0).put(0x42, {byte}).link().port;
+    };
+    EXPECT_EQ(portOf(0x42), PortType::rootPort);
+    EXPECT_EQ(portOf(0x52), PortType::upstreamPort);
+    EXPECT_EQ(portOf(0x62), PortType::downstreamPort);
+    EXPECT_EQ(portOf(0x72), PortType::other);
+    EXPECT_EQ(portOf(0x02), PortType::other);
+}
+
+TEST(ConfigSpace, BusesThatABridgeForwardsAreThoseOfBothKinds) {
+    EXPECT_EQ(Bytes(1).put(0x1A, {9}).decoded().subordinateBus, 9);
+    EXPECT_EQ(Bytes(2).put(0x1A, {9}).decoded().subordinateBus, 9);
+    EXPECT_EQ(Bytes(0).put(0x1A, {9}).decoded().subordinateBus, 0);
 }
 
 TEST(ConfigSpace, LeavesAddressAndLineAlone) {

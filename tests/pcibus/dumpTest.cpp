@@ -270,8 +270,8 @@ TEST(Dump, PassesOverFunctionsThatDoNotAnswer) {
 TEST(Dump, IsGivenToASinkWithEveryDomainAndWithoutWhatDoesNotAnswer) {
     std::vector<std::string> given;
     parseDump(dead("00:01.0") + small("10000:00:01.0") + small("00:02.0") + dead("0001:00:01.0"),
-              "bus.txt", [&](std::uint32_t domain, const auto& function, auto) {
-                  given.push_back(std::to_string(domain) + " " + addressText(function));
+              "bus.txt", [&](const pcibus::SeenFunction& seen) {
+                  given.push_back(std::to_string(seen.domain) + " " + addressText(seen.function));
               });
     EXPECT_THAT(given, ElementsAre("65536 00:01.0", "0 00:02.0"));
 }

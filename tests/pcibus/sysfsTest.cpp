@@ -101,11 +101,10 @@ TEST_F(Sysfs, GivesASinkEveryDomainWithUpTo256Bytes) {
     put("10000:00:04.0", "config", "short");
     LeftOut leftOut;
     std::vector<std::string> given;
-    const Bus bus = readSysfs(
-        root(), &leftOut, [&](std::uint32_t domain, const PciFunction& function, auto bytes) {
-            given.push_back(std::to_string(domain) + " " + addressText(function) + " " +
-                            std::to_string(bytes.size()) + " " + std::to_string(bytes[63]));
-        });
+    const Bus bus = readSysfs(root(), &leftOut, [&](const pcibus::SeenFunction& seen) {
+        given.push_back(std::to_string(seen.domain) + " " + addressText(seen.function) + " " +
+                        std::to_string(seen.bytes.size()) + " " + std::to_string(seen.bytes[63]));
+    });
     EXPECT_THAT(given, testing::UnorderedElementsAre("0 00:01.0 64 0", "65536 00:02.0 256 17"));
     EXPECT_THAT(bus.functions(), SizeIs(1));
     EXPECT_EQ(describe(leftOut), "otherDomains 3");

@@ -252,6 +252,14 @@ std::vector<BusBuilder::Node> BusBuilder::nodes() const {
     return sorted;
 }
 
+void BusBuilder::setRunningLink(Node node, unsigned width, unsigned speed) {
+    entries_.at(node.index).runningLink = {width, speed};
+}
+
+std::pair<unsigned, unsigned> BusBuilder::running(const Entry& entry) {
+    return entry.runningLink.value_or(std::pair<unsigned, unsigned>(entry.width, entry.speed));
+}
+
 std::vector<pcibus::PciFunction> BusBuilder::functions() const {
     std::vector<pcibus::PciFunction> result;
     for (const Node node : nodes()) {
@@ -267,6 +275,7 @@ std::vector<pcibus::PciFunction> BusBuilder::functions() const {
         function.subsystemId = at.ids.subsystem;
         if (at.isBridge()) {
             function.secondaryBus = writtenSecondary(at);
+            function.subordinateBus = std::max(at.subordinate, writtenSecondary(at));
             function.linkWidth = at.width;
             function.linkSpeed = at.width == 0 ? std::uint8_t{0} : at.speed;
         }
@@ -316,7 +325,8 @@ std::vector<std::uint8_t> BusBuilder::configSpace(Node node) const {
         const unsigned link = unsigned{at.speed} | unsigned{at.width} << 4;
         put16(bytes, kExpressAt + 0x0C, link); // capabilities
         bytes[kExpressAt + 0x0F] = 3;          // port number, above the link's fields
-        put16(bytes, kExpressAt + 0x12, link); // status
+        const auto [width, speed] = running(at);
+        put16(bytes, kExpressAt + 0x12, speed | width << 4); // status
     }
     for (const auto& [offset, byte] : at.poked)
         bytes[offset] = byte;
@@ -402,6 +412,9 @@ void BusBuilder::writeSysfs(const fs::path& root, std::size_t configBytes) const
         if (at.width != 0) {
             writeFile(folder / "max_link_width", formatted("%u\n", unsigned{at.width}));
             writeFile(folder / "max_link_speed", std::string(speedText(at.speed)) + '\n');
+            const auto [width, speed] = running(at);
+            writeFile(folder / "current_link_width", formatted("%u\n", width));
+            writeFile(folder / "current_link_speed", std::string(speedText(speed)) + '\n');
         }
     }
 }

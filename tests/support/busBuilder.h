@@ -17,6 +17,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace testsupport {
@@ -68,6 +69,9 @@ public:
     void setSecondaryBus(Node bridge, unsigned bus);
     void poke(Node node, std::size_t offset, std::initializer_list<std::uint8_t> bytes);
 
+    // How the link at a function runs; as its own end can without this.
+    void setRunningLink(Node node, unsigned width, unsigned speed);
+
     // Where a function stands. Buses below a root bus are numbered depth-first, lowest device and
     // function first, as firmware does.
     [[nodiscard]] std::uint8_t bus(Node node) const;
@@ -108,6 +112,7 @@ private:
         std::uint8_t width = 0;
         std::uint8_t speed = 0;
         std::optional<std::uint8_t> writtenSecondary;
+        std::optional<std::pair<unsigned, unsigned>> runningLink; // width and speed
         std::map<std::size_t, std::uint8_t> poked;
         // Follow from the rest; root buses are given.
         mutable std::uint8_t bus = 0;
@@ -122,6 +127,7 @@ private:
     Node add(Kind kind, std::size_t parent, unsigned rootBus, unsigned device, unsigned function,
              Ids ids, unsigned width, unsigned speed);
     const Entry& entry(Node node) const;
+    static std::pair<unsigned, unsigned> running(const Entry& entry);
     [[nodiscard]] bool hasSibling(const Entry& entry) const;
     void number() const;
     [[nodiscard]] unsigned numberBelow(std::size_t index, unsigned last,

@@ -60,7 +60,7 @@ TEST(CommandLine, WrongUsageExitsWithTwoAndNamesTheWrongWord) {
     // What stands behind an option may be its value: only the word itself is told.
     EXPECT_TRUE(
         says(runTavctl("names --state /tmp lst"), 2, "was not expected: lst\nCommands: list,"));
-    EXPECT_TRUE(says(runTavctl("tree extra"), 2, "extra"));
+    EXPECT_TRUE(says(runTavctl("record extra"), 2, "extra"));
 }
 
 TEST(CommandLine, EmptyValueIsWrongUsageAndNamesTheOption) {
@@ -93,13 +93,15 @@ TEST(CommandLine, TreeMarksTheDevicesOfTheSampleMachine) {
     EXPECT_TRUE(says(whole, 0, "{TAVCard1 anchor}"));
     EXPECT_TRUE(says(whole, 0, "{TAV3 ports \"C1\" \"C2\" \"C3\" \"C4\", empty}"));
     const auto part = runTavctl("tree -n -s 0000:05:01.0 " + options);
-    EXPECT_EQ(part.output, "-[0000:00]\n"
-                           " \\-04.0-[01-08]  8086:3420 8086:0000\n"
-                           "    \\-00.0-[02-08]  {TAV1: TAV-B3 Switch Box}  104c:8232 0000:0000\n"
-                           "       \\-01.0-[04-07]  {TAV1 port \"2\"}  104c:8233 0000:0000\n"
-                           "          \\-00.0-[05-07]  {TAVCard1: TAV-C1 Adapter Card}  "
-                           "1b36:000e 0000:0000\n"
-                           "             \\-01.0  {TAVCard1 anchor}  1b36:0002 1af4:1100\n");
+    EXPECT_EQ(part.output,
+              "-[0000:00]\n"
+              " \\-04.0-[01-08]  x1 2.5 GT/s  8086:3420 8086:0000\n"
+              "    \\-00.0-[02-08]  {TAV1: TAV-B3 Switch Box}  104c:8232 0000:0000\n"
+              "       \\-01.0-[04-07]  {TAV1 port \"2\"}  x1 2.5 GT/s  104c:8233 0000:0000\n"
+              "          \\-00.0-[05-07]  {TAVCard1: TAV-C1 Adapter Card}  1b36:000e 0000:0000\n"
+              "             \\-01.0  {TAVCard1 anchor}  1b36:0002 1af4:1100\n");
+    EXPECT_EQ(runTavctl("tree -n 05:01.0 " + options).output,
+              "tavctl: 05:01.0 is an address: no device is reported there\n" + part.output);
 }
 
 TEST(CommandLine, TreeOfAModelShowsNoOtherDevices) {
@@ -130,7 +132,7 @@ TEST(CommandLine, NamesOfVendorsComeFromTheNamedFile) {
     const std::string options = kDump + kDescriptions + state(folder);
     const auto ids = folder.file("pci.ids", "8086  The Maker\n\t3420  The Port\n").string();
     EXPECT_TRUE(says(runTavctl("tree --pci-ids " + ids + " " + options), 0,
-                     "+-04.0-[01-08]  The Maker The Port\n"));
+                     "+-04.0-[01-08]  x1 2.5 GT/s  The Maker The Port\n"));
     EXPECT_TRUE(says(runTavctl("tree --pci-ids /nonexistent " + options), 3,
                      "read names of vendors and devices (/nonexistent): No such file"));
 }

@@ -185,7 +185,7 @@ TEST_F(WindowsDeepFolder, ServesTheToolForDescriptionsAndNames) {
         TAVCTL_FILE, {"list", "--json", "--dump", TAV_SOURCE_DIR "/samples/switchboxes.dump",
                       "--descriptions", deep_, "--state", deep_});
     EXPECT_EQ(list.exitStatus, 0) << list.error;
-    EXPECT_THAT(list.output, HasSubstr("\"terminalName\":\"TAVCard1\""));
+    EXPECT_THAT(list.output, HasSubstr("\"name\":\"TAVCard1\""));
     EXPECT_TRUE(lastWriteTime(in("zotavpci.ini").c_str()).has_value());
     const ProgramResult lint =
         testsupport::runProgram(TAVCTL_FILE, {"lint", "--descriptions", deep_});

@@ -63,5 +63,5 @@ devices=$(grep -o '"index":' "$work/listed" | wc -l)
 [ "$devices" -eq 4 ] || fail "$devices devices instead of 4: $(cat "$work/listed")"
 [ -s zotavpci.ini ] || fail "no stored names beside the tool"
 for name in TAV1 TAV2 TAV3 TAVCard1; do
-    grep -q "\"terminalName\":\"$name\"" "$work/listed" || fail "no device is called $name"
+    grep -q "\"name\":\"$name\"" "$work/listed" || fail "no device is called $name"
 done

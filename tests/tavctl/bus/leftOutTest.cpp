@@ -64,7 +64,7 @@ TEST_F(LeftOutOfSample, IsToldOnceByEveryCommandThatLooksAtIt) {
     const std::string expected = "tavctl: left out: 2 functions of other domains, 1 that does not "
                                  "answer (vendor FFFF); of 1 only the header is known\n";
     for (const char* command :
-         {"list BUS", "list --json BUS", "tree BUS", "draw --format dot BUS", "explain BUS",
+         {"list BUS", "list --json BUS", "draw --format dot BUS", "explain BUS",
           "describe 01:00.0 BUS", "names BUS", "names check BUS", "names preview BUS",
           "names preview --new-dump DUMP DESCRIPTIONS STATE"}) {
         const auto result =
@@ -78,10 +78,10 @@ TEST_F(LeftOutOfSample, IsToldOnceByEveryCommandThatLooksAtIt) {
 
 TEST_F(LeftOutOfSample, IsInTheJsonOfEveryCommandThatLooksAtIt) {
     const std::string expected =
-        R"("leftOut":{"otherDomains":2,"dead":1,"unreadable":0,"headerOnly":1}})";
+        R"("leftOut":{"otherDomains":2,"dead":1,"unreadable":0,"headerOnly":1})";
     for (const char* command :
-         {"list BUS", "tree BUS", "explain BUS", "describe 01:00.0 BUS", "names BUS",
-          "names check BUS", "names preview BUS", "lint DESCRIPTIONS --against DUMP"}) {
+         {"list BUS", "explain BUS", "describe 01:00.0 BUS", "names BUS", "names check BUS",
+          "names preview BUS", "lint DESCRIPTIONS --against DUMP"}) {
         const std::string output = outputOf(withBus(std::string(command) + " --json"));
         EXPECT_NE(output.find(expected), std::string::npos) << command << "\n" << output;
     }
@@ -131,8 +131,19 @@ TEST_F(LeftOutOfSample, AnAddressOfAnotherDomainIsRefusedWithTheReason) {
     const std::string expected = "tavctl: find function (0001:00:02.0): it is of another domain; "
                                  "the plug-in and its bridge library know domain 0 alone\n";
     EXPECT_TRUE(says(runTavctl(withBus("describe 0001:00:02.0 BUS")), 1, expected));
-    EXPECT_TRUE(says(runTavctl(withBus("tree -s 0001:00:02.0 BUS")), 1, expected));
-    EXPECT_TRUE(says(runTavctl(withBus("draw -s 0001:00:02.0 BUS")), 1, expected));
+}
+
+// The tree has the functions of other domains, so they are not left out of it.
+TEST_F(LeftOutOfSample, TreeShowsOtherDomainsAndSaysThatTheyAreNotSearched) {
+    EXPECT_TRUE(says(runTavctl(withBus("tree BUS")), 0,
+                     "tavctl: left out: 1 function that does not answer (vendor FFFF); of 1 only "
+                     "the header is known\n"));
+    EXPECT_TRUE(says(runTavctl(withBus("tree -n 0001:00:02.0 BUS")), 0,
+                     "\n-[0001:00]  (the plug-in does not search this domain)\n"
+                     " \\-02.0  8086:0000 0000:0000\n"));
+    EXPECT_NE(outputOf(withBus("tree --json BUS"))
+                  .find(R"({"otherDomains":0,"dead":1,"unreadable":0,"headerOnly":1},"domains":[)"),
+              std::string::npos);
 }
 
 // As somebody gives a bus that another program prints.
@@ -142,7 +153,7 @@ TEST_F(LeftOutOfSample, ABusThatCanBeReadButOnceIsNotReadForThis) {
         says(testsupport::runCommand("mkfifo " + pipe + " && (cat " + kSample + " > " + pipe +
                                      " &) && " TAVCTL_FILE " list --json --dump " + pipe + " " +
                                      kDescriptions + "--state " + folder_.file("state") + " 2>&1"),
-             0, R"("leftOut":null})"));
+             0, R"({"version":1,"leftOut":null,)"));
 }
 
 } // namespace

@@ -114,8 +114,8 @@ TEST(CompletionCommand, WritesTheScriptOfAShell) {
     EXPECT_EQ(outputOf("completion zsh"), zshCompletion(commandLineWords()));
     EXPECT_EQ(outputOf("completion fish"), fishCompletion(commandLineWords()));
     EXPECT_EQ(outputOf("completion powershell"), powershellCompletion(commandLineWords()));
-    EXPECT_TRUE(
-        says(tavctltest::runTavctl("completion csh"), 2, "csh not in {bash,zsh,fish,powershell}"));
+    EXPECT_TRUE(says(tavctltest::runTavctl("completion csh"), 2,
+                     "csh not in {bash,zsh,fish,powershell,devices}"));
 }
 
 } // namespace

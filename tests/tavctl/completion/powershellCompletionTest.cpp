@@ -105,10 +105,12 @@ TEST(PowershellCompletion, IsTextThatPowershellReadsAsItIsMeant) {
             variables.insert(piece.text);
     }
     // Those that are set in it, and the element of a pipeline.
-    EXPECT_THAT(variables, ElementsAre("_", "around", "before", "commandAst", "cursorPosition",
-                                       "kind", "known", "offers", "option", "options", "path",
-                                       "word", "wordToComplete", "words"));
-    for (const char* given : {"_", "word", "wordToComplete", "commandAst", "cursorPosition"})
+    EXPECT_THAT(variables,
+                ElementsAre("_", "around", "at", "before", "commandAst", "cursorPosition", "kind",
+                            "known", "name", "null", "offers", "option", "options", "path", "quote",
+                            "word", "wordToComplete", "words"));
+    for (const char* given :
+         {"_", "null", "word", "wordToComplete", "commandAst", "cursorPosition"})
         variables.erase(given);
     for (const std::string& name : variables)
         EXPECT_THAT(script, HasSubstr("$" + name + " = ")) << name;
@@ -134,7 +136,8 @@ TEST(PowershellCompletion, KnowsValuesByTheirKind) {
                 HasSubstr("Kind = 'choice'; Choices = @('svg', 'dot') }"));
     EXPECT_THAT(entryOf(script, "/completion"), HasSubstr("@{ Name = 'powershell'; "));
     EXPECT_THAT(entryOf(script, "/lint"), HasSubstr("\n            Kind = 'file'\n"));
-    EXPECT_THAT(entryOf(script, "/list"), HasSubstr("\n            Kind = 'text'\n"));
+    EXPECT_THAT(entryOf(script, "/list"), HasSubstr("\n            Kind = 'device'\n"));
+    EXPECT_THAT(entryOf(script, "/record"), HasSubstr("\n            Kind = 'text'\n"));
     EXPECT_THAT(entryOf(script, "/names"), HasSubstr("\n            Kind = 'choice'\n"));
     EXPECT_THAT(entryOf(script, "/tree"), HasSubstr("Kind = 'folder'; Choices = @() }"));
     EXPECT_THAT(entryOf(script, "/tree"), HasSubstr("Kind = 'none'; Choices = @() }"));

@@ -52,13 +52,8 @@ public:
         ASSERT_EQ(list.exitStatus, 0) << list.output;
         const json whole = json::parse(list.output);
         bool found = false;
-        for (const json& device : whole.at("devices")) {
-            char text[16];
-            std::snprintf(text, sizeof text, "%02x:%02x.%x", device.at("bus").get<unsigned>(),
-                          device.at("device").get<unsigned>(),
-                          device.at("function").get<unsigned>());
-            found = found || text == address;
-        }
+        for (const json& device : whole.at("devices"))
+            found = found || device.at("address") == "0000:" + address;
         EXPECT_TRUE(found) << address << list.output
                            << folder_.read("PCI Hardware Descriptions/"
                                            "box.ini");

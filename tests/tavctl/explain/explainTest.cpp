@@ -61,10 +61,9 @@ struct Machine {
         Devices devices;
         const json whole = json::parse(lastLine(result.output));
         for (const json& each : whole.at("devices")) {
-            char address[16];
-            std::snprintf(address, sizeof address, "%02x:%02x.%x", each.at("bus").get<unsigned>(),
-                          each.at("device").get<unsigned>(), each.at("function").get<unsigned>());
-            devices.insert(each.at("model").get<std::string>() + " " + address);
+            constexpr std::size_t kDomain = 5; // "0000:"
+            devices.insert(each.at("model").get<std::string>() + " " +
+                           each.at("address").get<std::string>().substr(kDomain));
         }
         return devices;
     }

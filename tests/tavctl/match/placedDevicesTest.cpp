@@ -101,7 +101,7 @@ TEST(PlacedDevices, SurveyOfAnotherDeviceIsNotUsed) {
 
 TEST(PlacedDevices, PortsThatDoNotComeOutEvenArePlacedByTheirBuses) {
     TreeFixture fixture;
-    fixture.listed[0].ports[0].first = 4;
+    fixture.listed[0].ports[0].secondaryBus = 4;
     const auto placed = fixture.placed();
     ASSERT_EQ(placed[0].ports.size(), 1U);
     EXPECT_THAT(placed[0].ports[0].labels, ElementsAre("A", "B1", "B2"));
@@ -111,7 +111,7 @@ TEST(PlacedDevices, PortsThatDoNotComeOutEvenArePlacedByTheirBuses) {
 TEST(PlacedDevices, PortWithoutABusHasNoPlace) {
     TreeFixture fixture;
     for (ListedPort& port : fixture.listed[0].ports)
-        port.first = 0;
+        port.secondaryBus = 0;
     const auto placed = placeDevices(fixture.listed, {}, fixture.bus);
     ASSERT_EQ(placed[0].ports.size(), 3U);
     EXPECT_EQ(placed[0].ports[2].bridge, std::nullopt);

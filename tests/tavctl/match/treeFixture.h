@@ -3,9 +3,13 @@
 #pragma once
 
 #include "pcibus/dump.h"
+#include "tavctl/bus/wholeBus.h"
 #include "tavctl/match/busBridges.h"
 #include "tavctl/match/placedDevices.h"
 #include "tests/support/busBuilder.h"
+#include "tests/support/fileFolder.h"
+
+#include <deque>
 
 namespace tavctltest {
 
@@ -47,6 +51,13 @@ struct TreeFixture {
         return model;
     }
 
+    // The machine as it is now, as views look at it; good as long as the fixture.
+    [[nodiscard]] const tavctl::DomainBus& domain() const {
+        const testsupport::FileFolder folder;
+        wholes_.push_back(tavctl::readWholeBus(folder.write("machine", machine.dump())));
+        return wholes_.back().main();
+    }
+
     // What the plug-in's code finds out.
     [[nodiscard]] tavctl::Survey
     survey(const nZoTavManagerPciPlugin_15_0::tModelDescription& described = model()) const {
@@ -57,6 +68,9 @@ struct TreeFixture {
     [[nodiscard]] std::vector<tavctl::PlacedDevice> placed() const {
         return tavctl::placeDevices(listed, survey(), bus);
     }
+
+private:
+    mutable std::deque<tavctl::WholeBus> wholes_;
 };
 
 } // namespace tavctltest

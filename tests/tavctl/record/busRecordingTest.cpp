@@ -62,7 +62,7 @@ TEST(BusRecording, SaysWhatIsMissingAndWhatIsMade) {
     EXPECT_THAT(text, HasSubstr("# Recorded by a test in the form of lspci -xxx: 10 functions.\n"
                                 "# Of 10 functions only the first 64 bytes could be read; run as "
                                 "root for more.\n"
-                                "# The capabilities of 5 bridges are made for this recording, as "
+                                "# The capabilities of 8 functions are made for this recording, as "
                                 "told there.\n\n"));
     EXPECT_THAT(text, testing::ContainsRegex(
                           "\n# 00:1c.0: bytes [0-9a-f]+ to [0-9a-f]+ are made from what the "
@@ -78,10 +78,9 @@ TEST(BusRecording, OfWholeConfigurationsHasTheirBytes) {
         EXPECT_THAT(text, Not(HasSubstr("only")));
         EXPECT_EQ(readBack(text), describe(machine.functions()));
         std::vector<std::vector<std::uint8_t>> bytes;
-        pcibus::parseDump(text, "recording",
-                          [&](std::uint32_t, const auto&, std::span<const std::uint8_t> each) {
-                              bytes.emplace_back(each.begin(), each.end());
-                          });
+        pcibus::parseDump(text, "recording", [&](const pcibus::SeenFunction& seen) {
+            bytes.emplace_back(seen.bytes.begin(), seen.bytes.end());
+        });
         std::vector<std::vector<std::uint8_t>> expected;
         for (const BusBuilder::Node node : machine.nodes()) {
             expected.push_back(machine.configSpace(node));
@@ -262,10 +261,38 @@ TEST(ScrubbedRecording, KeepsNothingElse) {
     EXPECT_EQ(scrubbedText(plain.bus.dump()), scrubbedText(other.bus.dump()));
 }
 
+// An ordinary user's recording has the links of all functions as they ran.
+TEST(BusRecording, HasTheLinksThatTheSystemTells) {
+    BusBuilder machine;
+    const auto root = machine.rootPort(0, 4, 0, {0x8086, 0x3420, 0, 0}, 16, 3);
+    machine.setRunningLink(machine.endpoint(root, 0, 0, {0x1172, 0xE001, 1, 2}, 8, 2), 4, 1);
+    const TemporaryFolder folder;
+    machine.writeSysfs(folder.path(), testsupport::kHeaderBytes);
+    std::vector<pcibus::Link> links;
+    pcibus::parseDump(recordingText(recordBus(folder.path()), "a test"), "recording",
+                      [&](const pcibus::SeenFunction& seen) {
+                          links.push_back(seen.link);
+                          links.back().port = pcibus::PortType::unknown;
+                      });
+    EXPECT_EQ(links, (std::vector<pcibus::Link>{{16, 3, 16, 3}, {8, 2, 4, 1}}));
+}
+
+TEST(ScrubbedRecording, KeepsWhatPortsAre) {
+    const auto portsOf = [](const std::string& dump) {
+        std::vector<pcibus::PortType> ports;
+        pcibus::parseDump(dump, "machine", [&](const pcibus::SeenFunction& seen) {
+            ports.push_back(seen.link.port);
+        });
+        return ports;
+    };
+    const std::string dump = testsupport::machines::Switch().bus.dump();
+    EXPECT_EQ(portsOf(scrubbedText(dump)), portsOf(dump));
+}
+
 TEST(MadeCapabilities, AreNoneForABridgeWithNothingToSay) {
     pcibus::PciFunction bridge;
     std::vector<std::uint8_t> bytes(256, 0xFF);
-    EXPECT_EQ(makeCapabilities(bridge, bytes), (std::pair<std::size_t, std::size_t>(0, 0)));
+    EXPECT_EQ(makeCapabilities(bridge, {}, bytes), (std::pair<std::size_t, std::size_t>(0, 0)));
     EXPECT_EQ(bytes.size(), 64U);
 }
 

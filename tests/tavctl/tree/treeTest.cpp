@@ -17,16 +17,28 @@ PciNames namesForTree() {
     return PciNames::parse("8086  Maker\n\t3420  Root Port\n10b5  Switches\n\t8609  Switch\n");
 }
 
+std::string treeText(const BusTreeView& view, const TextStyle& style,
+                     std::size_t width = kUnbounded) {
+    return treeAsText({&view, 1}, namesForTree(), {false, width}, style);
+}
+
+std::string numericTreeOf(pcibus::Bus bus) {
+    const WholeBus whole = wholeBusOf(std::move(bus));
+    const std::vector<PlacedDevice> none;
+    const BusTreeView view(whole.main(), none);
+    return treeAsText({&view, 1}, PciNames(), {true}, kPlain);
+}
+
 TEST(TreeText, MarksDevicesPortsAndMissingOnes) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
-    const BusTreeView view(fixture.bus, placed);
-    EXPECT_EQ(treeAsText(view, namesForTree(), false, kPlain),
+    const BusTreeView view(fixture.domain(), placed);
+    EXPECT_EQ(treeText(view, kPlain),
               "-+-[0000:00]\n"
               " |  +-00.0  Maker Device 29c0\n"
-              " |  \\-04.0-[01-05]  Maker Root Port\n"
+              " |  \\-04.0-[01-05]  x8 5 GT/s  Maker Root Port\n"
               " |     \\-00.0-[02-05]  {TAV1: Box}  Switches Switch\n"
-              " |        +-01.0-[03]  {TAV1 port \"A\"}  Switches Switch\n"
+              " |        +-01.0-[03]  {TAV1 port \"A\"}  x4 8 GT/s  Switches Switch\n"
               " |        |  \\-00.0  Device 1172:e001\n"
               " |        +-02.0-[04]  {TAV1 ports \"B1\" \"B2\", empty}  Switches Switch\n"
               " |        +-03.0  {TAV1 port, missing}\n"
@@ -38,13 +50,13 @@ TEST(TreeText, MarksDevicesPortsAndMissingOnes) {
 TEST(TreeText, PartKeepsItsWayToTheRoot) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
-    BusTreeView view(fixture.bus, placed);
+    BusTreeView view(fixture.domain(), placed);
     view.showOnly({fixture.machine.handle(fixture.portA)});
-    EXPECT_EQ(treeAsText(view, namesForTree(), false, kPlain),
+    EXPECT_EQ(treeText(view, kPlain),
               "-[0000:00]\n"
-              " \\-04.0-[01-05]  Maker Root Port\n"
+              " \\-04.0-[01-05]  x8 5 GT/s  Maker Root Port\n"
               "    \\-00.0-[02-05]  {TAV1: Box}  Switches Switch\n"
-              "       +-01.0-[03]  {TAV1 port \"A\"}  Switches Switch\n"
+              "       +-01.0-[03]  {TAV1 port \"A\"}  x4 8 GT/s  Switches Switch\n"
               "       |  \\-00.0  Device 1172:e001\n"
               "       \\-03.0  {TAV1 port, missing}\n");
 }
@@ -52,13 +64,13 @@ TEST(TreeText, PartKeepsItsWayToTheRoot) {
 TEST(TreeText, NumericallyHasAllIdentifiersInPlaceOfNames) {
     const TreeFixture fixture;
     const std::vector<PlacedDevice> none;
-    BusTreeView view(fixture.bus, none);
+    BusTreeView view(fixture.domain(), none);
     view.showOnly({fixture.machine.handle(fixture.card)});
-    EXPECT_EQ(treeAsText(view, namesForTree(), true, kPlain),
+    EXPECT_EQ(treeAsText({&view, 1}, namesForTree(), {true}, kPlain),
               "-[0000:00]\n"
-              " \\-04.0-[01-05]  8086:3420 8086:0000\n"
+              " \\-04.0-[01-05]  x8 5 GT/s  8086:3420 8086:0000\n"
               "    \\-00.0-[02-05]  10b5:8609 0000:0000\n"
-              "       \\-01.0-[03]  10b5:8609 0000:0000\n"
+              "       \\-01.0-[03]  x4 8 GT/s  10b5:8609 0000:0000\n"
               "          \\-00.0  1172:e001 0001:0002\n");
 }
 
@@ -68,9 +80,10 @@ TEST(TreeText, ReportedAddressAnchorAndUpstreamPortAreToldApart) {
     placed[0].reported = fixture.machine.handle(fixture.portD);
     placed[0].anchor = fixture.machine.handle(fixture.card);
     placed[0].upstreamPort = fixture.machine.handle(fixture.root);
-    const BusTreeView view(fixture.bus, placed);
-    const std::string text = treeAsText(view, namesForTree(), false, kPlain);
-    EXPECT_NE(text.find("04.0-[01-05]  {TAV1 upstream port}  Maker"), std::string::npos) << text;
+    const BusTreeView view(fixture.domain(), placed);
+    const std::string text = treeText(view, kPlain);
+    EXPECT_NE(text.find("04.0-[01-05]  {TAV1 upstream port}  x8 5 GT/s  Maker"), std::string::npos)
+        << text;
     EXPECT_NE(text.find("00.0  {TAV1 anchor}  Device 1172:e001"), std::string::npos) << text;
     EXPECT_NE(text.find("04.0-[05]  {TAV1: Box}  {TAV1 port without"), std::string::npos) << text;
 }
@@ -78,8 +91,8 @@ TEST(TreeText, ReportedAddressAnchorAndUpstreamPortAreToldApart) {
 TEST(TreeText, ColoursMarksOnDemandOnly) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
-    const BusTreeView view(fixture.bus, placed);
-    const std::string text = treeAsText(view, namesForTree(), false, TextStyle(true));
+    const BusTreeView view(fixture.domain(), placed);
+    const std::string text = treeText(view, TextStyle(true));
     EXPECT_NE(text.find("\033[1;32m{TAV1: Box}\033[0m"), std::string::npos);
     EXPECT_NE(text.find("\033[1;33m{TAV1 port, missing}\033[0m"), std::string::npos);
 }
@@ -90,19 +103,19 @@ TEST(TreeText, BridgesThatHaveNoBusOfTheirOwnSaySo) {
     fixture.machine.setSecondaryBus(fixture.portB, 3);
     fixture.machine.setSecondaryBus(fixture.portD, 0);
     const pcibus::Bus bus = pcibus::parseDump(fixture.machine.dump(), "machine");
-    const std::vector<PlacedDevice> none;
-    const std::string text = treeAsText(BusTreeView(bus, none), PciNames(), true, kPlain);
+    const std::string text = numericTreeOf(bus);
     EXPECT_NE(text.find("+-02.0-[]  "), std::string::npos) << text;
     EXPECT_NE(text.find("\\-04.0-[]  "), std::string::npos) << text;
 }
 
 TEST(TreeText, EmptyBusIsAnEmptyTree) {
-    const pcibus::Bus bus;
     const std::vector<PlacedDevice> none;
-    EXPECT_EQ(treeAsText(BusTreeView(bus, none), PciNames(), false, kPlain), "");
-    EXPECT_EQ(treeAsJson(BusTreeView(bus, none), PciNames(), pcibus::LeftOut{.headerOnly = 1}),
-              R"({"roots":[],"leftOut":{"otherDomains":0,"dead":0,"unreadable":0,)"
-              R"("headerOnly":1}})"
+    const DomainBus empty;
+    const BusTreeView view(empty, none);
+    EXPECT_EQ(treeText(view, kPlain), "");
+    EXPECT_EQ(treeAsJson({&view, 1}, PciNames(), pcibus::LeftOut{.headerOnly = 1}),
+              R"({"version":1,"leftOut":{"otherDomains":0,"dead":0,"unreadable":0,"headerOnly":1},)"
+              R"("domains":[{"domain":0,"searched":true,"rootBuses":[]}]})"
               "\n");
 }
 
@@ -121,8 +134,7 @@ TEST(TreeText, ShowsEveryFunctionOfAFullBus) {
         }
     }
     const pcibus::Bus bus(std::move(functions), [](const auto&) { return std::string("made"); });
-    const std::vector<PlacedDevice> none;
-    const std::string text = treeAsText(BusTreeView(bus, none), PciNames(), true, kPlain);
+    const std::string text = numericTreeOf(bus);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 255 * 256 + 1);
     EXPECT_NE(text.find("+-00.0-[01-ff]  "), std::string::npos);
 }
@@ -130,90 +142,121 @@ TEST(TreeText, ShowsEveryFunctionOfAFullBus) {
 TEST(TreeJson, HasFunctionsWithTheirMarks) {
     const TreeFixture fixture;
     const auto placed = fixture.placed();
-    BusTreeView view(fixture.bus, placed);
+    BusTreeView view(fixture.domain(), placed);
     view.showOnly({fixture.machine.handle(fixture.portA)});
-    const auto json = nlohmann::ordered_json::parse(treeAsJson(view, namesForTree(), {}));
+    const auto json = nlohmann::ordered_json::parse(treeAsJson({&view, 1}, namesForTree(), {}));
     EXPECT_EQ(json.dump(1), R"({
- "roots": [
+ "version": 1,
+ "leftOut": null,
+ "domains": [
   {
-   "bus": 0,
-   "functions": [
+   "domain": 0,
+   "searched": true,
+   "rootBuses": [
     {
-     "address": "00:04.0",
-     "vendorId": "8086",
-     "deviceId": "3420",
-     "subsystemVendorId": "8086",
-     "subsystemId": "0000",
-     "vendor": "Maker",
-     "device": "Root Port",
-     "marks": [],
-     "secondaryBus": 1,
+     "bus": 0,
      "functions": [
       {
-       "address": "01:00.0",
-       "vendorId": "10b5",
-       "deviceId": "8609",
-       "subsystemVendorId": "0000",
+       "address": "0000:00:04.0",
+       "vendorId": "8086",
+       "deviceId": "3420",
+       "subsystemVendorId": "8086",
        "subsystemId": "0000",
-       "vendor": "Switches",
-       "device": "Switch",
-       "marks": [
-        {
-         "role": "device",
-         "terminalName": "TAV1",
-         "model": "Box",
-         "stored": true
-        }
-       ],
-       "secondaryBus": 2,
+       "vendorName": "Maker",
+       "deviceName": "Root Port",
+       "marks": [],
+       "bridge": "pci",
+       "secondaryBus": 1,
+       "subordinateBus": 5,
+       "negotiatedWidth": 8,
+       "negotiatedSpeed": 2,
+       "possibleWidth": 8,
+       "possibleSpeed": 2,
+       "degraded": false,
        "functions": [
         {
-         "address": "02:01.0",
+         "address": "0000:01:00.0",
          "vendorId": "10b5",
          "deviceId": "8609",
          "subsystemVendorId": "0000",
          "subsystemId": "0000",
-         "vendor": "Switches",
-         "device": "Switch",
+         "vendorName": "Switches",
+         "deviceName": "Switch",
          "marks": [
           {
-           "role": "port",
-           "terminalName": "TAV1",
-           "labels": [
-            "A"
-           ],
-           "empty": false
+           "role": "device",
+           "name": "TAV1",
+           "model": "Box",
+           "stored": true
           }
          ],
-         "secondaryBus": 3,
+         "bridge": "pci",
+         "secondaryBus": 2,
+         "subordinateBus": 5,
+         "negotiatedWidth": null,
+         "negotiatedSpeed": null,
+         "possibleWidth": null,
+         "possibleSpeed": null,
+         "degraded": null,
          "functions": [
           {
-           "address": "03:00.0",
-           "vendorId": "1172",
-           "deviceId": "e001",
-           "subsystemVendorId": "0001",
-           "subsystemId": "0002",
-           "vendor": null,
-           "device": null,
-           "marks": []
+           "address": "0000:02:01.0",
+           "vendorId": "10b5",
+           "deviceId": "8609",
+           "subsystemVendorId": "0000",
+           "subsystemId": "0000",
+           "vendorName": "Switches",
+           "deviceName": "Switch",
+           "marks": [
+            {
+             "role": "port",
+             "name": "TAV1",
+             "labels": [
+              "A"
+             ],
+             "empty": false
+            }
+           ],
+           "bridge": "pci",
+           "secondaryBus": 3,
+           "subordinateBus": 3,
+           "negotiatedWidth": 4,
+           "negotiatedSpeed": 3,
+           "possibleWidth": 1,
+           "possibleSpeed": 1,
+           "degraded": false,
+           "functions": [
+            {
+             "address": "0000:03:00.0",
+             "vendorId": "1172",
+             "deviceId": "e001",
+             "subsystemVendorId": "0001",
+             "subsystemId": "0002",
+             "vendorName": null,
+             "deviceName": null,
+             "marks": [],
+             "bridge": null
+            }
+           ],
+           "missingPorts": []
+          }
+         ],
+         "missingPorts": [
+          {
+           "name": "TAV1",
+           "deviceNumber": 3,
+           "functionNumber": 0
           }
          ]
         }
        ],
-       "missingPorts": [
-        {
-         "terminalName": "TAV1",
-         "device": 3,
-         "function": 0
-        }
-       ]
+       "missingPorts": []
       }
      ]
     }
    ]
   }
- ],
- "leftOut": null
+ ]
 })");
 }
 
@@ -223,10 +266,10 @@ TEST(TreeJson, TellsAnchorAndUpstreamPortFromTheReportedAddress) {
     placed[0].reported = fixture.machine.handle(fixture.portD);
     placed[0].anchor = fixture.machine.handle(fixture.card);
     placed[0].upstreamPort = fixture.machine.handle(fixture.root);
-    const std::string json = treeAsJson(BusTreeView(fixture.bus, placed), namesForTree(), {});
-    EXPECT_NE(json.find(R"({"role":"upstreamPort","terminalName":"TAV1"})"), std::string::npos)
-        << json;
-    EXPECT_NE(json.find(R"({"role":"anchor","terminalName":"TAV1"})"), std::string::npos) << json;
+    const BusTreeView view(fixture.domain(), placed);
+    const std::string json = treeAsJson({&view, 1}, namesForTree(), {});
+    EXPECT_NE(json.find(R"({"role":"upstreamPort","name":"TAV1"})"), std::string::npos) << json;
+    EXPECT_NE(json.find(R"({"role":"anchor","name":"TAV1"})"), std::string::npos) << json;
 }
 
 } // namespace
