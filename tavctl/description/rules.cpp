@@ -51,6 +51,7 @@ constexpr Rule kRules[] = {
     {"empty-item", kWarning, "a list item is empty"},
     {"duplicate-item", kWarning, "a list names an item twice"},
     {"map-number", kWarning, "a step names a device or function that cannot exist"},
+    {"same-place", kWarning, "two described bridges stand in one place"},
     {"fewer-labels-than-ports", kWarning, "ports behind the last label are not looked at"},
     {"labels-repeat-ports", kWarning, "labels begin again at the first port"},
     {"upstream-beside-anchor", kWarning, "the upstream port is counted for some anchors only"},

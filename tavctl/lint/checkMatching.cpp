@@ -4,6 +4,7 @@
 #include "source/modelList.h"
 #include "tavctl/lint/checks.h"
 #include "tavctl/lint/mapPlace.h"
+#include "tavctl/lint/ownIds.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
@@ -115,7 +116,7 @@ private:
         const bool counts = std::any_of(
             model_.anchors.begin(), model_.anchors.end(),
             [](const tAnchorIdentity& each) { return each.headerType == kHeaderTypeBridge; });
-        const tPciIds own = idsOf(section);
+        const auto own = ownIdsOf(description_, section);
         const bool isAnchors =
             std::any_of(model_.anchors.begin(), model_.anchors.end(),
                         [&](const tAnchorIdentity& each) { return each.ids == own; });
@@ -125,17 +126,6 @@ private:
                                       "identifiers, not with its own",
                                       section),
                           "IsOptional = 1 for a bridge that has other identifiers than the anchor");
-    }
-
-    [[nodiscard]] tPciIds idsOf(const std::string& section) const {
-        const auto& reads = description_.reads();
-        const auto redirected = reads.idsSameAs().find(section);
-        const std::string& from =
-            redirected == reads.idsSameAs().end() ? section : redirected->second;
-        const auto identifier = [&](const char* key) {
-            return static_cast<std::uint16_t>(reads.hexadecimals().at({from, key}));
-        };
-        return {identifier(kVid), identifier(kPid), identifier(kSsVid), identifier(kSsPid)};
     }
 
     void checkLabels() {

@@ -13,6 +13,7 @@ void checkLines(const Description& description, Findings& findings);    // lines
 void checkValues(const Description& description, Findings& findings);   // values that load
 void checkLists(const Description& description, Findings& findings);    // items of lists
 void checkMaps(const Description& description, Findings& findings);     // traversal maps
+void checkPlaces(const Description& description, Findings& findings);   // bridges told apart
 void checkMatching(const Description& description, Findings& findings); // the model as a whole
 
 // What there is to say of a file that is not called *.ini: that the system loads it all the same,

@@ -41,6 +41,7 @@ public:
         checkValues(description, findings);
         checkLists(description, findings);
         checkMaps(description, findings);
+        checkPlaces(description, findings);
         checkMatching(description, findings);
         checkModelName(description, findings);
         checkSameTree(description, findings);
