@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
 #include <optional>
@@ -15,8 +16,8 @@ struct ReadBus {
     std::optional<pcibus::LeftOut> leftOut; // nothing: not known
 };
 
-// The bus at a UTF-8 path: a dump, or a folder that stands for /sys (see pcibus/readBus.h). Raises
-// FailureException.
-ReadBus readBusFile(const std::string& location);
+// The bus at a UTF-8 path: a dump, or a folder that stands for /sys (see pcibus/readBus.h). `sink`
+// is given each function. Raises FailureException.
+ReadBus readBusFile(const std::string& location, const pcibus::FunctionSink& sink = {});
 
 } // namespace tavctl

@@ -6,6 +6,8 @@
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/bus/leftOutWords.h"
+#include "tavctl/bus/portTypes.h"
+#include "tavctl/describe/boxBridge.h"
 #include "tavctl/describe/draft.h"
 #include "tavctl/describe/proof.h"
 #include "tavctl/describe/watch.h"
@@ -96,10 +98,12 @@ ExitStatus runDescribe(const DescribeOptions& options) {
                                 {}},
                                ExitStatus::wrongUsage);
     const HostSetup setup(options.common);
-    ReadBus read = machineBus();
+    PortTypes types;
+    ReadBus read = machineBus([&](const pcibus::SeenFunction& seen) { types.add(seen); });
     tellLeftOut(read.leftOut);
     SharedBus bus = shared(std::move(read.bus));
     const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
+    describe::requireBoxBridge(*bus, types, *bridge);
     describe::Draft draft = describe::draftOf(*bus, *bridge, options.request);
     if (options.watch) {
         const std::string path = slotPathOf(*bus, *bridge);

@@ -137,9 +137,9 @@ std::optional<WholeBus> wholeBusIfReadable() {
     }
 }
 
-ReadBus machineBus() {
+ReadBus machineBus(const pcibus::FunctionSink& sink) {
     const std::optional<std::string> location = platform::busLocation();
-    return location ? readBusFile(*location) : ReadBus{busOfBridgeLibrary(), {}};
+    return location ? readBusFile(*location, sink) : ReadBus{busOfBridgeLibrary(), {}};
 }
 
 } // namespace tavctl

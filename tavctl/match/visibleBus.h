@@ -9,8 +9,9 @@
 namespace tavctl {
 
 // The recorded bus, or the live one where the system publishes it; elsewhere what the bridge
-// library and the system's list of devices tell. Raises FailureException.
-ReadBus machineBus();
+// library and the system's list of devices tell, which have no bytes for `sink`. Raises
+// FailureException.
+ReadBus machineBus(const pcibus::FunctionSink& sink = {});
 
 // The same with all domains, CardBus bridges and links, as far as they are published.
 WholeBus machineWholeBus();

@@ -66,6 +66,7 @@ private:
 struct DescribeTally {
     std::size_t described = 0;
     std::size_t refused = 0;
+    std::size_t sentOn = 0; // to the upstream port below
 };
 
 void describeEveryBridge(Bench& bench, const std::string& dump, DescribeTally& tally) {
@@ -80,10 +81,14 @@ void describeEveryBridge(Bench& bench, const std::string& dump, DescribeTally& t
                 continue;
             }
             EXPECT_EQ(result.exitStatus, 1) << result.output;
+            EXPECT_FALSE(fs::exists(bench.file()));
+            if (result.output.find("the box's upstream port is ") != std::string::npos) {
+                ++tally.sentOn;
+                continue;
+            }
             EXPECT_NE(result.output.find("no description by this bridge makes the plug-in list"),
                       std::string::npos)
                 << result.output;
-            EXPECT_FALSE(fs::exists(bench.file()));
             ++tally.refused;
         }
     }
@@ -93,8 +98,9 @@ TEST(Describe, EveryBridgeOfTheSampleMachine) {
     Bench bench;
     DescribeTally tally;
     describeEveryBridge(bench, kSample, tally);
-    EXPECT_GT(tally.described, 45U);
+    EXPECT_GT(tally.described, 40U);
     EXPECT_LT(tally.refused, 8U);
+    EXPECT_EQ(tally.sentOn, 6U);
 }
 
 TEST(Describe, BridgesOfGeneratedMachines) {
@@ -107,6 +113,7 @@ TEST(Describe, BridgesOfGeneratedMachines) {
         describeEveryBridge(bench, bench.folder().write("bus.dump", made.bus.dump()), tally);
     }
     EXPECT_GT(tally.described, tally.refused);
+    EXPECT_GT(tally.sentOn, 0U);
 }
 
 TEST(Describe, IsCommentedAndNamesWhatToEdit) {
@@ -153,7 +160,7 @@ TEST(Describe, BridgesThatOneAboveWouldTakeForItsOwnAreLeftOutOfTheCount) {
     BusBuilder bus;
     auto bridge = bus.rootPort(0, 1, 0, {0x8086, 0x1901});
     for (int i = 0; i < 3; ++i)
-        bridge = bus.bridge(bridge, 0, 0, {0x104C, 0x8232});
+        bridge = bus.bridge(bridge, 0, 0, {0x104C, 0x8232}, 0);
     Bench bench;
     const std::string dump = bench.folder().write("bus.dump", bus.dump());
     ASSERT_EQ(bench.describe(dump, "02:00.0").exitStatus, 0);
