@@ -1,6 +1,7 @@
 #include "tavctl/describe/draft.h"
 
 #include "pcibus/position.h"
+#include "tavctl/describe/lanes.h"
 #include "tavctl/explain/changes.h"
 #include "tavctl/words/words.h"
 
@@ -72,6 +73,7 @@ public:
 
 private:
     void addPort(const pcibus::PciFunction& bridge) {
+        requireLanes(bridge, "downstream port", request_.linkWidthPerLabel);
         const std::string name = std::to_string(draft_.ports.size() + 1);
         DraftBridge port = draftBridge(bus_, anchor_, bridge, name);
         const std::size_t count = labelCount(bridge, request_.linkWidthPerLabel);
@@ -227,6 +229,7 @@ DraftBridge draftBridge(const pcibus::Bus& bus, const pcibus::PciFunction& ancho
 
 Draft draftOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
               const DraftRequest& request) {
+    requireLanes(bridge, "upstream port", request.linkWidthPerLabel);
     Draft draft;
     draft.anchor = bridge.ids();
     draft.model =

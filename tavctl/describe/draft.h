@@ -40,7 +40,8 @@ struct DraftRequest {
     std::int32_t linkWidthPerLabel = 0; // 0: one label a port
 };
 
-// The box whose upstream port is `bridge`.
+// The box whose upstream port is `bridge`. Raises FailureException for ports that do not come out
+// even by the lanes that are asked for.
 Draft draftOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
               const DraftRequest& request);
 

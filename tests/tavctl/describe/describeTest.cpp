@@ -67,6 +67,7 @@ struct DescribeTally {
     std::size_t described = 0;
     std::size_t refused = 0;
     std::size_t sentOn = 0; // to the upstream port below
+    std::size_t uneven = 0; // by their lanes
 };
 
 void describeEveryBridge(Bench& bench, const std::string& dump, DescribeTally& tally) {
@@ -86,6 +87,10 @@ void describeEveryBridge(Bench& bench, const std::string& dump, DescribeTally& t
                 ++tally.sentOn;
                 continue;
             }
+            if (result.output.find("describe (--lanes 4): ") != std::string::npos) {
+                ++tally.uneven;
+                continue;
+            }
             EXPECT_NE(result.output.find("no description by this bridge makes the plug-in list"),
                       std::string::npos)
                 << result.output;
@@ -98,9 +103,10 @@ TEST(Describe, EveryBridgeOfTheSampleMachine) {
     Bench bench;
     DescribeTally tally;
     describeEveryBridge(bench, kSample, tally);
-    EXPECT_GT(tally.described, 40U);
+    EXPECT_GT(tally.described, 30U);
     EXPECT_LT(tally.refused, 8U);
     EXPECT_EQ(tally.sentOn, 6U);
+    EXPECT_GT(tally.uneven, 0U);
 }
 
 TEST(Describe, BridgesOfGeneratedMachines) {
@@ -182,6 +188,51 @@ TEST(Describe, PortWithoutABusOfItsOwnIsToldByItsAddressAlone) {
         runTavctlForOutput("describe 01:00.0 --dump " + folder.write("bus.dump", bus.dump()));
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_NE(result.output.find("; Now 02:01.0.\n"), std::string::npos) << result.output;
+}
+
+// A box with ports of these widths, the upstream one's first.
+testsupport::CommandResult describeByLanes(int lanes, const std::vector<unsigned>& widths) {
+    BusBuilder bus;
+    const auto up =
+        bus.bridge(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x10B5, 0x8608}, widths.front());
+    for (unsigned i = 1; i < widths.size(); ++i)
+        bus.bridge(up, i, 0, {0x10B5, 0x8608}, widths[i]);
+    const FileFolder folder;
+    return runTavctlForOutput("describe 01:00.0 --dump " + folder.write("bus.dump", bus.dump()) +
+                              " --lanes " + std::to_string(lanes) + " -o " +
+                              folder.file("box.ini") + " && cat " + folder.file("box.ini"));
+}
+
+TEST(Describe, LanesThatAPortDoesNotComeOutEvenByAreRefused) {
+    const auto refuses = [](int lanes, const std::vector<unsigned>& widths,
+                            const std::string& why) {
+        const auto result = describeByLanes(lanes, widths);
+        EXPECT_EQ(result.exitStatus, 1) << why;
+        EXPECT_EQ(result.output,
+                  "tavctl: describe (--lanes " + std::to_string(lanes) + "): " + why + "\n");
+    };
+    refuses(4, {0, 4},
+            "no link width is known of the upstream port 01:00.0, so it would take no "
+            "label");
+    refuses(4, {4, 4, 0},
+            "no link width is known of the downstream port 02:02.0, so it would take "
+            "no label");
+    refuses(8, {4, 8},
+            "the upstream port 01:00.0 has 4 lanes, fewer than 8, so it would take no "
+            "label");
+    refuses(4, {8, 8, 1},
+            "the downstream port 02:02.0 has 1 lane, fewer than 4, so it would take "
+            "no label");
+    refuses(3, {8, 3}, "the upstream port 01:00.0 has 8 lanes, which is no multiple of 3");
+    refuses(4, {8, 6}, "the downstream port 02:01.0 has 6 lanes, which is no multiple of 4");
+}
+
+TEST(Describe, LanesGiveEachPortALabelForSoMany) {
+    const auto result = describeByLanes(4, {8, 4, 12});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(result.output.find("\nConnectorLabels = HOST1,HOST2,1,2.1,2.2,2.3\n"),
+              std::string::npos)
+        << result.output;
 }
 
 // A box with three ports behind a root port; behind each a card or nothing.
