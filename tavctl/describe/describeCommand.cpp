@@ -22,6 +22,7 @@
 #include <fmt/core.h>
 
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -37,11 +38,10 @@ struct DescribeOptions {
     std::string address;
     ResultTarget output;
     describe::DraftRequest request;
-    bool watch = false;
 };
 
-SharedBus shared(pcibus::Bus&& bus) {
-    return std::make_shared<const pcibus::Bus>(std::move(bus));
+SharedBus busOf(const std::shared_ptr<const ReadBus>& read) {
+    return {read, &read->bus};
 }
 
 [[noreturn]] void fail(const std::string& object, std::string reason) {
@@ -67,12 +67,14 @@ const pcibus::PciFunction& bridgeAt(const pcibus::Bus& bus, const std::string& a
                                                  pcibus::addressText(*above)));
 }
 
-std::string asJson(const std::string& address, const std::string& text,
+std::string asJson(const std::string& address, const describe::Draft& draft,
                    const describe::Proof& proof, const std::optional<pcibus::LeftOut>& leftOut) {
-    const Json whole{{"bridge", address},
-                     {"text", text},
-                     {"alsoListed", proof.others},
-                     {"leftOut", leftOutJson(leftOut)}};
+    const Json whole{
+        {"bridge", address},
+        {"text", describe::textOf(draft)},
+        {"unfinished", draft.unfinished.empty() ? Json(nullptr) : Json(draft.unfinished)},
+        {"alsoListed", proof.others},
+        {"leftOut", leftOutJson(leftOut)}};
     return whole.line();
 }
 
@@ -87,10 +89,39 @@ void tell(const DescribeOptions& options, const describe::Draft& draft,
             fmt::format("wrote {}: {}", options.output.file, counted(draft.ports.size(), "port")));
 }
 
+// By the bus as it is, and by what somebody finds out on it.
+describe::Proof makeDraft(const DescribeOptions& options, describe::Draft& draft,
+                          std::optional<pcibus::LeftOut>& leftOut) {
+    PortTypes types;
+    const auto read = sharedMachineBus([&](const pcibus::SeenFunction& seen) { types.add(seen); });
+    leftOut = read->leftOut;
+    tellLeftOut(leftOut);
+    SharedBus bus = busOf(read);
+    const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
+    describe::requireBoxBridge(*bus, types, *bridge);
+    draft = describe::draftOf(*bus, *bridge, options.request);
+    if (options.request.watch) {
+        const std::string path = slotPathOf(*bus, *bridge);
+        describe::Watch watch(std::cin, std::cerr, [] { return busOf(sharedMachineBus()); });
+        bus = watch.run(draft, path);
+        bridge = functionAtSlotPath(*bus, path);
+    }
+    if (!draft.unfinished.empty())
+        return {};
+    describe::Proof proof = describe::makeProvable(draft, bus, *bridge);
+    if (proof.lists)
+        return proof;
+    draft.unfinished =
+        fmt::format("no description by this bridge makes the plug-in list it: {}", proof.obstacle);
+    if (!options.request.watch)
+        fail(options.address, draft.unfinished);
+    return proof;
+}
+
 ExitStatus runDescribe(const DescribeOptions& options) {
     requireModelName(options.request.model);
     requireFree(options.output);
-    if (options.watch && options.common.dump == "-")
+    if (options.request.watch && options.common.dump == "-")
         throw FailureException({"describe",
                                 "--watch",
                                 "the answers come from standard input, and so does the bus",
@@ -98,28 +129,16 @@ ExitStatus runDescribe(const DescribeOptions& options) {
                                 {}},
                                ExitStatus::wrongUsage);
     const HostSetup setup(options.common);
-    PortTypes types;
-    ReadBus read = machineBus([&](const pcibus::SeenFunction& seen) { types.add(seen); });
-    tellLeftOut(read.leftOut);
-    SharedBus bus = shared(std::move(read.bus));
-    const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
-    describe::requireBoxBridge(*bus, types, *bridge);
-    describe::Draft draft = describe::draftOf(*bus, *bridge, options.request);
-    if (options.watch) {
-        const std::string path = slotPathOf(*bus, *bridge);
-        describe::Watch watch(std::cin, std::cerr, [] { return shared(machineBus().bus); });
-        bus = watch.run(draft, path);
-        bridge = functionAtSlotPath(*bus, path);
-    }
-    const describe::Proof proof = describe::makeProvable(draft, bus, *bridge);
-    if (!proof.lists)
-        fail(options.address,
-             fmt::format("no description by this bridge makes the plug-in list it: {}",
-                         proof.obstacle));
-    const std::string text = describe::textOf(draft);
-    writeResult(options.common.json ? asJson(options.address, text, proof, read.leftOut) : text,
+    const auto draft = std::make_unique<describe::Draft>();
+    std::optional<pcibus::LeftOut> leftOut;
+    const describe::Proof proof = makeDraft(options, *draft, leftOut);
+    writeResult(options.common.json ? asJson(options.address, *draft, proof, leftOut)
+                                    : describe::textOf(*draft),
                 options.output);
-    tell(options, draft, proof);
+    tell(options, *draft, proof);
+    // What somebody has found out by hand is written all the same.
+    if (!draft->unfinished.empty())
+        fail(options.address, draft->unfinished);
     return ExitStatus::done;
 }
 
@@ -140,7 +159,8 @@ Command addDescribeCommand(OptionParser& parser) {
     command.number("--lanes", options->request.linkWidthPerLabel, "N", 1, 32,
                    "Lanes of a connector (1-32): more take several labels");
     command.flag("--whole", options->request.whole, "Take bridges further down for the box's own");
-    command.flag("--watch", options->watch, "Find the connectors by plugging something into each");
+    command.flag("--watch", options->request.watch,
+                 "Find the connectors by plugging something into each");
     command.footer("Writes: the file of -o only.\n"
                    "Example: tavctl describe 01:00.0 --dump samples/switchboxes.dump");
     return makeCommand<DescribeOptions>(command, options, runDescribe);

@@ -144,10 +144,15 @@ private:
     static std::string idsKey(const tPciIds& ids) { return explain::idsText(ids); }
 
     void head() {
-        text_ +=
-            commented(fmt::format("{}. A draft that tavctl describe made from {}. It is complete "
-                                  "and works as it is; what only you can know is marked with EDIT.",
-                                  draft_.model, draft_.origin));
+        text_ += commented(fmt::format(
+            "{}. A draft that tavctl describe made from {}. {}; what only you "
+            "can know is marked with EDIT.",
+            draft_.model, draft_.origin,
+            draft_.unfinished.empty() ? "It is complete and works as it is"
+                                      : "It is not finished, and the box is not listed by it"));
+        if (!draft_.unfinished.empty())
+            text_ += fmt::format(
+                ";\n{}", commented("EDIT: this has to be settled: " + draft_.unfinished + "."));
         for (const std::string& note : draft_.notes)
             text_ += fmt::format(";\n{}", commented(note));
     }
@@ -199,6 +204,9 @@ private:
         text_ += '\n';
         if (!bridge.remark.empty())
             text_ += commented(bridge.remark);
+        if (!draft_.unfinished.empty() && !bridge.labels.empty())
+            text_ += commented(
+                fmt::format("EDIT: printed beside its connectors: {}.", enumerated(bridge.labels)));
         text_ += fmt::format("[{}]\n", name);
         const auto [first, isNew] = sections_.emplace(idsKey(bridge.ids), name);
         text_ += isNew ? idLines(bridge.ids) : fmt::format("IDsSameAs = {}\n", first->second);
@@ -238,7 +246,8 @@ Draft draftOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
     draft.origin = fmt::format("the bridge {}", pcibus::addressText(bridge));
     draft.linkWidthPerLabel = request.linkWidthPerLabel;
     draft.upstreamLabels = numbered("HOST", labelCount(bridge, request.linkWidthPerLabel));
-    Collector(bus, bridge, request, draft).collect(bridge);
+    if (!request.watch)
+        Collector(bus, bridge, request, draft).collect(bridge);
     return draft;
 }
 

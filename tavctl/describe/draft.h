@@ -30,6 +30,7 @@ struct Draft {
     std::vector<DraftBridge> internalBridges;
     std::vector<DraftBridge> ports; // in label order
     std::vector<std::string> notes; // further comments
+    std::string unfinished;         // why the plug-in does not list the box by it; mostly empty
 };
 
 // How the box is to be read from the bus.
@@ -38,6 +39,7 @@ struct DraftRequest {
     std::string category = "SwitchboxTav";
     bool whole = false;                 // all bridges below belong to the box, not just the next
     std::int32_t linkWidthPerLabel = 0; // 0: one label a port
+    bool watch = false;                 // the ports are found out by trying; none are taken now
 };
 
 // The box whose upstream port is `bridge`. Raises FailureException for ports that do not come out

@@ -2,6 +2,7 @@
 
 #include "pxidrivertools/asciiText.h"
 #include "tavctl/bus/busQueries.h"
+#include "tavctl/describe/settleLabels.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/words.h"
 
@@ -62,33 +63,11 @@ std::string portAbove(const std::string& path, const Functions& steady,
     throw FailureException({"describe", {}, reason, {}, {}}, ExitStatus::problemFound);
 }
 
-// Several labels on a port mean a link width per label, which must be one for the whole box.
-void settleLinkWidth(Draft& draft, const pcibus::Bus& bus, const std::string& anchorPath,
-                     const std::vector<std::string>& portPaths) {
-    const bool several = std::any_of(draft.ports.begin(), draft.ports.end(),
-                                     [](const auto& port) { return port.labels.size() > 1; });
-    if (!several)
-        return;
-    std::size_t perLabel = 0;
-    for (std::size_t i = 0; i < draft.ports.size(); ++i) {
-        const pcibus::PciFunction* const port = functionAtSlotPath(bus, portPaths[i]);
-        const std::size_t width = port == nullptr ? 0 : port->linkWidth;
-        const std::size_t here = width / draft.ports[i].labels.size();
-        if (perLabel == 0)
-            perLabel = here;
-        if (here == 0 || here != perLabel || width / perLabel != draft.ports[i].labels.size())
-            fail(fmt::format("port {} is {} wide and has {}; all ports must have the same number "
-                             "of lanes for each label",
-                             quoted(draft.ports[i].labels.front()), counted(width, "lane"),
-                             counted(draft.ports[i].labels.size(), "label")));
-    }
-    draft.linkWidthPerLabel = static_cast<std::int32_t>(perLabel);
-    const pcibus::PciFunction* const upstream = functionAtSlotPath(bus, anchorPath);
-    const std::size_t width = upstream == nullptr ? 0 : upstream->linkWidth;
-    draft.upstreamLabels.clear();
-    for (std::size_t i = 1; i <= width / perLabel; ++i)
-        draft.upstreamLabels.push_back(fmt::format("HOST{}", i));
-}
+constexpr const char* kNextConnector =
+    "What is printed beside the next connector? (An empty line ends the list.)";
+constexpr const char* kNextCorrection =
+    "What is printed beside the next connector? (-LABEL takes one off the list again; an empty "
+    "line ends the list.)";
 
 } // namespace
 
@@ -133,57 +112,130 @@ std::string Watch::changedPort(const pcibus::Bus& before, const pcibus::Bus& aft
     return {};
 }
 
-std::shared_ptr<const pcibus::Bus> Watch::run(Draft& draft, const std::string& anchorPath) {
-    draft.ports.clear();
-    draft.internalBridges.clear();
-    std::vector<std::string> portPaths;
-    auto before = readBus_();
-    std::string label;
+std::string Watch::portOf(const std::string& label) {
+    std::string path;
     std::string answer;
-    while (
-        ask("What is printed beside the next connector? (An empty line ends the list.)", label) &&
-        !label.empty()) {
-        if (label.find(',') != std::string::npos) {
-            say("A label must have no comma.");
+    while (path.empty()) {
+        if (!ask(fmt::format("Plug something into connector {} (or unplug what is in it), then "
+                             "press Enter; s and Enter skips it.",
+                             quoted(label)),
+                 answer) ||
+            answer == "s")
+            return {};
+        std::shared_ptr<const pcibus::Bus> after;
+        try {
+            after = readBus_();
+        } catch (const FailureException& failure) {
+            say(fmt::format("{}. What was found is kept; try again.", failure.what()));
             continue;
         }
-        std::string path;
-        while (path.empty()) {
-            if (!ask(fmt::format("Plug something into connector {} (or unplug what is in it), then "
-                                 "press Enter; s and Enter skips it.",
-                                 quoted(label)),
-                     answer) ||
-                answer == "s")
-                break;
-            const auto after = readBus_();
-            if (functionAtSlotPath(*after, anchorPath) == nullptr)
-                fail(fmt::format("the box is no longer at {}", anchorPath));
-            path = changedPort(*before, *after, anchorPath);
-            before = after;
-        }
-        if (path.empty())
-            continue;
-        const pcibus::PciFunction* const port = functionAtSlotPath(*before, path);
-        if (port == nullptr || !port->isBridge()) {
-            say("What has changed stands beside the ports of the box and not behind one. Try "
-                "again with something in the connector.");
+        isGone_ = functionAtSlotPath(*after, anchorPath_) == nullptr;
+        if (isGone_) {
+            say(fmt::format("The box is no longer at {}. What was found is kept; plug it in and "
+                            "power it again.",
+                            anchorPath_));
             continue;
         }
-        const auto known = std::find(portPaths.begin(), portPaths.end(), path);
-        const auto index = static_cast<std::size_t>(known - portPaths.begin());
-        if (known == portPaths.end()) {
-            portPaths.push_back(path);
-            draft.ports.push_back(draftBridge(*before, *functionAtSlotPath(*before, anchorPath),
-                                              *port, std::to_string(portPaths.size())));
-        }
-        draft.ports[index].labels.push_back(label);
-        say(fmt::format("Connector {} is the port {}: TraversalMapFromAnchor = {}.", quoted(label),
-                        pcibus::addressText(*port), draft.ports[index].map));
+        path = changedPort(*before_, *after, anchorPath_);
+        before_ = after;
     }
+    return path;
+}
+
+void Watch::addConnector(Draft& draft, const std::string& label) {
+    const std::string path = portOf(label);
+    if (path.empty())
+        return;
+    const pcibus::PciFunction* const port = functionAtSlotPath(*before_, path);
+    if (port == nullptr || !port->isBridge()) {
+        say("What has changed stands beside the ports of the box and not behind one. Try again "
+            "with something in the connector.");
+        return;
+    }
+    const auto known = std::find(portPaths_.begin(), portPaths_.end(), path);
+    const auto index = static_cast<std::size_t>(known - portPaths_.begin());
+    if (known == portPaths_.end()) {
+        portPaths_.push_back(path);
+        draft.ports.push_back(draftBridge(*before_, *functionAtSlotPath(*before_, anchorPath_),
+                                          *port, std::to_string(portPaths_.size())));
+    }
+    draft.ports[index].labels.push_back(label);
+    say(fmt::format("Connector {} is the port {}: TraversalMapFromAnchor = {}.", quoted(label),
+                    pcibus::addressText(*port), draft.ports[index].map));
+}
+
+bool Watch::takeOff(Draft& draft, const std::string& label) {
+    for (std::size_t i = 0; i < draft.ports.size(); ++i) {
+        auto& labels = draft.ports[i].labels;
+        const auto found = std::find(labels.begin(), labels.end(), label);
+        if (found == labels.end())
+            continue;
+        labels.erase(found);
+        if (labels.empty()) {
+            draft.ports.erase(draft.ports.begin() + static_cast<std::ptrdiff_t>(i));
+            portPaths_.erase(portPaths_.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+        for (std::size_t each = 0; each < draft.ports.size(); ++each)
+            draft.ports[each].name = std::to_string(each + 1);
+        say(fmt::format("Connector {} is off the list.", quoted(label)));
+        return true;
+    }
+    return false;
+}
+
+std::string Watch::contradiction(Draft& draft, std::int32_t lanes) const {
+    if (isGone_)
+        return fmt::format("the box is no longer at {}", anchorPath_);
     if (draft.ports.empty())
-        fail("no connector was found");
-    settleLinkWidth(draft, *before, anchorPath, portPaths);
-    return before;
+        return "no connector was found";
+    return settleLabels(draft, *before_, anchorPath_, portPaths_, lanes);
+}
+
+void Watch::tellFound(const Draft& draft, const std::string& trouble) {
+    say(fmt::format("That cannot be described: {}.\nFound so far:", trouble));
+    for (std::size_t i = 0; i < draft.ports.size(); ++i) {
+        const pcibus::PciFunction* const port = functionAtSlotPath(*before_, portPaths_[i]);
+        questions_ << wrapped(
+            fmt::format("{}{}: {}", draft.ports[i].map,
+                        port == nullptr ? ""
+                                        : fmt::format(" ({})", counted(port->linkWidth, "lane")),
+                        enumerated(draft.ports[i].labels)),
+            2);
+    }
+}
+
+std::shared_ptr<const pcibus::Bus> Watch::run(Draft& draft, const std::string& anchorPath) {
+    const std::int32_t lanes = draft.linkWidthPerLabel;
+    anchorPath_ = anchorPath;
+    portPaths_.clear();
+    isGone_ = false;
+    before_ = readBus_();
+    bool isCorrecting = false;
+    bool isCorrected = false;
+    for (;;) {
+        std::string label;
+        const bool hasAnswer = ask(isCorrecting ? kNextCorrection : kNextConnector, label);
+        if (hasAnswer && label.find(',') != std::string::npos) {
+            say("A label must have no comma.");
+        } else if (hasAnswer && !label.empty()) {
+            isCorrected = true;
+            if (!isCorrecting || label.front() != '-' || !takeOff(draft, label.substr(1)))
+                addConnector(draft, label);
+        } else {
+            const std::string trouble = contradiction(draft, lanes);
+            if (draft.ports.empty())
+                fail(trouble);
+            if (trouble.empty())
+                return before_;
+            if (!hasAnswer || (isCorrecting && !isCorrected)) {
+                draft.unfinished = trouble;
+                return before_;
+            }
+            tellFound(draft, trouble);
+            isCorrecting = true;
+            isCorrected = false;
+        }
+    }
 }
 
 } // namespace tavctl::describe

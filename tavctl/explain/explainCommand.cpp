@@ -111,7 +111,7 @@ ExitStatus runExplain(const ExplainOptions& options) {
             failWithoutModel(options.model, names);
     }
     const auto matcher = std::make_unique<ModelMatcher>(hostBus());
-    const auto read = std::make_shared<const ReadBus>(machineBus());
+    const auto read = sharedMachineBus();
     tellLeftOut(read->leftOut);
     const std::shared_ptr<const pcibus::Bus> bus(read, &read->bus);
     const bool hasOthers = read->leftOut && read->leftOut->otherDomains != 0;

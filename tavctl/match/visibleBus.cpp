@@ -142,4 +142,8 @@ ReadBus machineBus(const pcibus::FunctionSink& sink) {
     return location ? readBusFile(*location, sink) : ReadBus{busOfBridgeLibrary(), {}};
 }
 
+std::shared_ptr<const ReadBus> sharedMachineBus(const pcibus::FunctionSink& sink) {
+    return std::make_shared<const ReadBus>(machineBus(sink));
+}
+
 } // namespace tavctl

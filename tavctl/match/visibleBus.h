@@ -4,6 +4,7 @@
 #include "tavctl/bus/busFile.h"
 #include "tavctl/bus/wholeBus.h"
 
+#include <memory>
 #include <optional>
 
 namespace tavctl {
@@ -12,6 +13,9 @@ namespace tavctl {
 // library and the system's list of devices tell, which have no bytes for `sink`. Raises
 // FailureException.
 ReadBus machineBus(const pcibus::FunctionSink& sink = {});
+
+// The same on the heap: stacks may be small.
+std::shared_ptr<const ReadBus> sharedMachineBus(const pcibus::FunctionSink& sink = {});
 
 // The same with all domains, CardBus bridges and links, as far as they are published.
 WholeBus machineWholeBus();

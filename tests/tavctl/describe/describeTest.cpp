@@ -141,6 +141,7 @@ TEST(Describe, JsonHoldsTheText) {
     const json whole = json::parse(result.output);
     EXPECT_EQ(whole.at("bridge"), "01:00.0");
     EXPECT_EQ(whole.at("alsoListed"), json::array({"09:00.0"}));
+    EXPECT_TRUE(whole.at("unfinished").is_null());
     EXPECT_NE(whole.at("text").get<std::string>().find("[DownstreamPort3]"), std::string::npos);
 }
 
@@ -348,6 +349,165 @@ TEST(DescribeWatch, LabelsThatNoWidthExplainsAreRefused) {
         << result.output;
 }
 
+// Two labels on the first port, one on the second.
+std::vector<std::string> contradiction(const FileFolder& folder) {
+    folder.write("bus.dump", box(false, false, false, 8));
+    folder.write("dump1", box(true, false, false, 8));
+    folder.write("dump2", box(false, false, false, 8));
+    folder.write("dump3", box(false, true, false, 8));
+    return {"A1", "DUMP 1", "A2", "DUMP 2", "B", "DUMP 3", ""};
+}
+
+TEST(DescribeWatch, LabelsThatContradictEachOtherAreAskedForAgain) {
+    const FileFolder folder;
+    auto answers = contradiction(folder);
+    answers.insert(answers.end(), {"-A2", ""});
+    const auto result = watch(folder, answers);
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(result.output.find("Found so far:\n"
+                                 "d1f0 (8 lanes): A1 and A2\n"
+                                 "d2f0 (8 lanes): B\n"),
+              std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("Connector \"A2\" is off the list."), std::string::npos);
+    const std::string text = folder.read("box.ini");
+    EXPECT_NE(text.find("\nConnectorLabels = HOST,A1,B\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("It is complete and\n; works as it is"), std::string::npos) << text;
+    EXPECT_EQ(text.find("EDIT: printed"), std::string::npos) << text;
+    EXPECT_EQ(runTavctlForOutput("lint '" + folder.file("box.ini") + "'").output,
+              "1 file, no problems\n");
+}
+
+TEST(DescribeWatch, ConnectorThatWasMissingSettlesAContradiction) {
+    const FileFolder folder;
+    auto answers = contradiction(folder);
+    folder.write("dump4", box(false, false, false, 8));
+    answers.insert(answers.end(), {"B2", "DUMP 4", ""});
+    const auto result = watch(folder, answers);
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(folder.read("box.ini").find("\nConnectorLabels = HOST1,HOST2,A1,A2,B,B2\n"),
+              std::string::npos);
+}
+
+TEST(DescribeWatch, PortWithoutItsLastLabelIsOffTheListToo) {
+    const FileFolder folder;
+    auto answers = contradiction(folder);
+    folder.write("dump4", box(false, true, true, 8));
+    answers.insert(answers.end(), {"-A1", "-A2", "-C", "DUMP 4", ""});
+    const auto result = watch(folder, answers);
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    const std::string text = folder.read("box.ini");
+    // No label of the list is called C: then it is a connector's own.
+    EXPECT_NE(text.find("\nConnectorLabels = HOST,B,-C\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("[DownstreamPort1]\nIDsSameAs = Anchor\nTraversalMapFromAnchor = d2f0\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("[DownstreamPort2]\nIDsSameAs = Anchor\nTraversalMapFromAnchor = d3f0\n"),
+              std::string::npos)
+        << text;
+}
+
+void expectUnfinishedDraft(const FileFolder& folder, const testsupport::CommandResult& result) {
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("tavctl: describe (02:00.0): port \"B\" is 8 lanes wide and has "
+                                 "1 label; all ports "),
+              std::string::npos)
+        << result.output;
+    const std::string text = folder.read("box.ini");
+    EXPECT_NE(text.find(" It is not\n; finished, and the box"), std::string::npos) << text;
+    EXPECT_NE(text.find("; EDIT: this has to be settled: port \"B\" is 8 lanes wide"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("; EDIT: printed beside its connectors: A1 and A2.\n[DownstreamPort1]\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("; EDIT: printed beside its connectors: B.\n[DownstreamPort2]\n"),
+              std::string::npos)
+        << text;
+}
+
+TEST(DescribeWatch, ContradictionThatNobodyMendsLeavesADraft) {
+    const FileFolder folder;
+    auto answers = contradiction(folder);
+    answers.emplace_back("");
+    expectUnfinishedDraft(folder, watch(folder, answers));
+}
+
+TEST(DescribeWatch, AnswersThatEndInAContradictionLeaveADraft) {
+    const FileFolder folder;
+    auto answers = contradiction(folder);
+    answers.pop_back();
+    expectUnfinishedDraft(folder, watch(folder, answers));
+}
+
+TEST(DescribeWatch, UnfinishedDraftIsToldInJson) {
+    const FileFolder folder;
+    const auto result = watch(folder, contradiction(folder), "--json");
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    const json whole = json::parse(folder.read("box.ini"));
+    EXPECT_TRUE(whole.at("unfinished").get<std::string>().starts_with("port \"B\" is 8 lanes"))
+        << whole;
+    EXPECT_NE(whole.at("text").get<std::string>().find("\n[DownstreamPort2]\n"), std::string::npos);
+}
+
+TEST(DescribeWatch, BoxThatComesBackIsGoneOnWith) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump1", box(true, false, false));
+    folder.write("dump2", "");
+    folder.write("dump3", box(true, true, false));
+    const auto result = watch(folder, {"A", "DUMP 1", "B", "DUMP 2", "DUMP 3", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(result.output.find("The box is no longer at MR00:00,10. What was found is kept"),
+              std::string::npos)
+        << result.output;
+    EXPECT_NE(folder.read("box.ini").find("\nConnectorLabels = HOST,A,B\n"), std::string::npos);
+}
+
+TEST(DescribeWatch, BoxThatStaysAwayLeavesADraftOfWhatWasFound) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump1", box(true, false, false));
+    folder.write("dump2", "");
+    const auto result = watch(folder, {"A", "DUMP 1", "B", "DUMP 2"});
+    EXPECT_EQ(result.exitStatus, 1) << result.output;
+    EXPECT_NE(result.output.find("tavctl: describe (02:00.0): the box is no longer at MR00:00,10"),
+              std::string::npos)
+        << result.output;
+    const std::string text = folder.read("box.ini");
+    EXPECT_NE(text.find("settled: the box is no longer at MR00:00,10."), std::string::npos) << text;
+    EXPECT_NE(text.find("\nConnectorLabels = HOST,A\n"), std::string::npos) << text;
+}
+
+TEST(DescribeWatch, BusThatCannotBeReadMeanwhileIsReadAgain) {
+    const FileFolder folder;
+    folder.write("bus.dump", box(false, false, false));
+    folder.write("dump1", box(true, false, false));
+    folder.write("dump2", "no dump");
+    folder.write("dump3", box(true, true, false));
+    const auto result = watch(folder, {"A", "DUMP 1", "B", "DUMP 2", "DUMP 3", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(result.output.find("What was found is kept; try again."), std::string::npos)
+        << result.output;
+    EXPECT_NE(folder.read("box.ini").find("\nConnectorLabels = HOST,A,B\n"), std::string::npos);
+}
+
+// Nothing but the connectors that are tried is looked at by its lanes.
+TEST(DescribeWatch, LanesOfPortsThatAreNoConnectorsDoNotMatter) {
+    BusBuilder bus;
+    bus.endpoint(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x8086, 0x10D3});
+    const auto up = bus.bridge(bus.rootPort(0, 2, 0, {0x8086, 0x1901}), 0, 0, {0x10B5, 0x8608}, 4);
+    bus.bridge(up, 1, 0, {0x10B5, 0x8609}, 1);
+    const auto port = bus.bridge(up, 2, 0, {0x10B5, 0x8609}, 4);
+    const FileFolder folder;
+    folder.write("bus.dump", bus.dump());
+    bus.endpoint(port, 0, 0, {0x1172, 0xE001});
+    folder.write("dump1", bus.dump());
+    const auto result = watch(folder, {"A", "DUMP 1", ""}, "--lanes 4");
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(folder.read("box.ini").find("\nConnectorLabels = HOST,A\n"), std::string::npos);
+}
+
 TEST(DescribeWatch, WithoutAnyConnectorNothingIsWritten) {
     const FileFolder folder;
     folder.write("bus.dump", box(false, false, false));
@@ -410,7 +570,8 @@ TEST(DescribeWatch, WidthThatPromisesMoreConnectorsThanWereFoundIsTold) {
     folder.write("dump1", box(true, false, false, 8));
     const auto result = watch(folder, {"A", "DUMP 1", ""}, "--lanes 4");
     EXPECT_EQ(result.exitStatus, 1) << result.output;
-    EXPECT_NE(result.output.find("expected that there are labels for this port (link width 8)"),
+    EXPECT_NE(result.output.find("(02:00.0): port 03:01.0 has 8 lanes, which are 2 connectors of "
+                                 "4, and has 1 label"),
               std::string::npos)
         << result.output;
 }
@@ -423,6 +584,7 @@ TEST(DescribeWatch, BoxThatIsAnotherOneNowIsTold) {
     EXPECT_EQ(result.exitStatus, 1) << result.output;
     EXPECT_NE(result.output.find("it is not found by its identifiers"), std::string::npos)
         << result.output;
+    EXPECT_NE(folder.read("box.ini").find("\nConnectorLabels = HOST,A\n"), std::string::npos);
 }
 
 } // namespace
