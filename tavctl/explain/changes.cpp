@@ -4,6 +4,7 @@
 #include "source/descriptionLoader.h"
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/description/modelShape.h"
+#include "tavctl/explain/idSlips.h"
 #include "tavctl/match/busBridges.h"
 #include "tavctl/words/words.h"
 
@@ -52,7 +53,8 @@ public:
                  ModelMatcher& matcher, const pcibus::Bus& bus)
         : model_(model), sections_(sections), matcher_(matcher), bus_(bus) {}
 
-    void search(Candidate& candidate) {
+    // One of those of an explanation.
+    void search(Candidate& candidate, const std::vector<Candidate>& candidates) {
         candidate_ = &candidate;
         const Step* const failure = candidate.firstFailure();
         if (failure == nullptr || candidate.slotPath.empty())
@@ -61,13 +63,15 @@ public:
             changeSection(failure->section);
         changeNoted();
         describeAnchor();
-        changeLabels();
-        changeLinkWidth();
+        if (candidate.qualified)
+            changeLabelsUnlessOthersNeedThem(candidates);
     }
 
     std::vector<NearFunction> searchNear(std::vector<NearFunction> near) {
+        // One that a slip explains is likelier than one that only shares some.
         const auto likeness = [&](const NearFunction& each) {
-            return sameIds(model_.anchors[each.anchor].ids, each.ids);
+            return std::pair(!each.slip.empty(),
+                             sameIds(model_.anchors[each.anchor].ids, each.ids));
         };
         std::stable_sort(near.begin(), near.end(),
                          [&](const auto& a, const auto& b) { return likeness(a) > likeness(b); });
@@ -214,14 +218,17 @@ private:
 
     void takeIdentifiers(const std::string& section, const pcibus::PciFunction& at) {
         const tPciIds ids = at.ids();
+        const std::string slip = slipText(descriptionOf(section).ids, ids);
         Model model = model_;
         editSection(model, section, [&](auto& each) { each.ids = ids; });
-        if (!tryChange(model,
-                       {section, "Vid, Pid, SsVid, SsPid",
-                        fmt::format("{:04X}, {:04X}, {:04X}, {:04X}", ids.vendor, ids.device,
-                                    ids.subsystemVendor, ids.subsystem),
-                        fmt::format("the identifiers of {}, in place of IDsSameAs if that is there",
-                                    pcibus::addressText(at))})) {
+        if (!tryChange(
+                model,
+                {section, "Vid, Pid, SsVid, SsPid",
+                 fmt::format("{:04X}, {:04X}, {:04X}, {:04X}", ids.vendor, ids.device,
+                             ids.subsystemVendor, ids.subsystem),
+                 fmt::format("the identifiers of {}{}, in place of IDsSameAs if that is there",
+                             pcibus::addressText(at),
+                             slip.empty() ? "" : fmt::format(" ({})", slip))})) {
             model = model_;
             editSection(model, section, [](auto& each) { each.isOptional = true; });
             tryChange(model, {section, kIsOptional, "1", "so that it is not counted"});
@@ -242,9 +249,64 @@ private:
                           "the anchor has to be described too"});
     }
 
-    void changeLabels() {
-        if (!candidate_->qualified)
+    // The address of another box of the model that is listed with the labels as they are, or would
+    // be if none failed before it; empty when there is none.
+    [[nodiscard]] std::string listedAlike(const std::vector<Candidate>& candidates) const {
+        std::set<std::string> waiting;
+        for (const Candidate& each : candidates) {
+            if (each.outcome == Outcome::listed)
+                return addressText(each.address);
+            if (each.outcome == Outcome::notReached && each.qualified)
+                waiting.insert(each.slotPath);
+        }
+        if (waiting.empty())
+            return {};
+        for (const MatchedDevice& device :
+             ModelMatcher(recordedBus(withoutRejected(candidates))).match({model_})) {
+            if (waiting.contains(device.slotPath))
+                return addressText(device.address);
+        }
+        return {};
+    }
+
+    // The bus without the candidates that failed, and what is below them.
+    [[nodiscard]] std::shared_ptr<const pcibus::Bus>
+    withoutRejected(const std::vector<Candidate>& candidates) const {
+        std::set<const pcibus::PciFunction*> gone;
+        for (const Candidate& each : candidates) {
+            if (each.outcome == Outcome::rejected && each.qualified)
+                gone.insert(functionAtSlotPath(bus_, each.slotPath));
+        }
+        std::vector<pcibus::PciFunction> functions;
+        for (const pcibus::PciFunction& function : bus_.functions()) {
+            const bool stays =
+                std::none_of(gone.begin(), gone.end(), [&](const pcibus::PciFunction* each) {
+                    return each == &function || (each != nullptr && isBelow(function, *each));
+                });
+            if (stays)
+                functions.push_back(function);
+        }
+        return std::make_shared<const pcibus::Bus>(std::move(functions), pcibus::addressText);
+    }
+
+    void changeLabelsUnlessOthersNeedThem(const std::vector<Candidate>& candidates) {
+        auto& changes = candidate_->changes;
+        const auto before = static_cast<std::ptrdiff_t>(changes.size());
+        changeLabels();
+        changeLinkWidth();
+        if (changes.begin() + before == changes.end())
             return;
+        const std::string other = listedAlike(candidates);
+        if (other.empty())
+            return;
+        changes.erase(changes.begin() + before, changes.end());
+        candidate_->hint = fmt::format("{} is a box of this model that comes out even with these "
+                                       "labels, so no others are proposed: look for what is "
+                                       "missing here",
+                                       other);
+    }
+
+    void changeLabels() {
         Model fewer = model_;
         while (!fewer.connectorLabels.empty()) {
             fewer.connectorLabels.pop_back();
@@ -264,7 +326,7 @@ private:
     }
 
     void changeLinkWidth() {
-        if (!candidate_->qualified || model_.linkWidthPerLabel == 0)
+        if (model_.linkWidthPerLabel == 0)
             return;
         for (const std::int32_t width : {1, 2, 4, 8, 16, 32}) {
             Model model = model_;
@@ -389,7 +451,7 @@ ChangeFinder::ChangeFinder(std::shared_ptr<const pcibus::Bus> bus)
     : bus_(std::move(bus)), matcher_(recordedBus(bus_)), nearFunctions_(*bus_) {}
 
 // Near is a function with another header type or, of the four identifiers, at least vendor and
-// device or all but one.
+// device, be it with a slip, or all but one.
 std::vector<NearFunction> ChangeFinder::nearFunctions(const tModelDescription& model) const {
     std::vector<NearFunction> near;
     for (std::size_t anchor = 0; anchor < model.anchors.size(); ++anchor) {
@@ -404,6 +466,7 @@ std::vector<NearFunction> ChangeFinder::nearFunctions(const tModelDescription& m
             each.address = {function.bus, function.device, function.function};
             each.ids = function.ids();
             each.isBridge = function.isBridge();
+            each.slip = slipText(wanted, each.ids);
             near.push_back(std::move(each));
         }
     }
@@ -429,13 +492,16 @@ void ChangeFinder::find(const tModelDescription& model, const lint::SectionNames
         std::size_t searched = 0;
         for (Candidate& candidate : explanation.candidates) {
             if (candidate.outcome == Outcome::rejected && searched++ < kMostCandidates)
-                search.search(candidate);
+                search.search(candidate, explanation.candidates);
             found.changes.push_back(candidate.changes);
+            found.hints.push_back(candidate.hint);
         }
         found.near = search.searchNear(std::move(near));
     }
-    for (std::size_t i = 0; i < explanation.candidates.size(); ++i)
+    for (std::size_t i = 0; i < explanation.candidates.size(); ++i) {
         explanation.candidates[i].changes = found.changes[i];
+        explanation.candidates[i].hint = found.hints[i];
+    }
     explanation.near = found.near;
 }
 

@@ -40,6 +40,7 @@ public:
 private:
     struct Found {
         std::vector<std::vector<Change>> changes; // of the candidates
+        std::vector<std::string> hints;           // likewise
         std::vector<NearFunction> near;
     };
 

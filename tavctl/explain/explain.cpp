@@ -29,6 +29,14 @@ void finish(Explanation& explanation) {
                      [&](const Candidate& a, const Candidate& b) { return rank(a) < rank(b); });
 }
 
+// Of bridges; other functions have theirs in the header.
+bool asksForSubsystems(const tModelDescription& model) {
+    return std::any_of(model.anchors.begin(), model.anchors.end(), [](const auto& anchor) {
+        return anchor.headerType == kHeaderTypeBridge &&
+               (anchor.ids.subsystemVendor != 0 || anchor.ids.subsystem != 0);
+    });
+}
+
 } // namespace
 
 // Matches all models at once, as the plug-in does, and has one explanation at a time.
@@ -76,6 +84,8 @@ private:
         explanation_ = {};
         explanation_.model = model.model;
         explanation_.file = files_[index];
+        explanation_.asksForSubsystems = asksForSubsystems(model);
+        explanation_.asksForLinkWidths = model.linkWidthPerLabel != 0;
         for (std::size_t i = 0; i < model.anchors.size(); ++i)
             explanation_.anchors.push_back(fmt::format(
                 "[{}] {}{}", sections_[index].anchor(i),

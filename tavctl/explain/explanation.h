@@ -50,6 +50,7 @@ struct Candidate {
     Outcome outcome = Outcome::rejected;
     std::vector<Step> steps;
     std::vector<Change> changes;
+    std::string hint; // why no change is proposed where one would do; mostly empty
     nZoTavManagerPciPlugin_15_0::tBusAddress reported; // of a listed device
 
     // How near it came: the number of conditions met before the first that failed.
@@ -63,6 +64,7 @@ struct NearFunction {
     nZoTavManagerPciPlugin_15_0::tBusAddress address;
     nZoTavManagerPciPlugin_15_0::tPciIds ids;
     bool isBridge = false;
+    std::string slip;            // how its identifiers were miswritten, if it looks like that
     std::vector<Change> changes; // that make the plug-in list it
 };
 
@@ -74,6 +76,9 @@ struct Explanation {
     std::vector<NearFunction> near;     // looked for only when there is no candidate
     std::vector<std::string> elsewhere; // functions of other domains that have them: addresses
     std::string failure;                // what ended the model's turn; empty when nothing did
+    // Whether the description goes by what bridges have in their capabilities.
+    bool asksForSubsystems = false;
+    bool asksForLinkWidths = false;
 
     [[nodiscard]] std::size_t listed() const;
 };

@@ -91,6 +91,8 @@ std::string candidateText(const Candidate& candidate, bool withSteps) {
     }
     for (const Change& change : candidate.changes)
         text += changeText(change);
+    if (!candidate.hint.empty())
+        text += hanging("      hint: ", candidate.hint);
     return text;
 }
 
@@ -106,8 +108,9 @@ std::string nearText(const Explanation& explanation) {
         if (anyListed && near.changes.empty())
             continue;
         text += hanging(fmt::format("    {}  ", addressText(near.address)),
-                        fmt::format("{}{}{}", idsText(near.ids),
+                        fmt::format("{}{}{}{}", idsText(near.ids),
                                     near.isBridge ? ", a bridge" : ", no bridge",
+                                    near.slip.empty() ? "" : "; " + near.slip,
                                     near.changes.empty() ? "; not listed with these either" : ""));
         for (const Change& change : near.changes)
             text += changeText(change);
@@ -120,6 +123,26 @@ std::string verdict(const Explanation& explanation) {
     if (listed == 0)
         return "not listed";
     return listed == 1 ? "listed once" : fmt::format("listed {} times", listed);
+}
+
+// What a recording of the headers alone does not show, though the description goes by it.
+std::string headerOnlyText(const Explanation& explanation,
+                           const std::optional<pcibus::LeftOut>& leftOut) {
+    if (!leftOut || leftOut->headerOnly == 0 || explanation.listed() != 0)
+        return {};
+    std::vector<std::string> missing;
+    if (explanation.asksForSubsystems)
+        missing.emplace_back("subsystem identifiers");
+    if (explanation.asksForLinkWidths)
+        missing.emplace_back("link widths");
+    if (missing.empty())
+        return {};
+    return wrapped(
+        fmt::format("Of {} this recording has 64 bytes alone. Bridges among them show no {}, which "
+                    "this description goes by: record the bus with tavctl record, or with 256 "
+                    "bytes of each function.",
+                    counted(leftOut->headerOnly, "function"), separated(missing, " and no ")),
+        2);
 }
 
 // Of models that were looked for in vain.
@@ -165,7 +188,8 @@ Json candidateJson(const Candidate& candidate) {
                                  ? Json(addressText(candidate.reported))
                                  : Json(nullptr)},
                 {"steps", std::move(steps)},
-                {"changes", changesJson(candidate.changes)}};
+                {"changes", changesJson(candidate.changes)},
+                {"hint", candidate.hint.empty() ? Json(nullptr) : Json(candidate.hint)}};
 }
 
 } // namespace
@@ -179,6 +203,7 @@ std::string explanationAsText(const Explanation& explanation, bool inFull,
         text += hanging("  anchor: ", anchor);
     if (explanation.candidates.empty())
         text += withoutCandidate(explanation, leftOut);
+    text += headerOnlyText(explanation, leftOut);
     bool shownMiss = false;
     for (const Candidate& candidate : explanation.candidates) {
         const bool isMiss = candidate.outcome == Outcome::rejected;
@@ -200,6 +225,7 @@ std::string explanationAsJson(const Explanation& explanation) {
         near.push_back(Json{{"address", addressText(each.address)},
                             {"ids", idsText(each.ids)},
                             {"isBridge", each.isBridge},
+                            {"slip", each.slip.empty() ? Json(nullptr) : Json(each.slip)},
                             {"changes", changesJson(each.changes)}});
     return Json{
         {"model", explanation.model},

@@ -1,5 +1,7 @@
 #include "tavctl/explain/nearFunctions.h"
 
+#include "tavctl/explain/idSlips.h"
+
 #include <algorithm>
 
 namespace tavctl::explain {
@@ -47,6 +49,8 @@ std::vector<std::size_t> NearFunctions::find(const tPciIds& ids) const {
             found.insert(found.end(), alike->second.begin(), alike->second.end());
     };
     add(sameVendorAndDevice_, vendorAndDevice(ids));
+    for (const tPciIds& meant : withoutSlips(ids))
+        add(sameVendorAndDevice_, vendorAndDevice(meant));
     add(sameButVendor_, allButVendor(ids));
     add(sameButDevice_, allButDevice(ids));
     std::sort(found.begin(), found.end());

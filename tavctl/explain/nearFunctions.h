@@ -19,8 +19,8 @@ class NearFunctions {
 public:
     explicit NearFunctions(const pcibus::Bus& bus);
 
-    // Those with the same vendor and device, or with all identifiers but one the same; in the order
-    // of the bus. Their positions among its functions.
+    // Those with the same vendor and device, also when these were written with a slip, or with all
+    // identifiers but one the same; in the order of the bus. Their positions among its functions.
     [[nodiscard]] std::vector<std::size_t>
     find(const nZoTavManagerPciPlugin_15_0::tPciIds& ids) const;
 

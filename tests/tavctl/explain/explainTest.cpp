@@ -302,6 +302,175 @@ TEST(Explain, ShowsNearFunctionsThatWouldNotBeListedForWantOfBetterOnes) {
     EXPECT_EQ(text.find("change:"), std::string::npos) << text;
 }
 
+// A description with these identifiers for the anchor, of a box that has 104C:8232 with the
+// subsystem 1234:0007.
+json nearestBy(const std::string& vendor, const std::string& device, const std::string& subVendor,
+               const std::string& subsystem) {
+    BusBuilder bus;
+    // One that has more of the identifiers than the box.
+    bus.endpoint(bus.rootPort(0, 1, 0, kRootIds), 0, 0, {0x104C, 0x3282, 0x1234, 0x0700});
+    const auto up =
+        bus.bridge(bus.rootPort(0, 2, 0, kRootIds), 0, 0, {0x104C, 0x8232, 0x1234, 0x0007});
+    bus.bridge(up, 0, 0, kPortIds);
+    std::string text = boxAt(device, "d0f0");
+    const std::string written = "SsVid = 0\nSsPid = 0\n";
+    text.replace(text.find("Vid = 104C"), 10, "Vid = " + vendor);
+    text.replace(text.find(written), written.size(),
+                 "SsVid = " + subVendor + "\nSsPid = " + subsystem + "\n");
+    return Described(bus, text).model().at("near").at(0);
+}
+
+std::string changesOf(const json& near) {
+    std::string text;
+    for (const json& change : near.at("changes"))
+        text +=
+            change.at("key").get<std::string>() + "=" + change.at("value").get<std::string>() + " ";
+    return text;
+}
+
+TEST(Explain, RecognisesIdentifiersThatWereExchanged) {
+    const json devices = nearestBy("8232", "104C", "1234", "0007");
+    EXPECT_EQ(devices.at("address"), "02:00.0");
+    EXPECT_EQ(devices.at("slip"), "Vid and Pid are exchanged");
+    EXPECT_EQ(changesOf(devices), "Vid=104C Pid=8232 ");
+    const json subsystems = nearestBy("104C", "8232", "0007", "1234");
+    EXPECT_EQ(subsystems.at("slip"), "SsVid and SsPid are exchanged");
+    EXPECT_EQ(changesOf(subsystems), "SsVid=1234 SsPid=0007 ");
+    const json all = nearestBy("8232", "104C", "0007", "1234");
+    EXPECT_EQ(all.at("slip"), "Vid and Pid are exchanged and SsVid and SsPid are exchanged");
+    EXPECT_EQ(changesOf(all), "Vid=104C Pid=8232 SsVid=1234 SsPid=0007 ");
+}
+
+TEST(Explain, RecognisesNumbersWhoseBytesWereExchanged) {
+    const json device = nearestBy("104C", "3282", "1234", "0007");
+    EXPECT_EQ(device.at("address"), "02:00.0");
+    EXPECT_EQ(device.at("slip"), "the bytes of Pid are exchanged");
+    EXPECT_EQ(changesOf(device), "Pid=8232 ");
+    const json all = nearestBy("4C10", "3282", "3412", "0700");
+    EXPECT_EQ(all.at("slip"),
+              "the bytes of Vid and Pid are exchanged and the bytes of SsVid and SsPid are "
+              "exchanged");
+    EXPECT_EQ(changesOf(all), "Vid=104C Pid=8232 SsVid=1234 SsPid=0007 ");
+    const json vendor = nearestBy("4C10", "8232", "1234", "0007");
+    EXPECT_EQ(vendor.at("slip"), "the bytes of Vid are exchanged");
+}
+
+TEST(Explain, SlipThatDoesNotExplainTheNumbersIsNone) {
+    const json other = nearestBy("104C", "8299", "1234", "0007");
+    EXPECT_EQ(other.at("address"), "02:00.0");
+    EXPECT_TRUE(other.at("slip").is_null());
+    EXPECT_TRUE(nearestBy("104C", "8232", "3412", "0008").at("slip").is_null());
+}
+
+TEST(Explain, ShowsTheSlipBesideTheFunctionThatWasMeant) {
+    std::string text = boxAt("104C", "d0f0");
+    text.replace(text.find("Vid = 104C"), 10, "Vid = 8232");
+    const std::string told = Described(boxAndCard(), text).asText();
+    EXPECT_NE(
+        told.find(
+            "    01:00.0  104C:8232 subsystem 0000:0000, a bridge; Vid and Pid are exchanged\n"
+            "      change: [Anchor] Vid = 104C\n"),
+        std::string::npos)
+        << told;
+}
+
+// A port that is counted, with exchanged identifiers in its section.
+TEST(Explain, RecognisesExchangedIdentifiersOfADescribedBridge) {
+    BusBuilder bus;
+    const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, {0x8232, 0x104C});
+    bus.bridge(up, 0, 0, kUpIds);
+    std::string text = boxAt("8232", "d0f0");
+    const std::string written = "Vid = 104C\nPid = 8232";
+    text.replace(text.find(written), written.size(), "Vid = 8232\nPid = 104C");
+    text.replace(text.find("Vid = 104C\nPid = 8233"), 21, "Vid = 8232\nPid = 104C");
+    const json change = Described(bus, text).model().at("candidates").at(0).at("changes").at(0);
+    EXPECT_EQ(change.at("section"), "DownstreamPort1");
+    EXPECT_EQ(change.at("value"), "104C, 8232, 0000, 0000");
+    EXPECT_EQ(change.at("reason"), "the identifiers of 02:00.0 (Vid and Pid are exchanged), in "
+                                   "place of IDsSameAs if that is there");
+}
+
+// Two boxes of one model, the ports of the first one as given, the second one whole.
+BusBuilder twoBoxes(bool firstIsWhole, bool secondIsWhole) {
+    BusBuilder bus;
+    unsigned root = 1;
+    for (const bool isWhole : {firstIsWhole, secondIsWhole}) {
+        const auto up = bus.bridge(bus.rootPort(0, root++, 0, kRootIds), 0, 0, kUpIds);
+        if (isWhole)
+            bus.bridge(up, 0, 0, kPortIds);
+    }
+    return bus;
+}
+
+bool proposesLabels(const json& candidate) {
+    return std::any_of(candidate.at("changes").begin(), candidate.at("changes").end(),
+                       [](const json& change) { return change.at("key") == "ConnectorLabels"; });
+}
+
+TEST(Explain, LabelsThatAnotherBoxIsListedWithAreNotToBeChanged) {
+    const json model = Described(twoBoxes(true, false), boxAt("8232", "d0f0")).model();
+    const json& candidate = model.at("candidates").at(1);
+    EXPECT_EQ(candidate.at("outcome"), "not listed");
+    EXPECT_FALSE(proposesLabels(candidate)) << candidate;
+    EXPECT_EQ(candidate.at("hint"),
+              "01:00.0 is a box of this model that comes out even with these labels, so no others "
+              "are proposed: look for what is missing here");
+}
+
+// The failure of the first one ends the model's turn, so that the second one is not listed either.
+TEST(Explain, LabelsThatAnotherBoxWouldBeListedWithAreNotToBeChanged) {
+    const Described described(twoBoxes(false, true), boxAt("8232", "d0f0"));
+    const json model = described.model();
+    const json& candidate = model.at("candidates").at(0);
+    EXPECT_EQ(candidate.at("address"), "01:00.0");
+    EXPECT_FALSE(proposesLabels(candidate)) << candidate;
+    EXPECT_NE(described.asText().find("      hint: 03:00.0 is a box of this model that comes out "),
+              std::string::npos)
+        << described.asText();
+}
+
+TEST(Explain, LabelsThatNoBoxIsListedWithMayBeChanged) {
+    const json model = Described(twoBoxes(false, false), boxAt("8232", "d0f0")).model();
+    const json& candidate = model.at("candidates").at(0);
+    EXPECT_TRUE(proposesLabels(candidate)) << candidate;
+    EXPECT_TRUE(candidate.at("hint").is_null());
+}
+
+std::string explainedByHeaders(const std::string& description) {
+    BusBuilder bus;
+    bus.bridge(bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, {0x104C, 0x8232, 0x1234, 0x0007}),
+               0, 0, kPortIds);
+    const FileFolder folder;
+    fs::create_directory(folder.file("PCI Hardware Descriptions"));
+    folder.write("PCI Hardware Descriptions/box.ini", description);
+    const std::string dump =
+        folder.write("bus.dump", bus.dump({.bytes = testsupport::kHeaderBytes}));
+    return tavctltest::outputOf("explain --dump " + dump + " --descriptions " + folder.file(""));
+}
+
+TEST(Explain, SaysWhatARecordingOfTheHeadersAloneDoesNotShow) {
+    std::string text = boxAt("8232", "d0f0");
+    const std::string head = "  Of 3 functions this recording has 64 bytes alone. Bridges among "
+                             "them show no\n  ";
+    EXPECT_EQ(explainedByHeaders(text).find("64 bytes"), std::string::npos);
+    const std::string written = "SsVid = 0\nSsPid = 0\n";
+    text.replace(text.find(written), written.size(), "SsVid = 1234\nSsPid = 0007\n");
+    std::string told = explainedByHeaders(text);
+    EXPECT_NE(told.find(head + "subsystem identifiers, which this description goes by: record the "
+                               "bus with\n  tavctl record, or with 256 bytes of each function.\n"),
+              std::string::npos)
+        << told;
+    text.replace(text.find("HasUpstreamPort"), 0, "LinkWidthPerLabel = 4\n");
+    told = explainedByHeaders(text);
+    EXPECT_NE(told.find(head + "subsystem identifiers and no link widths, which"),
+              std::string::npos)
+        << told;
+    text.replace(text.find("SsVid = 1234\nSsPid = 0007\n"), 26, written);
+    told = explainedByHeaders(text);
+    EXPECT_NE(told.find(head + "link widths, which this description goes by"), std::string::npos)
+        << told;
+}
+
 // Once by the bridge library, as the plug-in has it read, and once for all that is tried: a live
 // bus may change meanwhile, and a large one is slow to read.
 TEST(Explain, ReadsTheBusOnceWhateverIsTried) {
