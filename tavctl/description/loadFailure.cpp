@@ -10,7 +10,8 @@ Failure loadFailure(const Description& description) {
             end.placeText(),
             end.sentence(),
             description.reads().problems().front().status,
-            {}};
+            {},
+            "tavctl lint"};
 }
 
 } // namespace tavctl::lint

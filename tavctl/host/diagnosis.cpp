@@ -133,7 +133,7 @@ std::optional<Failure> tryDescription(const std::string& path) {
         Failure told = lint::loadFailure(description);
         failure->object = std::move(told.object);
         failure->reason = std::move(told.reason);
-        failure->hint = "tavctl lint";
+        failure->hint = std::move(told.hint);
     }
     return failure;
 }

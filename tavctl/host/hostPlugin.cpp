@@ -21,12 +21,14 @@ std::string defaultPath() {
     return platform::lastWriteTime(beside.c_str()) ? beside : name;
 }
 
-[[noreturn]] void failToRead(std::uint32_t device, std::uint32_t attribute, std::int32_t status) {
+[[noreturn]] void failToRead(std::uint32_t device, std::uint32_t attribute, std::int32_t status,
+                             const char* hint = "") {
     throw FailureException({"read attribute",
                             fmt::format("device {}, attribute 0x{:08X}", device, attribute),
                             {},
                             status,
-                            {}});
+                            {},
+                            hint});
 }
 
 } // namespace
@@ -75,8 +77,9 @@ std::optional<std::int32_t> HostPlugin::integer(std::uint32_t device,
 std::string HostPlugin::text(std::uint32_t device, std::uint32_t attribute) const {
     std::array<char, TAVPLUGIN_TEXT_SIZE> buffer{};
     const std::int32_t status = getDeviceAttributeUTF8_(device, attribute, buffer.data());
+    // Mostly a description's text that is too long for the buffer.
     if (status != kTavManSuccess)
-        failToRead(device, attribute, status);
+        failToRead(device, attribute, status, "tavctl lint");
     return buffer.data();
 }
 

@@ -23,7 +23,7 @@ std::string plainText(const Failure& failure, bool debug) {
         text += fmt::format("  see: {}\n", printable(failure.hint));
     const auto record = debug ? Json::parsedObject(failure.record) : std::nullopt;
     if (record && !record->empty()) {
-        text += "  error record\n";
+        text += "  error record; file and line are of the plug-in's own sources\n";
         for (const auto& [name, value] : record->leaves())
             text += fmt::format("    {} = {}\n", printable(name), printable(value));
     }
@@ -56,6 +56,10 @@ std::string Failure::sentence() const {
     else if (status)
         text += ": " + statusWords(*status);
     return text;
+}
+
+std::string Failure::sentenceAndHint() const {
+    return hint.empty() ? sentence() : fmt::format("{}; see: {}", sentence(), hint);
 }
 
 std::string failureText(const Failure& failure, FailureForm form) {

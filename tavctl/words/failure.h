@@ -22,20 +22,23 @@ struct Failure {
 
     // "operation (object): reason"
     [[nodiscard]] std::string sentence() const;
+    // The same, and behind it what helps, for a sentence of which it is a part.
+    [[nodiscard]] std::string sentenceAndHint() const;
 };
 
 // Carries a failure to main(), with the exit status that the program ends with.
 class FailureException : public std::exception {
 public:
     explicit FailureException(Failure failure, ExitStatus exitStatus = ExitStatus::failed)
-        : failure_(std::move(failure)), sentence_(failure_.sentence()), exitStatus_(exitStatus) {}
+        : failure_(std::move(failure)), text_(failure_.sentenceAndHint()), exitStatus_(exitStatus) {
+    }
     [[nodiscard]] const Failure& failure() const noexcept { return failure_; }
     [[nodiscard]] ExitStatus exitStatus() const noexcept { return exitStatus_; }
-    [[nodiscard]] const char* what() const noexcept override { return sentence_.c_str(); }
+    [[nodiscard]] const char* what() const noexcept override { return text_.c_str(); }
 
 private:
     Failure failure_;
-    std::string sentence_;
+    std::string text_;
     ExitStatus exitStatus_;
 };
 

@@ -226,6 +226,42 @@ TEST(CommandLine, MissingBridgeLibraryIsNamedWithTheErrorRecord) {
     EXPECT_EQ(explained.output.find("error record"), std::string::npos) << "only with --debug";
 }
 
+// Descriptions that lint finds an error in, as every command that loads them comes to it.
+TEST(CommandLine, FaultOfADescriptionLeadsToLint) {
+    for (const char* rule :
+         {"bad-number", "missing-key", "missing-section", "unknown-category", "wide-encoding",
+          "ids-same-as-nowhere", "desktop-ini", "empty-number", "text-too-long"}) {
+        const TemporaryFolder folder;
+        fs::copy(fs::path(TAV_SOURCE_DIR) / "tests" / "tavctl" / "lint" / "rules" / rule / "bad",
+                 folder.path() / "PCI Hardware Descriptions");
+        const std::string machine =
+            kDump + "--descriptions '" + folder.path().string() + "' " + state(folder);
+        for (const char* command : {"list ", "tree ", "draw --format dot ", "names ", "explain "}) {
+            // That the text is too long shows when it is read.
+            if (rule == std::string("text-too-long") && command != std::string("list "))
+                continue;
+            const auto result = runTavctl(command + machine);
+            EXPECT_TRUE(says(result, 3, "\n  see: tavctl lint\n")) << rule << " " << command;
+            EXPECT_EQ(result.output.find("source"), std::string::npos) << result.output;
+            EXPECT_EQ(result.output.find("cIniFile"), std::string::npos) << result.output;
+            EXPECT_TRUE(says(runTavctl(command + machine + " --debug"), 3, "see: tavctl lint"));
+        }
+    }
+}
+
+TEST(CommandLine, PlacesInTheSourcesAreToldAsSuchAndWithDebugAlone) {
+    const TemporaryFolder folder;
+    fs::copy(fs::path(TAV_SOURCE_DIR) / "tests" / "tavctl" / "lint" / "rules" / "bad-number" /
+                 "bad",
+             folder.path() / "PCI Hardware Descriptions");
+    const std::string list =
+        "list " + kDump + "--descriptions '" + folder.path().string() + "' " + state(folder);
+    EXPECT_TRUE(says(runTavctl(list + " --debug"), 3,
+                     "  error record; file and line are of the plug-in's own sources\n"
+                     "    file = pxidrivertools"));
+    EXPECT_EQ(runTavctl(list).output.find("pxidrivertools"), std::string::npos);
+}
+
 // The loader finds the name, and so has nothing to say.
 TEST(CommandLine, FunctionOfTheBridgeLibraryThatStandsNowhereIsNamed) {
     const TemporaryFolder folder;

@@ -102,6 +102,7 @@ TEST(LintAgainst, FaultsOfTheOtherFolderAndOfDumpsAreTold) {
                                  ":1:2): [UpstreamTAV] has no key Model; expected Model, "),
               std::string::npos)
         << result.output;
+    EXPECT_NE(result.output.find("\n  see: tavctl lint\n"), std::string::npos) << result.output;
     EXPECT_EQ(
         runLint("--descriptions " + kSampleDescriptions + " --against /nonexistent").exitStatus, 3);
     EXPECT_EQ(runLint("--compared-with " + kSampleDescriptions).exitStatus, 2);

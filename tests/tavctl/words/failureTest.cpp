@@ -32,7 +32,7 @@ TEST(Failure, TextHasTheMembersOfTheErrorRecord) {
               "or lacks a function\n"
               "  status -52005 (0xFFFF34DB): the bridge library could not be loaded, or lacks a "
               "function\n"
-              "  error record\n"
+              "  error record; file and line are of the plug-in's own sources\n"
               "    line = 49\n"
               "    zodynlib_debug.debug = failed\n"
               "    zodynlib_debug.path = zopcibrd.so\n");
@@ -40,6 +40,12 @@ TEST(Failure, TextHasTheMembersOfTheErrorRecord) {
 
 TEST(Failure, WithoutStatusAndRecordTheSentenceIsAll) {
     EXPECT_EQ(failureText({"use", "x", "why", {}, {}}, {false, true}), "tavctl: use (x): why\n");
+}
+
+TEST(Failure, PartOfAnotherSentenceKeepsItsHint) {
+    const tavctl::FailureException exception({"use", "x", "why", {}, {}, "tavctl lint"});
+    EXPECT_STREQ(exception.what(), "use (x): why; see: tavctl lint");
+    EXPECT_STREQ(tavctl::FailureException({"use", "x", "why", {}, {}}).what(), "use (x): why");
 }
 
 TEST(Failure, JsonHasEverything) {
