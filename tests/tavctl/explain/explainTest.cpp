@@ -471,6 +471,73 @@ TEST(Explain, SaysWhatARecordingOfTheHeadersAloneDoesNotShow) {
         << told;
 }
 
+// Boxes whose ports have the anchor's identifiers, so that the search looks for each: the first has
+// none, the second one a bridge of another kind, the third one port, the fourth both.
+BusBuilder boxesEverNearer() {
+    BusBuilder bus;
+    const auto box = [&](unsigned number) {
+        return bus.bridge(bus.rootPort(0, number, 0, kRootIds), 0, 0, kUpIds);
+    };
+    box(1);
+    bus.bridge(box(2), 0, 0, kPortIds);
+    bus.bridge(box(3), 0, 0, kUpIds);
+    const auto whole = box(4);
+    bus.bridge(whole, 0, 0, kUpIds);
+    bus.bridge(whole, 1, 0, kUpIds);
+    return bus;
+}
+
+std::string boxOfAlikePorts() {
+    std::string text = boxAt("8232", "d0f0");
+    text.replace(text.find("HOST,A"), 6, "HOST,A,B");
+    text.replace(text.find("DownstreamPorts = 1"), 19, "DownstreamPorts = 1,2");
+    text.replace(text.find("Pid = 8233"), 10, "Pid = 8232");
+    return text + "[DownstreamPort2]\nIDsSameAs = Anchor\nTraversalMapFromAnchor = d1f0\n";
+}
+
+TEST(Explain, NearestMissComesFirst) {
+    const Described described(boxesEverNearer(), boxOfAlikePorts());
+    const json model = described.model();
+    std::string addresses;
+    std::size_t before = std::string::npos;
+    for (const json& candidate : model.at("candidates")) {
+        addresses += candidate.at("address").get<std::string>() + " " +
+                     candidate.at("outcome").get<std::string>() + "\n";
+        if (candidate.at("outcome") != "not listed")
+            continue;
+        std::size_t met = 0;
+        for (const json& step : candidate.at("steps"))
+            met += step.at("result") == "ok" ? 1U : 0U;
+        EXPECT_LE(met, before) << candidate;
+        before = met;
+    }
+    // What came equally near stands as on the bus, ports that are tried for boxes included.
+    EXPECT_EQ(addresses, "09:00.0 listed\n"
+                         "06:00.0 not listed\n"
+                         "01:00.0 not listed\n"
+                         "03:00.0 not listed\n"
+                         "07:00.0 not listed\n"
+                         "0a:00.0 part of another\n"
+                         "0a:01.0 part of another\n");
+}
+
+// Of many models the conditions of one candidate are told: those of the one that came nearest.
+TEST(Explain, ConditionsOfTheNearestMissAreTold) {
+    std::string text = boxOfAlikePorts();
+    text.replace(text.rfind("d1f0"), 4, "d9f0");
+    const Described described(boxesEverNearer(), text);
+    const FileFolder other;
+    fs::create_directory(other.file("PCI Hardware Descriptions"));
+    other.write("PCI Hardware Descriptions/a.ini", text);
+    text.replace(text.find("Model = Box"), 11, "Model = Bin");
+    other.write("PCI Hardware Descriptions/b.ini", text);
+    const std::string told =
+        tavctltest::outputOf("explain --dump " + described.machine().dump.string() +
+                             " --descriptions " + other.file(""));
+    EXPECT_NE(told.find("    06:00.0  not listed\n      ok "), std::string::npos) << told;
+    EXPECT_NE(told.find("    01:00.0  not listed: expected that"), std::string::npos) << told;
+}
+
 // Once by the bridge library, as the plug-in has it read, and once for all that is tried: a live
 // bus may change meanwhile, and a large one is slow to read.
 TEST(Explain, ReadsTheBusOnceWhateverIsTried) {
