@@ -84,8 +84,11 @@ PortType portTypeOf(unsigned capabilities) {
         return PortType::upstreamPort;
     case 6:
         return PortType::downstreamPort;
-    default:
+    case 7:
+    case 8:
         return PortType::other;
+    default:
+        return PortType::unknown;
     }
 }
 
@@ -133,8 +136,13 @@ void decodeConfigSpace(std::span<const std::uint8_t> bytes, PciFunction& result)
 
 Link decodeLink(std::span<const std::uint8_t> bytes) {
     const std::size_t at = findCapabilities(bytes).express;
-    if (at == 0)
-        return {};
+    if (at == 0) {
+        Link link;
+        const bool isBridge = (bytes[kHeaderType] & ~kMultiFunction) == 1;
+        if (isBridge && (!saysCapabilities(bytes) || bytes.size() >= kStandardSize))
+            link.port = PortType::other;
+        return link;
+    }
     const unsigned able = read16(bytes, at + kExpressLinkCapabilities);
     const unsigned runs = read16(bytes, at + kExpressLinkStatus);
     return {linkWidthOf(able), linkSpeedOf(able), linkWidthOf(runs), linkSpeedOf(runs),

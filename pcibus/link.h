@@ -6,8 +6,14 @@
 
 namespace pcibus {
 
-// What the PCI Express capability calls the function.
-enum class PortType : std::uint8_t { unknown, rootPort, upstreamPort, downstreamPort, other };
+// What the PCI Express capability calls a bridge.
+enum class PortType : std::uint8_t {
+    unknown, // it does not say, as for every function that is no bridge
+    rootPort,
+    upstreamPort,
+    downstreamPort,
+    other, // no port: a bridge that leads to a conventional bus, or from one
+};
 
 // Widths in lanes; speeds by their numbers: 1 is 2.5 GT/s, 2 is 5 GT/s and so on. 0: not known, or
 // there is no link.
@@ -17,6 +23,11 @@ struct Link {
     std::uint8_t width = 0; // as it runs; without anything at the other end it may say anything
     std::uint8_t speed = 0;
     PortType port = PortType::unknown; // sysfs does not tell
+
+    // Whether anything is said of a link.
+    [[nodiscard]] constexpr bool isKnown() const {
+        return maximumWidth != 0 || maximumSpeed != 0 || width != 0 || speed != 0;
+    }
 
     friend bool operator==(const Link&, const Link&) = default;
 };

@@ -58,7 +58,7 @@ Link readLink(SysfsFiles& files, std::span<const std::uint8_t> config) {
     const Link link{files.linkWidth("max_link_width"), files.linkSpeed("max_link_speed"),
                     files.linkWidth("current_link_width"), files.linkSpeed("current_link_speed")};
     Link said = decodeLink(config);
-    if (link == Link{})
+    if (!link.isKnown())
         return said;
     said.maximumWidth = link.maximumWidth;
     said.maximumSpeed = link.maximumSpeed;

@@ -11,7 +11,7 @@ import pathlib
 import re
 import sys
 
-COMMANDS = [f"tavctl/{name}" for name in ("list", "tree", "draw", "names", "record", "lint",
+COMMANDS = [f"tavctl/{name}" for name in ("list", "where", "tree", "draw", "names", "record", "lint",
                                           "explain", "describe", "completion")]
 
 # From the bottom up. Rooms of one layer do not include each other.

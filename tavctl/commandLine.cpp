@@ -12,6 +12,7 @@
 #include "tavctl/options/misuse.h"
 #include "tavctl/record/recordCommand.h"
 #include "tavctl/tree/treeCommand.h"
+#include "tavctl/where/whereCommand.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
@@ -35,6 +36,7 @@ struct KnownCommand {
 // In the order in which they are told.
 constexpr KnownCommand kCommands[] = {
     {"list", addListCommand},
+    {"where", addWhereCommand},
     {"tree", addTreeCommand},
     {"draw", addDrawCommand},
     {"lint", addLintCommand},

@@ -87,6 +87,12 @@ std::string fullAddress(std::uint32_t domain, const pcibus::PciFunction& functio
     return fmt::format("{:04x}:{}", domain, pcibus::addressText(function));
 }
 
+std::string fullAddress(const DomainAddress& address) {
+    return fmt::format("{:04x}:{}", address.domain,
+                       pcibus::addressTextOf(address.handle >> 8, address.handle >> 3 & 0x1FU,
+                                             address.handle & 0x07U));
+}
+
 std::string shortAddress(std::uint32_t domain, const pcibus::PciFunction& function) {
     return domain == 0 ? pcibus::addressText(function) : fullAddress(domain, function);
 }

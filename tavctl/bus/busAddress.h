@@ -25,6 +25,7 @@ std::optional<std::uint32_t> readBusAddress(std::string_view text);
 
 // "0000:01:00.0", for programs; people see domain 0 without its number: "01:00.0", "0001:01:00.0".
 std::string fullAddress(std::uint32_t domain, const pcibus::PciFunction& function);
+std::string fullAddress(const DomainAddress& address);
 std::string shortAddress(std::uint32_t domain, const pcibus::PciFunction& function);
 
 // The function that a command-line option names. Raises FailureException with

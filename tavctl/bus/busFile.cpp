@@ -8,10 +8,10 @@
 
 namespace tavctl {
 
-ReadBus readBusFile(const std::string& location, const pcibus::FunctionSink& sink) {
+ReadBus readBusFile(const std::string& location) {
     try {
         pcibus::LeftOut leftOut;
-        pcibus::Bus bus = pcibus::readBus(platform::utf8Path(location), &leftOut, sink);
+        pcibus::Bus bus = pcibus::readBus(platform::utf8Path(location), &leftOut);
         return {std::move(bus), leftOut};
     } catch (const pcibus::BusError& error) {
         throw FailureException({"read the bus", location, error.what(), {}, {}});

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "pcibus/bus.h"
-#include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
 #include <optional>
@@ -18,6 +17,6 @@ struct ReadBus {
 
 // The bus at a UTF-8 path: a dump, or a folder that stands for /sys (see pcibus/readBus.h). `sink`
 // is given each function. Raises FailureException.
-ReadBus readBusFile(const std::string& location, const pcibus::FunctionSink& sink = {});
+ReadBus readBusFile(const std::string& location);
 
 } // namespace tavctl

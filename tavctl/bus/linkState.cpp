@@ -1,5 +1,7 @@
 #include "tavctl/bus/linkState.h"
 
+#include "tavctl/bus/portTypes.h"
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -17,21 +19,10 @@ bool hasLink(const Link& link) {
     return link.maximumWidth != 0 || link.width != 0;
 }
 
-// Whether the link of a bridge is the one below it. Where the bus does not say what the bridge is,
-// its place does: links join a port to what is next below it, and what is below an upstream port
-// leads down again.
+// Whether the link of a bridge is the one below it.
 bool leadsDown(const DomainBus& domain, const PciFunction& bridge) {
-    const pcibus::Bus& bus = domain.bus();
-    bool isFlipped = false;
-    for (const PciFunction* at = &bridge; at != nullptr; at = bus.parentOfBus(at->bus)) {
-        const Link& link = domain.linkOf(*at);
-        if (link.port == PortType::rootPort || link.port == PortType::downstreamPort)
-            return !isFlipped;
-        if (link.port == PortType::upstreamPort || !hasLink(link))
-            return isFlipped;
-        isFlipped = !isFlipped;
-    }
-    return isFlipped;
+    const PortType type = portTypeOf(domain, bridge);
+    return type == PortType::rootPort || type == PortType::downstreamPort;
 }
 
 std::uint8_t weaker(std::uint8_t a, std::uint8_t b) {

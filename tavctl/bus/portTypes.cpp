@@ -1,90 +1,45 @@
 #include "tavctl/bus/portTypes.h"
 
-#include "pcibus/configSpace.h"
-
 #include <algorithm>
-#include <bitset>
-#include <cstddef>
 
 namespace tavctl {
 
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
+using pcibus::PciFunction;
+using pcibus::PortType;
 
-constexpr std::size_t kFirstCapability = 0x34;
-constexpr std::uint8_t kExpressCapability = 0x10;
-constexpr std::size_t kExpressFlags = 2; // the type of the port in bits 4 to 7
-constexpr unsigned kRootPort = 4;
-constexpr unsigned kUpstreamPort = 5;
-constexpr unsigned kDownstreamPort = 6;
-
-// 0 when there is none.
-std::size_t expressCapability(Bytes bytes) {
-    std::bitset<pcibus::kStandardSize> visited;
-    std::size_t at = bytes[kFirstCapability] & 0xFCU;
-    while (at >= pcibus::kHeaderSize && at + kExpressFlags < bytes.size() && !visited[at]) {
-        if (bytes[at] == kExpressCapability)
-            return at;
-        visited.set(at);
-        at = bytes[at + 1] & 0xFCU;
-    }
-    return 0;
-}
-
-PortType typeIn(Bytes bytes) {
-    if (!pcibus::saysCapabilities(bytes))
-        return PortType::other;
-    if (bytes.size() < pcibus::kStandardSize)
-        return PortType::unknown;
-    const std::size_t at = expressCapability(bytes.first(pcibus::kStandardSize));
-    if (at == 0)
-        return PortType::other;
-    switch (bytes[at + kExpressFlags] >> 4U) {
-    case kRootPort:
-        return PortType::root;
-    case kUpstreamPort:
-        return PortType::upstream;
-    case kDownstreamPort:
-        return PortType::downstream;
-    default:
-        return PortType::other;
-    }
+// A bridge to conventional buses has none.
+bool leadsToLinks(const DomainBus& domain, const PciFunction& bridge) {
+    const auto children = domain.bus().childrenOf(bridge);
+    return std::any_of(children.begin(), children.end(), [&](std::uint32_t child) {
+        return domain.linkOf(*domain.bus().find(child)).maximumWidth != 0;
+    });
 }
 
 } // namespace
 
-void PortTypes::add(const pcibus::SeenFunction& seen) {
-    const PortType type =
-        seen.domain == 0 && seen.function.isBridge() ? typeIn(seen.bytes) : PortType::unknown;
-    if (type != PortType::unknown)
-        byHandle_.emplace(seen.function.handle(), type);
-}
-
-PortType PortTypes::of(const pcibus::Bus& bus, const pcibus::PciFunction& bridge) const {
-    const pcibus::PciFunction* const above = bus.parentOfBus(bridge.bus);
-    if (const auto known = byHandle_.find(bridge.handle()); known != byHandle_.end())
-        return known->second == PortType::root && above != nullptr ? PortType::other
-                                                                   : known->second;
-    if (bridge.linkWidth == 0)
+PortType portTypeOf(const DomainBus& domain, const PciFunction& bridge) {
+    const pcibus::Link& link = domain.linkOf(bridge);
+    const PciFunction* const above = domain.bus().parentOfBus(bridge.bus);
+    const bool isMisplaced = link.port == PortType::rootPort && above != nullptr;
+    if (link.port != PortType::unknown && !isMisplaced)
+        return link.port;
+    if (link.maximumWidth == 0)
         return PortType::unknown;
     if (above == nullptr)
-        return PortType::root;
-    switch (of(bus, *above)) {
-    case PortType::root:
-    case PortType::downstream: {
-        // That of a card that leads to conventional buses has no links below it.
-        const auto children = bus.childrenOf(bridge);
-        const bool leadsToPorts =
-            std::any_of(children.begin(), children.end(),
-                        [&](std::uint32_t child) { return bus.findBridge(child)->linkWidth != 0; });
-        return leadsToPorts ? PortType::upstream : PortType::unknown;
+        return PortType::rootPort;
+    switch (portTypeOf(domain, *above)) {
+    case PortType::rootPort:
+    case PortType::downstreamPort:
+        return leadsToLinks(domain, bridge) ? PortType::upstreamPort : PortType::unknown;
+    case PortType::upstreamPort:
+        return PortType::downstreamPort;
+    case PortType::unknown:
+    case PortType::other:
+        break;
     }
-    case PortType::upstream:
-        return PortType::downstream;
-    default:
-        return PortType::unknown;
-    }
+    return PortType::unknown;
 }
 
 } // namespace tavctl

@@ -1,5 +1,6 @@
 #include "tavctl/describe/boxBridge.h"
 
+#include "tavctl/bus/portTypes.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
@@ -22,20 +23,21 @@ std::string belowText(const std::vector<std::string>& below) {
 
 } // namespace
 
-void requireBoxBridge(const pcibus::Bus& bus, const PortTypes& types,
-                      const pcibus::PciFunction& bridge) {
+void requireBoxBridge(const DomainBus& domain, const pcibus::PciFunction& bridge) {
+    using pcibus::PortType;
+    const pcibus::Bus& bus = domain.bus();
     std::vector<std::string> below;
     std::vector<std::string> upstreamPorts;
     for (const std::uint32_t handle : bus.childrenOf(bridge)) {
         const pcibus::PciFunction& child = *bus.findBridge(handle);
         below.push_back(pcibus::addressText(child));
-        if (types.of(bus, child) == PortType::upstream)
+        if (portTypeOf(domain, child) == PortType::upstreamPort)
             upstreamPorts.push_back(below.back());
     }
     const std::string address = pcibus::addressText(bridge);
-    const PortType type = types.of(bus, bridge);
-    if (type == PortType::root || type == PortType::downstream) {
-        const char* const kind = type == PortType::root ? "root port" : "downstream port";
+    const PortType type = portTypeOf(domain, bridge);
+    if (type == PortType::rootPort || type == PortType::downstreamPort) {
+        const char* const kind = type == PortType::rootPort ? "root port" : "downstream port";
         if (upstreamPorts.size() == 1)
             throw FailureException({"describe",
                                     address,

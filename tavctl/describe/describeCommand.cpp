@@ -6,7 +6,6 @@
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/bus/leftOutWords.h"
-#include "tavctl/bus/portTypes.h"
 #include "tavctl/describe/boxBridge.h"
 #include "tavctl/describe/draft.h"
 #include "tavctl/describe/proof.h"
@@ -14,6 +13,9 @@
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/options/resultOptions.h"
+#include "tavctl/view/deviceWord.h"
+#include "tavctl/view/markedBus.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/print.h"
@@ -31,18 +33,12 @@ namespace tavctl {
 
 namespace {
 
-using SharedBus = std::shared_ptr<const pcibus::Bus>;
-
 struct DescribeOptions {
     CommonOptions common;
-    std::string address;
+    std::string box; // by address, name or model
     ResultTarget output;
     describe::DraftRequest request;
 };
-
-SharedBus busOf(const std::shared_ptr<const ReadBus>& read) {
-    return {read, &read->bus};
-}
 
 [[noreturn]] void fail(const std::string& object, std::string reason) {
     throw FailureException({"describe", object, std::move(reason), {}, {}},
@@ -67,14 +63,22 @@ const pcibus::PciFunction& bridgeAt(const pcibus::Bus& bus, const std::string& a
                                                  pcibus::addressText(*above)));
 }
 
+std::string withDomain(const std::string& address) {
+    const auto read = readDomainAddress(address);
+    return fullAddress(*read);
+}
+
 std::string asJson(const std::string& address, const describe::Draft& draft,
                    const describe::Proof& proof, const std::optional<pcibus::LeftOut>& leftOut) {
-    const Json whole{
-        {"bridge", address},
-        {"text", describe::textOf(draft)},
-        {"unfinished", draft.unfinished.empty() ? Json(nullptr) : Json(draft.unfinished)},
-        {"alsoListed", proof.others},
-        {"leftOut", leftOutJson(leftOut)}};
+    Json whole = newDocument();
+    whole.add("leftOut", leftOutJson(leftOut));
+    whole.add("bridge", withDomain(address));
+    whole.add("text", describe::textOf(draft));
+    whole.add("unfinished", textOrNull(draft.unfinished));
+    Json others = Json::array();
+    for (const std::string& other : proof.others)
+        others.push_back(withDomain(other));
+    whole.add("alsoListed", std::move(others));
     return whole.line();
 }
 
@@ -89,20 +93,35 @@ void tell(const DescribeOptions& options, const describe::Draft& draft,
             fmt::format("wrote {}: {}", options.output.file, counted(draft.ports.size(), "port")));
 }
 
+// Of the bridge that a device that is described already is told by: a box with another description
+// is a likely beginning.
+std::string addressOfDevice(const DescribeOptions& options, const HostSetup& setup) {
+    const MarkedBus marked(options.common, setup);
+    const auto chosen = readDeviceWords({options.box}, marked.listed()).front();
+    if (chosen.devices.size() > 1)
+        fail(options.box, "several devices are of this model; name one of them");
+    const PlacedDevice& device = marked.devices[chosen.devices.front()];
+    for (const auto& handle : {device.upstreamPort, device.anchor, device.reported}) {
+        const auto* const function = handle ? marked.whole.searched->findBridge(*handle) : nullptr;
+        if (function != nullptr)
+            return pcibus::addressText(*function);
+    }
+    fail(options.box, "it is told by no bridge");
+}
+
 // By the bus as it is, and by what somebody finds out on it.
-describe::Proof makeDraft(const DescribeOptions& options, describe::Draft& draft,
-                          std::optional<pcibus::LeftOut>& leftOut) {
-    PortTypes types;
-    const auto read = sharedMachineBus([&](const pcibus::SeenFunction& seen) { types.add(seen); });
-    leftOut = read->leftOut;
+describe::Proof makeDraft(const DescribeOptions& options, const std::string& address,
+                          describe::Draft& draft, std::optional<pcibus::LeftOut>& leftOut) {
+    const WholeBus whole = machineBus();
+    leftOut = whole.leftOut;
     tellLeftOut(leftOut);
-    SharedBus bus = busOf(read);
-    const pcibus::PciFunction* bridge = &bridgeAt(*bus, options.address);
-    describe::requireBoxBridge(*bus, types, *bridge);
+    std::shared_ptr<const pcibus::Bus> bus = whole.searched;
+    const pcibus::PciFunction* bridge = &bridgeAt(*bus, address);
+    describe::requireBoxBridge(whole.main(), *whole.main().bus().find(bridge->handle()));
     draft = describe::draftOf(*bus, *bridge, options.request);
     if (options.request.watch) {
         const std::string path = slotPathOf(*bus, *bridge);
-        describe::Watch watch(std::cin, std::cerr, [] { return busOf(sharedMachineBus()); });
+        describe::Watch watch(std::cin, std::cerr, [] { return machineBus().searched; });
         bus = watch.run(draft, path);
         bridge = functionAtSlotPath(*bus, path);
     }
@@ -114,7 +133,7 @@ describe::Proof makeDraft(const DescribeOptions& options, describe::Draft& draft
     draft.unfinished =
         fmt::format("no description by this bridge makes the plug-in list it: {}", proof.obstacle);
     if (!options.request.watch)
-        fail(options.address, draft.unfinished);
+        fail(address, draft.unfinished);
     return proof;
 }
 
@@ -128,17 +147,19 @@ ExitStatus runDescribe(const DescribeOptions& options) {
                                 {},
                                 {}},
                                ExitStatus::wrongUsage);
-    const HostSetup setup(options.common);
+    const bool isAddress = readDomainAddress(options.box).has_value();
+    const HostSetup setup(options.common, isAddress ? Names::configured : Names::copied);
+    const std::string address = isAddress ? options.box : addressOfDevice(options, setup);
     const auto draft = std::make_unique<describe::Draft>();
     std::optional<pcibus::LeftOut> leftOut;
-    const describe::Proof proof = makeDraft(options, *draft, leftOut);
-    writeResult(options.common.json ? asJson(options.address, *draft, proof, leftOut)
+    const describe::Proof proof = makeDraft(options, address, *draft, leftOut);
+    writeResult(options.common.json ? asJson(address, *draft, proof, leftOut)
                                     : describe::textOf(*draft),
                 options.output);
     tell(options, *draft, proof);
     // What somebody has found out by hand is written all the same.
     if (!draft->unfinished.empty())
-        fail(options.address, draft->unfinished);
+        fail(address, draft->unfinished);
     return ExitStatus::done;
 }
 
@@ -149,8 +170,8 @@ Command addDescribeCommand(OptionParser& parser) {
         parser.command("describe", "Write a description file for a box on the bus");
     const auto options = std::make_shared<DescribeOptions>();
     options->common.addTo(command);
-    command.argument(options->address, ValueForm::text("ADDRESS"),
-                     "The box's upstream bridge, such as 01:00.0");
+    command.argument(options->box, ValueForm::device(),
+                     "Its upstream bridge, such as 01:00.0; or a device");
     tavctl::addTo(command, options->output);
     command.value("--model", options->request.model, ValueForm::text("NAME"), "Name of the model");
     command.value("--category", options->request.category,

@@ -1,10 +1,6 @@
 #include "tavctl/explain/elsewhere.h"
 
-#include "pcibus/readBus.h"
-#include "platform/busLocation.h"
-#include "platform/utf8Path.h"
-
-#include <fmt/core.h>
+#include "tavctl/bus/busAddress.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -26,27 +22,20 @@ bool isAnchor(const tModelDescription& model, const pcibus::PciFunction& functio
 
 } // namespace
 
-Elsewhere Elsewhere::ofChosenBus() {
-    Elsewhere elsewhere;
-    const auto location = platform::busLocation();
-    if (!location)
-        return elsewhere;
-    const auto look = [&](const pcibus::SeenFunction& seen) {
-        if (seen.domain != 0)
-            elsewhere.functions_.emplace_back(seen.domain, seen.function);
-    };
-    try {
-        pcibus::readBus(platform::utf8Path(*location), nullptr, look);
-    } catch (const pcibus::BusError&) { // NOLINT(bugprone-empty-catch): it was read before
+Elsewhere::Elsewhere(const WholeBus& bus) {
+    for (const DomainBus& domain : bus.domains) {
+        if (domain.number() == 0)
+            continue;
+        for (const pcibus::PciFunction& function : domain.bus().functions())
+            functions_.emplace_back(domain.number(), function);
     }
-    return elsewhere;
 }
 
 std::vector<std::string> Elsewhere::anchorsOf(const tModelDescription& model) const {
     std::vector<std::string> addresses;
     for (const auto& [domain, function] : functions_) {
         if (isAnchor(model, function))
-            addresses.push_back(fmt::format("{:04x}:{}", domain, pcibus::addressText(function)));
+            addresses.push_back(fullAddress(domain, function));
     }
     std::sort(addresses.begin(), addresses.end());
     return addresses;

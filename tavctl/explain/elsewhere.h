@@ -3,6 +3,7 @@
 
 #include "pcibus/pciFunction.h"
 #include "source/modelDescription.h"
+#include "tavctl/bus/wholeBus.h"
 
 #include <cstdint>
 #include <string>
@@ -17,8 +18,7 @@ public:
     // None.
     Elsewhere() = default;
 
-    // Those of the bus that this process sees, as far as it can be read for this.
-    static Elsewhere ofChosenBus();
+    explicit Elsewhere(const WholeBus& bus);
 
     // The addresses of those that have an anchor's identifiers, in order.
     [[nodiscard]] std::vector<std::string>

@@ -43,7 +43,7 @@ bool asksForSubsystems(const tModelDescription& model) {
 class Explainer {
 public:
     Explainer(LoadedModels models, const std::shared_ptr<const pcibus::Bus>& bus,
-              const std::function<void(const Explanation&)>& tell, const Elsewhere& elsewhere)
+              const std::function<void(Explanation&)>& tell, const Elsewhere& elsewhere)
         : files_(std::move(models.files_)), sections_(std::move(models.sections_)),
           models_(std::move(models.models_)), bus_(bus), changes_(bus), tell_(tell),
           elsewhere_(elsewhere) {
@@ -112,7 +112,7 @@ private:
     ModelList models_;
     std::shared_ptr<const pcibus::Bus> bus_;
     ChangeFinder changes_;
-    const std::function<void(const Explanation&)>& tell_;
+    const std::function<void(Explanation&)>& tell_;
     const Elsewhere& elsewhere_;
     PartNames names_;
     // The model whose turn it is.
@@ -149,7 +149,7 @@ std::vector<std::string> LoadedModels::names() const {
 
 void explain(LoadedModels models, ModelMatcher& matcher,
              const std::shared_ptr<const pcibus::Bus>& bus,
-             const std::function<void(const Explanation&)>& tell, const Elsewhere& elsewhere) {
+             const std::function<void(Explanation&)>& tell, const Elsewhere& elsewhere) {
     Explainer(std::move(models), bus, tell, elsewhere).explain(matcher);
 }
 

@@ -36,10 +36,11 @@ private:
 // One explanation for each model, in their order and each as soon as it is there, of what the
 // matcher makes of its bus; with the changes that would make it list a device. Those are tried on
 // `bus`, which is the matcher's read by ourselves: however many there are, the matcher's is not
-// read again. `elsewhere` is looked at for anchors too. Raises what the matcher and `tell` raise.
+// read again. `tell` may change what it is told. `elsewhere` is looked at for anchors too. Raises
+// what the matcher and `tell` raise.
 void explain(LoadedModels models, ModelMatcher& matcher,
              const std::shared_ptr<const pcibus::Bus>& bus,
-             const std::function<void(const Explanation&)>& tell,
+             const std::function<void(Explanation&)>& tell,
              const Elsewhere& elsewhere = Elsewhere());
 
 } // namespace tavctl::explain

@@ -3,13 +3,14 @@
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/explain/elsewhere.h"
 #include "tavctl/explain/explain.h"
+#include "tavctl/explain/subject.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/diagnosis.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/match/modelMatcher.h"
 #include "tavctl/match/visibleBus.h"
-#include "tavctl/words/nearestName.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/progress.h"
 
@@ -27,7 +28,7 @@ namespace {
 
 struct ExplainOptions {
     CommonOptions common;
-    std::string model; // empty: every model
+    std::string subject; // empty: every model
 };
 
 explain::LoadedModels loadModels(const std::vector<std::string>& files) {
@@ -46,24 +47,22 @@ explain::LoadedModels loadModels(const std::vector<std::string>& files) {
     return models;
 }
 
-[[noreturn]] void failWithoutModel(const std::string& model,
-                                   const std::vector<std::string>& names) {
-    std::string reason = "no description file describes this model";
-    const std::string near = nearestName(model, names);
-    if (!near.empty())
-        reason += fmt::format("; did you mean \"{}\"?", near);
-    throw FailureException({"explain", model, reason, {}, {}}, ExitStatus::problemFound);
-}
-
 // Explanations as they come, in pieces: many models may make more text than there is memory.
 class ExplanationWriter {
 public:
-    ExplanationWriter(bool json, std::size_t models, const std::optional<pcibus::LeftOut>& leftOut)
-        : progress_("explaining models", models), json_(json), inFull_(models == 1),
-          leftOut_(leftOut) {
-        if (json_)
-            text_ = R"({"models":[)";
+    ExplanationWriter(bool json, bool inFull, std::size_t models,
+                      const std::optional<pcibus::LeftOut>& leftOut)
+        : progress_("explaining models", models), json_(json), inFull_(inFull), leftOut_(leftOut) {
+        if (!json_)
+            return;
+        Json begin = newDocument();
+        begin.add("leftOut", leftOutJson(leftOut));
+        text_ = begin.text();
+        text_.pop_back(); // the models follow one by one
+        text_ += R"(,"models":[)";
     }
+
+    [[nodiscard]] bool isEmpty() const { return explanations_ == 0; }
 
     void add(const explain::Explanation& explanation) {
         if (explanations_++ != 0)
@@ -77,7 +76,7 @@ public:
 
     void finish() {
         if (json_)
-            text_ += fmt::format(R"(],"leftOut":{}}})", leftOutJson(leftOut_).text()) + "\n";
+            text_ += "]}\n";
         write();
     }
 
@@ -104,29 +103,28 @@ ExitStatus runExplain(const ExplainOptions& options) {
     tellOfBridgesAlone();
     if (models.size() == 0)
         explainNoDescriptions();
-    if (!options.model.empty()) {
-        const auto names = models.names();
-        models.keepOnly(options.model);
-        if (models.size() == 0)
-            failWithoutModel(options.model, names);
-    }
+    const explain::Subject subject =
+        explain::subjectOf(options.subject, models.names(), options.common, *setup);
+    if (!subject.model.empty())
+        models.keepOnly(subject.model);
     const auto matcher = std::make_unique<ModelMatcher>(hostBus());
-    const auto read = sharedMachineBus();
-    tellLeftOut(read->leftOut);
-    const std::shared_ptr<const pcibus::Bus> bus(read, &read->bus);
-    const bool hasOthers = read->leftOut && read->leftOut->otherDomains != 0;
+    const WholeBus whole = machineBus();
+    tellLeftOut(whole.leftOut);
     bool listed = false;
-    const auto writer =
-        std::make_unique<ExplanationWriter>(options.common.json, models.size(), read->leftOut);
-    explain::explain(
-        std::move(models), *matcher, bus,
-        [&](const explain::Explanation& each) {
-            listed = listed || each.listed() != 0;
-            writer->add(each);
-        },
-        hasOthers ? explain::Elsewhere::ofChosenBus() : explain::Elsewhere());
+    const bool inFull = !subject.word.empty() || models.size() == 1;
+    const auto writer = std::make_unique<ExplanationWriter>(options.common.json, inFull,
+                                                            models.size(), whole.leftOut);
+    const auto tell = [&](explain::Explanation& each) {
+        if (!subject.keep(each))
+            return;
+        listed = listed || each.listed() != 0;
+        writer->add(each);
+    };
+    explain::explain(std::move(models), *matcher, whole.searched, tell, explain::Elsewhere(whole));
+    if (subject.address && writer->isEmpty())
+        explain::failWithoutModel(subject, whole);
     writer->finish();
-    return options.model.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;
+    return subject.word.empty() || listed ? ExitStatus::done : ExitStatus::problemFound;
 }
 
 } // namespace
@@ -135,11 +133,11 @@ Command addExplainCommand(OptionParser& parser) {
     CommandOptions command = parser.command("explain", "Tell why a model is listed or not");
     const auto options = std::make_shared<ExplainOptions>();
     options->common.addTo(command);
-    command.optionalArgument(options->model, ValueForm::text("MODEL"),
-                             "Model to explain in full (default: all)");
+    command.optionalArgument(options->subject, ValueForm::device("MODEL"),
+                             "Model, device or address to explain (default: all)");
     command.footer("Writes: nothing.\n"
-                   "Exit status 1 when MODEL is not listed.\n"
-                   "Example: tavctl explain \"My Box\" --dump bus.txt");
+                   "Exit status 1 when it is not listed.\n"
+                   "Example: tavctl explain TAV1");
     return makeCommand<ExplainOptions>(command, options, runExplain);
 }
 

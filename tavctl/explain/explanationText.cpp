@@ -161,6 +161,11 @@ std::string withoutCandidate(const Explanation& explanation,
     return wrapped(text, 2);
 }
 
+// Matching knows domain 0 alone.
+std::string fullAddress(const nZoTavManagerPciPlugin_15_0::tBusAddress& address) {
+    return "0000:" + addressText(address);
+}
+
 Json changesJson(const std::vector<Change>& changes) {
     Json list = Json::array();
     for (const Change& change : changes)
@@ -180,12 +185,12 @@ Json candidateJson(const Candidate& candidate) {
                  {"expected", step.expected},
                  {"found", step.found},
                  {"section", step.section.empty() ? Json(nullptr) : Json(step.section)}});
-    return Json{{"address", addressText(candidate.address)},
+    return Json{{"address", fullAddress(candidate.address)},
                 {"slotPath", candidate.slotPath},
                 {"anchor", candidate.anchor},
                 {"outcome", outcomeName(candidate.outcome)},
                 {"reported", candidate.outcome == Outcome::listed
-                                 ? Json(addressText(candidate.reported))
+                                 ? Json(fullAddress(candidate.reported))
                                  : Json(nullptr)},
                 {"steps", std::move(steps)},
                 {"changes", changesJson(candidate.changes)},
@@ -222,7 +227,7 @@ std::string explanationAsJson(const Explanation& explanation) {
         candidates.push_back(candidateJson(candidate));
     Json near = Json::array();
     for (const NearFunction& each : explanation.near)
-        near.push_back(Json{{"address", addressText(each.address)},
+        near.push_back(Json{{"address", fullAddress(each.address)},
                             {"ids", idsText(each.ids)},
                             {"isBridge", each.isBridge},
                             {"slip", each.slip.empty() ? Json(nullptr) : Json(each.slip)},

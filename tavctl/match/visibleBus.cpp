@@ -117,7 +117,7 @@ pcibus::Bus busOfBridgeLibrary() {
     }
 }
 
-WholeBus machineWholeBus() {
+WholeBus machineBus() {
     const Progress progress("reading the bus");
     const std::optional<std::string> location = platform::busLocation();
     return location ? readWholeBus(*location) : wholeBusOf(busOfBridgeLibrary());
@@ -131,19 +131,10 @@ std::optional<WholeBus> wholeBusIfReadable() {
             return std::nullopt;
     }
     try {
-        return machineWholeBus();
+        return machineBus();
     } catch (const FailureException&) {
         return std::nullopt;
     }
-}
-
-ReadBus machineBus(const pcibus::FunctionSink& sink) {
-    const std::optional<std::string> location = platform::busLocation();
-    return location ? readBusFile(*location, sink) : ReadBus{busOfBridgeLibrary(), {}};
-}
-
-std::shared_ptr<const ReadBus> sharedMachineBus(const pcibus::FunctionSink& sink) {
-    return std::make_shared<const ReadBus>(machineBus(sink));
 }
 
 } // namespace tavctl

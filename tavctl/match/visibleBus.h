@@ -1,24 +1,16 @@
 // The PCI functions of the bus that this process sees, as far as it can be seen.
 #pragma once
 
-#include "tavctl/bus/busFile.h"
 #include "tavctl/bus/wholeBus.h"
 
-#include <memory>
 #include <optional>
 
 namespace tavctl {
 
 // The recorded bus, or the live one where the system publishes it; elsewhere what the bridge
-// library and the system's list of devices tell, which have no bytes for `sink`. Raises
+// library and the system's list of devices tell, which is neither other domains nor links. Raises
 // FailureException.
-ReadBus machineBus(const pcibus::FunctionSink& sink = {});
-
-// The same on the heap: stacks may be small.
-std::shared_ptr<const ReadBus> sharedMachineBus(const pcibus::FunctionSink& sink = {});
-
-// The same with all domains, CardBus bridges and links, as far as they are published.
-WholeBus machineWholeBus();
+WholeBus machineBus();
 
 // The same for telling beside what was found, which needs the bus more: nothing where it cannot be
 // read, or is recorded where it can be read but once.

@@ -41,7 +41,7 @@ void complete(RecordedFunction& recorded) {
     PciFunction readBack;
     pcibus::decodeConfigSpace(recorded.bytes, readBack);
     const bool isHeader = recorded.bytes.size() == pcibus::kHeaderSize;
-    const bool lacksLink = isHeader && recorded.link != pcibus::Link{};
+    const bool lacksLink = isHeader && recorded.link.isKnown();
     if (isSame(readBack, recorded.function) && !lacksLink)
         return;
     if (!isHeader)

@@ -37,8 +37,9 @@ unsigned portTypeCode(pcibus::PortType port) {
         return 5;
     case pcibus::PortType::downstreamPort:
         return 6;
-    case pcibus::PortType::unknown:
     case pcibus::PortType::other:
+        return 7;
+    case pcibus::PortType::unknown:
         break;
     }
     return 0;
@@ -68,7 +69,7 @@ Capability subsystemCapability(const pcibus::PciFunction& bridge) {
 std::vector<Capability> capabilitiesOf(const pcibus::PciFunction& function,
                                        const pcibus::Link& link) {
     std::vector<Capability> capabilities;
-    if (link != pcibus::Link{})
+    if (link.isKnown())
         capabilities.push_back(expressCapability(link));
     if (function.isBridge() && (function.subsystemVendorId != 0 || function.subsystemId != 0))
         capabilities.push_back(subsystemCapability(function));

@@ -9,7 +9,7 @@ MarkedBus::MarkedBus(const CommonOptions& options, const HostSetup& setup) {
     const auto listed = devicesOfPlugin(options, setup);
     if (!options.json)
         explainMarks(listed);
-    whole = machineWholeBus();
+    whole = machineBus();
     devices = placeDevices(listed, surveyDevices(setup), *whole.searched);
 }
 

@@ -209,7 +209,8 @@ TEST(ConfigSpace, LinkIsOfAFunctionOfAnyKind) {
         bytes.put(0x34, {0x40}).express(0x40, 0).put(0x42, {0x62}).put(0x52, {0x42, 0x70});
         EXPECT_EQ(bytes.link(), (Link{16, 3, 4, 2, PortType::downstreamPort})) << type;
     }
-    EXPECT_EQ(Bytes().link(), Link{});
+    EXPECT_EQ(Bytes(0).link(), Link{});
+    EXPECT_EQ(Bytes(1).link(), Link{.port = PortType::other}) << "it has no such capability";
 }
 
 TEST(ConfigSpace, PortTypeIsWhatTheCapabilitySays) {
@@ -220,7 +221,8 @@ TEST(ConfigSpace, PortTypeIsWhatTheCapabilitySays) {
     EXPECT_EQ(portOf(0x52), PortType::upstreamPort);
     EXPECT_EQ(portOf(0x62), PortType::downstreamPort);
     EXPECT_EQ(portOf(0x72), PortType::other);
-    EXPECT_EQ(portOf(0x02), PortType::other);
+    EXPECT_EQ(portOf(0x82), PortType::other);
+    EXPECT_EQ(portOf(0x02), PortType::unknown);
 }
 
 TEST(ConfigSpace, BusesThatABridgeForwardsAreThoseOfBothKinds) {

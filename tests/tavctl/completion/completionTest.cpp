@@ -109,6 +109,37 @@ TEST(Completion, ValuesAreOfferedByTheirKind) {
     EXPECT_THAT(shells.inFish("tavctl tree --state "), HasSubstr("descriptions/"));
 }
 
+// In the shell tavctl is found by its name, and the line says which bus is meant.
+TEST(Completion, DevicesOfTheBusAtHandAreOffered) {
+    const Shells shells;
+    const std::string path =
+        "PATH=" + std::filesystem::path(TAVCTL_FILE).parent_path().string() + ":$PATH; ";
+    const auto offered = [&](const std::string& typed) {
+        const std::string line = "tavctl tree " + kDump + kDescriptions;
+        return testsupport::runCommand(
+                   "bash -c '" + path + "source " + shells.bash + "; COMP_WORDS=(" + line + "\"" +
+                   typed + "\"); COMP_CWORD=$((${#COMP_WORDS[@]}-1)); COMP_LINE=\"" + line + typed +
+                   "\"; COMP_POINT=${#COMP_LINE}; _tavctl; printf \"%s\\n\" "
+                   "\"${COMPREPLY[@]}\"' 2>&1")
+            .output;
+    };
+    EXPECT_EQ(offered("TAVC"), "TAVCard1\n");
+    EXPECT_THAT(offered("TAV"), HasSubstr("TAV-B3\\ Switch\\ Box\n"));
+    EXPECT_EQ(offered("09:"), "00.0\n") << "bash divides words at colons";
+    EXPECT_THAT(testsupport::runCommand(path + "HOME=" + shells.folder.file("") +
+                                        " fish --no-config -c 'source " + shells.fish +
+                                        "; complete -C \"tavctl list " + kDump + kDescriptions +
+                                        "TAVC\"' 2>&1")
+                    .output,
+                HasSubstr("TAVCard1"));
+}
+
+TEST(CompletionCommand, TellsTheWordsForDevices) {
+    EXPECT_EQ(outputOf("completion devices " + kDump + kDescriptions),
+              "TAV1\nTAV2\nTAVCard1\nTAV3\n01:00.0\n09:00.0\n04:00.0\n41:00.0\n"
+              "TAV-B3 Switch Box\nTAV-C1 Adapter Card\nTAV-W7 Wide Switch Box\n");
+}
+
 TEST(CompletionCommand, WritesTheScriptOfAShell) {
     EXPECT_EQ(outputOf("completion bash"), bashCompletion(commandLineWords()));
     EXPECT_EQ(outputOf("completion zsh"), zshCompletion(commandLineWords()));

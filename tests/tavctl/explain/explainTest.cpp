@@ -42,6 +42,8 @@ std::string inQuotes(const fs::path& path) {
 // Model and address of each device, in a fixed order.
 using Devices = std::multiset<std::string>;
 
+constexpr std::size_t kDomain = 5; // of "0000:" before an address
+
 // A dump and a folder of descriptions.
 struct Machine {
     fs::path dump;
@@ -61,7 +63,6 @@ struct Machine {
         Devices devices;
         const json whole = json::parse(lastLine(result.output));
         for (const json& each : whole.at("devices")) {
-            constexpr std::size_t kDomain = 5; // "0000:"
             devices.insert(each.at("model").get<std::string>() + " " +
                            each.at("address").get<std::string>().substr(kDomain));
         }
@@ -89,7 +90,7 @@ Devices listedBy(const json& explanation) {
             if (candidate.at("outcome") == "listed") {
                 EXPECT_FALSE(failed) << candidate;
                 devices.insert(model.at("model").get<std::string>() + " " +
-                               candidate.at("reported").get<std::string>());
+                               candidate.at("reported").get<std::string>().substr(kDomain));
                 ++count;
             } else if (candidate.at("outcome") == "not listed") {
                 EXPECT_TRUE(failed) << "no reason is given: " << model;
@@ -174,7 +175,7 @@ TEST(Explain, NamesOtherIdentifiersWhenNothingHasTheAnchors) {
     const json& model = whole.at("models").at(0);
     EXPECT_TRUE(model.at("candidates").empty());
     const json& near = model.at("near").at(0);
-    EXPECT_EQ(near.at("address"), "01:00.0");
+    EXPECT_EQ(near.at("address"), "0000:01:00.0");
     ASSERT_EQ(near.at("changes").size(), 1U);
     EXPECT_EQ(near.at("changes").at(0).at("section"), "Anchor");
     EXPECT_EQ(near.at("changes").at(0).at("key"), "Pid");
@@ -330,7 +331,7 @@ std::string changesOf(const json& near) {
 
 TEST(Explain, RecognisesIdentifiersThatWereExchanged) {
     const json devices = nearestBy("8232", "104C", "1234", "0007");
-    EXPECT_EQ(devices.at("address"), "02:00.0");
+    EXPECT_EQ(devices.at("address"), "0000:02:00.0");
     EXPECT_EQ(devices.at("slip"), "Vid and Pid are exchanged");
     EXPECT_EQ(changesOf(devices), "Vid=104C Pid=8232 ");
     const json subsystems = nearestBy("104C", "8232", "0007", "1234");
@@ -343,7 +344,7 @@ TEST(Explain, RecognisesIdentifiersThatWereExchanged) {
 
 TEST(Explain, RecognisesNumbersWhoseBytesWereExchanged) {
     const json device = nearestBy("104C", "3282", "1234", "0007");
-    EXPECT_EQ(device.at("address"), "02:00.0");
+    EXPECT_EQ(device.at("address"), "0000:02:00.0");
     EXPECT_EQ(device.at("slip"), "the bytes of Pid are exchanged");
     EXPECT_EQ(changesOf(device), "Pid=8232 ");
     const json all = nearestBy("4C10", "3282", "3412", "0700");
@@ -357,7 +358,7 @@ TEST(Explain, RecognisesNumbersWhoseBytesWereExchanged) {
 
 TEST(Explain, SlipThatDoesNotExplainTheNumbersIsNone) {
     const json other = nearestBy("104C", "8299", "1234", "0007");
-    EXPECT_EQ(other.at("address"), "02:00.0");
+    EXPECT_EQ(other.at("address"), "0000:02:00.0");
     EXPECT_TRUE(other.at("slip").is_null());
     EXPECT_TRUE(nearestBy("104C", "8232", "3412", "0008").at("slip").is_null());
 }
@@ -422,7 +423,7 @@ TEST(Explain, LabelsThatAnotherBoxWouldBeListedWithAreNotToBeChanged) {
     const Described described(twoBoxes(false, true), boxAt("8232", "d0f0"));
     const json model = described.model();
     const json& candidate = model.at("candidates").at(0);
-    EXPECT_EQ(candidate.at("address"), "01:00.0");
+    EXPECT_EQ(candidate.at("address"), "0000:01:00.0");
     EXPECT_FALSE(proposesLabels(candidate)) << candidate;
     EXPECT_NE(described.asText().find("      hint: 03:00.0 is a box of this model that comes out "),
               std::string::npos)
@@ -501,7 +502,7 @@ TEST(Explain, NearestMissComesFirst) {
     std::string addresses;
     std::size_t before = std::string::npos;
     for (const json& candidate : model.at("candidates")) {
-        addresses += candidate.at("address").get<std::string>() + " " +
+        addresses += candidate.at("address").get<std::string>().substr(kDomain) + " " +
                      candidate.at("outcome").get<std::string>() + "\n";
         if (candidate.at("outcome") != "not listed")
             continue;
@@ -558,7 +559,7 @@ TEST(Explain, DeviceOfAnAlternateAnchorIsLookedForFromAnotherOnesSlotPath) {
     EXPECT_EQ(model.at("listed"), 2);
     ASSERT_EQ(model.at("candidates").size(), 2U);
     const json& second = model.at("candidates").at(1);
-    EXPECT_EQ(second.at("address"), "02:00.0");
+    EXPECT_EQ(second.at("address"), "0000:02:00.0");
     EXPECT_EQ(second.at("slotPath"), "MR00:00,10");
     EXPECT_EQ(second.at("steps").at(0).at("condition"), "a bridge stands above it");
     const json& noted = second.at("steps").at(1);
@@ -575,7 +576,7 @@ TEST(Explain, DeviceThatTwoAnchorsDescribeIsListedTwice) {
     EXPECT_EQ(model.at("listed"), 2);
     ASSERT_EQ(model.at("candidates").size(), 2U);
     for (const json& candidate : model.at("candidates")) {
-        EXPECT_EQ(candidate.at("address"), "01:00.0");
+        EXPECT_EQ(candidate.at("address"), "0000:01:00.0");
         EXPECT_EQ(candidate.at("slotPath"), "MR00:00,08");
     }
 }

@@ -170,7 +170,7 @@ TEST(RecordedBus, ListsDevicesAsTheSystemDoes) {
 
 TEST(MachineBus, IsTheSameThroughTheBridgeLibrary) {
     const testsupport::EnvironmentValue dump("TAV_PCI_DUMP", kSample);
-    const pcibus::Bus direct = tavctl::machineBus().bus;
+    const pcibus::Bus direct = *tavctl::machineBus().searched;
     EXPECT_FALSE(direct.functions().empty());
     EXPECT_EQ(testsupport::describe(tavctl::busOfBridgeLibrary().functions()),
               testsupport::describe(direct.functions()));
