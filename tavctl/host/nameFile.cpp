@@ -10,6 +10,7 @@
 #include "pxidrivertools/ini/iniLookup.h"
 #include "pxidrivertools/ini/iniSafeWrite.h"
 #include "pxidrivertools/ini/iniSinks.h"
+#include "pxidrivertools/ini/iniUpdate.h"
 #include "pxidrivertools/ini/iniWrite.h"
 #include "source/cPciTavFilesystem.h"
 #include "source/cTerminalNameDb.h"
@@ -17,6 +18,9 @@
 #include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
 #include <new>
 #include <set>
 
@@ -51,15 +55,21 @@ const char* wordsOf(IniStatus status) {
     }
 }
 
-void load(IniFileObject& file, const std::string& path) {
-    const platform::Stream stream = platform::openStream(path.c_str(), "rb");
-    if (!stream)
-        throw FailureException({"read terminal names",
-                                path,
-                                platform::systemMessage(platform::lastSystemCode()),
-                                {},
-                                {}});
-    const IniStatus status = loadIni(file, stream.get());
+// Null only where the file is missing and may be.
+platform::Stream openToRead(const std::string& path, bool mayBeMissing) {
+    platform::Stream stream = platform::openStream(path.c_str(), "rb");
+    const platform::SystemCode code = platform::lastSystemCode();
+    const auto isMissing = [&] {
+        return code == platform::kNotFound || !platform::lastWriteTime(path.c_str());
+    };
+    if (!stream && !(mayBeMissing && isMissing()))
+        throw FailureException(
+            {"read terminal names", path, platform::systemMessage(code), {}, {}});
+    return stream;
+}
+
+void load(IniFileObject& file, std::FILE* stream, const std::string& path) {
+    const IniStatus status = loadIni(file, stream);
     if (status != kIniDone)
         throw FailureException({"read terminal names", path, wordsOf(status), {}, {}});
 }
@@ -123,9 +133,10 @@ NameFile::NameFile() : file_(makeFile()) {}
 
 NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) {
     const std::string name = platform::utf8Text(path);
-    if (mayBeMissing && !platform::lastWriteTime(name.c_str()))
+    const platform::Stream stream = openToRead(name, mayBeMissing);
+    if (!stream)
         return;
-    load(*file_, name);
+    load(*file_, stream.get(), name);
     forEachSection(*file_, [&](IniSection& section) {
         entries_.push_back({std::string(section.name.view()),
                             valueOf(*file_, section, kNameKeyModel),
@@ -133,13 +144,40 @@ NameFile::NameFile(const fs::path& path, bool mayBeMissing) : file_(makeFile()) 
     });
     const IniFileOwner unmerged = makeFile();
     unmerged->mergeDuplicates = false;
-    load(*unmerged, name);
+    load(*unmerged, stream.get(), name);
     std::set<std::string> seen;
     forEachSection(*unmerged, [&](const IniSection& section) {
         const std::string slotPath(section.name.view());
         if (!seen.insert(slotPath).second)
             repeated_.push_back({slotPath, section.line});
     });
+}
+
+std::size_t NameFile::entryOf(const std::string& slotPath) const {
+    const auto found = std::find_if(entries_.begin(), entries_.end(), [&](const NameEntry& entry) {
+        return entry.slotPath == slotPath;
+    });
+    if (found == entries_.end() || slotPath.empty())
+        throw FailureException(
+            {"change terminal names", slotPath, "no entry is stored for this slot", {}, {}});
+    return static_cast<std::size_t>(found - entries_.begin());
+}
+
+void NameFile::rename(const std::string& slotPath, const std::string& terminalName) {
+    NameEntry& entry = entries_[entryOf(slotPath)];
+    std::string copy = terminalName;
+    const IniStatus status =
+        setValue(*file_, slotPath, kNameKeyTerminalName, escapeText(terminalName), kNoQuote);
+    if (status != kIniStored)
+        throw std::bad_alloc();
+    entry.terminalName.swap(copy);
+}
+
+void NameFile::forget(const std::string& slotPath) {
+    const std::size_t entry = entryOf(slotPath);
+    if (IniSection* const section = findSection(*file_, slotPath))
+        removeSection(*file_, *section);
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(entry));
 }
 
 bool NameFile::isContentOf(const fs::path& target) const {

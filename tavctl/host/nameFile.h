@@ -78,6 +78,11 @@ public:
     };
     [[nodiscard]] const std::vector<Repeated>& repeated() const { return repeated_; }
 
+    // Give a slot that has an entry another name, stored as the plug-in does it, or remove all that
+    // is stored for it. Everything else stays. Raise FailureException and change nothing then.
+    void rename(const std::string& slotPath, const std::string& terminalName);
+    void forget(const std::string& slotPath);
+
     // Whether `write` would leave the file's bytes as they are.
     [[nodiscard]] bool isContentOf(const std::filesystem::path& target) const;
 
@@ -87,6 +92,9 @@ public:
     void write(const std::filesystem::path& target) const;
 
 private:
+    // Position in entries().
+    [[nodiscard]] std::size_t entryOf(const std::string& slotPath) const;
+
     nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::IniFileOwner file_;
     std::vector<NameEntry> entries_;
     std::vector<Repeated> repeated_;

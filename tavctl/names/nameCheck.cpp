@@ -26,12 +26,6 @@ std::string canonicalSlotPath(const std::string& text) {
     return status.failed() ? std::string() : canonical;
 }
 
-// A base and a number from 1 upwards without leading zeros, as names are made.
-bool isMadeName(const std::string& name) {
-    const std::string base = withoutDigits(name);
-    return name.starts_with(base) && name.size() > base.size() && name[base.size()] != '0';
-}
-
 bool isMissing(const std::string& text) {
     return text.empty() || text == kNoText;
 }
@@ -151,6 +145,11 @@ const char* changeName(NameForecast::Change change) {
         return "gone";
     }
     return "";
+}
+
+bool isMadeName(const std::string& name) {
+    const std::string base = withoutDigits(name);
+    return name.starts_with(base) && name.size() > base.size() && name[base.size()] != '0';
 }
 
 std::vector<NameProblem> checkNames(const NameFile& file, const Survey* survey) {

@@ -29,6 +29,9 @@ struct NameProblem {
 };
 const char* kindName(NameProblem::Kind kind);
 
+// Whether it is a base and a number from 1 upwards without leading zeros, as names are made.
+bool isMadeName(const std::string& name);
+
 // Without a survey (null) nothing is stale. In the order of the lines.
 std::vector<NameProblem> checkNames(const NameFile& file, const Survey* survey);
 

@@ -57,6 +57,21 @@ std::vector<std::string> filesOf(const std::string& word) {
     return files;
 }
 
+// A help that is longer than a screen does without blank lines, the last ones first.
+class HelpFormatter : public CLI::Formatter {
+public:
+    std::string make_help(const CLI::App* app, std::string name,
+                          CLI::AppFormatMode mode) const override {
+        constexpr std::ptrdiff_t kScreen = 24;
+        std::string help = CLI::Formatter::make_help(app, std::move(name), mode);
+        auto lines = std::count(help.begin(), help.end(), '\n');
+        for (auto blank = help.rfind("\n\n"); lines > kScreen && blank != std::string::npos;
+             blank = help.rfind("\n\n", blank), --lines)
+            help.erase(blank, 1);
+        return help;
+    }
+};
+
 } // namespace
 
 ValueForm ValueForm::text(std::string name) {
@@ -254,6 +269,7 @@ OptionParser::OptionParser(const std::string& program, const std::string& descri
     app.description(description);
     app.set_version_flag("--version", version, "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
+    app.formatter(std::make_shared<HelpFormatter>());
     app.get_formatter()->column_width(kHelpColumn);
     app.require_subcommand(1);
 }

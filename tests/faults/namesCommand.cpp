@@ -6,18 +6,24 @@
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <string>
+#include <vector>
 
 namespace testfaults {
-
-namespace {
 
 namespace fs = std::filesystem;
 
 const char* wordOf(NamesCommand::Word word) {
-    return word == NamesCommand::Word::restore ? "restore" : "backup";
+    switch (word) {
+    case NamesCommand::Word::restore:
+        return "restore";
+    case NamesCommand::Word::backup:
+        return "backup";
+    case NamesCommand::Word::rename:
+        return "rename";
+    }
+    return "";
 }
-
-} // namespace
 
 void NamesCommand::reset() const {
     machine_.reset(FaultMachine::Names::some);
@@ -28,9 +34,12 @@ void NamesCommand::reset() const {
 }
 
 TracedEnd NamesCommand::run(const Decide& decide) const {
-    return runTavctl(
-        {"names", wordOf(word_), "--force", "--state", machine_.state().string(), saved_.string()},
-        decide);
+    std::vector<std::string> words{"names", wordOf(word_), "--state", machine_.state().string()};
+    if (word_ == Word::rename)
+        words.insert(words.end(), {"TAV7", "TAV9"});
+    else
+        words.insert(words.end(), {"--force", saved_.string()});
+    return runTavctl(words, decide);
 }
 
 std::string NamesCommand::written() const {
@@ -52,7 +61,7 @@ std::string NamesCommand::name() const {
 }
 
 fs::path NamesCommand::target() const {
-    return word_ == Word::restore ? machine_.nameFile() : saved_;
+    return word_ == Word::backup ? saved_ : machine_.nameFile();
 }
 
 } // namespace testfaults

@@ -13,7 +13,7 @@ namespace testfaults {
 
 class NamesCommand {
 public:
-    enum class Word { restore, backup };
+    enum class Word { restore, backup, rename };
     explicit NamesCommand(Word word) : word_(word) {}
 
     // As if the command had never run: stored names, and others in a saved file.
@@ -21,6 +21,9 @@ public:
 
     // Runs it in a child. Says nothing: both outputs go nowhere.
     [[nodiscard]] TracedEnd run(const Decide& decide) const;
+
+    // Whether it can be run again after it was done.
+    [[nodiscard]] bool isRepeatable() const { return word_ != Word::rename; }
 
     // What it writes now: the stored names, or the saved file.
     [[nodiscard]] std::string written() const;
@@ -39,5 +42,8 @@ private:
     testsupport::TemporaryFolder folder_; // of the saved file
     std::filesystem::path saved_ = folder_.path() / "saved.ini";
 };
+
+// "restore"
+const char* wordOf(NamesCommand::Word word);
 
 } // namespace testfaults

@@ -84,10 +84,8 @@ TEST_P(TavctlFaults, EachOnceLeavesTheOldFileOrTheNewOneWhole) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, TavctlFaults,
-                         testing::Values(NamesCommand::Word::restore, NamesCommand::Word::backup),
-                         [](const auto& word) {
-                             return word.param == NamesCommand::Word::restore ? "Restore"
-                                                                              : "Backup";
-                         });
+                         testing::Values(NamesCommand::Word::restore, NamesCommand::Word::backup,
+                                         NamesCommand::Word::rename),
+                         [](const auto& word) { return testfaults::wordOf(word.param); });
 
 } // namespace

@@ -104,4 +104,30 @@ TEST_F(FullDisk, ABackupOrRestoreWithoutRoomLeavesWhatThereWas) {
     EXPECT_EQ(count(result, "before fill others zotavpci.ini zotavpci.loc "), 1) << result.output;
 }
 
+TEST_F(FullDisk, AChangeOfNamesWithoutRoomLeavesWhatThereWas) {
+    const CommandResult result =
+        run("size=16k", kNames + std::string("touch zotavpci.loc; cp zotavpci.ini before; "
+                                             "cat /dev/zero > fill 2>/dev/null || true; "
+                                             "tavctl names rename X10 X777; "
+                                             "tavctl names forget --force X11; "
+                                             "cmp before zotavpci.ini; ls -A | tr '\\n' ' '; "
+                                             "rm fill; tavctl names rename X10 X777; "
+                                             "cmp -s before zotavpci.ini || echo changed"));
+    EXPECT_EQ(count(result, "tavctl: keep terminal names ("), 2) << result.output;
+    EXPECT_EQ(count(result, "): No space left on device\nexit 3\n"), 2) << result.output;
+    EXPECT_EQ(count(result, "before fill zotavpci.ini zotavpci.loc "), 1) << result.output;
+    EXPECT_EQ(count(result, "exit 0\nchanged\n"), 1) << "with room again: " << result.output;
+}
+
+TEST_F(FullDisk, AChangeOfNamesThatMayOnlyBeReadIsToldWithTheReason) {
+    const CommandResult result =
+        run("size=64k", kNames + std::string("touch zotavpci.loc; cp zotavpci.ini before; "
+                                             "mount -o remount,ro $PWD; "
+                                             "tavctl names rename X10 X777; "
+                                             "tavctl names forget --force X11; "
+                                             "cmp before zotavpci.ini; ls -A | tr '\\n' ' '"));
+    EXPECT_EQ(count(result, "): Read-only file system\nexit 3\n"), 2) << result.output;
+    EXPECT_EQ(count(result, "before zotavpci.ini zotavpci.loc "), 1) << result.output;
+}
+
 } // namespace

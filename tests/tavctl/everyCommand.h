@@ -40,12 +40,32 @@ inline std::vector<std::string> looksAtMachine() {
             "lint --against " + kSample};
 }
 
+// What is refused on the sample machine with its first names: it changes as little.
+inline std::vector<std::string> refusedChanges() {
+    return {"names rename TAV1 TAV2",
+            "names rename TAV1 TAV9 --swap",
+            "names rename TAV1 BOX1",
+            "names rename TAV9 TAV10",
+            "names forget TAV1",
+            "names forget TAV1 --stored",
+            "names forget TAV9 --force",
+            "names restore /dev/null",
+            "names backup zotavpci.ini/none"};
+}
+
+// What stores names there.
+inline std::vector<std::string> changesNames() {
+    return {"names rename TAV1 TAV7", "names rename TAV2 TAV3 --swap", "names forget TAV1 --force",
+            "names restore /dev/null --force"};
+}
+
 inline std::vector<std::string> looksAtNothing() {
     std::vector<std::string> forms{
         "--help",          "--version",      "lint --rules",    "lint --rules --json",
         "completion bash", "completion zsh", "completion fish", "completion powershell"};
-    for (const char* command : {"list", "tree", "draw", "lint", "explain", "describe", "record",
-                                "names", "names restore", "completion"})
+    for (const char* command :
+         {"list", "tree", "draw", "lint", "explain", "describe", "record", "names", "names rename",
+          "names forget", "names restore", "completion"})
         forms.push_back(std::string(command) + " --help");
     return forms;
 }

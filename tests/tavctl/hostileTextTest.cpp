@@ -104,6 +104,8 @@ TEST_F(HostileText, IsShownByNumberInErrors) {
           "tree " + options() + " -s \"" + name + "\"",
           "tree " + options() + " --model \"" + name + "\"", "list --descriptions \"" + name + "\"",
           "names restore " + options() + "\"" + name + "\"",
+          "names rename " + options() + "\"" + name + "\" TAV2",
+          "names forget " + options() + "\"" + name + "\"",
           "draw -o \"/nonexistent/" + name + "\" " + options()}) {
         const auto result = runTavctl(words);
         EXPECT_NE(result.exitStatus, 0) << words;

@@ -96,6 +96,35 @@ TEST_F(Looking, OnlyListWithAStateFolderStores) {
     EXPECT_EQ(runTavctl("list").output, runTavctl("list" + option).output);
 }
 
+TEST_F(Looking, ARefusedChangeChangesNothing) {
+    storeNames();
+    const auto before = contentsOf(folder_.path());
+    for (const std::string& form : refusedChanges()) {
+        EXPECT_NE(runTavctl(form + " " + kDump).exitStatus, 0) << form;
+        EXPECT_EQ(contentsOf(folder_.path()), before) << form;
+    }
+}
+
+TEST_F(Looking, AChangeOfNamesWritesThemAndThoseOfBefore) {
+    for (const std::string& form : changesNames()) {
+        fs::remove_all(state_);
+        fs::create_directories(state_);
+        storeNames();
+        auto expected = contentsOf(folder_.path());
+        const std::string file = (state_ / "zotavpci.ini").string();
+        const std::string names = testsupport::fileText(file);
+        EXPECT_EQ(runTavctl(form + " " + kDump).exitStatus, 0) << form;
+        EXPECT_NE(testsupport::fileText(file), names) << form;
+        EXPECT_EQ(testsupport::fileText(file + ".before"), names) << form;
+        auto now = contentsOf(folder_.path());
+        for (const std::string& written : {file, file + ".before"}) {
+            now.erase(written);
+            expected.erase(written);
+        }
+        EXPECT_EQ(now, expected) << form;
+    }
+}
+
 TEST_F(Looking, ARecordedBusNeedsNoStateFolder) {
     const testsupport::EnvironmentValue none("TAV_MANAGER_CONF", "/nonexistent.conf");
     for (const char* command : {"list ", "tree ", "draw --format dot ", "explain "})
