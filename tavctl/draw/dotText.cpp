@@ -2,6 +2,8 @@
 
 #include "tavctl/words/printable.h"
 
+#include <fmt/core.h>
+
 namespace tavctl {
 
 std::string markupText(std::string_view text) {
@@ -30,12 +32,28 @@ std::string markupText(std::string_view text) {
     return result;
 }
 
+std::string tooltipText(std::string_view text) {
+    std::string result;
+    for (;;) {
+        const std::size_t feed = text.find('\n');
+        std::string line;
+        for (const char c : printable(text.substr(0, feed)))
+            line.append(c == '\\' ? 2 : 1, c);
+        result += markupText(line);
+        if (feed == std::string_view::npos)
+            return result;
+        result += "&#10;";
+        text.remove_prefix(feed + 1);
+    }
+}
+
+std::string tooltipAttributes(std::string_view text) {
+    return text.empty() ? std::string()
+                        : fmt::format(" HREF=\"#\" TOOLTIP=\"{}\"", tooltipText(text));
+}
+
 std::string fontText(std::string_view attributes, std::string_view text) {
-    return std::string("<FONT ")
-        .append(attributes)
-        .append(">")
-        .append(markupText(text))
-        .append("</FONT>");
+    return fmt::format("<FONT {}>{}</FONT>", attributes, markupText(text));
 }
 
 } // namespace tavctl

@@ -3,6 +3,7 @@
 #include "platform/childProgram.h"
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/draw/drawing.h"
+#include "tavctl/draw/svgTitles.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/options/resultOptions.h"
@@ -24,6 +25,7 @@ struct DrawOptions {
     std::string format = "svg";
     ResultTarget output;
     bool all = false;
+    bool front = false;
 };
 
 [[noreturn]] void fail(const std::string& reason) {
@@ -52,13 +54,14 @@ ExitStatus runDraw(const DrawOptions& options) {
     tellLeftOut(marked->whole.leftOut);
     auto views = marked->views();
     showPart(options.part, *marked, views);
-    const BusTreeView& view = views.front();
     DrawingOptions drawing;
     drawing.title =
         options.common.dump.empty() ? "This machine" : NamedDump::titleOf(options.common.dump);
-    drawing.allFunctions = options.all;
-    const std::string dot = drawingAsDot(view, names, drawing);
-    writeResult(options.format == "dot" ? dot : laidOut(dot), options.output);
+    if (options.all || options.front)
+        drawing.kind = options.all ? DrawingOptions::Kind::machine : DrawingOptions::Kind::fronts;
+    const std::string dot = drawingAsDot(views, names, drawing);
+    writeResult(options.format == "dot" ? dot : withTitles(laidOut(dot), drawing.title),
+                options.output);
     return ExitStatus::done;
 }
 
@@ -70,7 +73,9 @@ Command addDrawCommand(OptionParser& parser) {
     tavctl::addTo(command, options->output);
     command.value("--format", options->format, ValueForm::choice("FORMAT", {"svg", "dot"}),
                   "svg (by Graphviz) or dot (for Graphviz)");
-    command.flag("--all", options->all, "Also what else is on the root buses");
+    command.flag("--all", options->all, "The whole machine, described or not");
+    command.flag("--front", options->front, "The devices as front plates, without lines");
+    command.excludes("--front", "--all");
     options->part.addTo(command);
     options->common.addBusTo(command);
     command.footer("Writes: the file of -o only.\n"

@@ -1,7 +1,6 @@
 #include "tavctl/draw/placement.h"
 
 #include <algorithm>
-#include <set>
 
 namespace tavctl {
 
@@ -47,44 +46,23 @@ BoxPlace placeOf(const BusTreeView& view, std::size_t device) {
     return place;
 }
 
-// The functions of the root buses that lead to devices.
-std::set<std::uint32_t> leadingFunctions(const Placement& placement) {
-    std::set<std::uint32_t> leading;
-    for (const auto& place : placement.devices) {
-        if (place && !place->way.empty())
-            leading.insert(place->way.front());
-    }
-    return leading;
-}
-
-std::vector<RootBusBox> rootBusBoxes(const BusTreeView& view, const Placement& placement) {
-    const std::set<std::uint32_t> leading = leadingFunctions(placement);
-    std::vector<RootBusBox> boxes;
-    for (const std::uint8_t root : view.bus().rootBuses()) {
-        RootBusBox box;
-        box.bus = root;
-        for (const PciFunction& function : view.bus().functionsOn(root)) {
-            if (view.isShown(function.handle()) && !leading.contains(function.handle()))
-                box.functions.push_back(&function);
-        }
-        if (!box.functions.empty())
-            boxes.push_back(std::move(box));
-    }
-    return boxes;
-}
-
 } // namespace
 
-Placement placeBoxes(const BusTreeView& view, bool allFunctions) {
+Placement placeBoxes(const BusTreeView& view) {
     Placement placement;
     for (std::size_t i = 0; i < view.devices().size(); ++i) {
         placement.devices.emplace_back();
         if (isDrawn(view, i))
             placement.devices.back() = placeOf(view, i);
     }
-    if (allFunctions)
-        placement.rootBuses = rootBusBoxes(view, placement);
     return placement;
+}
+
+std::size_t drawnDevices(const Placement& placement) {
+    const auto count =
+        std::count_if(placement.devices.begin(), placement.devices.end(),
+                      [](const std::optional<BoxPlace>& place) { return place.has_value(); });
+    return static_cast<std::size_t>(count);
 }
 
 std::vector<std::size_t> holdersOf(const Placement& placement, std::size_t device) {

@@ -1,5 +1,5 @@
-// Where the boxes of a drawing stand: which devices are drawn, in whose connectors they hang, and
-// what the root buses have besides them.
+// Where the boxes of devices stand in a drawing: which devices are drawn, and in whose connectors
+// they hang.
 #pragma once
 
 #include "tavctl/view/busTreeView.h"
@@ -17,20 +17,15 @@ struct BoxPlace {
     std::vector<std::uint32_t> way; // without one: handles of the bridges above, the highest first
 };
 
-struct RootBusBox {
-    std::uint8_t bus = 0;
-    std::vector<const pcibus::PciFunction*> functions; // the bus owns them; at least one
-};
-
 struct Placement {
     // Of each of the view's devices; none for one of which the view shows nothing. A device stands
     // below the connector that it hangs in, so none hangs in itself, however many lie between.
     std::vector<std::optional<BoxPlace>> devices;
-    std::vector<RootBusBox> rootBuses;
 };
 
-// With `allFunctions`, root buses have boxes of what is shown on them and is no way to a device.
-Placement placeBoxes(const BusTreeView& view, bool allFunctions);
+Placement placeBoxes(const BusTreeView& view);
+
+std::size_t drawnDevices(const Placement& placement);
 
 // The devices that a drawn device hangs in, the one with its connector first.
 std::vector<std::size_t> holdersOf(const Placement& placement, std::size_t device);

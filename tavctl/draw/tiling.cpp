@@ -7,85 +7,8 @@ namespace tavctl {
 
 namespace {
 
-// About how large things come out, in points.
-constexpr double kBoxWidth = 200;
-constexpr double kWayWidth = 80;
-constexpr double kBoxDistance = 45;
-constexpr double kRowHeight = 21;
-constexpr double kGap = 16;
-
-// In points.
-struct Size {
-    double width = 0;
-    double height = 0;
-};
-
-std::size_t rowsOf(const PlacedDevice& device) {
-    std::size_t rows = 0;
-    for (const PlacedPort& port : device.ports)
-        rows += std::max<std::size_t>(port.labels.size(), 1);
-    return rows;
-}
-
-// The drawn devices, the deepest first.
-std::vector<std::size_t> innermostFirst(const Placement& placement) {
-    std::vector<std::size_t> nesting(placement.devices.size());
-    std::vector<std::size_t> order;
-    for (std::size_t i = 0; i < placement.devices.size(); ++i) {
-        if (!placement.devices[i])
-            continue;
-        nesting[i] = holdersOf(placement, i).size();
-        order.push_back(i);
-    }
-    std::stable_sort(order.begin(), order.end(),
-                     [&](std::size_t a, std::size_t b) { return nesting[a] > nesting[b]; });
-    return order;
-}
-
-// Of the devices that hang in no other, in their order, with everything in them.
-std::vector<Size> treeSizes(const BusTreeView& view, const Placement& placement) {
-    std::vector<Size> inPorts(placement.devices.size());
-    std::vector<Size> whole(placement.devices.size());
-    for (const std::size_t i : innermostFirst(placement)) {
-        const auto rows = static_cast<double>(rowsOf(view.devices()[i]) + 2);
-        // What is plugged in begins somewhat below the top of its box.
-        const double own = rows * kRowHeight;
-        whole[i].height = std::max(own, inPorts[i].height + own * 0.4) + kGap;
-        whole[i].width = kBoxWidth + inPorts[i].width;
-        if (const auto& holder = placement.devices[i]->parent) {
-            Size& parent = inPorts[*holder];
-            parent.height += whole[i].height;
-            parent.width = std::max(parent.width, whole[i].width + kBoxDistance);
-        }
-    }
-    std::vector<Size> trees;
-    for (std::size_t i = 0; i < placement.devices.size(); ++i) {
-        if (placement.devices[i] && !placement.devices[i]->parent)
-            trees.push_back({whole[i].width + kWayWidth, whole[i].height});
-    }
-    return trees;
-}
-
-// In the order of treeSizes.
-std::vector<std::vector<std::size_t>> treesOf(const Placement& placement) {
-    std::vector<std::size_t> treeOf(placement.devices.size());
-    std::size_t count = 0;
-    for (std::size_t i = 0; i < placement.devices.size(); ++i) {
-        if (placement.devices[i] && !placement.devices[i]->parent)
-            treeOf[i] = count++;
-    }
-    std::vector<std::vector<std::size_t>> trees(count);
-    for (std::size_t i = 0; i < placement.devices.size(); ++i) {
-        if (!placement.devices[i])
-            continue;
-        const auto holders = holdersOf(placement, i);
-        trees[treeOf[holders.empty() ? i : holders.back()]].push_back(i);
-    }
-    return trees;
-}
-
 // How large an array of so many columns is, by the side that is the larger part of a screen's.
-double screensOf(const std::vector<Size>& tiles, std::size_t columns) {
+double screensOf(const std::vector<TileSize>& tiles, std::size_t columns) {
     constexpr double kScreenShape = 1.7; // width to height
     std::vector<double> widths(columns);
     double height = 0;
@@ -102,30 +25,36 @@ double screensOf(const std::vector<Size>& tiles, std::size_t columns) {
     return std::max(width / kScreenShape, height + rowHeight);
 }
 
-std::size_t bestColumns(const std::vector<Size>& tiles) {
-    std::size_t columns = 1;
+} // namespace
+
+Tiling arrangeTiles(const std::vector<TileSize>& tiles) {
+    Tiling tiling;
     double best = screensOf(tiles, 1);
     for (std::size_t count = 2; count <= tiles.size(); ++count) {
         const double scale = screensOf(tiles, count);
         if (scale < best) {
-            columns = count;
+            tiling.columns = count;
             best = scale;
         }
     }
-    return columns;
+    tiling.rows = std::max<std::size_t>((tiles.size() + tiling.columns - 1) / tiling.columns, 1);
+    return tiling;
 }
 
-} // namespace
+double tiledWidth(const std::vector<TileSize>& tiles, const Tiling& tiling) {
+    std::vector<double> widths(tiling.columns);
+    for (std::size_t i = 0; i < tiles.size(); ++i)
+        widths[i % tiling.columns] = std::max(widths[i % tiling.columns], tiles[i].width);
+    return std::accumulate(widths.begin(), widths.end(), 0.0);
+}
 
-Tiling arrangeTiles(const BusTreeView& view, const Placement& placement) {
-    std::vector<Size> tiles = treeSizes(view, placement);
-    for (const RootBusBox& root : placement.rootBuses)
-        tiles.push_back({kBoxWidth, static_cast<double>(root.functions.size() + 1) * kRowHeight});
-    Tiling tiling;
-    tiling.columns = bestColumns(tiles);
-    tiling.rows = std::max<std::size_t>((tiles.size() + tiling.columns - 1) / tiling.columns, 1);
-    tiling.trees = treesOf(placement);
-    return tiling;
+std::vector<std::size_t> arrayOrder(const Tiling& tiling) {
+    std::vector<std::size_t> order;
+    for (std::size_t column = 0; column < tiling.columns; ++column) {
+        for (std::size_t row = tiling.rows; row-- > 0;)
+            order.push_back(row * tiling.columns + column);
+    }
+    return order;
 }
 
 } // namespace tavctl

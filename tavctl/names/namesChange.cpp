@@ -8,8 +8,8 @@
 #include "tavctl/host/namesBefore.h"
 #include "tavctl/names/nameCheck.h"
 #include "tavctl/names/namedDevices.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/failure.h"
-#include "tavctl/words/json.h"
 #include "tavctl/words/nearestName.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
@@ -17,6 +17,7 @@
 #include <fmt/core.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tavctl {
@@ -99,6 +100,12 @@ void requireMadeOfSameBase(const ChangedNames& names, const std::string& from,
         names.refuse(from, fmt::format("the new name has more than {} bytes", kLongestName));
 }
 
+std::string documentOf(const char* what, Json list) {
+    Json document = newDocument();
+    document.add(what, std::move(list));
+    return document.line();
+}
+
 Json renamedJson(const NameEntry& entry, const std::string& to) {
     return Json{{"from", entry.terminalName}, {"to", to}, {"slotPath", entry.slotPath}};
 }
@@ -138,7 +145,7 @@ ExitStatus renameName(const NamesOptions& options) {
         names.rename(from, to);
         names.write();
     }
-    print(options.common.json ? Json{{"version", 1}, {"renamed", renamed}}.line() : sentence);
+    print(options.common.json ? documentOf("renamed", std::move(renamed)) : sentence);
     return ExitStatus::done;
 }
 
@@ -162,7 +169,7 @@ ExitStatus forgetName(const NamesOptions& options) {
     forgotten.push_back(
         Json{{"name", entry.terminalName}, {"model", entry.model}, {"slotPath", entry.slotPath}});
     print(options.common.json
-              ? Json{{"version", 1}, {"forgotten", forgotten}}.line()
+              ? documentOf("forgotten", std::move(forgotten))
               : fmt::format("forgot {} ({}): {}\n", entry.terminalName, device, names.path()));
     return ExitStatus::done;
 }

@@ -57,7 +57,8 @@ std::vector<std::string> filesOf(const std::string& word) {
     return files;
 }
 
-// A help that is longer than a screen does without blank lines, the last ones first.
+// A help that is longer than a screen does without blank lines, the last ones first. What options
+// exclude is told to whom it concerns, and leaves the help its columns.
 class HelpFormatter : public CLI::Formatter {
 public:
     std::string make_help(const CLI::App* app, std::string name,
@@ -69,6 +70,11 @@ public:
              blank = help.rfind("\n\n", blank), --lines)
             help.erase(blank, 1);
         return help;
+    }
+
+    std::string make_option_opts(const CLI::Option* option) const override {
+        const std::string text = CLI::Formatter::make_option_opts(option);
+        return text.substr(0, text.find(" Excludes:"));
     }
 };
 
@@ -239,6 +245,11 @@ void CommandOptions::arguments(std::vector<std::string>& values, const ValueForm
 void CommandOptions::needs(const std::string& option, const std::string& other) {
     CLI::App& app = node_->app();
     app.get_option(option)->needs(app.get_option(other));
+}
+
+void CommandOptions::excludes(const std::string& option, const std::string& other) {
+    CLI::App& app = node_->app();
+    app.get_option(option)->excludes(app.get_option(other));
 }
 
 void CommandOptions::footer(const std::string& text) {

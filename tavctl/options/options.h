@@ -65,6 +65,9 @@ public:
     // The one option is refused without the other. Both are declared, and named with their dashes.
     void needs(const std::string& option, const std::string& other);
 
+    // The two options are refused together, likewise.
+    void excludes(const std::string& option, const std::string& other);
+
     // Lines at the end of the help.
     void footer(const std::string& text);
 

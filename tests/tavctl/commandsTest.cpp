@@ -88,6 +88,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Command{"list-verbose.txt", "list -v DUMP DESCRIPTIONS STATE"},
                     Command{"tree.txt", "tree IDS DUMP DESCRIPTIONS STATE"},
                     Command{"draw.dot", "draw --format dot IDS DUMP DESCRIPTIONS STATE"},
+                    Command{"draw-all.dot", "draw --all --format dot IDS DUMP DESCRIPTIONS STATE"},
+                    Command{"draw-front.dot",
+                            "draw --front --format dot IDS DUMP DESCRIPTIONS STATE"},
                     Command{"explain.txt", "explain DUMP DESCRIPTIONS"},
                     Command{"lint-against.txt", "lint DESCRIPTIONS --against " TAV_SOURCE_DIR
                                                 "/samples/switchboxes.dump"},

@@ -22,6 +22,7 @@ inline std::vector<std::string> looksAtMachine() {
             "draw",
             "draw --format dot",
             "draw --all",
+            "draw --front",
             "explain",
             "explain --json",
             "explain 'TAV-B3 Switch Box'",

@@ -1,4 +1,5 @@
 // What could not be written is said, with the exit status for it, by every command.
+#include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
 #include "tests/tavctl/everyCommand.h"
 #include "tests/tavctl/runTavctl.h"

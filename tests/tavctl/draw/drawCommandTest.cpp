@@ -22,13 +22,37 @@ TEST(DrawCommand, WritesAnSvgFileWithEveryDeviceAndConnector) {
     const std::string svg = folder.read("bus.svg");
     EXPECT_TRUE(svg.starts_with("<?xml"));
     EXPECT_TRUE(svg.ends_with("</svg>\n"));
-    for (const char* text : {"switchboxes.dump", "4 devices", "TAV1", "TAV2", "TAV3", "TAVCard1",
-                             "TAV&#45;W7 Wide Switch Box", "LEFT", "RIGHT", "C4", "x16 16 GT/s"})
+    for (const char* text :
+         {"switchboxes.dump", "4 devices", "TAV1", "TAV2", "TAV3", "TAVCard1",
+          "TAV&#45;W7 Wide Switch Box", "LEFT", "RIGHT", "C4", "up to x16 16 GT/s"})
         EXPECT_NE(svg.find(">" + std::string(text)), std::string::npos) << text;
     EXPECT_TRUE(says(runTavctl("draw -o " + file + " " + optionsOf(folder)), 3,
                      "write result (" + file + "): the file exists; --force replaces it"));
     EXPECT_TRUE(says(runTavctl("draw --force -o " + file + " " + optionsOf(folder)), 0, ""));
     EXPECT_EQ(folder.read("bus.svg"), svg);
+}
+
+// A browser shows the title of the innermost part that has one.
+TEST(DrawCommand, SvgTellsByTitlesWhatWasCut) {
+    const FileFolder folder;
+    const std::string ids =
+        folder.write("pci.ids", "8086  Maker\n\t10d3  A Card With a Name That Goes On and On\n");
+    for (const char* kind : {"", "--all ", "--front "}) {
+        const std::string svg = outputOf("draw --pci-ids " + ids + " " + kind + optionsOf(folder));
+        EXPECT_NE(svg.find("<title>switchboxes.dump</title>"), std::string::npos) << kind;
+        EXPECT_NE(svg.find("<title>03:00.0 Maker A Card With a Name That Goes On and On"),
+                  std::string::npos)
+            << kind;
+        EXPECT_NE(svg.find("<title>TAV1*: TAV&#45;B3 Switch Box (01:00.0)</title>"),
+                  std::string::npos)
+            << kind;
+        for (const char* none : {"<title>d0", "<title>tavctl", "xlink:title", "href=", "<a"})
+            EXPECT_EQ(svg.find(none), std::string::npos) << kind << none;
+    }
+}
+
+TEST(DrawCommand, FrontAndAllAreTwoDrawings) {
+    EXPECT_TRUE(says(runTavctl("draw --front --all " + kDump), 2, "--front"));
 }
 
 TEST(DrawCommand, OfNoDevicesIsADrawingThatSaysSo) {
