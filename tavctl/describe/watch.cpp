@@ -31,7 +31,7 @@ Functions functionsBelow(const pcibus::Bus& bus, const std::string& anchorPath) 
         const std::string path = slotPathOf(bus, each);
         // Paths begin nearest the function: below the anchor are those that end with its hops.
         const std::string hops = anchorPath.substr(anchorPath.find(':') + 1);
-        if (path.size() > anchorPath.size() && path.ends_with("," + hops) &&
+        if (path.ends_with("," + hops) &&
             path.substr(0, path.find(':')) == anchorPath.substr(0, anchorPath.find(':')))
             functions[path] = fmt::format("{:04X}:{:04X}", each.vendorId, each.deviceId);
     }

@@ -33,6 +33,18 @@ TEST(PciNames, NameVendorsAndDevices) {
     EXPECT_EQ(names.device(0x1172, 0x0007), "");
 }
 
+TEST(PciNames, NumbersHaveTheDigitsFrom0ToFInLowerCase) {
+    const PciNames names = PciNames::parse("09af  Maker\n\tf90a  Card\n\t/000  no\n\t:000  no\n"
+                                           "\t`000  no\n\tg000  no\n\tA000  no\n");
+    EXPECT_EQ(names.vendor(0x09AF), "Maker");
+    EXPECT_EQ(names.device(0x09AF, 0xF90A), "Card");
+    for (unsigned id = 0; id <= 0xFFFF; ++id) {
+        if (id != 0xF90A) {
+            EXPECT_EQ(names.device(0x09AF, static_cast<std::uint16_t>(id)), "") << id;
+        }
+    }
+}
+
 TEST(PciNames, FunctionsHaveTheBestNameThereIs) {
     const PciNames names = PciNames::parse(kText);
     EXPECT_EQ(names.function(0x10B5, 0x8609), "Maker of Switches Switch");

@@ -76,6 +76,13 @@ TEST(LinkState, OfAHeaderAloneIsNotKnown) {
     EXPECT_EQ(machine.below(whole, machine.root), "");
 }
 
+TEST(LinkSpeed, HasANameFromTheFirstCodeToTheLast) {
+    EXPECT_EQ(linkSpeedName(0), "speed code 0");
+    EXPECT_EQ(linkSpeedName(1), "2.5 GT/s");
+    EXPECT_EQ(linkSpeedName(6), "64 GT/s");
+    EXPECT_EQ(linkSpeedName(7), "speed code 7");
+}
+
 TEST(WholeBus, HasEveryDomainAndZeroFirst) {
     BusBuilder machine;
     machine.rootEndpoint(0, 3, 0, {0x8086, 0x1234, 0, 0});

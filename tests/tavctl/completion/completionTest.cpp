@@ -81,6 +81,9 @@ TEST(Completion, ZshScriptIsWellFormedAndHasEveryCommandAndOption) {
     EXPECT_EQ(testsupport::runCommand("zsh -n " + shells.zsh + " 2>&1").output, "");
     const std::string script = shells.folder.read("zsh");
     EXPECT_TRUE(script.starts_with("#compdef tavctl\n"));
+    // What parts the texts of an option is no part of them.
+    EXPECT_THAT(script, HasSubstr("'--lanes[Lanes of a connector (1-32)\\: more take several "
+                                  "labels]:value: '"));
     forEachCommand(commandLineWords(), "", [&](const auto& command, auto path) {
         std::replace(path.begin(), path.end(), ' ', '_');
         const std::size_t begin = script.find("\n_tavctl" + path + "() {\n");

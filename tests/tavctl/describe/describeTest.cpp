@@ -480,6 +480,31 @@ TEST(DescribeWatch, BoxThatStaysAwayLeavesADraftOfWhatWasFound) {
     EXPECT_NE(text.find("\nConnectorLabels = HOST,A\n"), std::string::npos) << text;
 }
 
+// Below another root bus, in a box at the same place.
+TEST(DescribeWatch, WhatHappensInABoxOfAnotherRootBusIsNoConnector) {
+    const auto machine = [](bool here, bool there) {
+        BusBuilder bus;
+        bus.endpoint(bus.rootPort(0, 1, 0, {0x8086, 0x1901}), 0, 0, {0x8086, 0x10D3});
+        for (const auto& [root, isPlugged] : {std::pair(0U, here), std::pair(0x80U, there)}) {
+            const auto up =
+                bus.bridge(bus.rootPort(root, 2, 0, {0x8086, 0x1901}), 0, 0, {0x10B5, 0x8608});
+            const auto port = bus.bridge(up, root == 0 ? 1 : 2, 0, {0x10B5, 0x8608});
+            if (isPlugged)
+                bus.endpoint(port, 0, 0, {0x1172, 0xE001});
+        }
+        return bus.dump();
+    };
+    const FileFolder folder;
+    folder.write("bus.dump", machine(false, false));
+    folder.write("dump1", machine(false, true));
+    folder.write("dump2", machine(true, false));
+    const auto result = watch(folder, {"A", "DUMP 1", "DUMP 2", ""});
+    EXPECT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_NE(result.output.find("Nothing has changed below the box."), std::string::npos)
+        << result.output;
+    EXPECT_NE(folder.read("box.ini").find("TraversalMapFromAnchor = d1f0\n"), std::string::npos);
+}
+
 TEST(DescribeWatch, BusThatCannotBeReadMeanwhileIsReadAgain) {
     const FileFolder folder;
     folder.write("bus.dump", box(false, false, false));

@@ -2,6 +2,7 @@
 #include "tavctl/draw/drawing.h"
 
 #include "tavctl/draw/dotText.h"
+#include "tavctl/draw/tiling.h"
 #include "tests/tavctl/match/treeFixture.h"
 
 #include <gmock/gmock.h>

@@ -249,6 +249,10 @@ private:
     FileFolder folder_;
 };
 
+const json& lastStep(const json& model) {
+    return model.at("candidates").at(0).at("steps").back();
+}
+
 // A box with the upstream port for its anchor and one connector at `map`.
 std::string boxAt(const std::string& anchorPid, const std::string& map) {
     return "[UpstreamTAV]\nModel = Box\nDeviceCategory = SwitchboxTav\n"
@@ -361,6 +365,23 @@ TEST(Explain, SlipThatDoesNotExplainTheNumbersIsNone) {
     EXPECT_EQ(other.at("address"), "0000:02:00.0");
     EXPECT_TRUE(other.at("slip").is_null());
     EXPECT_TRUE(nearestBy("104C", "8232", "3412", "0008").at("slip").is_null());
+}
+
+// Of many that share vendor and device, the few that share more are looked at and shown.
+TEST(Explain, NearestFunctionsAreShownAndNoMoreThanAFew) {
+    BusBuilder bus;
+    for (unsigned i = 0; i < 20; ++i)
+        bus.rootEndpoint(0, i, 0, {0x104C, 0x8232, 0x5678, 0x0001});
+    const auto up =
+        bus.bridge(bus.rootPort(0, 30, 0, kRootIds), 0, 0, {0x104C, 0x8232, 0x1234, 0x0007});
+    bus.bridge(up, 0, 0, kPortIds);
+    std::string text = boxAt("8232", "d9f0");
+    const std::string written = "SsVid = 0\nSsPid = 0\n";
+    text.replace(text.find(written), written.size(), "SsVid = 1234\nSsPid = 0008\n");
+    const json model = Described(bus, text).model();
+    ASSERT_EQ(model.at("near").size(), 5U);
+    EXPECT_EQ(model.at("near").at(0).at("address"), "01:00.0");
+    EXPECT_EQ(Described(boxAndCard(), boxAt("8231", "d0f0")).model().at("near").size(), 3U);
 }
 
 TEST(Explain, ShowsTheSlipBesideTheFunctionThatWasMeant) {
@@ -522,6 +543,34 @@ TEST(Explain, NearestMissComesFirst) {
                          "0a:01.0 part of another\n");
 }
 
+TEST(Explain, SaysWhereTheCandidateIsAllThatWasFound) {
+    const auto found = [](testsupport::Ids first, testsupport::Ids second) {
+        BusBuilder bus;
+        const auto up = bus.bridge(bus.rootPort(0, 1, 0, kRootIds), 0, 0, kUpIds);
+        bus.bridge(up, 0, 0, first);
+        bus.bridge(up, 1, 0, second);
+        const json model = Described(bus, boxOfAlikePorts()).model();
+        EXPECT_EQ(lastStep(model).at("expected"), "3 bridges");
+        return lastStep(model).at("found");
+    };
+    EXPECT_EQ(found(kPortIds, kPortIds), "1 bridge, the candidate itself");
+    EXPECT_EQ(found(kUpIds, kPortIds), "2 bridges");
+}
+
+// An answer is to come at once, however many boxes fail alike.
+TEST(Explain, ChangesAreLookedForAtTheNearestFew) {
+    BusBuilder bus;
+    for (unsigned number = 1; number <= 6; ++number)
+        bus.bridge(bus.bridge(bus.rootPort(0, number, 0, kRootIds), 0, 0, kUpIds), 0, 0, kUpIds);
+    std::string text = boxAt("8232", "d9f0");
+    text.replace(text.find("Pid = 8233"), 10, "Pid = 8232");
+    const json model = Described(bus, text).model();
+    const json& candidates = model.at("candidates");
+    // Every other candidate is a port, for which there is no change.
+    for (const std::size_t box : {0U, 2U, 4U, 6U, 8U, 10U})
+        EXPECT_EQ(candidates.at(box).at("changes").empty(), box >= 4) << candidates.at(box);
+}
+
 // Of many models the conditions of one candidate are told: those of the one that came nearest.
 TEST(Explain, ConditionsOfTheNearestMissAreTold) {
     std::string text = boxOfAlikePorts();
@@ -579,10 +628,6 @@ TEST(Explain, DeviceThatTwoAnchorsDescribeIsListedTwice) {
         EXPECT_EQ(candidate.at("address"), "0000:01:00.0");
         EXPECT_EQ(candidate.at("slotPath"), "MR00:00,08");
     }
-}
-
-const json& lastStep(const json& model) {
-    return model.at("candidates").at(0).at("steps").back();
 }
 
 TEST(Explain, ModelThatIsToHaveNoNameGetsNoTerminalName) {

@@ -60,6 +60,15 @@ TEST(LintReport, AFaultThatEndsTheLoadHidesNoOther) {
     EXPECT_EQ(report.findings[2].rule, "anchor-not-described");
 }
 
+// One that is used for what it is named as has not been meant for another.
+TEST(LintReport, SectionThatIsMissingMayBeOneThatNothingAsksFor) {
+    const auto report =
+        tavctl::lint::lint({TAV_SOURCE_DIR "/tests/tavctl/lint/rules/missing-section/bad/box.ini"});
+    ASSERT_FALSE(report.findings.empty());
+    EXPECT_EQ(report.findings.front().expected,
+              "a line [DownstreamPort3], spelled exactly so; there is [DownstreamPort2]");
+}
+
 TEST(LintReport, CountsCharactersAndNotBytes) {
     const FileFolder folder;
     const std::string file = folder.write(
