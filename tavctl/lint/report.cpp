@@ -43,7 +43,7 @@ Excerpt excerptOf(const Finding& finding) {
     const int column = std::max(finding.place.column, 1);
     const int last = std::min(column + std::max(finding.place.length, 1) - 1, total);
     int begin = 1;
-    if (total > kShownCharacters && last > kShownCharacters)
+    if (last > kShownCharacters)
         begin = std::max(1, std::min(column - 10, total - kShownCharacters + 1));
     const int end = std::min(total, begin + kShownCharacters - 1);
     Excerpt excerpt;

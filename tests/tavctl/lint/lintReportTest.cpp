@@ -122,6 +122,21 @@ TEST(LintReport, LongLinesAreShownAroundThePlace) {
     EXPECT_NE(text.find("xxx,, Byyy"), std::string::npos) << text;
 }
 
+// As long as the place is within what fits, the line is shown from its beginning.
+TEST(LintReport, LinesAreMovedOnlyForPlacesThatWouldBeCutOff) {
+    const auto shownFor = [](int column) {
+        tavctl::lint::Finding finding;
+        finding.rule = "odd-line";
+        finding.file = "box.ini";
+        finding.place = {1, column, 1};
+        finding.text = std::string(73, 'a') + "b" + std::string(50, 'c');
+        const std::string text = tavctl::lint::reportAsText({{"box.ini"}, {finding}});
+        return text.substr(text.find("\n    ") + 5, 74);
+    };
+    EXPECT_EQ(shownFor(74), std::string(73, 'a') + "b");
+    EXPECT_EQ(shownFor(75), std::string(23, 'a') + "b" + std::string(50, 'c'));
+}
+
 TEST(LintReport, JsonTellsTheSame) {
     const FileFolder folder;
     const std::string file = folder.write("box.ini", with(kSound, "Pid = 2", "Pid = x"));

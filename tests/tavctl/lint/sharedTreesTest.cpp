@@ -138,6 +138,19 @@ TEST(SharedTrees, ModelsThatAreNeverListedAreComparedOnce) {
     EXPECT_EQ(trees.comparisons(), 1U);
 }
 
+// An upstream port that is narrower than a connector takes no label.
+TEST(ModelTree, PortsBehindTheLastLabelTakeNone) {
+    tModelDescription model;
+    model.model = "Box";
+    model.anchors = {{kHeaderTypeBridge, {0x104C, 0x8232, 0, 0}}};
+    model.upstreamPort.traversalMap.clear();
+    model.upstreamPort.ids = model.anchors.front().ids;
+    model.linkWidthPerLabel = 4;
+    EXPECT_TRUE(tavctl::lint::satisfiedByOneTree(model, model));
+    model.connectorLabels = {"HOST"};
+    EXPECT_TRUE(tavctl::lint::satisfiedByOneTree(model, model));
+}
+
 TEST(ModelShape, HoldsAllButTheTexts) {
     RandomModels random;
     for (int i = 0; i < 500; ++i) {
