@@ -37,6 +37,24 @@ TEST(PlacedDevices, MissingPortHasThePlaceWhereItShouldBe) {
     EXPECT_EQ(port.missingHop, 0x18);
 }
 
+TEST(PlacedDevices, PortIsMissingRightBelowABridgeOfARootBusToo) {
+    TreeFixture fixture;
+    auto model = TreeFixture::model();
+    model.anchors = {{kHeaderTypeBridge, {0x8086, 0x3420, 0x8086, 0}}};
+    model.upstreamPort.ids = model.anchors.front().ids;
+    model.linkWidthPerLabel = 0;
+    model.connectorLabels = {"HOST", "A"};
+    model.downstreamPorts.resize(2);
+    model.downstreamPorts[0].traversalMap = "d5f0";
+    model.downstreamPorts[1].traversalMap = "d0f0";
+    fixture.listed = {{"Box", 12, 0, 4, 0, {}, {}, "TAV1", {{"A", 2, {}, {}}}}};
+    const auto placed = placeDevices(fixture.listed, fixture.survey(model), fixture.bus);
+    ASSERT_EQ(placed.at(0).ports.size(), 2U);
+    EXPECT_TRUE(placed[0].ports[0].missing);
+    EXPECT_EQ(placed[0].ports[0].missingBelow, fixture.machine.handle(fixture.root));
+    EXPECT_EQ(placed[0].ports[0].missingHop, 0x28);
+}
+
 TEST(PlacedDevices, PortBeyondTheLabelsHasNone) {
     const TreeFixture fixture;
     const PlacedPort port = fixture.placed().at(0).ports.at(3);
