@@ -72,4 +72,9 @@ TEST(Misuse, OtherwiseTheParserHasTheWord) {
     EXPECT_EQ(found.command, "box pack");
 }
 
+// Two dashes alone end the options.
+TEST(Misuse, TwoDashesAreNoOption) {
+    EXPECT_EQ(misuse({"box", "pack", "--", "one"}).reason, "as the parser says");
+}
+
 } // namespace
