@@ -380,7 +380,7 @@ TEST(Explain, NearestFunctionsAreShownAndNoMoreThanAFew) {
     text.replace(text.find(written), written.size(), "SsVid = 1234\nSsPid = 0008\n");
     const json model = Described(bus, text).model();
     ASSERT_EQ(model.at("near").size(), 5U);
-    EXPECT_EQ(model.at("near").at(0).at("address"), "01:00.0");
+    EXPECT_EQ(model.at("near").at(0).at("address"), "0000:01:00.0");
     EXPECT_EQ(Described(boxAndCard(), boxAt("8231", "d0f0")).model().at("near").size(), 3U);
 }
 
