@@ -3,6 +3,7 @@
 #include "tavctl/description/rules.h"
 #include "tavctl/lint/lint.h"
 #include "tavctl/words/characters.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/printable.h"
 #include "tavctl/words/words.h"
@@ -77,11 +78,11 @@ Json againstJson(const std::vector<Comparison>& comparisons) {
                                              : each.change == FoundModel::Change::gains ? "gains"
                                                                                         : "loses"},
                                   {"model", each.model},
-                                  {"address", each.address},
+                                  {"address", "0000:" + each.address},
                                   {"slotPath", each.slotPath}});
         list.push_back(Json{{"dump", comparison.dump},
-                            {"models", std::move(models)},
-                            {"leftOut", leftOutJson(comparison.leftOut)}});
+                            {"leftOut", leftOutJson(comparison.leftOut)},
+                            {"models", std::move(models)}});
     }
     return list;
 }
@@ -112,7 +113,11 @@ std::string reportAsText(const Report& report) {
 // Put together from its parts' texts: of very many findings all their values at once would take
 // several times the room.
 std::string reportAsJson(const Report& report, const std::vector<Comparison>& comparisons) {
-    std::string out = fmt::format(R"({{"files":{},"findings":[)", Json(report.files).text());
+    Json begin = newDocument();
+    begin.add("files", Json(report.files));
+    std::string out = begin.text();
+    out.pop_back(); // the findings follow one by one
+    out += R"(,"findings":[)";
     for (const Finding& finding : report.findings) {
         out.append(&finding == report.findings.data() ? "" : ",");
         out += Json{{"file", finding.file},
@@ -153,7 +158,9 @@ std::string rulesAsJson() {
         list.push_back(Json{{"rule", each.id},
                             {"severity", severityName(each.severity)},
                             {"summary", each.summary}});
-    return Json{{"rules", std::move(list)}}.line();
+    Json whole = newDocument();
+    whole.add("rules", std::move(list));
+    return whole.line();
 }
 
 } // namespace tavctl::lint

@@ -69,11 +69,11 @@ std::string namesAsTable(const NameFile& file, const Survey* survey, bool verbos
 Json namesAsJson(const NameFile& file, const Survey* survey) {
     Json names = Json::array();
     for (const NameEntry& entry : file.entries())
-        names.push_back(Json{{"terminalName", entry.terminalName},
+        names.push_back(Json{{"name", entry.terminalName},
                              {"model", entry.model},
                              {"slotPath", entry.slotPath},
                              {"presence", presenceJson(presence(entry, survey))}});
-    return Json{{"names", std::move(names)}};
+    return names;
 }
 
 std::string problemsAsText(const std::vector<NameProblem>& problems, const std::string& path) {
@@ -95,9 +95,9 @@ Json problemsAsJson(const std::vector<NameProblem>& problems, const std::string&
                             {"file", path},
                             {"line", problem.line},
                             {"slotPath", problem.slotPath},
-                            {"terminalName", problem.terminalName},
+                            {"name", problem.terminalName},
                             {"message", problem.message}});
-    return Json{{"problems", std::move(list)}};
+    return list;
 }
 
 std::string forecastsAsTable(const std::vector<NameForecast>& forecasts, bool verbose) {
@@ -115,12 +115,12 @@ Json forecastsAsJson(const std::vector<NameForecast>& forecasts) {
     Json list = Json::array();
     for (const NameForecast& forecast : forecasts)
         list.push_back(
-            Json{{"terminalName", forecast.terminalName},
+            Json{{"name", forecast.terminalName},
                  {"change", changeName(forecast.change)},
                  {"before", forecast.before.empty() ? Json(nullptr) : Json(forecast.before)},
                  {"model", forecast.model},
                  {"slotPath", forecast.slotPath}});
-    return Json{{"names", std::move(list)}};
+    return list;
 }
 
 } // namespace tavctl

@@ -1,4 +1,4 @@
-// What tavctl names prints: tables for people, JSON for programs.
+// What tavctl names prints: tables for people, and arrays for programs.
 #pragma once
 
 #include "tavctl/names/nameCheck.h"

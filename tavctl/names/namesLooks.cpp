@@ -5,6 +5,7 @@
 #include "tavctl/host/hostSession.h"
 #include "tavctl/names/nameReport.h"
 #include "tavctl/names/namedDevices.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/print.h"
@@ -34,9 +35,11 @@ Look lookUnlessStored(const NamesOptions& options, const HostSetup& setup) {
     return options.stored ? Look() : lookAtBus(setup);
 }
 
-void printJson(Json whole, const Look& seen) {
-    if (seen.survey)
-        whole.add("leftOut", leftOutJson(seen.leftOut));
+// What was passed over is null where the bus was not looked at.
+void printJson(const char* what, Json list, const Look& seen) {
+    Json whole = newDocument();
+    whole.add("leftOut", seen.survey ? leftOutJson(seen.leftOut) : Json(nullptr));
+    whole.add(what, std::move(list));
     print(whole.line());
 }
 
@@ -63,7 +66,7 @@ ExitStatus listNames(const NamesOptions& options) {
     const NameFile file = readStored(path);
     const Look seen = lookUnlessStored(options, setup);
     if (options.common.json)
-        printJson(namesAsJson(file, pointerTo(seen.survey)), seen);
+        printJson("names", namesAsJson(file, pointerTo(seen.survey)), seen);
     else if (file.entries().empty())
         complain(fmt::format("no names are stored in {}", platform::utf8Text(path)));
     else
@@ -78,7 +81,7 @@ ExitStatus checkStoredNames(const NamesOptions& options) {
     const Look seen = lookUnlessStored(options, setup);
     const auto problems = checkNames(file, pointerTo(seen.survey));
     if (options.common.json)
-        printJson(problemsAsJson(problems, platform::utf8Text(path)), seen);
+        printJson("problems", problemsAsJson(problems, platform::utf8Text(path)), seen);
     else
         print(problemsAsText(problems, platform::utf8Text(path)));
     if (problems.empty() && !options.common.json)
@@ -108,7 +111,7 @@ ExitStatus previewNames(const NamesOptions& options) {
     const auto forecasts = forecastNames(file, pointerTo(now), *then.survey);
 
     if (options.common.json)
-        printJson(forecastsAsJson(forecasts), then);
+        printJson("names", forecastsAsJson(forecasts), then);
     else if (forecasts.empty())
         complain("no described device is present on this bus");
     else

@@ -9,8 +9,8 @@
 #include "tavctl/names/nameLoss.h"
 #include "tavctl/names/nameReport.h"
 #include "tavctl/names/namedDevices.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/failure.h"
-#include "tavctl/words/json.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
 
@@ -24,9 +24,11 @@ namespace fs = std::filesystem;
 
 void report(const NamesOptions& options, const char* what, std::size_t count,
             const std::string& where) {
-    if (options.common.json)
-        print(Json{{what, count}}.line());
-    else
+    if (options.common.json) {
+        Json whole = newDocument();
+        whole.add(what, count);
+        print(whole.line());
+    } else
         print(fmt::format("{} {}: {}\n", what, counted(count, "name"), where));
 }
 

@@ -1,6 +1,7 @@
 #include "tavctl/words/failure.h"
 
 #include "pxidrivertools/configuration.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/printable.h"
@@ -31,18 +32,19 @@ std::string plainText(const Failure& failure, bool debug) {
 }
 
 std::string jsonText(const Failure& failure) {
-    Json error{
-        {"operation", failure.operation}, {"object", failure.object}, {"reason", failure.reason}};
-    if (failure.status) {
-        error.add("status", *failure.status);
-        error.add("statusHex", hexadecimalStatus(*failure.status));
-        error.add("statusWords", statusWords(*failure.status));
-    }
-    if (!failure.hint.empty())
-        error.add("see", failure.hint);
-    if (auto record = Json::parsedObject(failure.record))
-        error.add("record", std::move(*record));
-    return Json{{"error", std::move(error)}}.line();
+    const auto& status = failure.status;
+    auto record = Json::parsedObject(failure.record);
+    Json whole = newDocument();
+    whole.add("error",
+              Json{{"operation", failure.operation},
+                   {"object", failure.object},
+                   {"reason", failure.reason},
+                   {"status", status ? Json(*status) : Json(nullptr)},
+                   {"statusHex", status ? Json(hexadecimalStatus(*status)) : Json(nullptr)},
+                   {"statusWords", status ? Json(statusWords(*status)) : Json(nullptr)},
+                   {"see", textOrNull(failure.hint)},
+                   {"record", record ? std::move(*record) : Json(nullptr)}});
+    return whole.line();
 }
 
 } // namespace

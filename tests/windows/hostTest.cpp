@@ -215,7 +215,7 @@ TEST(WindowsCommandLine, TheToolWorksOnFilesOutsideTheCodePage) {
                         folder.path() / "output");
     };
     const std::string expected = list(kDump, fs::path(TAV_SOURCE_DIR) / "descriptions");
-    EXPECT_NE(expected.find("\"terminalName\":\"TAV1\""), std::string::npos) << expected;
+    EXPECT_NE(expected.find("\"name\":\"TAV1\""), std::string::npos) << expected;
     EXPECT_EQ(list(strange / L"\u03A9.dump", strange / "descriptions"), expected);
 }
 

@@ -31,10 +31,11 @@ TEST(NamesCommand, ListsNamesOfAbsentDevicesAsJsonAndAsTable) {
     names.store(
         "[MR00:00,28]\nModel = TAV-B3 Switch Box\nTerminalName = TAV1\n[MR00:77]\nModel=X\n");
     EXPECT_EQ(outputOf("names --json " + names.options),
-              R"({"names":[{"terminalName":"TAV1","model":"TAV-B3 Switch Box",)"
-              R"("slotPath":"MR00:00,28","presence":"present"},{"terminalName":"","model":"X",)"
-              R"("slotPath":"MR00:77","presence":"absent"}],)"
-              R"("leftOut":{"otherDomains":0,"dead":0,"unreadable":0,"headerOnly":0}})"
+              R"({"version":1,)"
+              R"("leftOut":{"otherDomains":0,"dead":0,"unreadable":0,"headerOnly":0},)"
+              R"("names":[{"name":"TAV1","model":"TAV-B3 Switch Box",)"
+              R"("slotPath":"MR00:00,28","presence":"present"},{"name":"","model":"X",)"
+              R"("slotPath":"MR00:77","presence":"absent"}]})"
               "\n");
     EXPECT_EQ(outputOf("names " + names.options), "NAME  PRESENT  MODEL              SLOT PATH\n"
                                                   "TAV1  yes      TAV-B3 Switch Box  MR00:00,28\n"
@@ -58,8 +59,8 @@ TEST(NamesCommand, CheckExitsWithOneWhenItFindsSomething) {
                      file + ":4: [MR00:77] TAV1: duplicate: this is the name of MR00:00,20 too\n" +
                          file + ":4: [MR00:77] TAV1: stale: no device is in this slot\n"));
     EXPECT_TRUE(says(runTavctl("names check --stored --json " + names.options), 1,
-                     R"({"problems":[{"kind":"duplicate","file":")" + file +
-                         R"(","line":4,"slotPath":"MR00:77","terminalName":"TAV1",)"
+                     R"({"version":1,"leftOut":null,"problems":[{"kind":"duplicate","file":")" + file +
+                         R"(","line":4,"slotPath":"MR00:77","name":"TAV1",)"
                          R"("message":"this is the name of MR00:00,20 too"}]})"
                          "\n"));
 }
@@ -84,7 +85,7 @@ TEST(NamesCommand, RestoreWorksOnAFreshFolder) {
         names.folder.write("saved.ini", "[MR00:00,20]\nModel = TAV-B3 Switch Box\nTerminalName = "
                                         "TAV7\n");
     EXPECT_TRUE(says(runTavctl("names restore --json " + saved + " " + names.options), 0,
-                     "{\"restored\":1}\n"));
+                     "{\"version\":1,\"restored\":1}\n"));
     EXPECT_TRUE(
         says(runTavctl("list " + names.options), 0, "TAV7      TAV-B3 Switch Box       01:00"));
 }
@@ -156,7 +157,7 @@ TEST(NamesCommand, PreviewOfAnotherBusAsJson) {
     const std::string empty = names.folder.write("empty.dump", "");
     const auto result = runTavctl("names preview --json --new-dump " + empty + " " + names.options);
     EXPECT_TRUE(says(result, 1,
-                     R"({"names":[{"terminalName":"TAV1","change":"gone","before":null,)"
+                     R"("names":[{"name":"TAV1","change":"gone","before":null,)"
                      R"("model":"TAV-B3 Switch Box","slotPath":"MR00:00,20"},)"));
 }
 

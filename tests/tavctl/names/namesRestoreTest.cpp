@@ -80,7 +80,7 @@ TEST_F(NamesRestore, OfWhatIsThereChangesNothing) {
     const auto time = fs::last_write_time(names_.folder.file("state/zotavpci.ini"));
     EXPECT_TRUE(says(run("restore " + saved), 0, " holds these names already\n"));
     EXPECT_EQ(outputOf("names restore --force --json " + saved + " " + names_.options),
-              "{\"restored\":0}\n");
+              "{\"version\":1,\"restored\":0}\n");
     EXPECT_EQ(fs::last_write_time(names_.folder.file("state/zotavpci.ini")), time);
     EXPECT_FALSE(hasBefore());
 }
@@ -112,7 +112,7 @@ TEST_F(NamesRestore, IsUndoneAndDoneAgain) {
                      "restored 4 names: " + names_.folder.file("state/zotavpci.ini") + "\n"));
     EXPECT_EQ(names_.stored(), first_);
     EXPECT_EQ(before(), kOtherNames);
-    EXPECT_TRUE(says(run("undo --json"), 0, "{\"restored\":1}\n"));
+    EXPECT_TRUE(says(run("undo --json"), 0, "{\"version\":1,\"restored\":1}\n"));
     EXPECT_EQ(names_.stored(), kOtherNames);
     EXPECT_EQ(before(), first_);
     std::size_t files = 0;
