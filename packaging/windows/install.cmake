@@ -38,3 +38,5 @@ tav_install_text(include ${PROJECT_SOURCE_DIR}/include/tavPlugin.h
 tav_install_text("descriptions/PCI Hardware Descriptions" ${descriptions})
 tav_install_text(samples ${PROJECT_SOURCE_DIR}/samples/switchboxes.dump)
 tav_install_text(docs ${PROJECT_SOURCE_DIR}/docs/descriptions.md)
+file(GLOB schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/schema/*.json")
+tav_install_text(docs/schema ${schemas})

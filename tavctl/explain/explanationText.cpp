@@ -25,19 +25,6 @@ std::string_view resultName(Step::Result result) {
     }
 }
 
-std::string_view outcomeName(Outcome outcome) {
-    switch (outcome) {
-    case Outcome::listed:
-        return "listed";
-    case Outcome::rejected:
-        return "not listed";
-    case Outcome::partOfOther:
-        return "part of another";
-    default:
-        return "not reached";
-    }
-}
-
 // A text behind a head of its own in the first line, indented alike in the following ones.
 std::string hanging(std::string_view head, std::string_view text) {
     std::string lines = wrapped(text, head.size());
@@ -166,6 +153,33 @@ std::string fullAddress(const nZoTavManagerPciPlugin_15_0::tBusAddress& address)
     return "0000:" + addressText(address);
 }
 
+// What people read are a column's words; programs get names.
+const char* resultWord(Step::Result result) {
+    switch (result) {
+    case Step::Result::met:
+        return "met";
+    case Step::Result::failed:
+        return "failed";
+    case Step::Result::noted:
+        break;
+    }
+    return "noted";
+}
+
+const char* outcomeWord(Outcome outcome) {
+    switch (outcome) {
+    case Outcome::listed:
+        return "listed";
+    case Outcome::rejected:
+        return "rejected";
+    case Outcome::partOfOther:
+        return "partOfOther";
+    case Outcome::notReached:
+        break;
+    }
+    return "notReached";
+}
+
 Json changesJson(const std::vector<Change>& changes) {
     Json list = Json::array();
     for (const Change& change : changes)
@@ -180,7 +194,7 @@ Json candidateJson(const Candidate& candidate) {
     Json steps = Json::array();
     for (const Step& step : candidate.steps)
         steps.push_back(
-            Json{{"result", resultName(step.result)},
+            Json{{"result", resultWord(step.result)},
                  {"condition", step.condition},
                  {"expected", step.expected},
                  {"found", step.found},
@@ -188,7 +202,7 @@ Json candidateJson(const Candidate& candidate) {
     return Json{{"address", fullAddress(candidate.address)},
                 {"slotPath", candidate.slotPath},
                 {"anchor", candidate.anchor},
-                {"outcome", outcomeName(candidate.outcome)},
+                {"outcome", outcomeWord(candidate.outcome)},
                 {"reported", candidate.outcome == Outcome::listed
                                  ? Json(fullAddress(candidate.reported))
                                  : Json(nullptr)},

@@ -14,8 +14,13 @@ inline std::vector<std::string> looksAtMachine() {
     return {"list",
             "list -v",
             "list --json",
+            "list --all",
+            "list TAV1",
+            "where 06:00.0",
+            "where 06:00.0 --json",
             "tree",
             "tree -n",
+            "tree TAV1",
             "tree --json",
             "tree -s 01:00.0",
             "tree --model TAV",
@@ -25,9 +30,12 @@ inline std::vector<std::string> looksAtMachine() {
             "draw --front",
             "explain",
             "explain --json",
+            "explain TAV1",
             "explain 'TAV-B3 Switch Box'",
             "describe 01:00.0",
             "describe 01:00.0 --json",
+            "describe TAV1",
+            "completion devices",
             "record",
             "record --scrub",
             "names",
@@ -65,8 +73,8 @@ inline std::vector<std::string> looksAtNothing() {
         "--help",          "--version",      "lint --rules",    "lint --rules --json",
         "completion bash", "completion zsh", "completion fish", "completion powershell"};
     for (const char* command :
-         {"list", "tree", "draw", "lint", "explain", "describe", "record", "names", "names rename",
-          "names forget", "names restore", "completion"})
+         {"list", "where", "tree", "draw", "lint", "explain", "describe", "record", "names",
+          "names rename", "names forget", "names restore", "completion"})
         forms.push_back(std::string(command) + " --help");
     return forms;
 }

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -91,6 +93,34 @@ TEST_F(Output, OfAFailedCommandLeavesTheFileOfBefore) {
         EXPECT_EQ(folder.file("mine", "edited by hand"), file);
     }
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+// The longest line of what a terminal of that many columns gets; without columns, a pipe.
+std::size_t longestLine(const std::string& form, int columns) {
+    const std::string command = TAVCTL_FILE " " + form + kDump + kDescriptions;
+    const std::string output = columns == 0
+                                   ? outputOf(form + kDump + kDescriptions)
+                                   : testsupport::runCommand("NO_COLOR=1 script -qec 'stty cols " +
+                                                             std::to_string(columns) + "; " +
+                                                             command + " 2>/dev/null' /dev/null")
+                                         .output;
+    std::size_t longest = 0;
+    std::istringstream lines(output);
+    for (std::string line; std::getline(lines, line);)
+        longest = std::max(longest, line.size() - (line.ends_with('\r') ? 1 : 0));
+    return longest;
+}
+
+TEST(OutputOnATerminal, IsAsWideAsItAndUnboundedInAPipe) {
+    const testsupport::TemporaryFolder folder;
+    const std::string ids =
+        folder.file("pci.ids", "8086  " + std::string(200, 'm') + "\n").string();
+    const std::string tree = "tree --pci-ids " + ids + " ";
+    EXPECT_EQ(longestLine(tree, 80), 80U);
+    EXPECT_EQ(longestLine(tree, 200), 200U);
+    EXPECT_GT(longestLine(tree, 0), 200U);
+    EXPECT_EQ(longestLine("list ", 60), 60U);
+    EXPECT_GT(longestLine("list ", 0), 60U);
 }
 
 } // namespace

@@ -86,15 +86,15 @@ Devices listedBy(const json& explanation) {
         for (const json& candidate : model.at("candidates")) {
             const bool failed =
                 std::any_of(candidate.at("steps").begin(), candidate.at("steps").end(),
-                            [](const json& step) { return step.at("result") == "FAIL"; });
+                            [](const json& step) { return step.at("result") == "failed"; });
             if (candidate.at("outcome") == "listed") {
                 EXPECT_FALSE(failed) << candidate;
                 devices.insert(model.at("model").get<std::string>() + " " +
                                candidate.at("reported").get<std::string>().substr(kDomain));
                 ++count;
-            } else if (candidate.at("outcome") == "not listed") {
+            } else if (candidate.at("outcome") == "rejected") {
                 EXPECT_TRUE(failed) << "no reason is given: " << model;
-                EXPECT_EQ(candidate.at("steps").back().at("result"), "FAIL")
+                EXPECT_EQ(candidate.at("steps").back().at("result"), "failed")
                     << "something was tested after the first failure: " << candidate;
             }
         }
@@ -187,7 +187,7 @@ TEST(Explain, AnchorOnARootBusHasNoBridgeAboveIt) {
     const Machine machine{TAV_SOURCE_DIR "/samples/switchboxes.dump", folder + "/descriptions"};
     const json whole = machine.explained();
     const json& step = whole.at("models").at(0).at("candidates").at(0).at("steps").at(0);
-    EXPECT_EQ(step.at("result"), "FAIL");
+    EXPECT_EQ(step.at("result"), "failed");
     EXPECT_EQ(step.at("condition"), "a bridge stands above it");
     EXPECT_EQ(step.at("found"), "none, since bus 00 is a root bus");
 }
@@ -432,7 +432,7 @@ bool proposesLabels(const json& candidate) {
 TEST(Explain, LabelsThatAnotherBoxIsListedWithAreNotToBeChanged) {
     const json model = Described(twoBoxes(true, false), boxAt("8232", "d0f0")).model();
     const json& candidate = model.at("candidates").at(1);
-    EXPECT_EQ(candidate.at("outcome"), "not listed");
+    EXPECT_EQ(candidate.at("outcome"), "rejected");
     EXPECT_FALSE(proposesLabels(candidate)) << candidate;
     EXPECT_EQ(candidate.at("hint"),
               "01:00.0 is a box of this model that comes out even with these labels, so no others "
@@ -525,22 +525,22 @@ TEST(Explain, NearestMissComesFirst) {
     for (const json& candidate : model.at("candidates")) {
         addresses += candidate.at("address").get<std::string>().substr(kDomain) + " " +
                      candidate.at("outcome").get<std::string>() + "\n";
-        if (candidate.at("outcome") != "not listed")
+        if (candidate.at("outcome") != "rejected")
             continue;
         std::size_t met = 0;
         for (const json& step : candidate.at("steps"))
-            met += step.at("result") == "ok" ? 1U : 0U;
+            met += step.at("result") == "met" ? 1U : 0U;
         EXPECT_LE(met, before) << candidate;
         before = met;
     }
     // What came equally near stands as on the bus, ports that are tried for boxes included.
     EXPECT_EQ(addresses, "09:00.0 listed\n"
-                         "06:00.0 not listed\n"
-                         "01:00.0 not listed\n"
-                         "03:00.0 not listed\n"
-                         "07:00.0 not listed\n"
-                         "0a:00.0 part of another\n"
-                         "0a:01.0 part of another\n");
+                         "06:00.0 rejected\n"
+                         "01:00.0 rejected\n"
+                         "03:00.0 rejected\n"
+                         "07:00.0 rejected\n"
+                         "0a:00.0 partOfOther\n"
+                         "0a:01.0 partOfOther\n");
 }
 
 TEST(Explain, SaysWhereTheCandidateIsAllThatWasFound) {
@@ -612,7 +612,7 @@ TEST(Explain, DeviceOfAnAlternateAnchorIsLookedForFromAnotherOnesSlotPath) {
     EXPECT_EQ(second.at("slotPath"), "MR00:00,10");
     EXPECT_EQ(second.at("steps").at(0).at("condition"), "a bridge stands above it");
     const json& noted = second.at("steps").at(1);
-    EXPECT_EQ(noted.at("result"), "note");
+    EXPECT_EQ(noted.at("result"), "noted");
     EXPECT_EQ(noted.at("condition"), "its places are looked for from its own slot path");
     EXPECT_EQ(noted.at("expected"), "MR00:00,10");
     EXPECT_EQ(noted.at("found"), "MR00:00,08, that of another anchor of the model");
@@ -634,7 +634,7 @@ TEST(Explain, ModelThatIsToHaveNoNameGetsNoTerminalName) {
     std::string text = boxAt("8232", "d0f0");
     text.replace(text.find("Box"), 3, "_");
     const json model = Described(boxAndCard(), text).model();
-    EXPECT_EQ(lastStep(model).at("result"), "FAIL");
+    EXPECT_EQ(lastStep(model).at("result"), "failed");
     EXPECT_EQ(lastStep(model).at("condition"), "a terminal name can be given");
     EXPECT_EQ(lastStep(model).at("expected"), "no failure");
     EXPECT_EQ(lastStep(model).at("found"), model.at("failure"));
@@ -764,7 +764,7 @@ TEST(Explain, AgreesWithThePluginOnGeneratedMachines) {
         tally.listed += listed->size();
         for (const json& model : explanation.at("models")) {
             for (const json& candidate : model.at("candidates"))
-                tally.rejected += candidate.at("outcome") == "not listed" ? 1U : 0U;
+                tally.rejected += candidate.at("outcome") == "rejected" ? 1U : 0U;
             if (i < 60) {
                 ASSERT_NO_FATAL_FAILURE(
                     expectChangesWork(machine, model.at("file").get<std::string>(), model, tally));
