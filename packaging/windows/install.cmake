@@ -37,6 +37,6 @@ tav_install_text(include ${PROJECT_SOURCE_DIR}/include/tavPlugin.h
                  ${PROJECT_SOURCE_DIR}/zopcibrd/zopcibrd.h ${PROJECT_SOURCE_DIR}/source/exports.def)
 tav_install_text("descriptions/PCI Hardware Descriptions" ${descriptions})
 tav_install_text(samples ${PROJECT_SOURCE_DIR}/samples/switchboxes.dump)
-tav_install_text(docs ${PROJECT_SOURCE_DIR}/docs/descriptions.md)
+tav_install_text(docs ${PROJECT_SOURCE_DIR}/docs/descriptions.md ${PROJECT_SOURCE_DIR}/docs/rack.md)
 file(GLOB schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/schema/*.json")
 tav_install_text(docs/schema ${schemas})

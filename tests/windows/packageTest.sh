@@ -24,9 +24,10 @@ folders=(*)
 cd "${folders[0]}"
 
 {
-    printf '%s\n' README.txt docs/descriptions.md include/{tavPlugin.h,zopcibrd.h,zotavpci.def} \
+    printf '%s\n' README.txt docs/{descriptions,rack}.md include/{tavPlugin.h,zopcibrd.h,zotavpci.def} \
         samples/switchboxes.dump "$target"/{tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
-    (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini')
+    (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini' &&
+        find docs/schema -name '*.json')
 } | LC_ALL=C sort >"$work/expected"
 find . -type f | sed 's|^\./||' | LC_ALL=C sort >"$work/found"
 diff -u "$work/expected" "$work/found" || fail "the archive does not hold what it should"

@@ -1,5 +1,5 @@
-// Every example of the guide to descriptions prints what the guide says. With TAV_REWRITE_GUIDE set
-// in the environment, what is printed now is what the guide says from then on.
+// Every example of the guides prints what the guide says. With TAV_REWRITE_GUIDE set
+// in the environment, what is printed now is what it says from then on.
 #include "tests/tavctl/documents/guide.h"
 
 #include "tavctl/description/rules.h"
@@ -18,24 +18,32 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const fs::path kGuide = fs::path(TAV_SOURCE_DIR) / "docs" / "descriptions.md";
+const fs::path kGuides = fs::path(TAV_SOURCE_DIR) / "docs";
 
-TEST(DescriptionGuide, EveryExamplePrintsWhatItSays) {
+void expectExamples(const fs::path& file, std::size_t commands) {
     const testsupport::TemporaryFolder folder;
     for (const char* name : {"samples", "descriptions"})
         fs::create_directory_symlink(fs::path(TAV_SOURCE_DIR) / name, folder.path() / name);
-    const std::string text = testsupport::fileText(kGuide);
+    const std::string text = testsupport::fileText(file);
     const testtavctl::Guide guide(text);
-    EXPECT_GT(guide.commands(), 10U);
+    EXPECT_GE(guide.commands(), commands);
     const std::string now = guide.run(folder.path(), fs::path(TAVCTL_FILE).parent_path());
     if (std::getenv("TAV_REWRITE_GUIDE") != nullptr)
-        std::ofstream(kGuide, std::ios::binary) << now;
+        std::ofstream(file, std::ios::binary) << now;
     else
         EXPECT_EQ(now, text);
 }
 
+TEST(DescriptionGuide, EveryExamplePrintsWhatItSays) {
+    expectExamples(kGuides / "descriptions.md", 11);
+}
+
+TEST(RackGuide, EveryExamplePrintsWhatItSays) {
+    expectExamples(kGuides / "rack.md", 11);
+}
+
 TEST(DescriptionGuide, TellsOfEveryRule) {
-    const std::string text = testsupport::fileText(kGuide);
+    const std::string text = testsupport::fileText(kGuides / "descriptions.md");
     for (const auto& rule : tavctl::lint::rules())
         EXPECT_NE(text.find(" " + std::string(rule.id) + " "), std::string::npos) << rule.id;
 }
