@@ -13,7 +13,7 @@ using pcibus::PortType;
 bool leadsToLinks(const DomainBus& domain, const PciFunction& bridge) {
     const auto children = domain.bus().childrenOf(bridge);
     return std::any_of(children.begin(), children.end(), [&](std::uint32_t child) {
-        return domain.linkOf(*domain.bus().find(child)).maximumWidth != 0;
+        return domain.linkOf(*domain.bus().find(child)).isKnown();
     });
 }
 
@@ -25,7 +25,7 @@ PortType portTypeOf(const DomainBus& domain, const PciFunction& bridge) {
     const bool isMisplaced = link.port == PortType::rootPort && above != nullptr;
     if (link.port != PortType::unknown && !isMisplaced)
         return link.port;
-    if (link.maximumWidth == 0)
+    if (!link.isKnown())
         return PortType::unknown;
     if (above == nullptr)
         return PortType::rootPort;

@@ -8,6 +8,8 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+
 namespace {
 
 using namespace tavctl;
@@ -68,6 +70,23 @@ TEST(LinkState, IsKnownFromSysfsToAnOrdinaryUser) {
     EXPECT_EQ(machine.below(whole, machine.root), "x4 of x8 8 GT/s");
     EXPECT_EQ(machine.below(whole, machine.up), "");
     EXPECT_EQ(machine.below(whole, machine.down), "x4 5 GT/s");
+}
+
+// As ports that leave their capabilities empty and run all the same.
+TEST(LinkState, IsKnownToAnOrdinaryUserOfPortsThatTellNoMost) {
+    LinkMachine machine;
+    machine.bus.setRunningLink(machine.down, 1, 1);
+    const testsupport::TemporaryFolder folder;
+    machine.bus.writeSysfs(folder.path(), testsupport::kHeaderBytes);
+    for (const BusBuilder::Node port : {machine.down, machine.empty}) {
+        const auto files =
+            folder.path() / "bus/pci/devices" / ("0000:" + machine.bus.address(port));
+        std::ofstream(files / "max_link_width") << "0\n";
+        std::ofstream(files / "max_link_speed") << "Unknown\n";
+    }
+    const WholeBus whole = readWholeBus(folder.path().string());
+    EXPECT_EQ(machine.below(whole, machine.up), "");
+    EXPECT_EQ(machine.below(whole, machine.down), "x1 2.5 GT/s");
 }
 
 TEST(LinkState, OfAHeaderAloneIsNotKnown) {
