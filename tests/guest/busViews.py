@@ -20,14 +20,22 @@ SYSFS_COMMAND = (
     " if [ -e $each/$name ]; then read -r value <$each/$name; echo $each $name $value; fi;"
     " done; done")
 
-# Copies the files that make up a bus, as a folder that stands for /sys. A bridge of the old kind has
-# no link, and some functions no subsystem, so some copies fail.
+# Copies the files that make up a bus, and the links to what is driven through it, as a folder that
+# stands for /sys. A bridge of the old kind has no link, and some functions no subsystem, so some
+# copies fail.
 COPY_COMMAND = (
     "mkdir -p /tmp/copy/bus/pci/devices && cd /sys/bus/pci/devices && for each in *; do"
     " to=/tmp/copy/bus/pci/devices/$each; mkdir -p $to;"
     " cp $each/config $each/subsystem_vendor $each/subsystem_device $each/max_link_width"
-    " $each/max_link_speed $to 2>/dev/null;"
-    " done; tar -cz -C /tmp/copy . | base64; rm -rf /tmp/copy")
+    " $each/max_link_speed $each/current_link_width $each/current_link_speed $to 2>/dev/null;"
+    " done;"
+    " for each in /sys/class/*/*; do"
+    " case $each in /sys/class/pci_bus/*) continue; esac;"
+    " cd -P $each 2>/dev/null || continue;"
+    " case $PWD in /sys/devices/pci*)"
+    " kind=/tmp/copy${each#/sys}; kind=${kind%/*};"
+    " mkdir -p $kind /tmp/copy${PWD#/sys}; cp -P $each $kind;"
+    " esac; done; tar -cz -C /tmp/copy . | base64; rm -rf /tmp/copy")
 
 # The complaint that there are no modules to name is of no interest here.
 LSPCI_COMMAND = "lspci -D -n -vv 2>/dev/null"
@@ -82,3 +90,30 @@ def seen_by_kernel(text):
                      identifier(files, "subsystem_device"),
                      secondary(files), width(files), speed(files))
             for address, files in sorted(functions.items())]
+
+
+def links_by_bus(text):
+    """The links that ports lead down, by the number of the bus below, as (width, speed): what
+    LSPCI_COMMAND prints of how they run. A link on which nothing answers is none.
+    """
+    links = {}
+    blocks = text.strip().split("\n\n")
+    buses = {int(re.match(r"0000:(..)", block)[1], 16) for block in blocks}
+    for block in blocks:
+        bus = re.search(r"^\tBus: .*secondary=([0-9a-f]{2})", block, re.MULTILINE)
+        port = re.search(r"Express .*(?:Root Port|Downstream Port)", block)
+        runs = re.search(r"LnkSta:\s+Speed ([^,\s]*?)(?:GT/s)?(?: \(\w+\))?, Width x(\d+)", block)
+        if bus and port and runs and int(bus[1], 16) in buses:
+            links[int(bus[1], 16)] = (int(runs[2]), SPEEDS[runs[1]])
+    return links
+
+
+def links_of_listing(listing):
+    """Each link that tavctl lists, as (name and connector, bus below, width, speed)."""
+    return [(f"{device['name'].rstrip('*')} {what}", bus, link["negotiatedWidth"],
+             link["negotiatedSpeed"])
+            for device in listing["devices"]
+            for what, bus, link in
+            [("upstream", device["upstreamBus"], device["upstreamLink"]),
+             *((port["label"], port["secondaryBus"], port) for port in device["ports"])]
+            if bus is not None]

@@ -119,10 +119,11 @@ class Steps:
         file = self._work_file("bus.dump")
         write_text(file, dump)
         copy = self._copied_sysfs()
-        for bus in (file, copy):
-            self._check_recorded(bus, expected, names_before, names)
+        recorded = [self._check_recorded(bus, expected, names_before, names)
+                    for bus in (file, copy)]
         self._check_views(file, copy)
-        self.last_check = samples.Sample(self.machine, dump, expected, names_before, names)
+        self._check_links(*recorded)
+        self.last_check = samples.Sample(self.machine, dump, recorded[0], names_before, names)
         self.checks += 1
 
     def _copied_sysfs(self):
@@ -138,6 +139,7 @@ class Steps:
         return folder
 
     def _check_recorded(self, bus, expected, names_before, names):
+        """Answers what is listed of a recording, in full."""
         with tempfile.TemporaryDirectory(prefix="state-") as state:
             name_file = Path(state, "zotavpci.ini")
             if names_before is not None:
@@ -147,6 +149,7 @@ class Steps:
             self._same(expected, self._devices(listed), f"listing of {bus.name}, recorded")
             self._same(names, read_text(name_file) if name_file.exists() else None,
                        f"names after listing {bus.name}, recorded, against the guest's")
+            return json.loads(listed)
 
     def _check_views(self, *recorded):
         lspci = busViews.seen_by_lspci(self.guest.output(busViews.LSPCI_COMMAND))
@@ -161,6 +164,20 @@ class Steps:
         for bus in recorded:
             self._same(lspci, self._host("busReport", bus).splitlines(),
                        f"{bus.name}, recorded, is not lspci's")
+
+    def _check_links(self, *recorded):
+        """How the links run is the same for everybody, and what lspci sees."""
+        links = busViews.links_by_bus(self.guest.output(busViews.LSPCI_COMMAND))
+        listings = list(recorded)
+        for user in ("", "user"):
+            answer = self._run_as(user, "tavctl list --json")
+            if answer.status != 0:
+                raise self.guest.error(f"tavctl for {user or 'root'}: {answer.errors}")
+            listings.append(json.loads(answer.output))
+        for listing in listings:
+            listed = busViews.links_of_listing(listing)
+            self._same([[what, bus, *links.get(bus, (None, None))] for what, bus, _, _ in listed],
+                       [list(each) for each in listed], "the links as they run")
 
     def step_names(self, rest):
         self._same(read_text(self.machine.path / rest), self._names(),
