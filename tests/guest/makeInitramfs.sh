@@ -13,5 +13,12 @@ for file in tavctl zotavpci.so zopcibrd.so busReport residentHost; do
     strip --strip-debug -o "$stripped/$file" "$programs/$file"
     files+=("$stripped/$file=/opt/tav/$file")
 done
+# A driver of network cards, which the kernel has not within; those of disks and terminals it has.
+kernel=${GUEST_KERNEL:-$(find /boot -maxdepth 1 -name 'vmlinuz-*-cloud-amd64' | sort -V | tail -n 1)}
+driver=/lib/modules/${kernel#*/vmlinuz-}/kernel/drivers/net/vmxnet3/vmxnet3.ko
+if [ ! -e "$driver" ] && [ -e "$driver.xz" ]; then
+    xz -dc "$driver.xz" >"$stripped/vmxnet3.ko"
+    driver=$stripped/vmxnet3.ko
+fi
 "$here/../../scripts/guest-initramfs.sh" "$out" "$here/agent.sh" \
-    "$(command -v lspci)=/bin/lspci" "${files[@]}"
+    "$(command -v lspci)=/bin/lspci" "$driver=/lib/vmxnet3.ko" "${files[@]}"

@@ -219,6 +219,28 @@ class Steps:
     def step_user(self, rest):
         self._compare_answer("user", rest)
 
+    def step_where(self, rest):
+        what, arrow, expected = rest.partition(" -> ")
+        if not arrow:
+            raise GuestError("a where step is WHAT -> LINE")
+        if self.last_check is None:
+            raise GuestError("where needs a check before it, for the copy of /sys")
+        # Without the names of vendors, which are the machine's own.
+        command = ["tavctl", "where", what, "--pci-ids", "/dev/null"]
+        for user in ("", "user"):
+            answer = self._run_as(user, " ".join(command))
+            self._same([expected, "exit status 0"],
+                       (answer.output + answer.errors + f"exit status {answer.status}").splitlines(),
+                       f"{what} for {user or 'root'}")
+        # A path is one of the machine at hand.
+        if what.startswith("/sys"):
+            return
+        with tempfile.TemporaryDirectory(prefix="state-") as state:
+            write_text(Path(state, "zotavpci.ini"), self.last_check.names)
+            told = self._host(*command, "--dump", self._work_file("sys"), "--descriptions",
+                              self.machine.descriptions, "--state", state)
+        self._same([expected], told.splitlines(), f"{what} on the copied /sys")
+
     def _compare_answer(self, user, rest):
         file, _, command = rest.partition(" ")
         answer = self._run_as(user, command)
