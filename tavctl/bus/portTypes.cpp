@@ -1,6 +1,8 @@
 #include "tavctl/bus/portTypes.h"
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace tavctl {
 
@@ -17,19 +19,22 @@ bool leadsToLinks(const DomainBus& domain, const PciFunction& bridge) {
     });
 }
 
-} // namespace
-
-PortType portTypeOf(const DomainBus& domain, const PciFunction& bridge) {
+// Nothing where that depends on what the bridge above is.
+std::optional<PortType> typeByItself(const DomainBus& domain, const PciFunction& bridge) {
     const pcibus::Link& link = domain.linkOf(bridge);
-    const PciFunction* const above = domain.bus().parentOfBus(bridge.bus);
-    const bool isMisplaced = link.port == PortType::rootPort && above != nullptr;
+    const bool isOnRootBus = domain.bus().parentOfBus(bridge.bus) == nullptr;
+    const bool isMisplaced = link.port == PortType::rootPort && !isOnRootBus;
     if (link.port != PortType::unknown && !isMisplaced)
         return link.port;
     if (!link.isKnown())
         return PortType::unknown;
-    if (above == nullptr)
+    if (isOnRootBus)
         return PortType::rootPort;
-    switch (portTypeOf(domain, *above)) {
+    return std::nullopt;
+}
+
+PortType typeBelow(PortType above, const DomainBus& domain, const PciFunction& bridge) {
+    switch (above) {
     case PortType::rootPort:
     case PortType::downstreamPort:
         return leadsToLinks(domain, bridge) ? PortType::upstreamPort : PortType::unknown;
@@ -40,6 +45,21 @@ PortType portTypeOf(const DomainBus& domain, const PciFunction& bridge) {
         break;
     }
     return PortType::unknown;
+}
+
+} // namespace
+
+PortType portTypeOf(const DomainBus& domain, const PciFunction& bridge) {
+    std::vector<const PciFunction*> undecided; // upwards
+    const PciFunction* at = &bridge;
+    std::optional<PortType> type = typeByItself(domain, *at);
+    for (; !type; type = typeByItself(domain, *at)) {
+        undecided.push_back(at);
+        at = domain.bus().parentOfBus(at->bus);
+    }
+    for (; !undecided.empty(); undecided.pop_back())
+        type = typeBelow(*type, domain, *undecided.back());
+    return *type;
 }
 
 } // namespace tavctl

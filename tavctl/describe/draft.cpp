@@ -58,13 +58,20 @@ public:
               const DraftRequest& request, Draft& draft)
         : bus_(bus), anchor_(anchor), request_(request), draft_(draft) {}
 
-    void collect(const pcibus::PciFunction& bridge) {
-        for (const std::uint32_t handle : bus_.childrenOf(bridge)) {
-            const pcibus::PciFunction& child = *bus_.findBridge(handle);
+    void collect() {
+        std::vector<std::uint32_t> waiting; // the next one last
+        const auto addBelow = [&](const pcibus::PciFunction& bridge) {
+            const auto children = bus_.childrenOf(bridge);
+            waiting.insert(waiting.end(), children.rbegin(), children.rend());
+        };
+        addBelow(anchor_);
+        while (!waiting.empty()) {
+            const pcibus::PciFunction& child = *bus_.findBridge(waiting.back());
+            waiting.pop_back();
             if (request_.whole && !bus_.childrenOf(child).empty()) {
                 draft_.internalBridges.push_back(draftBridge(
                     bus_, anchor_, child, std::to_string(draft_.internalBridges.size() + 1)));
-                collect(child);
+                addBelow(child);
             } else {
                 addPort(child);
             }
@@ -247,7 +254,7 @@ Draft draftOf(const pcibus::Bus& bus, const pcibus::PciFunction& bridge,
     draft.linkWidthPerLabel = request.linkWidthPerLabel;
     draft.upstreamLabels = numbered("HOST", labelCount(bridge, request.linkWidthPerLabel));
     if (!request.watch)
-        Collector(bus, bridge, request, draft).collect(bridge);
+        Collector(bus, bridge, request, draft).collect();
     return draft;
 }
 

@@ -12,6 +12,34 @@ using pcibus::PciFunction;
 // More would make a tile much higher than it is wide.
 constexpr std::size_t kMostJoined = 4;
 
+// Where a box is led from.
+struct Origin {
+    enum class Kind : std::uint8_t { nothing, boxRow, insideRow, port };
+    Kind kind = Kind::nothing;
+    std::size_t box = 0; // of a bridge, or else of a device
+    std::size_t number = 0;
+};
+
+// What is left to do. A box leads to boxes that lead to boxes, as deep as the bus is, which is too
+// much for the stack of a thread.
+struct Task {
+    enum class Kind : std::uint8_t { bridgeBox, row, separation, device, port };
+    Kind kind = Kind::bridgeBox;
+    Origin origin;                       // of a row and a port: themselves
+    const PciFunction* bridge = nullptr; // of a bridge box: the one above it; null: a root bus
+    std::uint8_t bus = 0;                // of a bridge box
+    std::size_t number = 0;              // of a separation and a device: whose
+
+    static Task rootBox(std::uint8_t root) { return {Kind::bridgeBox, {}, nullptr, root, 0}; }
+    static Task boxBelow(const PciFunction& bridge, const Origin& origin) {
+        return {Kind::bridgeBox, origin, &bridge, bridge.secondaryBus, 0};
+    }
+    static Task rowAt(const Origin& origin) { return {Kind::row, origin, nullptr, 0, 0}; }
+    static Task separation(std::size_t box) { return {Kind::separation, {}, nullptr, 0, box}; }
+    static Task wholeDevice(std::size_t device) { return {Kind::device, {}, nullptr, 0, device}; }
+    static Task portAt(const Origin& origin) { return {Kind::port, origin, nullptr, 0, 0}; }
+};
+
 class Boxes {
 public:
     Boxes(const BusTreeView& view, const Placement& placement) : view_(view) {
@@ -20,13 +48,16 @@ public:
             boxes_.devices[i].isDrawn = placement.devices[i].has_value();
         }
         begun_.resize(boxes_.devices.size());
-        for (const std::uint8_t root : view_.bus().rootBuses())
-            addBox(root, nullptr, view_.bus().functionsOn(root));
+        for (const std::uint8_t root : view_.bus().rootBuses()) {
+            waiting_.push_back(Task::rootBox(root));
+            doAll();
+        }
         // Devices that stand in each other have no place of their own.
         for (std::size_t i = 0; i < boxes_.devices.size(); ++i) {
             if (boxes_.devices[i].isDrawn && !begun_[i]) {
                 boxes_.devices[i].isApart = true;
-                beginDevice(i);
+                waiting_.push_back(Task::wholeDevice(i));
+                doAll();
             }
         }
     }
@@ -64,81 +95,120 @@ private:
     }
 
     [[nodiscard]] bool hasPartBelow(const PciFunction& bridge, std::size_t device) const {
-        const auto below = view_.below(bridge);
-        return std::any_of(below.begin(), below.end(), [&](const PciFunction& function) {
-            return isPartOf(function, device) || hasPartBelow(function, device);
-        });
+        Functions waiting{&bridge};
+        while (!waiting.empty()) {
+            const auto below = view_.below(*waiting.back());
+            waiting.pop_back();
+            for (const PciFunction& function : below) {
+                if (isPartOf(function, device))
+                    return true;
+                waiting.push_back(&function);
+            }
+        }
+        return false;
+    }
+
+    // In the order in which a reader follows the lines: what a box leads to is done, all the way
+    // down, before its next row.
+    void doAll() {
+        while (!waiting_.empty()) {
+            const Task task = waiting_.back();
+            waiting_.pop_back();
+            switch (task.kind) {
+            case Task::Kind::bridgeBox:
+                addBox(task);
+                break;
+            case Task::Kind::row:
+                followRow(task.origin);
+                break;
+            case Task::Kind::separation:
+                separate(boxes_.bridges[task.number]);
+                break;
+            case Task::Kind::device:
+                beginDevice(task.number);
+                break;
+            case Task::Kind::port:
+                followPort(task.origin);
+                break;
+            }
+        }
+    }
+
+    void addRows(Origin::Kind kind, std::size_t box, std::size_t count) {
+        while (count-- > 0)
+            waiting_.push_back(Task::rowAt({kind, box, count}));
     }
 
     // Nothing where nothing is shown.
-    std::optional<std::size_t> addBox(std::uint8_t bus, const PciFunction* bridge,
-                                      std::span<const PciFunction> functions) {
-        const Functions all = shown(functions);
+    void addBox(const Task& task) {
+        const Functions all = task.bridge == nullptr ? shown(view_.bus().functionsOn(task.bus))
+                                                     : shownBelow(*task.bridge);
         if (all.empty())
-            return std::nullopt;
-        const std::size_t box = boxes_.bridges.size();
-        boxes_.bridges.push_back({bus, bridge, {}, bridge == nullptr, false});
-        std::vector<FunctionRow> rows;
+            return;
+        const std::size_t number = boxes_.bridges.size();
+        BridgeBox& box = boxes_.bridges.emplace_back();
+        box.bus = task.bus;
+        box.bridge = task.bridge;
+        box.isApart = task.bridge == nullptr;
         for (const PciFunction* const function : all)
-            rows.push_back(rowOf(*function));
-        boxes_.bridges[box].isList = separate(rows);
-        boxes_.bridges[box].rows = std::move(rows);
-        return box;
+            box.rows.push_back({function, ownerOf(*function), false, std::nullopt});
+        leadTo(number, task.origin);
+        waiting_.push_back(Task::separation(number));
+        addRows(Origin::Kind::boxRow, number, all.size());
     }
 
-    FunctionRow rowOf(const PciFunction& function) {
-        FunctionRow row{&function, ownerOf(function), false, std::nullopt};
-        if (!row.device)
-            row.bridgeBox = addBox(function.secondaryBus, &function, view_.below(function));
-        else if (!begun_[*row.device])
-            row.leadsToDevice = beginDevice(*row.device);
-        return row;
+    void leadTo(std::size_t box, const Origin& origin) {
+        if (origin.kind == Origin::Kind::port)
+            boxes_.devices[origin.box].bridgeBoxes[origin.number] = box;
+        else if (origin.kind != Origin::Kind::nothing)
+            rowAt(origin).bridgeBox = box;
     }
 
-    // Whether it was done: no line leads from these rows then.
-    bool separate(const std::vector<FunctionRow>& rows) {
+    FunctionRow& rowAt(const Origin& origin) {
+        auto& rows = origin.kind == Origin::Kind::boxRow ? boxes_.bridges[origin.box].rows
+                                                         : boxes_.devices[origin.box].inside;
+        return rows[origin.number];
+    }
+
+    void followRow(const Origin& origin) {
+        FunctionRow& row = rowAt(origin);
+        if (row.isOnWay)
+            return;
+        if (!row.device) {
+            waiting_.push_back(Task::boxBelow(*row.function, origin));
+        } else if (!begun_[*row.device]) {
+            row.leadsToDevice = true;
+            waiting_.push_back(Task::wholeDevice(*row.device));
+        }
+    }
+
+    // No line leads from the rows of a box that leads to many.
+    void separate(BridgeBox& box) {
         const auto leads = [](const FunctionRow& row) {
             return row.leadsToDevice || row.bridgeBox;
         };
-        const auto count = std::count_if(rows.begin(), rows.end(), leads);
+        const auto count = std::count_if(box.rows.begin(), box.rows.end(), leads);
         if (static_cast<std::size_t>(count) <= kMostJoined)
-            return false;
-        for (const FunctionRow& row : rows) {
+            return;
+        for (const FunctionRow& row : box.rows) {
             if (row.bridgeBox)
                 boxes_.bridges[*row.bridgeBox].isApart = true;
             if (row.leadsToDevice)
                 boxes_.devices[*row.device].isApart = true;
         }
-        return true;
+        box.isList = true;
     }
 
-    bool beginDevice(std::size_t device) {
+    void beginDevice(std::size_t device) {
         begun_[device] = true;
         const PlacedDevice& placed = view_.devices()[device];
-        std::vector<FunctionRow> inside;
-        std::set<std::uint32_t> seen;
-        for (const std::uint32_t handle : functionsOf(placed)) {
-            const PciFunction* const function = view_.bus().find(handle);
-            if (function != nullptr && !isPortOf(*function, device))
-                addInside(shownBelow(*function), device, seen, inside);
-        }
-        std::vector<std::optional<std::size_t>> boxes;
-        std::vector<std::vector<std::size_t>> devices;
-        for (const PlacedPort& port : placed.ports) {
-            const PciFunction* const bridge =
-                port.bridge ? view_.bus().find(*port.bridge) : nullptr;
-            devices.push_back(bridge == nullptr ? std::vector<std::size_t>()
-                                                : devicesAlone(*bridge));
-            const bool needsBox =
-                bridge != nullptr && devices.back().empty() && isMoreThanALine(*bridge);
-            boxes.push_back(needsBox ? addBox(bridge->secondaryBus, bridge, view_.below(*bridge))
-                                     : std::nullopt);
-        }
         DeviceParts& parts = boxes_.devices[device];
-        parts.inside = std::move(inside);
-        parts.bridgeBoxes = std::move(boxes);
-        parts.devicesInPorts = std::move(devices);
-        return true;
+        parts.inside = rowsInside(device);
+        parts.bridgeBoxes.assign(placed.ports.size(), std::nullopt);
+        parts.devicesInPorts.assign(placed.ports.size(), {});
+        for (std::size_t port = placed.ports.size(); port-- > 0;)
+            waiting_.push_back(Task::portAt({Origin::Kind::port, device, port}));
+        addRows(Origin::Kind::insideRow, device, parts.inside.size());
     }
 
     [[nodiscard]] bool isPortOf(const PciFunction& function, std::size_t device) const {
@@ -148,24 +218,51 @@ private:
         });
     }
 
-    void addInside(const Functions& functions, std::size_t device, std::set<std::uint32_t>& seen,
-                   std::vector<FunctionRow>& inside) {
-        for (const PciFunction* const function : functions) {
-            if (!seen.insert(function->handle()).second || isPortOf(*function, device))
-                continue;
-            if (isPartOf(*function, device)) {
-                addInside(shownBelow(*function), device, seen, inside);
-            } else if (hasPartBelow(*function, device)) {
-                inside.push_back({function, std::nullopt, false, std::nullopt});
-                addInside(shownBelow(*function), device, seen, inside);
-            } else {
-                inside.push_back(rowOf(*function));
+    [[nodiscard]] std::vector<FunctionRow> rowsInside(std::size_t device) const {
+        std::vector<FunctionRow> inside;
+        std::set<std::uint32_t> seen;
+        Functions waiting; // the next one last
+        const auto addBelow = [&](const PciFunction& bridge) {
+            const Functions below = shownBelow(bridge);
+            waiting.insert(waiting.end(), below.rbegin(), below.rend());
+        };
+        for (const std::uint32_t handle : functionsOf(view_.devices()[device])) {
+            const PciFunction* const own = view_.bus().find(handle);
+            if (own != nullptr && !isPortOf(*own, device))
+                addBelow(*own);
+            while (!waiting.empty()) {
+                const PciFunction& function = *waiting.back();
+                waiting.pop_back();
+                if (!seen.insert(function.handle()).second || isPortOf(function, device))
+                    continue;
+                if (isPartOf(function, device)) {
+                    addBelow(function);
+                } else if (hasPartBelow(function, device)) {
+                    inside.push_back({&function, std::nullopt, false, std::nullopt, true});
+                    addBelow(function);
+                } else {
+                    inside.push_back({&function, ownerOf(function), false, std::nullopt});
+                }
             }
         }
+        return inside;
     }
 
-    // The devices in a connector, begun, when they are all that is there.
-    std::vector<std::size_t> devicesAlone(const PciFunction& bridge) {
+    void followPort(const Origin& origin) {
+        const PlacedPort& port = view_.devices()[origin.box].ports[origin.number];
+        const PciFunction* const bridge = port.bridge ? view_.bus().find(*port.bridge) : nullptr;
+        if (bridge == nullptr)
+            return;
+        const std::vector<std::size_t> devices = devicesAlone(*bridge);
+        for (std::size_t i = devices.size(); i-- > 0;)
+            waiting_.push_back(Task::wholeDevice(devices[i]));
+        if (devices.empty() && isMoreThanALine(*bridge))
+            waiting_.push_back(Task::boxBelow(*bridge, origin));
+        boxes_.devices[origin.box].devicesInPorts[origin.number] = devices;
+    }
+
+    // The devices in a connector that are not begun, when devices are all that is there.
+    [[nodiscard]] std::vector<std::size_t> devicesAlone(const PciFunction& bridge) const {
         std::vector<std::size_t> devices;
         for (const PciFunction* const function : shownBelow(bridge)) {
             const auto owner = ownerOf(*function);
@@ -177,8 +274,6 @@ private:
         devices.erase(std::remove_if(devices.begin(), devices.end(),
                                      [&](std::size_t each) { return begun_[each]; }),
                       devices.end());
-        for (const std::size_t each : devices)
-            beginDevice(each);
         return devices;
     }
 
@@ -188,7 +283,8 @@ private:
     }
 
     const BusTreeView& view_;
-    std::vector<bool> begun_; // by device
+    std::vector<bool> begun_;   // by device
+    std::vector<Task> waiting_; // the next one last
     MachineBoxes boxes_;
 };
 

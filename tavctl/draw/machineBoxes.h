@@ -15,6 +15,7 @@ struct FunctionRow {
     std::optional<std::size_t> device;             // that it belongs to; drawn
     bool leadsToDevice = false;                    // to the box of that device
     std::optional<std::size_t> bridgeBox;          // of what is below the function
+    bool isOnWay = false; // to a further part of the device that it stands in: it leads nowhere
 };
 
 // What is on one bus.

@@ -91,16 +91,36 @@ TileSize ownSize(const BoxName& box) {
     return size;
 }
 
-// With everything that lines lead to from it.
-TileSize wholeSize(const BoxName& box) {
+// A box whose lines are followed one after the other, and what was found behind those before. The
+// ones that are begun are as many as the bus is deep, which is too much for the stack of a thread.
+struct Begun {
+    explicit Begun(const BoxName& begun) : box(begun), leads(leadsOf(begun)) {}
+    BoxName box;
+    std::vector<Lead> leads;
+    std::size_t next = 0;
     TileSize behind;
-    for (const Lead& lead : leadsOf(box)) {
-        const TileSize size = wholeSize(lead.to);
-        behind.height += size.height;
-        behind.width = std::max(behind.width, size.width + kBoxDistance);
+};
+
+// With everything that lines lead to from it.
+TileSize wholeSize(const BoxName& uppermost) {
+    std::vector<Begun> begun{Begun(uppermost)};
+    while (true) {
+        Begun& at = begun.back();
+        if (at.next < at.leads.size()) {
+            const BoxName to = at.leads[at.next++].to;
+            begun.emplace_back(to);
+            continue;
+        }
+        const TileSize own = ownSize(at.box);
+        const TileSize whole{own.width + at.behind.width,
+                             std::max(own.height, at.behind.height) + kTileGap};
+        begun.pop_back();
+        if (begun.empty())
+            return whole;
+        TileSize& behind = begun.back().behind;
+        behind.height += whole.height;
+        behind.width = std::max(behind.width, whole.width + kBoxDistance);
     }
-    const TileSize own = ownSize(box);
-    return {own.width + behind.width, std::max(own.height, behind.height) + kTileGap};
 }
 
 class MachineDrawing {
@@ -168,7 +188,27 @@ private:
     }
 
     // With everything that lines lead to from it.
-    void draw(const BoxName& box, Graph& graph) const {
+    void draw(const BoxName& uppermost, Graph& graph) const {
+        drawAlone(uppermost, graph);
+        std::vector<Begun> begun{Begun(uppermost)};
+        while (true) {
+            Begun& at = begun.back();
+            if (at.next < at.leads.size()) {
+                const BoxName to = at.leads[at.next++].to;
+                drawAlone(to, graph);
+                begun.emplace_back(to);
+                continue;
+            }
+            begun.pop_back();
+            if (begun.empty())
+                return;
+            const Begun& from = begun.back();
+            const Lead& lead = from.leads[from.next - 1];
+            graph.join(cellName(from.box.text(), lead.cell, lead.cellNumber), lead.to.text());
+        }
+    }
+
+    void drawAlone(const BoxName& box, Graph& graph) const {
         const Part& part = *box.part;
         if (box.kind == 'b')
             graph.box(box.text(), bridgeMarkup(part.view, names_, part.boxes, box.number));
@@ -177,10 +217,6 @@ private:
                       deviceMarkup(part.view, names_, part.placement, box.number,
                                    insideMarkup(part.view, names_, part.boxes, box.number)),
                       fullTextOf(part.view, box.number));
-        for (const Lead& lead : leadsOf(box)) {
-            draw(lead.to, graph);
-            graph.join(cellName(box.text(), lead.cell, lead.cellNumber), lead.to.text());
-        }
     }
 
     const PciNames& names_;

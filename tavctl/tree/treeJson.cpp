@@ -31,20 +31,46 @@ private:
     Json rootBuses() {
         Json result = Json::array();
         for (const std::uint8_t root : view_.bus().rootBuses()) {
-            Json functions = level(view_.bus().functionsOn(root));
+            Json functions = functionsBelow(view_.bus().functionsOn(root));
             if (!functions.empty())
                 result.push_back(Json{{"bus", root}, {"functions", std::move(functions)}});
         }
         return result;
     }
 
-    Json level(std::span<const PciFunction> functions) {
-        Json result = Json::array();
-        for (const PciFunction& function : functions) {
-            if (view_.isShown(function.handle()))
-                result.push_back(describe(function));
+    // A bridge that is begun, and what stands below it. They are as many as the bus is deep, which
+    // is too much for the stack of a thread.
+    struct Level {
+        const PciFunction* bridge; // null: a root bus
+        Json object;
+        std::span<const PciFunction> functions;
+        std::size_t next = 0;
+        Json list = Json::array();
+    };
+
+    Json functionsBelow(std::span<const PciFunction> uppermost) {
+        std::vector<Level> begun;
+        begun.push_back({nullptr, nullptr, uppermost});
+        while (true) {
+            Level& level = begun.back();
+            if (level.next < level.functions.size()) {
+                const PciFunction& function = level.functions[level.next++];
+                if (!view_.isShown(function.handle()))
+                    continue;
+                Json object = describe(function);
+                if (view_.bus().isBridge(function))
+                    begun.push_back({&function, std::move(object), view_.below(function)});
+                else
+                    level.list.push_back(std::move(object));
+                continue;
+            }
+            Level done = std::move(level);
+            begun.pop_back();
+            if (begun.empty())
+                return std::move(done.list);
+            addBelow(*done.bridge, done.object, std::move(done.list));
+            begun.back().list.push_back(std::move(done.object));
         }
-        return result;
     }
 
     Json describe(const PciFunction& function) {
@@ -58,7 +84,7 @@ private:
                     {"marks", marks(function)},
                     {"bridge", bridgeKind(function)}};
         if (view_.bus().isBridge(function))
-            addBridge(function, result);
+            addBuses(function, result);
         return result;
     }
 
@@ -68,12 +94,15 @@ private:
                                             : Json(nullptr);
     }
 
-    void addBridge(const PciFunction& bridge, Json& result) {
+    void addBuses(const PciFunction& bridge, Json& result) const {
         const bool leads = view_.leadsToBus(bridge);
         result.add("secondaryBus", leads ? Json(bridge.secondaryBus) : Json(nullptr));
         result.add("subordinateBus", leads ? Json(view_.lastBusOf(bridge)) : Json(nullptr));
         addLink(result, linkBelow(view_.domain(), bridge));
-        result.add("functions", level(view_.below(bridge)));
+    }
+
+    void addBelow(const PciFunction& bridge, Json& result, Json functions) const {
+        result.add("functions", std::move(functions));
         Json missing = Json::array();
         for (const MissingPort& port : view_.missingBelow(bridge.handle()))
             missing.push_back(Json{{"name", nameOf(port.device)},

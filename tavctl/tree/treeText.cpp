@@ -47,7 +47,7 @@ public:
             line.add(TreeLine::Dress::warning, "(the plug-in does not search this domain)");
         end(line);
         prefix_ = prefix;
-        drawLevel(branches(view_.bus().functionsOn(root), {}));
+        drawLevels(branches(view_.bus().functionsOn(root), {}));
     }
 
 private:
@@ -65,21 +65,37 @@ private:
         return result;
     }
 
-    void drawLevel(const std::vector<Branch>& level) {
-        for (std::size_t i = 0; i < level.size(); ++i) {
-            const bool last = i + 1 == level.size();
-            std::string front =
-                fmt::format("{}{}{}", prefix_, last ? "\\-" : "+-", hopText(level[i].hop));
-            if (level[i].function == nullptr) {
-                drawMissing(level[i].missing, std::move(front));
+    // A level that is begun, and the ones above it. They are as many as the bus is deep, which is
+    // too much for the stack of a thread.
+    struct Level {
+        std::vector<Branch> branches;
+        std::size_t next = 0;
+        std::size_t prefixLength = 0;
+    };
+
+    void drawLevels(std::vector<Branch> uppermost) {
+        std::vector<Level> begun;
+        begun.push_back({std::move(uppermost), 0, prefix_.size()});
+        while (!begun.empty()) {
+            Level& level = begun.back();
+            prefix_.resize(level.prefixLength);
+            if (level.next == level.branches.size()) {
+                begun.pop_back();
                 continue;
             }
-            const PciFunction& function = *level[i].function;
+            const Branch& branch = level.branches[level.next++];
+            const bool last = level.next == level.branches.size();
+            std::string front =
+                fmt::format("{}{}{}", prefix_, last ? "\\-" : "+-", hopText(branch.hop));
+            if (branch.function == nullptr) {
+                drawMissing(branch.missing, std::move(front));
+                continue;
+            }
+            const PciFunction& function = *branch.function;
             drawFunction(function, std::move(front));
-            const std::size_t length = prefix_.size();
             prefix_ += last ? "   " : "|  ";
-            drawLevel(branches(view_.below(function), view_.missingBelow(function.handle())));
-            prefix_.resize(length);
+            begun.push_back({branches(view_.below(function), view_.missingBelow(function.handle())),
+                             0, prefix_.size()});
         }
     }
 

@@ -83,21 +83,27 @@ Found Ways::to(const FunctionPlace& place) const {
 std::vector<Found> Ways::behind(const WayStep& connector) const {
     std::vector<Found> found;
     const auto& bridge = marked_.devices[connector.device].ports[connector.port].bridge;
-    if (bridge)
-        addBelow(*view_.bus().find(*bridge), found);
-    return found;
-}
-
-void Ways::addBelow(const PciFunction& bridge, std::vector<Found>& found) const {
-    for (const PciFunction& function : view_.below(bridge)) {
+    if (!bridge)
+        return found;
+    std::vector<const PciFunction*> waiting; // the next one last
+    const auto addBelow = [&](const PciFunction& function) {
+        const auto below = view_.below(function);
+        for (std::size_t i = below.size(); i-- > 0;)
+            waiting.push_back(&below[i]);
+    };
+    addBelow(*view_.bus().find(*bridge));
+    while (!waiting.empty()) {
+        const PciFunction& function = *waiting.back();
+        waiting.pop_back();
         const auto& marks = view_.marksOf(function.handle());
         const bool isDevice = std::any_of(marks.begin(), marks.end(), [](const TreeMark& mark) {
             return mark.role == TreeMark::Role::device;
         });
         if (!view_.bus().isBridge(function) || isDevice)
             found.push_back(to({&marked_.whole.main(), &function}));
-        addBelow(function, found);
+        addBelow(function);
     }
+    return found;
 }
 
 std::string connectorText(const MarkedBus& marked, const WayStep& step) {

@@ -38,8 +38,6 @@ public:
     [[nodiscard]] std::vector<Found> behind(const WayStep& connector) const;
 
 private:
-    void addBelow(const pcibus::PciFunction& bridge, std::vector<Found>& found) const;
-
     const MarkedBus& marked_;
     const SystemNames& systemNames_;
     BusTreeView view_; // of domain 0, where the devices are

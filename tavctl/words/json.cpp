@@ -25,6 +25,43 @@ void addLeaves(const Value& object, const std::string& prefix, Leaves& leaves) {
     }
 }
 
+std::string dumped(const Value& value) {
+    return value.dump(-1, ' ', false, Value::error_handler_t::replace);
+}
+
+// The library's own way with a value takes stack for each level, of which a bus has hundreds.
+std::string compactText(const Value& whole) {
+    struct Begun {
+        const Value* value;
+        Value::const_iterator next;
+    };
+    std::vector<Begun> begun;
+    std::string text;
+    const auto begin = [&](const Value& value) {
+        if (!value.is_structured() || value.empty()) {
+            text += dumped(value);
+            return;
+        }
+        text += value.is_object() ? '{' : '[';
+        begun.push_back({&value, value.begin()});
+    };
+    begin(whole);
+    while (!begun.empty()) {
+        auto& [value, next] = begun.back();
+        if (next == value->end()) {
+            text += value->is_object() ? '}' : ']';
+            begun.pop_back();
+            continue;
+        }
+        if (next != value->begin())
+            text += ',';
+        if (value->is_object())
+            text += dumped(next.key()) + ":";
+        begin(*next++);
+    }
+    return text;
+}
+
 // Characters that a terminal would take for commands, or hide, stand in texts alone: there a number
 // says the same.
 std::string withNumbers(std::string_view text) {
@@ -94,7 +131,7 @@ bool Json::empty() const {
 }
 
 std::string Json::text() const {
-    return withNumbers(value_->dump(-1, ' ', false, Value::error_handler_t::replace));
+    return withNumbers(compactText(*value_));
 }
 
 std::optional<Json> Json::parsedObject(const std::string& text) {

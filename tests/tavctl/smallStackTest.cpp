@@ -76,10 +76,11 @@ INSTANTIATE_TEST_SUITE_P(
                     "names forget TAV1 BUSSTATE", "lint DESCRIPTIONS", "lint --json DESCRIPTIONS",
                     "lint DESCRIPTIONS--against " TAV_SOURCE_DIR "/samples/switchboxes.dump",
                     "explain BUS", "explain --json BUS", "describe 01:00.0 DUMP",
-                    "describe 01:00.0 DUMP -o draft.ini", "record DUMP",
-                    "record --scrub DUMP -o other.dump", "completion bash", "completion zsh",
-                    "completion fish", "completion powershell", "list --help", "tree --help",
-                    "draw --help", "names --help", "lint --help", "explain --help",
+                    "describe 01:00.0 DUMP -o draft.ini", "where 06:00.0 BUSSTATE",
+                    "where TAV1:2 BUSSTATE", "where TAV1 --json BUSSTATE", "where --help",
+                    "record DUMP", "record --scrub DUMP -o other.dump", "completion bash",
+                    "completion zsh", "completion fish", "completion powershell", "list --help",
+                    "tree --help", "draw --help", "names --help", "lint --help", "explain --help",
                     "describe --help", "record --help", "completion --help"),
     [](const testing::TestParamInfo<const char*>& tested) { return std::to_string(tested.index); });
 
