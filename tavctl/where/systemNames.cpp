@@ -3,6 +3,7 @@
 #include "platform/utf8Path.h"
 
 #include <algorithm>
+#include <fstream>
 #include <optional>
 #include <set>
 #include <system_error>
@@ -43,6 +44,40 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
     return entries;
 }
 
+// A disk to which several controllers lead is below none of them, but below a folder that has a
+// link to each.
+std::vector<fs::path> controllersOf(const fs::path& disk) {
+    fs::path group = disk;
+    while (group.has_relative_path() &&
+           !platform::utf8Text(group.filename()).starts_with("nvme-subsys"))
+        group = group.parent_path();
+    std::vector<fs::path> controllers;
+    if (!group.has_relative_path())
+        return controllers;
+    for (const fs::path& entry : entriesOf(group)) {
+        std::error_code error;
+        if (fs::is_symlink(entry, error) && platform::utf8Text(entry.filename()) != "subsystem")
+            controllers.push_back(fs::canonical(entry, error));
+    }
+    return controllers;
+}
+
+std::vector<DomainAddress> functionsOf(const fs::path& target) {
+    std::vector<DomainAddress> functions;
+    if (const auto function = functionOf(target))
+        return {*function};
+    for (const fs::path& controller : controllersOf(target)) {
+        if (const auto function = functionOf(controller))
+            functions.push_back(*function);
+    }
+    return functions;
+}
+
+// One way to a disk that has several stands beside the disks, and nobody can open it.
+bool isHidden(const fs::path& target) {
+    return std::ifstream(target / "hidden").get() == '1';
+}
+
 } // namespace
 
 SystemNames::SystemNames(fs::path root) : root_(std::move(root)) {
@@ -55,14 +90,16 @@ SystemNames::SystemNames(fs::path root) : root_(std::move(root)) {
 void SystemNames::addEntry(const std::string& kind, const fs::path& entry) {
     std::error_code error;
     const fs::path target = fs::canonical(entry, error);
-    const auto function = error ? std::nullopt : functionOf(target);
-    if (!function || kind == "pci_bus")
+    if (error || kind == "pci_bus")
         return;
-    const Place place(function->domain, function->handle);
     const std::string name = nameOf(entry);
-    const bool isPart = kind == "block" && fs::exists(target / "partition", error);
-    byPlace_.emplace(place, SystemName{kind, name, isPart});
-    byName_.emplace(name, place);
+    const bool isPart =
+        kind == "block" && (fs::exists(target / "partition", error) || isHidden(target));
+    for (const DomainAddress& function : functionsOf(target)) {
+        const Place place(function.domain, function.handle);
+        byPlace_.emplace(place, SystemName{kind, name, isPart});
+        byName_.emplace(name, place);
+    }
 }
 
 std::vector<SystemName> SystemNames::of(const DomainAddress& address) const {
@@ -86,8 +123,10 @@ std::vector<DomainAddress> SystemNames::find(const std::string& name) const {
     } else if (name.find('/') != std::string::npos) {
         std::error_code error;
         const fs::path path = fs::canonical(platform::utf8Path(name), error);
-        if (const auto function = error ? std::nullopt : functionOf(path))
-            places.emplace(function->domain, function->handle);
+        if (!error) {
+            for (const DomainAddress& function : functionsOf(path))
+                places.emplace(function.domain, function.handle);
+        }
     }
     if (places.empty())
         add(name);

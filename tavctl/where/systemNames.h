@@ -15,7 +15,7 @@ namespace tavctl {
 struct SystemName {
     std::string kind;    // the folder below /sys/class: "net", "block"
     std::string name;    // "eth2"; of names with slashes in /dev as there
-    bool isPart = false; // of another one, as a partition is of a disk
+    bool isPart = false; // of another one, as a partition, or one of several ways, is of a disk
 };
 
 class SystemNames {

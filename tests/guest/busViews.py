@@ -32,9 +32,11 @@ COPY_COMMAND = (
     " for each in /sys/class/*/*; do"
     " case $each in /sys/class/pci_bus/*) continue; esac;"
     " cd -P $each 2>/dev/null || continue;"
-    " case $PWD in /sys/devices/pci*)"
-    " kind=/tmp/copy${each#/sys}; kind=${kind%/*};"
-    " mkdir -p $kind /tmp/copy${PWD#/sys}; cp -P $each $kind;"
+    " case $PWD in /sys/devices/pci*|/sys/devices/virtual/nvme-subsystem/*)"
+    " kind=/tmp/copy${each#/sys}; kind=${kind%/*}; to=/tmp/copy${PWD#/sys};"
+    " mkdir -p $kind $to; cp -P $each $kind;"
+    " if [ -f hidden ]; then cp hidden $to; fi;"
+    " for link in nvme*; do if [ -L $link ]; then cp -P $link $to; fi; done;"
     " esac; done; tar -cz -C /tmp/copy . | base64; rm -rf /tmp/copy")
 
 # The complaint that there are no modules to name is of no interest here.

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -107,6 +108,39 @@ TEST(SystemNames, LeadToTheFunctionThatDrivesThem) {
         EXPECT_THAT(named.found(name), ElementsAre(card)) << name;
     for (const char* name : {"lo", "eth", "/dev/eth3", "/nowhere/at/all"})
         EXPECT_THAT(named.found(name), ElementsAre()) << name;
+}
+
+// Two controllers lead to the disk, which is below neither of them.
+TEST(SystemNames, OfADiskWithSeveralWaysAreThoseOfEveryWay) {
+    const NamedMachine named;
+    const fs::path group = named.sys / "devices/virtual/nvme-subsystem/nvme-subsys1";
+    std::vector<std::uint32_t> controllers;
+    for (const auto& node : {named.machine.card, named.machine.second}) {
+        const std::string name = "nvme" + std::to_string(controllers.size() + 1);
+        const fs::path controller = fs::canonical(named.sys / "bus/pci/devices" /
+                                                  ("0000:" + named.machine.bus.address(node))) /
+                                    "nvme" / name;
+        named.add(controller, "nvme/" + name);
+        named.add(controller / (name + "c1n1"), "block/" + name + "c1n1");
+        std::ofstream(controller / (name + "c1n1") / "hidden") << "1\n";
+        fs::create_directories(group);
+        fs::create_directory_symlink(controller, group / name);
+        controllers.push_back(named.machine.bus.handle(node));
+    }
+    named.add(group / "nvme1n1", "block/nvme1n1");
+    named.add(group / "nvme1n1/nvme1n1p1", "block/nvme1n1p1");
+    fs::create_directory_symlink(named.sys / "class", group / "subsystem");
+    for (const std::string& name : {std::string("nvme1n1"), std::string("/dev/nvme1n1p1"),
+                                    (named.sys / "class/block/nvme1n1").string()})
+        EXPECT_EQ(named.found(name), controllers) << name;
+    const auto names = SystemNames(named.sys).of({0, controllers.back()});
+    for (const char* expected : {"nvme1n1", "nvme2c1n1"}) {
+        const auto found = std::find_if(names.begin(), names.end(), [&](const SystemName& name) {
+            return name.name == expected;
+        });
+        ASSERT_NE(found, names.end()) << expected;
+        EXPECT_EQ(found->isPart, expected == std::string("nvme2c1n1"));
+    }
 }
 
 TEST(SystemNames, AreThoseOfAFunction) {
