@@ -123,6 +123,9 @@ INSTANTIATE_TEST_SUITE_P(
                     DeepQuestion{"list BUS BOXES", "TAV124"},
                     DeepQuestion{"list --json BUS BOXES", "TAV124"},
                     DeepQuestion{"explain BUS BOXES", "listed 124 times"},
+                    DeepQuestion{"explain f7:00.0 BUS BOXES", "listed"},
+                    DeepQuestion{"names preview BUS BOXES", "TAV124"},
+                    DeepQuestion{"record BUS", "fa:00.0"},
                     DeepQuestion{"describe 01:00.0 --whole BUS", "f9:00.0"}),
     [](const testing::TestParamInfo<DeepQuestion>& tested) {
         return std::to_string(tested.index);
