@@ -30,7 +30,7 @@ std::uint8_t weaker(std::uint8_t a, std::uint8_t b) {
 }
 
 std::string speedText(const LinkState& link) {
-    const std::string able = linkSpeedName(link.isSlow() ? link.ableSpeed : link.speed);
+    std::string able = linkSpeedName(link.isSlow() ? link.ableSpeed : link.speed);
     if (!link.isSlow())
         return able;
     std::string runs = linkSpeedName(link.speed);

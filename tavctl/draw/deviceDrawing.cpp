@@ -34,6 +34,7 @@ public:
 private:
     static std::vector<TileSize> sizesOf(const std::vector<DeviceTree>& trees) {
         std::vector<TileSize> sizes;
+        sizes.reserve(trees.size());
         for (const DeviceTree& tree : trees)
             sizes.push_back(tree.size);
         return sizes;

@@ -38,6 +38,7 @@ plateColumns(const BusTreeView& view, const Placement& placement, const PlateSha
     constexpr double kGap = 14;
     const std::vector<std::size_t> order = plateOrder(view, placement);
     std::vector<double> heights;
+    heights.reserve(order.size());
     for (const std::size_t device : order)
         heights.push_back(plateHeight(view.devices()[device], shape) + kGap);
     const double all = std::accumulate(heights.begin(), heights.end(), 0.0);

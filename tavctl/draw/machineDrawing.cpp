@@ -168,7 +168,7 @@ private:
         std::size_t devices = 0;
         for (const auto& part : parts_)
             devices += drawnDevices(part->placement);
-        const std::string text = captionMarkup(title, devices);
+        std::string text = captionMarkup(title, devices);
         std::string lists;
         for (const BoxName& box : lists_) {
             // A few rows are easier to read in one column.
