@@ -131,6 +131,7 @@ std::vector<DomainAddress> SystemNames::find(const std::string& name) const {
     if (places.empty())
         add(name);
     std::vector<DomainAddress> found;
+    found.reserve(places.size());
     for (const auto& [domain, handle] : places)
         found.push_back({domain, handle});
     return found;
@@ -138,6 +139,7 @@ std::vector<DomainAddress> SystemNames::find(const std::string& name) const {
 
 std::vector<std::string> SystemNames::names() const {
     std::vector<std::string> names;
+    names.reserve(byName_.size());
     for (const auto& [name, place] : byName_)
         names.push_back(name);
     return names;

@@ -148,7 +148,8 @@ TEST_F(HostileFiles, LongLineInTheConfiguration) {
     const BoundedResult result =
         runAsTold("list", {"list", "--json", "--dump", dump.string()}, size, 6);
     EXPECT_EQ(result.exitStatus, 3);
-    const std::string start = R"({"version":1,"error":{"operation":"list descriptions","object":"/AAAA)";
+    const std::string start =
+        R"({"version":1,"error":{"operation":"list descriptions","object":"/AAAA)";
     EXPECT_EQ(result.error.substr(0, start.size()), start);
 }
 

@@ -101,7 +101,8 @@ TEST_F(LeftOutOfSample, NothingIsSaidOfNothing) {
 }
 
 TEST_F(LeftOutOfSample, NamesAloneHaveNoBus) {
-    EXPECT_EQ(runTavctl(withBus("names --stored --json BUS")).output, "{\"version\":1,\"leftOut\":null,\"names\":[]}\n");
+    EXPECT_EQ(runTavctl(withBus("names --stored --json BUS")).output,
+              "{\"version\":1,\"leftOut\":null,\"names\":[]}\n");
 }
 
 TEST_F(LeftOutOfSample, ExplainDoesNotClaimToHaveLookedAtOtherDomains) {

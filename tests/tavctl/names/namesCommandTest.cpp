@@ -59,7 +59,8 @@ TEST(NamesCommand, CheckExitsWithOneWhenItFindsSomething) {
                      file + ":4: [MR00:77] TAV1: duplicate: this is the name of MR00:00,20 too\n" +
                          file + ":4: [MR00:77] TAV1: stale: no device is in this slot\n"));
     EXPECT_TRUE(says(runTavctl("names check --stored --json " + names.options), 1,
-                     R"({"version":1,"leftOut":null,"problems":[{"kind":"duplicate","file":")" + file +
+                     R"({"version":1,"leftOut":null,"problems":[{"kind":"duplicate","file":")" +
+                         file +
                          R"(","line":4,"slotPath":"MR00:77","name":"TAV1",)"
                          R"("message":"this is the name of MR00:00,20 too"}]})"
                          "\n"));
