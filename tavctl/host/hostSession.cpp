@@ -26,8 +26,8 @@ namespace tavctl {
 
 namespace {
 
-// A name and the model that it is stored for, which no two slots have alike, and that slot.
-using StoredNames = std::map<std::pair<std::string, std::string>, std::string>;
+// A name and the model that it is stored for: no two slots have the same.
+using StoredNames = std::set<std::pair<std::string, std::string>>;
 
 StoredNames storedNames(const HostSetup& setup) {
     StoredNames names;
@@ -35,8 +35,43 @@ StoredNames storedNames(const HostSetup& setup) {
         return names;
     const NameFile file(setup.nameFileInForce(), true);
     for (const NameEntry& entry : file.entries())
-        names.try_emplace({entry.terminalName, entry.model}, entry.slotPath);
+        names.emplace(entry.terminalName, entry.model);
     return names;
+}
+
+// There may be very many names, and few devices.
+void findSlots(const HostSetup& setup, std::vector<ListedDevice>& devices) {
+    if (setup.nameFileInForce().empty() || devices.empty())
+        return;
+    // A model that is listed twice in one slot has one name there.
+    std::multimap<std::pair<std::string, std::string>, ListedDevice*> wanted;
+    for (ListedDevice& device : devices)
+        wanted.insert({{device.terminalName, device.model}, &device});
+    const NameFile file(setup.nameFileInForce(), true);
+    for (const NameEntry& entry : file.entries()) {
+        const auto [first, last] = wanted.equal_range({entry.terminalName, entry.model});
+        for (auto device = first; device != last; ++device) {
+            if (device->second->slotPath.empty())
+                device->second->slotPath = entry.slotPath;
+        }
+    }
+}
+
+// Without the plug-in when it answers: it holds the names, too.
+std::vector<ListedDevice> readDevicesOfPlugin(const CommonOptions& options, const HostSetup& setup,
+                                              bool stores) {
+    const HostPlugin plugin(options.plugin);
+    std::optional<NameStoring> storing;
+    if (stores)
+        storing.emplace(setup.nameFile());
+    const Progress progress("the plug-in looks for devices");
+    const std::int32_t status = plugin.initialize();
+    storing.reset();
+    if (status < 0)
+        throw FailureException(diagnoseInitialize(status, plugin.path()));
+    tellOfBridgesAlone();
+    tellOfShortNames();
+    return readDevices(plugin);
 }
 
 } // namespace
@@ -54,27 +89,12 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
                              platform::utf8Text(setup.nameFile()), setup.whyNotCopied()));
     const bool stores = setup.nameFileInForce() == setup.nameFile();
     const StoredNames before = stores ? StoredNames() : storedNames(setup);
-    const HostPlugin plugin(options.plugin);
-    std::optional<NameStoring> storing;
-    if (stores)
-        storing.emplace(setup.nameFile());
-    const Progress progress("the plug-in looks for devices");
-    const std::int32_t status = plugin.initialize();
-    storing.reset();
-    if (status < 0)
-        throw FailureException(diagnoseInitialize(status, plugin.path()));
-    tellOfBridgesAlone();
-    tellOfShortNames();
-    std::vector<ListedDevice> devices = readDevices(plugin);
+    std::vector<ListedDevice> devices = readDevicesOfPlugin(options, setup, stores);
     if (devices.empty())
         explainNoDescriptions();
-    const StoredNames after = storedNames(setup);
-    for (ListedDevice& device : devices) {
-        const std::pair name(device.terminalName, device.model);
-        device.isStored = stores || before.contains(name);
-        if (const auto slot = after.find(name); slot != after.end())
-            device.slotPath = slot->second;
-    }
+    for (ListedDevice& device : devices)
+        device.isStored = stores || before.contains({device.terminalName, device.model});
+    findSlots(setup, devices);
     return devices;
 }
 

@@ -21,6 +21,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace tavctl {
@@ -95,11 +96,11 @@ void tellOfNone(const ListOptions& options, const Devices& devices) {
 
 ExitStatus runList(const ListOptions& options) {
     const NamedDump dump(options.common.dump); // standard input is there once only
-    const Devices devices = devicesToList(options.common);
+    Devices devices = devicesToList(options.common);
     Listing listing;
     {
         const auto bus = wholeBusIfReadable();
-        listing = makeListing(devices.present, devices.absent, bus ? &*bus : nullptr);
+        listing = makeListing(devices.present, std::move(devices.absent), bus ? &*bus : nullptr);
     }
     tellLeftOut(listing.leftOut);
     options.filter.apply(listing);

@@ -68,8 +68,8 @@ bool ListingEntry::hasFreePort() const {
                        [](const ListedLink& port) { return port.occupied == false; });
 }
 
-Listing makeListing(const std::vector<ListedDevice>& devices,
-                    const std::vector<AbsentDevice>& absent, const WholeBus* bus) {
+Listing makeListing(const std::vector<ListedDevice>& devices, std::vector<AbsentDevice> absent,
+                    const WholeBus* bus) {
     Listing listing;
     for (std::size_t i = 0; i < devices.size(); ++i) {
         ListingEntry entry;
@@ -86,10 +86,12 @@ Listing makeListing(const std::vector<ListedDevice>& devices,
         }
         listing.devices.push_back(std::move(entry));
     }
-    for (const AbsentDevice& device : absent)
-        listing.absent.push_back({device, bus == nullptr
-                                              ? std::string()
-                                              : placeOf(*bus->searched, devices, device.slotPath)});
+    listing.absent.reserve(absent.size());
+    for (AbsentDevice& device : absent) {
+        std::string place =
+            bus == nullptr ? std::string() : placeOf(*bus->searched, devices, device.slotPath);
+        listing.absent.push_back({std::move(device), std::move(place)});
+    }
     if (bus != nullptr)
         listing.leftOut = bus->leftOut;
     return listing;

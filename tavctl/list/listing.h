@@ -43,8 +43,8 @@ struct Listing {
 };
 
 // Without a bus (null) nothing is known of links, connectors and places.
-Listing makeListing(const std::vector<ListedDevice>& devices,
-                    const std::vector<AbsentDevice>& absent, const WholeBus* bus);
+Listing makeListing(const std::vector<ListedDevice>& devices, std::vector<AbsentDevice> absent,
+                    const WholeBus* bus);
 
 // One JSON object in one line, with its line feed. Bytes that are not UTF-8 are replaced.
 std::string listingAsJson(const Listing& listing);

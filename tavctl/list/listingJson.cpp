@@ -49,21 +49,28 @@ Json deviceJson(const ListingEntry& entry) {
 
 } // namespace
 
+// Put together from its parts' texts: of very many stored names all their values at once would take
+// several times the room.
 std::string listingAsJson(const Listing& listing) {
-    Json devices = Json::array();
-    for (const ListingEntry& entry : listing.devices)
-        devices.push_back(deviceJson(entry));
-    Json absent = Json::array();
-    for (const ListingAbsence& absence : listing.absent)
-        absent.push_back(Json{{"name", absence.device.name},
-                              {"model", absence.device.model},
-                              {"slotPath", absence.device.slotPath},
-                              {"place", textOrNull(absence.place)}});
-    Json whole = newDocument();
-    whole.add("leftOut", leftOutJson(listing.leftOut));
-    whole.add("devices", std::move(devices));
-    whole.add("absent", std::move(absent));
-    return whole.line();
+    Json begin = newDocument();
+    begin.add("leftOut", leftOutJson(listing.leftOut));
+    std::string text = begin.text();
+    text.pop_back(); // the lists follow one by one
+    text += R"(,"devices":[)";
+    for (const ListingEntry& entry : listing.devices) {
+        text += &entry == listing.devices.data() ? "" : ",";
+        text += deviceJson(entry).text();
+    }
+    text += R"(],"absent":[)";
+    for (const ListingAbsence& absence : listing.absent) {
+        text += &absence == listing.absent.data() ? "" : ",";
+        text += Json{{"name", absence.device.name},
+                     {"model", absence.device.model},
+                     {"slotPath", absence.device.slotPath},
+                     {"place", textOrNull(absence.place)}}
+                    .text();
+    }
+    return text + "]}\n";
 }
 
 } // namespace tavctl

@@ -50,7 +50,7 @@ std::string linkLines(const ListingEntry& entry, bool degradedOnly) {
     return out;
 }
 
-std::vector<std::string> linesOf(std::vector<TableRow> rows, std::vector<ColumnCut> cutFirst,
+std::vector<std::string> linesOf(std::vector<TableRow> rows, const std::vector<ColumnCut>& cutFirst,
                                  const ListingForm& form) {
     return form.verbose ? tableLines(std::move(rows))
                         : tableLines(std::move(rows), cutFirst, form.width);

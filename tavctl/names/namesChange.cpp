@@ -16,6 +16,7 @@
 
 #include <fmt/core.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -35,7 +36,8 @@ class ChangedNames {
 public:
     ChangedNames(const char* operation, const HostSetup& setup)
         : operation_(operation), path_(nameFilePath(setup)),
-          lock_(path_, NameLock::Purpose::writing), file_(path_, true) {}
+          lock_(std::make_unique<NameLock>(path_, NameLock::Purpose::writing)), file_(path_, true) {
+    }
 
     [[noreturn]] void refuse(const std::string& name, const std::string& reason,
                              const std::string& hint = {}) const {
@@ -85,7 +87,7 @@ public:
 private:
     const char* operation_;
     fs::path path_;
-    NameLock lock_;
+    std::unique_ptr<const NameLock> lock_;
     NameFile file_;
 };
 

@@ -25,7 +25,8 @@ std::string dressed(TreeLine::Dress dress, const std::string& text, const TextSt
 
 } // namespace
 
-void TreeLine::add(Dress dress, std::string before, std::string name, std::string after) {
+void TreeLine::add(Dress dress, const std::string& before, const std::string& name,
+                   const std::string& after) {
     pieces_.push_back({dress, printable(before), printable(name), printable(after)});
 }
 

@@ -19,7 +19,8 @@ public:
 
     // A piece of the line behind two blanks: `before` and `after` are never cut, the name between
     // them is. The later a piece was added, the earlier it is cut.
-    void add(Dress dress, std::string before, std::string name = {}, std::string after = {});
+    void add(Dress dress, const std::string& before, const std::string& name = {},
+             const std::string& after = {});
 
     // The line of at most `width` characters, if cutting the names makes it so, without its end.
     [[nodiscard]] std::string text(std::size_t width, const TextStyle& style) const;

@@ -181,7 +181,7 @@ TEST_F(HostileFiles, ManySectionsInTheNameFile) {
             .numbered("[MR00:#]\r\nModel=Box\r\nTerminalName=TAV#\r\n", manySections())
             .finish();
     figure(manySections(), "names in a name file");
-    const json devices = list(size, 10);
+    const json devices = list(size, 40); // with those that are not there, which are told
     ASSERT_EQ(devices.size(), 2U) << error;
     EXPECT_EQ(devices[0]["name"], "TAV" + std::to_string(manySections()));
     EXPECT_EQ(devices[1]["name"], "TAV" + std::to_string(manySections() + 1));
@@ -210,7 +210,7 @@ TEST_F(HostileFiles, NameFileFullOfOneName) {
     const auto size = HugeFile(nameFile)
                           .numbered("[MR00:#]\r\nModel=Box\r\nTerminalName=TAV1\r\n", count)
                           .finish();
-    const json devices = list(size, 10);
+    const json devices = list(size, 40);
     ASSERT_EQ(devices.size(), 2U) << error;
     EXPECT_EQ(devices[0]["name"], "TAV2");
     EXPECT_EQ(devices[1]["name"], "TAV3");
