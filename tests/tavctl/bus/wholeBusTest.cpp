@@ -4,36 +4,20 @@
 #include "tavctl/bus/linkState.h"
 #include "tests/support/busBuilder.h"
 #include "tests/support/fileFolder.h"
-#include "tests/support/temporaryFolder.h"
+#include "tests/tavctl/bus/linkMachine.h"
 
 #include <gmock/gmock.h>
-
-#include <fstream>
 
 namespace {
 
 using namespace tavctl;
+using tavctltest::LinkMachine;
 using testsupport::BusBuilder;
 
 WholeBus wholeOfText(const std::string& dump) {
     const testsupport::FileFolder folder;
     return readWholeBus(folder.write("machine", dump));
 }
-
-// A root port of sixteen lanes above a switch of eight; of its ports the first has a card.
-struct LinkMachine {
-    BusBuilder bus;
-    BusBuilder::Node root = bus.rootPort(0, 4, 0, {0x8086, 0x3420, 0, 0}, 16, 4);
-    BusBuilder::Node up = bus.bridge(root, 0, 0, {0x10B5, 0x8609, 0, 0}, 8, 3);
-    BusBuilder::Node down = bus.bridge(up, 1, 0, {0x10B5, 0x8609, 0, 0}, 8, 3);
-    BusBuilder::Node empty = bus.bridge(up, 2, 0, {0x10B5, 0x8609, 0, 0}, 8, 3);
-    BusBuilder::Node card = bus.endpoint(down, 0, 0, {0x1172, 0xE001, 1, 2}, 4, 2);
-    BusBuilder::Node toPci = bus.bridge(empty, 0, 0, {0x104C, 0x8240, 0, 0}, 0);
-
-    [[nodiscard]] std::string below(const WholeBus& whole, BusBuilder::Node node) const {
-        return linkText(linkBelow(whole.main(), *whole.main().bus().find(bus.handle(node))));
-    }
-};
 
 TEST(LinkState, IsMeasuredByTheWeakerEnd) {
     LinkMachine machine;
@@ -57,36 +41,6 @@ TEST(LinkState, IsTheOneBelowAPortAlone) {
     EXPECT_EQ(machine.below(whole, machine.toPci), "");
     const auto& root = *whole.main().bus().find(machine.bus.handle(machine.root));
     EXPECT_FALSE(linkAbove(whole.main(), root).isKnown());
-}
-
-// What a port is the capability says. An ordinary user's view of a live bus does not have it.
-TEST(LinkState, IsKnownFromSysfsToAnOrdinaryUser) {
-    LinkMachine machine;
-    machine.bus.setRunningLink(machine.root, 4, 3);
-    machine.bus.setRunningLink(machine.down, 4, 2);
-    const testsupport::TemporaryFolder folder;
-    machine.bus.writeSysfs(folder.path(), testsupport::kHeaderBytes);
-    const WholeBus whole = readWholeBus(folder.path().string());
-    EXPECT_EQ(machine.below(whole, machine.root), "x4 of x8 8 GT/s");
-    EXPECT_EQ(machine.below(whole, machine.up), "");
-    EXPECT_EQ(machine.below(whole, machine.down), "x4 5 GT/s");
-}
-
-// As ports that leave their capabilities empty and run all the same.
-TEST(LinkState, IsKnownToAnOrdinaryUserOfPortsThatTellNoMost) {
-    LinkMachine machine;
-    machine.bus.setRunningLink(machine.down, 1, 1);
-    const testsupport::TemporaryFolder folder;
-    machine.bus.writeSysfs(folder.path(), testsupport::kHeaderBytes);
-    for (const BusBuilder::Node port : {machine.down, machine.empty}) {
-        const auto files =
-            folder.path() / "bus/pci/devices" / ("0000:" + machine.bus.address(port));
-        std::ofstream(files / "max_link_width") << "0\n";
-        std::ofstream(files / "max_link_speed") << "Unknown\n";
-    }
-    const WholeBus whole = readWholeBus(folder.path().string());
-    EXPECT_EQ(machine.below(whole, machine.up), "");
-    EXPECT_EQ(machine.below(whole, machine.down), "x1 2.5 GT/s");
 }
 
 TEST(LinkState, OfAHeaderAloneIsNotKnown) {
