@@ -129,20 +129,6 @@ private:
         return result;
     }
 
-    static const char* roleName(TreeMark::Role role) {
-        switch (role) {
-        case TreeMark::Role::device:
-            return "device";
-        case TreeMark::Role::upstreamPort:
-            return "upstreamPort";
-        case TreeMark::Role::anchor:
-            return "anchor";
-        case TreeMark::Role::port:
-            return "port";
-        }
-        return "";
-    }
-
     [[nodiscard]] const std::string& nameOf(std::size_t device) const {
         return view_.devices()[device].listed.terminalName;
     }

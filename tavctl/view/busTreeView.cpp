@@ -6,6 +6,20 @@ namespace tavctl {
 
 using pcibus::PciFunction;
 
+const char* roleName(TreeMark::Role role) {
+    switch (role) {
+    case TreeMark::Role::device:
+        return "device";
+    case TreeMark::Role::upstreamPort:
+        return "upstreamPort";
+    case TreeMark::Role::anchor:
+        return "anchor";
+    case TreeMark::Role::port:
+        break;
+    }
+    return "port";
+}
+
 BusTreeView::BusTreeView(const DomainBus& domain, const std::vector<PlacedDevice>& devices)
     : domain_(domain), devices_(devices), shown_(kHandleCount, true),
       lastBuses_(lastBusesOf(domain.bus())) {

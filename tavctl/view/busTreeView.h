@@ -22,6 +22,9 @@ struct TreeMark {
     std::size_t port = 0;   // with Role::port: position in the device's ports
 };
 
+// How programs are told of a role: by its name here.
+const char* roleName(TreeMark::Role role);
+
 // A described port that is not there, in the place where it should be.
 struct MissingPort {
     std::size_t device = 0;

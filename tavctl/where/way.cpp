@@ -43,20 +43,6 @@ std::string markText(const MarkedBus& marked, const TreeMark& mark) {
     return "the port of " + connectorText(marked, {mark.device, mark.port});
 }
 
-const char* roleName(TreeMark::Role role) {
-    switch (role) {
-    case TreeMark::Role::device:
-        return "device";
-    case TreeMark::Role::upstreamPort:
-        return "upstreamPort";
-    case TreeMark::Role::anchor:
-        return "anchor";
-    case TreeMark::Role::port:
-        return "port";
-    }
-    return "";
-}
-
 } // namespace
 
 Ways::Ways(const MarkedBus& marked, const SystemNames& systemNames)
