@@ -29,11 +29,17 @@ namespace {
 // A name and the model that it is stored for: no two slots have the same.
 using StoredNames = std::set<std::pair<std::string, std::string>>;
 
+// While no other host saves them.
+NameFile namesInForce(const HostSetup& setup) {
+    const NameLock lock(setup.nameFileInForce(), NameLock::Purpose::reading);
+    return {setup.nameFileInForce(), true};
+}
+
 StoredNames storedNames(const HostSetup& setup) {
     StoredNames names;
     if (setup.nameFileInForce().empty())
         return names;
-    const NameFile file(setup.nameFileInForce(), true);
+    const NameFile file = namesInForce(setup);
     for (const NameEntry& entry : file.entries())
         names.emplace(entry.terminalName, entry.model);
     return names;
@@ -47,7 +53,7 @@ void findSlots(const HostSetup& setup, std::vector<ListedDevice>& devices) {
     std::multimap<std::pair<std::string, std::string>, ListedDevice*> wanted;
     for (ListedDevice& device : devices)
         wanted.insert({{device.terminalName, device.model}, &device});
-    const NameFile file(setup.nameFileInForce(), true);
+    const NameFile file = namesInForce(setup);
     for (const NameEntry& entry : file.entries()) {
         const auto [first, last] = wanted.equal_range({entry.terminalName, entry.model});
         for (auto device = first; device != last; ++device) {
@@ -106,7 +112,7 @@ std::vector<AbsentDevice> absentDevices(const HostSetup& setup,
     std::set<std::pair<std::string, std::string>> present;
     for (const ListedDevice& device : devices)
         present.emplace(device.terminalName, device.model);
-    const NameFile file(setup.nameFileInForce(), true);
+    const NameFile file = namesInForce(setup);
     for (const NameEntry& entry : file.entries()) {
         if (!entry.terminalName.empty() && !present.contains({entry.terminalName, entry.model}))
             absent.push_back({entry.terminalName, entry.model, entry.slotPath});
