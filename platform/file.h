@@ -26,8 +26,8 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 // updated or appended to must be a file, so that a pipe or a device in its place holds nobody up;
 // the null device may be read, as an empty file. Updating and appending follow on Linux only such
 // symbolic links as are the user's own or root's. A file that appending creates is readable and
-// writable by its owner only. Writing from the start ("w") goes to whatever there is. Programs that
-// this process starts do not get the file on Linux.
+// writable by its owner only, or as restrictToOwner() says. Writing from the start ("w") goes to
+// whatever there is. Programs that this process starts do not get the file on Linux.
 Stream openStream(const char* path, const char* mode) noexcept;
 
 // A last-write time, in the system's own units since its own epoch: to be compared for equality
@@ -38,7 +38,9 @@ using FileTime = std::uint64_t;
 std::optional<FileTime> lastWriteTime(const char* path) noexcept;
 
 // Makes an open file, which has this path, readable and writable by its owner only, as far as the
-// system knows owners. 0, or -1 with lastSystemCode() set.
+// system knows owners. On Linux a folder that lets its group write and hands its group on to new
+// files (the set-group-ID bit) shares what is made in it: the group may read and write too, and
+// others may read if the folder lets them list it. 0, or -1 with lastSystemCode() set.
 int restrictToOwner(std::FILE* stream, const char* path) noexcept;
 
 // Forces what has been written to the stream onto the disk. The stream must be flushed before.

@@ -34,7 +34,8 @@ bool isNameTaken(SystemCode code) noexcept;
 // other one is EACCES. On Windows links stay what they are and may be replaced.
 SystemCode followLinks(std::string& path) noexcept;
 
-// Gives a file the owner, the group, the permissions and the access list of another one. On
+// Gives a file the owner, the group, the permissions and the access list of another one; where only
+// root could give it that owner, a file that its group may write keeps the new one. On
 // Windows, where a file has those of its folder, nothing is done.
 SystemCode takeAccess(std::FILE* from, std::FILE* to) noexcept;
 

@@ -41,7 +41,8 @@ Stream openStream(const char* path, const char* mode) noexcept {
                         mode);
     case 'a':
         return streamOf(
-            openFile(path, O_WRONLY | O_APPEND | O_CREAT, BesideFiles::none, kOwnerOnly), mode);
+            openFile(path, O_WRONLY | O_APPEND | O_CREAT, BesideFiles::none, ownPermissions(path)),
+            mode);
     default:
         return streamOf(openFromStart(path, mode), mode);
     }
@@ -56,8 +57,9 @@ std::optional<FileTime> lastWriteTime(const char* path) noexcept {
            static_cast<FileTime>(status.st_mtim.tv_nsec);
 }
 
-int restrictToOwner(std::FILE* stream, const char*) noexcept {
-    return pastInterruptions([&] { return fchmod(fileno(stream), kOwnerOnly); });
+int restrictToOwner(std::FILE* stream, const char* path) noexcept {
+    const mode_t permissions = ownPermissions(path);
+    return pastInterruptions([&] { return fchmod(fileno(stream), permissions); });
 }
 
 SystemCode forceToDisk(std::FILE* stream) noexcept {

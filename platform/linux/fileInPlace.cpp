@@ -21,14 +21,15 @@ SystemCode codeOf(int result) noexcept {
     return result == 0 ? kNoSystemError : lastSystemCode();
 }
 
-// A new file is the owner's whatever the process's mask takes away.
+// A new file has its permissions whatever the process's mask takes away.
 int openOrMake(const char* path) noexcept {
     const int existing = openFile(path, O_RDWR, BesideFiles::theNullDevice);
     if (existing >= 0 || errno != ENOENT)
         return existing;
-    const int made = openFile(path, O_RDWR | O_CREAT, BesideFiles::none, kOwnerOnly);
+    const mode_t permissions = ownPermissions(path);
+    const int made = openFile(path, O_RDWR | O_CREAT, BesideFiles::none, permissions);
     if (made >= 0)
-        pastInterruptions([&] { return fchmod(made, kOwnerOnly); });
+        pastInterruptions([&] { return fchmod(made, permissions); });
     return made;
 }
 

@@ -42,14 +42,21 @@ int takeAccessList(int from, int to) {
     return got < 0 ? -1 : fsetxattr(to, kAccessList, list.data(), static_cast<std::size_t>(got), 0);
 }
 
-// The owner first: a change of it takes permissions away.
+// The owner first: a change of it takes permissions away. Only root can give a file away. To whom
+// the group may write, as one of its members, the file stays what it was for them all under another
+// owner.
 int takeOwner(int to, const struct stat& like) noexcept {
     struct stat now = {};
     if (fstat(to, &now) != 0)
         return -1;
     if (now.st_uid == like.st_uid && now.st_gid == like.st_gid)
         return 0;
-    return pastInterruptions([&] { return fchown(to, like.st_uid, like.st_gid); });
+    if (pastInterruptions([&] { return fchown(to, like.st_uid, like.st_gid); }) == 0)
+        return 0;
+    if (errno != EPERM || (like.st_mode & S_IWGRP) == 0)
+        return -1;
+    constexpr uid_t kAsItIs = static_cast<uid_t>(-1);
+    return pastInterruptions([&] { return fchown(to, kAsItIs, like.st_gid); });
 }
 
 } // namespace
@@ -57,13 +64,12 @@ int takeOwner(int to, const struct stat& like) noexcept {
 NewFile createExclusively(const char* path, NewFileAccess access) noexcept {
     constexpr mode_t kEverybody = 0666;
     const bool ownerOnly = access == NewFileAccess::ownerOnly;
+    const mode_t permissions = ownerOnly ? ownPermissions(path) : kEverybody;
     NewFile file;
-    const int descriptor = pastInterruptions([&] {
-        return open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC,
-                    ownerOnly ? kOwnerOnly : kEverybody);
-    });
+    const int descriptor = pastInterruptions(
+        [&] { return open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, permissions); });
     if (descriptor >= 0 && ownerOnly)
-        pastInterruptions([&] { return fchmod(descriptor, kOwnerOnly); });
+        pastInterruptions([&] { return fchmod(descriptor, permissions); });
     file.isThere = descriptor >= 0;
     file.stream = streamOf(descriptor, "wb");
     if (!file.stream)

@@ -78,6 +78,42 @@ TEST(LeastPrivilege, StateFilesBelongToTheirOwnerUnderAnyMask) {
     testsupport::figure(files, "kinds of state files that only their owner may read");
 }
 
+// An administrator shares names with a group by the folder's own permissions.
+TEST(LeastPrivilege, StateFilesAreTheirFoldersGroupsWhereItHandsItOn) {
+    const auto permissionsIn = [](fs::perms ofFolder) {
+        const TemporaryFolder folder;
+        fs::permissions(folder.path(), ofFolder);
+        EXPECT_EQ(testhostile::runBounded(
+                      TAVCTL_FILE,
+                      {"list", "--dump", testplugin::kSampleDump.string(), "--descriptions",
+                       testplugin::kSampleDescriptions.string(), "--state", folder.path().string()})
+                      .exitStatus,
+                  0);
+        const fs::perms names = fs::status(folder.path() / "zotavpci.ini").permissions();
+        EXPECT_EQ(fs::status(folder.path() / "zotavpci.loc").permissions(), names);
+        EXPECT_TRUE(platform::createExclusively((folder.path() / "beside").c_str()).stream);
+        EXPECT_EQ(fs::status(folder.path() / "beside").permissions(), names);
+        return names;
+    };
+    const OpenMask mask;
+    EXPECT_EQ(permissionsIn(fs::perms(02775)), fs::perms(0664));
+    EXPECT_EQ(permissionsIn(fs::perms(02770)), fs::perms(0660));
+    EXPECT_EQ(permissionsIn(fs::perms(03777)), fs::perms(0664)) << "never writable for all";
+    EXPECT_EQ(permissionsIn(fs::perms(0775)), kOwnerOnly);
+    EXPECT_EQ(permissionsIn(fs::perms(02755)), kOwnerOnly);
+}
+
+// Behind a link is another folder, which has not said so.
+TEST(LeastPrivilege, AStateFileBehindALinkIsItsOwners) {
+    const TemporaryFolder folder;
+    const TemporaryFolder elsewhere;
+    fs::permissions(folder.path(), fs::perms(02775));
+    const fs::path link = folder.path() / "names";
+    fs::create_symlink(elsewhere.path() / "names", link);
+    EXPECT_TRUE(platform::openStream(link.c_str(), "a"));
+    EXPECT_EQ(fs::status(link).permissions(), kOwnerOnly);
+}
+
 // What root restores, the service that the names belong to can still read and write; and the file
 // is where an administrator has put it.
 TEST(LeastPrivilege, RestoredNamesKeepTheirOwnerAndTheirPlace) {

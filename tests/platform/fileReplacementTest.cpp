@@ -102,6 +102,33 @@ TEST_F(PlatformFileReplacement, OwnerGroupAndPermissionsAreTaken) {
     EXPECT_EQ(status.st_mode & 07777U, 0640U);
 }
 
+// Whoever is of the group that a file is shared with may write it, and cannot give it away.
+TEST_F(PlatformFileReplacement, OfASharedFileTheGroupAndPermissionsAreTaken) {
+    folder.write("shared", "");
+    ASSERT_EQ(chmod(name("shared").c_str(), 0664), 0);
+    folder.write("private", "");
+    ASSERT_EQ(chmod(name("private").c_str(), 0644), 0);
+    if (geteuid() != 0)
+        return; // who could make them another's
+    ASSERT_EQ(chmod(name(".").c_str(), 0777), 0);
+    for (const char* file : {"shared", "private"})
+        ASSERT_EQ(chown(name(file).c_str(), 0, testsupport::OtherUser::kGroup), 0);
+    const auto takenByMember = [&](const char* file) {
+        if (setgid(testsupport::OtherUser::kGroup) != 0 ||
+            setuid(testsupport::OtherUser::kUser) != 0)
+            _exit(255);
+        const Stream from = openStream(name(file).c_str(), "rb");
+        const NewFile to = createExclusively(name("new").c_str());
+        _exit(static_cast<int>(takeAccess(from.get(), to.stream.get())));
+    };
+    EXPECT_EXIT(takenByMember("shared"), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(statusOf("new").st_uid, testsupport::OtherUser::kUser);
+    EXPECT_EQ(statusOf("new").st_gid, testsupport::OtherUser::kGroup);
+    EXPECT_EQ(statusOf("new").st_mode & 07777U, 0664U);
+    ASSERT_EQ(removeFile(name("new").c_str()), kNoSystemError);
+    EXPECT_EXIT(takenByMember("private"), testing::ExitedWithCode(EPERM), "");
+}
+
 // As setfacl writes it: version 2, then a tag, permissions and an identity each; the user 12345 may
 // read.
 TEST_F(PlatformFileReplacement, TheAccessListIsTaken) {
