@@ -35,6 +35,12 @@ file(GLOB descriptions CONFIGURE_DEPENDS
 tav_install_text(. ${CMAKE_CURRENT_LIST_DIR}/README.txt.in)
 tav_install_text(include ${PROJECT_SOURCE_DIR}/include/tavPlugin.h
                  ${PROJECT_SOURCE_DIR}/zopcibrd/zopcibrd.h ${PROJECT_SOURCE_DIR}/source/exports.def)
+include(CMakePackageConfigHelpers)
+set(version_file ${CMAKE_CURRENT_BINARY_DIR}/windows-package/zotavpciConfigVersion.cmake)
+write_basic_package_version_file(${version_file} # one for both targets
+    VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+set(package ${CMAKE_CURRENT_LIST_DIR}/cmake/zotavpciConfig.cmake)
+tav_install_text(cmake ${package} ${version_file})
 tav_install_text("descriptions/PCI Hardware Descriptions" ${descriptions})
 tav_install_text(samples ${PROJECT_SOURCE_DIR}/samples/switchboxes.dump)
 tav_install_text(docs ${PROJECT_SOURCE_DIR}/docs/descriptions.md ${PROJECT_SOURCE_DIR}/docs/rack.md)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Hosts are linked with the packed import library by Microsoft's rules, with every option as it is
-# when nothing is said, and by GNU's; they run, and the functions are the right ones.
+# when nothing is said, by GNU's, and by a project that finds it by CMake's package; they run, and the
+# functions are the right ones.
 #
 #   linkTest.sh SOURCE BUILD TARGET     TARGET is x64 or x86
 set -euo pipefail
@@ -61,6 +62,13 @@ fi
 "$gnu-gcc-posix" -std=c11 -Wall -Wextra -Werror -I "$package/include" "$here/linkHost.c" -L . \
     -lzotavpci -o gnu.exe
 answers gnu.exe
+
+# As a project that finds the package by CMake.
+cmake -S "$here/cmakeHost" -B "$work/cmake" -DCMAKE_SYSTEM_NAME=Windows \
+    "-DCMAKE_C_COMPILER=$gnu-gcc-posix" "-Dzotavpci_DIR=$package/cmake" >/dev/null
+cmake --build "$work/cmake" >/dev/null
+cp "$work/cmake/host.exe" by-cmake.exe
+answers by-cmake.exe
 
 # The kind of import library that GNU's own tools write. On x86 Microsoft's rules refuse it, which is
 # what this test is there to see.

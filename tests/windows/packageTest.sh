@@ -24,8 +24,8 @@ folders=(*)
 cd "${folders[0]}"
 
 {
-    printf '%s\n' README.txt docs/{descriptions,rack}.md include/{tavPlugin.h,zopcibrd.h,zotavpci.def} \
-        samples/switchboxes.dump "$target"/{tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
+    printf '%s\n' README.txt cmake/zotavpciConfig{,Version}.cmake docs/{descriptions,rack}.md \
+        include/{tavPlugin.h,zopcibrd.h,zotavpci.def} samples/switchboxes.dump "$target"/{tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
     (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini' &&
         find docs/schema -name '*.json')
 } | LC_ALL=C sort >"$work/expected"
