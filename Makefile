@@ -9,7 +9,7 @@ SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 .PHONY: help build demo quick test test-native windows test-windows test-guest test-sanitizers \
         check-valgrind check soak coverage build-bench bench bench-live bench-detail fuzz \
         format check-format tidy clang update-expectations record-sample record-guests \
-        package-windows check-reproducible install clean
+        package-windows package-msi test-msi check-reproducible install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -182,6 +182,23 @@ package-windows: ## pack what Windows users need, for x64 and x86, into one arch
 	@scripts/package-windows.sh build/zotavpci-windows.zip build/windows-x64 build/windows-x86
 	@unzip -l build/zotavpci-windows.zip
 	@unzip -l build/zotavpci-windows-symbols.zip
+
+package-msi: ## make installers for Windows, one for x64 and one for x86
+	@scripts/install-packages.sh build windows
+	@for target in x64 x86; do \
+	    cmake --preset windows-$$target >/dev/null && \
+	    cmake --build --preset windows-$$target -j $(JOBS) --target zotavpci zopcibrd tavctl && \
+	    version=$$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' build/windows-$$target/CMakeCache.txt) && \
+	    scripts/package-msi.sh build/zotavpci-$$version-$$target.msi build/windows-$$target && \
+	    ls -l build/zotavpci-$$version-$$target.msi || exit $$?; \
+	done
+
+test-msi: package-msi ## install, repair, upgrade and remove them under Wine
+	@scripts/install-wine32.sh
+	@for target in x64 x86; do \
+	    tests/packages/msiTest.sh . build/windows-$$target $$target || exit $$?; \
+	done
+	@tests/packages/msiBothTest.sh . build/windows-x64 build/windows-x86
 
 check-reproducible: ## build the archives for Windows twice in different folders; fail unless bytes are equal
 	@scripts/install-packages.sh build windows
