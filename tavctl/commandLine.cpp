@@ -13,6 +13,7 @@
 #include "tavctl/record/recordCommand.h"
 #include "tavctl/tree/treeCommand.h"
 #include "tavctl/where/whereCommand.h"
+#include "tavctl/words/document.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/print.h"
 #include "tavctl/words/words.h"
@@ -48,13 +49,26 @@ constexpr KnownCommand kCommands[] = {
      [](OptionParser& parser) { return addCompletionCommand(parser, commandLineWords); }},
 };
 
+// "--version" and "--json", either first. The latter is an option of commands otherwise.
+bool asksForVersionDocument(const std::vector<std::string>& words) {
+    return words.size() == 3 && std::count(words.begin() + 1, words.end(), "--version") == 1 &&
+           std::count(words.begin() + 1, words.end(), "--json") == 1;
+}
+
+std::string versionDocument() {
+    Json whole = newDocument();
+    whole.add("program", "tavctl");
+    whole.add("programVersion", TAVCTL_VERSION);
+    return whole.line();
+}
+
 class CommandLine {
 public:
     // Every command, or the one of this name only.
     explicit CommandLine(std::string_view only = {})
         : parser_("tavctl",
                   "Sees, checks and explains TAV hardware as a host sees it through the plug-in.",
-                  TAVCTL_VERSION) {
+                  "tavctl " TAVCTL_VERSION) {
         parser_.footer(
             (platform::hasManualPages()
                  ? "\"tavctl COMMAND --help\" and \"man tavctl-COMMAND\" say more.\n"
@@ -71,6 +85,8 @@ public:
     [[nodiscard]] CommandWords words() const { return parser_.words(); }
 
     ExitStatus run(const std::vector<std::string>& words) {
+        if (asksForVersionDocument(words))
+            return answer(versionDocument());
         const ParsedLine line = parser_.parse(words);
         switch (line.kind) {
         case ParsedLine::Kind::misuse:

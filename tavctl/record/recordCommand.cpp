@@ -37,7 +37,7 @@ ExitStatus runRecord(const RecordOptions& options) {
     tellLeftOut(recording.leftOut);
     if (options.scrub)
         recording = scrubbedRecording(recording);
-    writeResult(recordingText(recording, TAVCTL_VERSION), options.output);
+    writeResult(recordingText(recording, "tavctl " TAVCTL_VERSION), options.output);
     return ExitStatus::done;
 }
 

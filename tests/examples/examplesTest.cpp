@@ -49,7 +49,7 @@ TEST(Examples, OfTheGuidesAreTrue) {
 }
 
 TEST(Examples, OfTheManualPagesAreTrue) {
-    const auto files = filesIn(TAV_SOURCE_DIR "/docs/man", ".1");
+    const auto files = filesIn(TAV_BINARY_DIR "/man", ".1");
     EXPECT_FALSE(files.empty());
     for (const fs::path& file : files)
         EXPECT_GT(runDocument(file), 0U) << file << " has no example";

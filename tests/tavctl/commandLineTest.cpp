@@ -174,7 +174,17 @@ TEST(CommandLine, EveryHelpFitsAScreenAndHasAnExample) {
 TEST(CommandLine, HelpAndVersionExitWithZero) {
     EXPECT_TRUE(says(runTavctl("--help"), 0, "Exit status"));
     EXPECT_TRUE(says(runTavctl("list --help"), 0, "--descriptions"));
-    EXPECT_TRUE(says(runTavctl("--version"), 0, "tavctl 15.0.0"));
+    EXPECT_EQ(runTavctl("--version").output, "tavctl " TAV_VERSION "\n");
+}
+
+TEST(CommandLine, VersionIsADocumentWithJson) {
+    const std::string document =
+        R"({"version":1,"program":"tavctl","programVersion":")" TAV_VERSION "\"}\n";
+    EXPECT_TRUE(says(runTavctl("--version --json"), 0, document));
+    EXPECT_EQ(runTavctl("--json --version").output, document);
+    // Elsewhere it is no option.
+    EXPECT_TRUE(says(runTavctl("--json"), 2, R"("object":"--json","reason":"unknown option")"));
+    EXPECT_TRUE(says(runTavctl("--json list"), 2, "unknown option"));
 }
 
 TEST(CommandLine, MissingPluginIsNamed) {

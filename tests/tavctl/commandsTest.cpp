@@ -58,17 +58,20 @@ protected:
         return testsupport::runProgram(TAVCTL_FILE, arguments);
     }
 
-    // Folders are separated as on Linux; the project's own is left out.
+    // Folders are separated as on Linux; the project's own is left out, and so is the version.
     static std::string unified(std::string text) {
         std::replace(text.begin(), text.end(), '\\', '/');
-        for (const std::string& prefix : {kProject.generic_string() + "/"}) {
-            for (auto at = text.find(prefix); at != std::string::npos; at = text.find(prefix))
-                text.erase(at, prefix.size());
-        }
+        replaceAll(text, kProject.generic_string() + "/", "");
+        replaceAll(text, "tavctl " TAV_VERSION, "tavctl @PROJECT_VERSION@");
         return text;
     }
 
 private:
+    static void replaceAll(std::string& text, const std::string& old, const std::string& now) {
+        for (auto at = text.find(old); at != std::string::npos; at = text.find(old, at))
+            text.replace(at, old.size(), now);
+    }
+
     testsupport::TemporaryFolder state_;
 };
 

@@ -13,7 +13,8 @@ namespace fs = std::filesystem;
 using namespace tavctl;
 using testing::HasSubstr;
 
-const fs::path kFolder = TAV_SOURCE_DIR "/docs/man";
+// As they are installed.
+const fs::path kFolder = TAV_BINARY_DIR "/man";
 
 // As it is read on a wide screen, without bold letters.
 std::string pageText(const std::string& page) {

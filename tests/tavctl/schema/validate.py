@@ -170,6 +170,7 @@ class Runs:
         self.run("error", "list", "--json", "--dump", "/nonexistent", errors=True)
         self.run("lint", "lint", "--json", "--descriptions", folder)
         self.run("lint-rules", "lint", "--rules", "--json")
+        self.run("version", "--version", "--json")
 
 
 def functions_in(tree):
