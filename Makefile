@@ -9,7 +9,7 @@ SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 .PHONY: help build demo quick test test-native windows test-windows test-guest test-sanitizers \
         check-valgrind check soak coverage build-bench bench bench-live bench-detail fuzz \
         format check-format tidy clang update-expectations record-sample record-guests \
-        package-windows package-msi test-msi check-reproducible install clean
+        package package-windows package-msi sbom test-packages test-msi check-reproducible install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -199,6 +199,16 @@ test-msi: package-msi ## install, repair, upgrade and remove them under Wine
 	    tests/packages/msiTest.sh . build/windows-$$target $$target || exit $$?; \
 	done
 	@tests/packages/msiBothTest.sh . build/windows-x64 build/windows-x86
+
+sbom: ## write what the product is made of, for Linux and Windows, into build/zotavpci.spdx.json
+	@scripts/install-packages.sh build windows
+	@for preset in release windows-x64 windows-x86; do \
+	    cmake --preset $$preset >/dev/null && \
+	    cmake --build --preset $$preset -j $(JOBS) --target zotavpci zopcibrd tavctl \
+	        || exit $$?; \
+	done
+	@scripts/make-sbom.py build/release build/windows-x64 build/windows-x86 \
+	    -o build/zotavpci.spdx.json
 
 check-reproducible: ## build the archives for Windows twice in different folders; fail unless bytes are equal
 	@scripts/install-packages.sh build windows

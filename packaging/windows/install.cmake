@@ -35,6 +35,14 @@ file(GLOB descriptions CONFIGURE_DEPENDS
 tav_install_text(. ${CMAKE_CURRENT_LIST_DIR}/README.txt.in)
 tav_install_text(include ${PROJECT_SOURCE_DIR}/include/tavPlugin.h
                  ${PROJECT_SOURCE_DIR}/zopcibrd/zopcibrd.h ${PROJECT_SOURCE_DIR}/source/exports.def)
+# What the three files contain of others, and the licences that ask to be passed on along with them.
+set(notices ${CMAKE_CURRENT_BINARY_DIR}/windows/${target}/THIRD-PARTY.txt)
+install(CODE "execute_process(COMMAND_ERROR_IS_FATAL ANY
+    COMMAND python3 \"${PROJECT_SOURCE_DIR}/scripts/make-sbom.py\" \"${PROJECT_BINARY_DIR}\"
+            --third-party -o \"${notices}\")")
+install(FILES ${notices} DESTINATION ${target})
+file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/windows/${target})
+
 include(CMakePackageConfigHelpers)
 set(version_file ${CMAKE_CURRENT_BINARY_DIR}/windows-package/zotavpciConfigVersion.cmake)
 write_basic_package_version_file(${version_file} # one for both targets

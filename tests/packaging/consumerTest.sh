@@ -89,6 +89,7 @@ told=$(pkg-config --variable=plugin zotavpci)
 [ "$(pkg-config --modversion zotavpci)" = \
     "$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' "$build/CMakeCache.txt")" ] ||
     fail "pkg-config tells another version"
+flags=()
 eval "flags=($(pkg-config --cflags zotavpci))"
 warnings=(-Wall -Wextra -Wpedantic -Werror)
 "$CC" -std=c11 "${warnings[@]}" "${flags[@]}" "-DPLUGIN=\"${told//\\/}\"" "$here/host/host.c" \

@@ -43,9 +43,7 @@ while read -r page; do
     pages=$((pages + 1))
 done < <(find "$work/installed/share/man" -type f)
 tell "the manual" "$pages pages" "$(find "$source/docs/man" -type f | wc -l) pages"
-for file in $(find "$work/installed" -name zotavpci.pc); do
-    tell "$file" "$(sed -n 's/^Version: //p' "$file")" "$version"
-done
-for file in $(find "$work/installed" -name zotavpciConfigVersion.cmake); do
-    tell "$file" "$(sed -n 's/^set(PACKAGE_VERSION "\(.*\)")$/\1/p' "$file")" "$version"
-done
+file=$(find "$work/installed" -name zotavpci.pc)
+tell "$file" "$(sed -n 's/^Version: //p' "$file")" "$version"
+file=$(find "$work/installed" -name zotavpciConfigVersion.cmake)
+tell "$file" "$(sed -n 's/^set(PACKAGE_VERSION "\(.*\)")$/\1/p' "$file")" "$version"

@@ -25,7 +25,8 @@ cd "${folders[0]}"
 
 {
     printf '%s\n' README.txt cmake/zotavpciConfig{,Version}.cmake docs/{descriptions,rack}.md \
-        include/{tavPlugin.h,zopcibrd.h,zotavpci.def} samples/switchboxes.dump "$target"/{tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
+        include/{tavPlugin.h,zopcibrd.h,zotavpci.def} samples/switchboxes.dump \
+        "$target"/{THIRD-PARTY.txt,tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
     (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini' &&
         find docs/schema -name '*.json')
 } | LC_ALL=C sort >"$work/expected"
@@ -52,6 +53,11 @@ while read -r file; do
     [ "$(grep -c $'\r$' "$file")" -eq "$lines" ] || fail "$file: lines without CR LF"
     ! grep -q '@[A-Z_]*@' "$file" || fail "$file: a value is missing"
 done <"$work/found"
+
+# The notices are of all that is inside, by the bill of the same files, and hold the licences.
+"$source/scripts/make-sbom.py" "$build" -o "$work/bill.spdx.json"
+"$source/tests/packaging/checkBill.py" "$work/bill.spdx.json" --files "$target" \
+    --notices "$target/THIRD-PARTY.txt"
 
 # The README's first command, to the letter, and what it says of it.
 cd "$target"
