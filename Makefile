@@ -160,8 +160,9 @@ tidy: ## run clang-tidy over the product's sources, and ask whether they need GN
 	@cmake --preset windows-x64 >/dev/null
 	@scripts/check-portable.py . build/windows-x64/headers
 
-update-expectations: build ## rewrite what the whole-system cases expect; read the diff
+update-expectations: build ## rewrite what the whole-system cases expect, and the README's picture; read the diff
 	@build/$(PRESET)/bin/test_system --rewrite
+	@tests/examples/pictureTest.sh $(CURDIR)/$(TAVCTL) $(CURDIR) --rewrite
 
 record-sample: ## record samples/switchboxes.dump anew in an emulated machine
 	@scripts/record-guest.sh samples/switchboxes.dump samples/machines/switchboxes.machine

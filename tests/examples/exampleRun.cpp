@@ -79,9 +79,20 @@ ExampleRun::ExampleRun() : home_(folder_.path() / "home") {
     std::ofstream(folder_.path() / "tav-manager.conf")
         << "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n"
            "Path=descriptions/\nConfigPath=names/\n";
+    fs::create_directory(folder_.path() / "unused");
+    std::ofstream(folder_.path() / "newly-installed.conf")
+        << "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n"
+           "Path=descriptions/\nConfigPath=../unused/\n";
     // The recorded bus stands for the machine's own, on which list stores names; and a host has.
+    // Who looks at the installed sample has just installed it: there are no names yet.
     std::ofstream(folder_.path() / "functions")
         << "tavctl() {\n"
+           "    local installed=/usr/share/doc/tavctl/examples/\n"
+           "    if [[ \"$*\" == *\"$installed\"* ]]; then\n"
+           "        TAV_MANAGER_CONF=../newly-installed.conf \\\n"
+           "            command tavctl \"${@/\"$installed\"/samples/}\"\n"
+           "        return\n"
+           "    fi\n"
            "    if [ \"$1\" = list ] && [[ \"$*\" != *--dump* && \"$*\" != *--state* ]]; then\n"
            "        set -- \"$@\" --state names\n"
            "    fi\n"

@@ -39,6 +39,8 @@ std::size_t runDocument(const fs::path& path) {
 
 TEST(Examples, OfTheReadmeAreTrue) {
     EXPECT_GT(runDocument(TAV_SOURCE_DIR "/README.md"), 0U);
+    for (const char* other : {"CHANGELOG.md", "CONTRIBUTING.md"})
+        runDocument(fs::path(TAV_SOURCE_DIR) / other);
 }
 
 TEST(Examples, OfTheGuidesAreTrue) {

@@ -25,4 +25,3 @@ printf '%s\n' "${headings[@]}" | cut -d ' ' -f 2 | sort -crV || fail "versions d
 awk '/^## /{if (NR > 1 && heading && !told) exit 1; heading = 1; told = 0} /^- /{told = 1}
      END{exit !told}' "$file" || fail "a version has nothing to tell"
 awk 'length > 100 {exit 1}' "$file" || fail "a line is longer than 100 characters"
-! grep -n '^- .*[]`*[]' "$file" || fail "a package's list shows marks as they are"
