@@ -65,7 +65,10 @@ def main():
     except (BillError, OSError, subprocess.CalledProcessError) as error:
         print(f"make-sbom: {error}", file=sys.stderr)
         return 1
-    pathlib.Path(arguments.output).write_text(text, encoding="utf-8", newline="")
+    # In one step: two installs of one build may write the same notices at once.
+    new = pathlib.Path(f"{arguments.output}.{os.getpid()}")
+    new.write_text(text, encoding="utf-8", newline="")
+    new.replace(arguments.output)
     return 0
 
 

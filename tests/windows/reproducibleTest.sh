@@ -11,7 +11,7 @@ build=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export CCACHE_DISABLE=1
-mkdir -p "$work/bin" "$work/lib"
+mkdir -p "$work/bin" "$work/lib" "$work/maps"
 
 fail() {
     echo "$0: $*" >&2
@@ -20,7 +20,7 @@ fail() {
 
 # Linked as the build does, but in a folder that has all of the build's but what is written.
 for entry in "$build"/*; do
-    case ${entry##*/} in bin | lib) ;; *) ln -s "$entry" "$work/" ;; esac
+    case ${entry##*/} in bin | lib | maps) ;; *) ln -s "$entry" "$work/" ;; esac
 done
 cd "$work"
 for file in zotavpci.dll zopcibrd.dll tavctl.exe; do
