@@ -55,6 +55,9 @@ GLIBC = Component(
     "GNU C library", "LGPL-2.1-or-later", ("GNU Lesser General Public License",),
     code_in_headers=False,
     note="the start files that every program is linked with; the library itself is loaded")
+CLANG = Component(
+    "Clang's headers", "Apache-2.0 WITH LLVM-exception", ("LLVM Exceptions",),
+    code_in_headers=False)
 LINUX = Component(
     "Linux headers", "GPL-2.0-only WITH Linux-syscall-note", ("GPL-2",), code_in_headers=False)
 
@@ -68,6 +71,7 @@ FILES = [(re.compile(pattern), component) for pattern, component in (
     (r"/lib(win)?pthread\.a$|mingw.*/pthread[^/]*\.h$", WINPTHREADS),
     (r"mingw-w64/include/|w64-mingw32/(lib|include)/", MINGW),
     (r"/lib/gcc/", LIBGCC),
+    (r"/lib/clang/[^/]*/include/", CLANG),
     (r"^linux-libc-dev[: ]", LINUX),
     (r"^libc6(-dev)?[: ]", GLIBC),
 )]

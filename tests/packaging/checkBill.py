@@ -17,8 +17,8 @@ import sys
 ID = re.compile(r"SPDXRef-[A-Za-z0-9.-]+$")
 TIME = re.compile(r"[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}Z$")
 LICENCES = {"BSL-1.0", "BSD-3-Clause", "MIT", "GPL-3.0-or-later", "GPL-2.0-only", "LGPL-2.1-or-later",
-            "ZPL-2.1"}
-EXCEPTIONS = {"GCC-exception-3.1", "Linux-syscall-note"}
+            "ZPL-2.1", "Apache-2.0"}
+EXCEPTIONS = {"GCC-exception-3.1", "Linux-syscall-note", "LLVM-exception"}
 RELATIONSHIPS = {"DESCRIBES", "CONTAINS", "STATIC_LINK", "DYNAMIC_LINK", "BUILD_DEPENDENCY_OF",
                  "RUNTIME_DEPENDENCY_OF"}
 HEXADECIMAL = {"SHA1": 40, "SHA256": 64}
