@@ -1,15 +1,16 @@
 #!/usr/bin/env python3
-"""Writes what an installer for Windows is made from: the source for wixl, the statements for msibuild,
-and the code of the package.
+"""Writes what an installer for Windows is made from: the source for wixl, the statements for
+msibuild, and the code of the package.
 
     scripts/msi-source.py TEMPLATES STAGED TARGET VERSION FILE_VERSION OUTPUT
 
-STAGED is the tree of the archive for Windows, in which wixl is to run; TARGET is x64 or x86. VERSION is the installer's,
-FILE_VERSION that of the programs in it. OUTPUT.wxs, OUTPUT.sql and OUTPUT.code are written.
+STAGED is the tree of the archive for Windows, in which wixl is to run; TARGET is x64 or x86. VERSION
+is the installer's, FILE_VERSION that of the programs in it. OUTPUT.wxs, OUTPUT.sql and OUTPUT.code
+are written.
 
 Every code comes from what it stands for, so the same files give the same installer: a component has
 the code of its place, which must stay the same in every version; a product that of its version and
-target; a package that of every byte in it, since Windows takes two packages of one code for one file.
+target; a package that of every byte in it, since Windows takes two packages of one code for one.
 """
 import hashlib
 import pathlib
@@ -29,14 +30,14 @@ def code(text):
 
 
 class Names:
-    """Names of a folder's entries as tables hold them: "SHORT|Long", where the long one is not short."""
+    """Names in a folder as tables hold them: "SHORT|Long", where the long one is not short."""
 
     def __init__(self):
         self.taken = set()
 
     def of(self, name):
         stem, _, suffix = name.rpartition(".") if "." in name else (name, "", "")
-        if re.fullmatch(r"[A-Za-z0-9_-]{1,8}", stem) and re.fullmatch(r"[A-Za-z0-9_-]{0,3}", suffix):
+        if re.fullmatch(r"[A-Za-z0-9_-]{1,8}\.?[A-Za-z0-9_-]{0,3}", name) and len(stem) <= 8:
             return name
         plain = re.sub("[^A-Z0-9_-]", "", stem.upper())
         for number in range(1, 1000):
@@ -73,13 +74,14 @@ class Tree:
                 lines += self.elements(entry, root, indent + 2)
                 lines.append(f"{pad}</Directory>")
                 continue
-            # The installer goes by the file that stands for its component: one each, so that each is
+            # Windows goes by the file that stands for its component: one each, so that each is
             # repaired, or kept, by itself.
             guid = code(f"component/{self.place}/{path.as_posix()}")
             self.components.append((key, path))
-            lines.append(f'{pad}<Component Id="Part.{key}" Guid="{guid}" Win64="{self.win64}">')
-            lines.append(f'{pad}  <File Id="{key}" Name={name} Source={quoteattr(self.below + path.as_posix())} KeyPath="yes"/>')
-            lines.append(f"{pad}</Component>")
+            source = quoteattr(self.below + path.as_posix())
+            lines += [f'{pad}<Component Id="Part.{key}" Guid="{guid}" Win64="{self.win64}">',
+                      f'{pad}  <File Id="{key}" Name={name} Source={source} KeyPath="yes"/>',
+                      f"{pad}</Component>"]
         return lines
 
 
@@ -92,7 +94,8 @@ def filled(template, values):
 
 def statements(text):
     lines = [line for line in text.splitlines() if not line.startswith("--")]
-    return [" ".join(part.split()) for part in re.split(r"\n\s*\n", "\n".join(lines)) if part.strip()]
+    paragraphs = re.split(r"\n\s*\n", "\n".join(lines))
+    return [" ".join(paragraph.split()) for paragraph in paragraphs if paragraph.strip()]
 
 
 def main():
@@ -120,10 +123,12 @@ def main():
         "TOOL_FOLDER": program.folders[target],
         "TOOL_COMPONENT": "Part." + tool,
         "VERSIONS": "\n\n".join(
-            f"UPDATE `File` SET `Version` = '{file_version}.0', `Language` = '1033' WHERE `File` = '{key}'\n\n"
-            f"DELETE FROM `MsiFileHash` WHERE `File_` = '{key}'" for key in programs),
-        "KEPT": "\n\n".join(f"UPDATE `Component` SET `Attributes` = 144 WHERE `Component` = 'Part.{key}'"
-                            for key, _ in data.components),
+            f"UPDATE `File` SET `Version` = '{file_version}.0', `Language` = '1033'\n"
+            f"WHERE `File` = '{key}'\n\nDELETE FROM `MsiFileHash` WHERE `File_` = '{key}'"
+            for key in programs),
+        "KEPT": "\n\n".join(
+            f"UPDATE `Component` SET `Attributes` = 144 WHERE `Component` = 'Part.{key}'"
+            for key, _ in data.components),
     }
     source = filled(templates / "installer.wxs.in", values)
     sql = statements(filled(templates / "installer.sql.in", values))
@@ -131,9 +136,9 @@ def main():
     digest = hashlib.sha256((source + "\n".join(sql)).encode())
     for path in sorted(path for path in staged.rglob("*") if path.is_file()):
         digest.update(b"%d" % path.stat().st_mtime + hashlib.sha256(path.read_bytes()).digest())
-    pathlib.Path(output + ".wxs").write_text(source, encoding="utf-8")
-    pathlib.Path(output + ".sql").write_text("".join(line + "\n" for line in sql), encoding="utf-8")
-    pathlib.Path(output + ".code").write_text(code("package/" + digest.hexdigest()) + "\n", encoding="utf-8")
+    for suffix, text in ((".wxs", source), (".sql", "".join(line + "\n" for line in sql)),
+                         (".code", code("package/" + digest.hexdigest()) + "\n")):
+        pathlib.Path(output + suffix).write_text(text, encoding="utf-8")
 
 
 main()

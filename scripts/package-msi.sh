@@ -42,7 +42,8 @@ target=x86
     "${version:-$built}" "$built" "$work/installer"
 
 # wixl leaves out what it does not know, tells so, and succeeds.
-(cd "$work/staged" && wixl -a "$target" -o "$work/installer.msi" "$work/installer.wxs") 2>"$work/said" || {
+(cd "$work/staged" && wixl -a "$target" -o "$work/installer.msi" "$work/installer.wxs") \
+    2>"$work/said" || {
     cat "$work/said" >&2
     exit 1
 }

@@ -16,7 +16,7 @@ TEXT, TIME = 30, 64
 
 
 class CompoundFile:
-    """Where the bytes of a small stream stand, of a file with a single block of its sector lists."""
+    """Where the bytes of a stream stand."""
 
     def __init__(self, data):
         self.data = data
@@ -65,8 +65,9 @@ class CompoundFile:
             pieces = [(self.offset(at), self.sector) for at in self.chain(first, self.next)]
         else:
             store = self.chain(self.entries["Root Entry"][0], self.next)
-            stored = [place for at in store for place in range(self.offset(at), self.offset(at) + self.sector)]
-            pieces = [(stored[at * self.small], self.small) for at in self.chain(first, self.next_small)]
+            stored = [self.offset(at) + place for at in store for place in range(self.sector)]
+            pieces = [(stored[at * self.small], self.small)
+                      for at in self.chain(first, self.next_small)]
         return [place for start, length in pieces for place in range(start, start + length)][:size]
 
 

@@ -21,7 +21,8 @@ for target in x64 x86; do
     msiinfo export "$work/$target.msi" Component | tr -d '\r' | tail -n +4 | cut -f 1,2 | sort \
         >"$work/$target.components"
 done
-comm -12 "$work/x64.components" "$work/x86.components" | cut -f 1 | sed 's/\.[0-9a-f]*$//' >"$work/shared"
+comm -12 "$work/x64.components" "$work/x86.components" | cut -f 1 |
+    sed 's/\.[0-9a-f]*$//' >"$work/shared"
 {
     printf '%s\n' Configuration Names
     (cd "$source/descriptions/PCI Hardware Descriptions" && printf '%s\n' *.ini |

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Reads the tables of an installer for Windows, and fails where they contradict each other or what the
-installer should be. Windows' own installer trusts them; the one under Wine passes over much of them.
+"""Reads the tables of an installer for Windows, and fails where they contradict each other or what
+the installer should be. Windows trusts them, and Wine passes over much of them.
 
     tests/packages/msiTables.py FILE.msi TARGET VERSION STAGED
 
 STAGED is the tree of the archive for Windows, of which every file must be in the installer.
 """
+import os
 import pathlib
 import re
 import struct
@@ -66,7 +67,7 @@ def main():
         "Registry", "RegLocator", "AppSearch", "Environment", "MsiLockPermissionsEx", "MsiFileHash",
         "InstallExecuteSequence", "CustomAction", "Upgrade", "LaunchCondition", "Media")}
     summary = subprocess.run(["msiinfo", "suminfo", installer], check=True, capture_output=True,
-                             encoding="utf-8").stdout
+                             encoding="utf-8", env={**os.environ, "LC_ALL": "C"}).stdout
 
     properties = {name: row["Value"] for name, row in keyed(tables["Property"], "Property").items()}
     for name, value in {"ProductName": f"zotavpci ({target})", "ProductVersion": version,
@@ -143,17 +144,18 @@ def main():
         expect(row["Version"] == file_version(content), f"{path}: version \"{row['Version']}\"")
         expect((row["File"] in hashes) == (row["Version"] == ""), f"{path}: sum and version")
 
-    # What belongs to the laboratory is neither overwritten nor removed; the rest is. The configuration
-    # is one of 32 bits for both targets.
+    # What belongs to the laboratory is neither overwritten nor removed; the rest is. The
+    # configuration is one of 32 bits for both targets.
     for name, row in components.items():
         data = place(row["Directory_"]).startswith("CommonAppDataFolder/")
         wide = 0 if data or target == "x86" else WIDE
         kept = PERMANENT + NEVER_OVERWRITE if data and row["KeyPath"] in files else 0
         marks = {"Configuration": REGISTRY_KEY, "Names": PERMANENT}.get(name, wide + kept)
         expect(int(row["Attributes"]) == marks, f"{name}: marks {row['Attributes']}, not {marks}")
-    expect(sorted((row["Root"], row["Key"], row["Name"], row["Value"]) for row in tables["Registry"])
-           == [("2", r"SOFTWARE\Quorvane\TAV Manager\CurrentVersion", name, f"[CONFIGURED{name.upper()}]")
-               for name in ("ConfigPath", "Path")], "other values in the registry")
+    key = r"SOFTWARE\Quorvane\TAV Manager\CurrentVersion"
+    expect(sorted((row["Root"], row["Key"], row["Name"], row["Value"]) for row in registry.values())
+           == [("2", key, name, f"[CONFIGURED{name.upper()}]") for name in ("ConfigPath", "Path")],
+           "other values in the registry")
     # 2: a value as it is; 16 would be the 64-bit view.
     expect({row["Type"] for row in tables["RegLocator"]} == {"2"}, "searches in another view")
 
@@ -162,7 +164,8 @@ def main():
             for row in tables["MsiLockPermissionsEx"]]
            == [("NamesFolder", "CreateFolder", RIGHTS, "NOT NamesConfigured OR REINSTALL")],
            "other rights")
-    expect([row["Directory_"] for row in tables["CreateFolder"]] == ["NamesFolder"], "other folders")
+    expect([row["Directory_"] for row in tables["CreateFolder"]] == ["NamesFolder"],
+           "other folders")
     expect([(row["Name"], row["Component_"]) for row in tables["Environment"]]
            == [("=-*PATH", row["Component_"]) for row in tables["File"]
                if row["FileName"] == "tavctl.exe"], "other variables")
@@ -170,9 +173,10 @@ def main():
     # What comes after what.
     order = {row["Action"]: int(row["Sequence"]) for row in tables["InstallExecuteSequence"]}
     expect(len(order) == len(set(order.values())), "two actions at one place")
-    standard = ("FindRelatedProducts", "AppSearch", "LaunchConditions", "CostInitialize", "CostFinalize",
-                "SetNamesConfigured", "SetConfiguredConfigPath", "InstallValidate", "InstallInitialize",
-                "RemoveExistingProducts", "ProcessComponents", "RemoveRegistryValues",
+    standard = ("FindRelatedProducts", "AppSearch", "LaunchConditions", "CostInitialize",
+                "CostFinalize", "SetNamesConfigured", "SetConfiguredConfigPath", "InstallValidate",
+                "InstallInitialize", "RemoveExistingProducts", "ProcessComponents",
+                "RemoveRegistryValues",
                 "RemoveEnvironmentStrings", "RemoveFiles", "RemoveFolders", "CreateFolders",
                 "InstallFiles", "WriteRegistryValues", "WriteEnvironmentStrings", "RegisterProduct",
                 "PublishProduct", "InstallFinalize")
@@ -180,15 +184,16 @@ def main():
     expect(0 not in places and places == sorted(places), f"another order: {places}")
     for row in tables["CustomAction"]:
         expect(row["Type"] == "51", f"{row['Action']} does more than to set a property")
-        expect(order.get(row["Action"], 0) > order["CostFinalize"], f"{row['Action']}: no folders yet")
+        expect(order.get(row["Action"], 0) > order["CostFinalize"],
+               f"{row['Action']}: no folders yet")
 
     # An older product is removed, a newer one refused.
     upgrades = {row["ActionProperty"]: row for row in tables["Upgrade"]}
     older, newer = upgrades["WIX_UPGRADE_DETECTED"], upgrades["WIX_DOWNGRADE_DETECTED"]
     expect({row["UpgradeCode"] for row in tables["Upgrade"]} == {properties["UpgradeCode"]},
            "upgrades of another product")
-    expect((older["VersionMin"], older["VersionMax"], int(older["Attributes"]) & 2) == ("", version, 0),
-           "older versions are not removed")
+    expect((older["VersionMin"], older["VersionMax"]) == ("", version)
+           and not int(older["Attributes"]) & 2, "older versions are not removed")
     expect((newer["VersionMin"], newer["VersionMax"], newer["Attributes"]) == (version, "", "2"),
            "newer versions are not found")
     expect([(row["Condition"], bool(row["Description"])) for row in tables["LaunchCondition"]]

@@ -24,7 +24,7 @@ export SOURCE_DATE_EPOCH=1700000001
 sleep 2
 (umask 077 && TZ=Asia/Tokyo "$source/scripts/package-msi.sh" "$work/again.msi" "$build")
 cmp "$work/now.msi" "$work/again.msi" || fail "the same build gives other bytes"
-TZ=UTC msiinfo suminfo "$work/now.msi" >"$work/summary"
+TZ=UTC LC_ALL=C msiinfo suminfo "$work/now.msi" >"$work/summary"
 for time in Created "Last saved"; do
     grep -qx "$time: Tue Nov 14 22:13:21 2023" "$work/summary" ||
         fail "$time is not SOURCE_DATE_EPOCH: $(cat "$work/summary")"
@@ -38,7 +38,7 @@ cmake --install "$build" --prefix "$work/staged" >/dev/null
 "$source/scripts/package-msi.sh" --version "$higher" "$work/next.msi" "$build"
 for file in now next; do
     msiinfo export "$work/$file.msi" Component >"$work/$file.components"
-    msiinfo suminfo "$work/$file.msi" | grep '^Revision number' >"$work/$file.code"
+    LC_ALL=C msiinfo suminfo "$work/$file.msi" | grep '^Revision number' >"$work/$file.code"
 done
 cmp "$work/now.components" "$work/next.components" || fail "another version has other components"
 ! cmp -s "$work/now.code" "$work/next.code" || fail "another version has the same package code"
@@ -56,18 +56,26 @@ program="$drive/$program_files/TAV Manager"
 data="$drive/ProgramData/TAV Manager"
 descriptions="$data/PCI Hardware Descriptions"
 tool_folder="C:\\$program_files\\TAV Manager\\$target\\"
+configured=('C:\ProgramData\TAV Manager\' 'C:\ProgramData\TAV Manager\Names\')
+elsewhere=('C:\rack\' 'C:\rack\Names\')
 files >"$work/before"
 path_before=$(machine_path)
 [ -n "$path_before" ] || fail "the machine has no PATH"
 
-# expect_configured PATH: the values where every host finds them, and nowhere else.
+# expect_configured PATH CONFIGPATH: the values where every host finds them, and nowhere else.
 expect_configured() {
     local found
     found=$(value 32 "$configuration" Path)
     [ "$found" = "$1" ] || fail "Path is \"$found\" instead of \"$1\""
     found=$(value 32 "$configuration" ConfigPath)
-    [ "$found" = 'C:\ProgramData\TAV Manager\Names\' ] || fail "ConfigPath is \"$found\""
+    [ "$found" = "$2" ] || fail "ConfigPath is \"$found\" instead of \"$2\""
     ! windows reg query "$configuration" /reg:64 >/dev/null || fail "values in the 64-bit view"
+}
+
+# configure PATH CONFIGPATH: as an administrator.
+configure() {
+    windows reg add "$configuration" /v Path /d "$1" /f /reg:32 >/dev/null
+    windows reg add "$configuration" /v ConfigPath /d "$2" /f /reg:32 >/dev/null
 }
 
 # expect_installed PRODUCT VERSION: every file of the archive, the tool in the PATH, the product among
@@ -115,7 +123,7 @@ expect_kept() {
 # Installed: what the archive holds, and the samples where they are configured.
 msi 0 /i "$work/now.msi"
 expect_installed "$product" "$version"
-expect_configured 'C:\ProgramData\TAV Manager\'
+expect_configured "${configured[@]}"
 diff -r "$work/staged/descriptions/PCI Hardware Descriptions" "$descriptions" ||
     fail "other descriptions than the archive's"
 [ -d "$data/Names" ] || fail "no folder for the names"
@@ -143,24 +151,24 @@ rm "$program/$target/zopcibrd.dll" "$program/docs/rack.md"
 windows reg delete "$configuration" /v ConfigPath /f /reg:32 >/dev/null
 msi 0 /i "$product" REINSTALL=ALL REINSTALLMODE=amus
 expect_installed "$product" "$version"
-expect_configured 'C:\ProgramData\TAV Manager\'
+expect_configured "${configured[@]}"
 expect_kept repair
 
-# Upgraded, where an administrator has named another folder: it stays, and the old product goes.
+# Upgraded, where an administrator has named other folders: they stay, and the old product goes.
 cp -R "$data" "$drive/rack"
-windows reg add "$configuration" /v Path /d 'C:\rack\' /f /reg:32 >/dev/null
+configure "${elsewhere[@]}"
 rm "$program/docs/rack.md"
 msi 0 /i "$work/next.msi"
 expect_installed "$next" "$higher"
-expect_configured 'C:\rack\'
+expect_configured "${elsewhere[@]}"
 expect_kept upgrade
 ! windows reg query "$uninstall\\$product" "/reg:$view" >/dev/null || fail "the old product is there"
 
 # An older one is refused (1603), and nothing happens.
 msi $((1603 % 256)) /i "$work/now.msi"
 expect_installed "$next" "$higher"
-expect_configured 'C:\rack\'
-windows reg add "$configuration" /v Path /d 'C:\ProgramData\TAV Manager\' /f /reg:32 >/dev/null
+expect_configured "${elsewhere[@]}"
+configure "${configured[@]}"
 expect_names by_path
 
 # Removed: only what belongs to others is left.

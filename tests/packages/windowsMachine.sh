@@ -1,5 +1,5 @@
-# Sourced by tests that install on a machine of their own, a new prefix of Wine's. They set "source" to
-# the sources, and call start_machine and, when done with it, stop_machine.
+# Sourced by tests that install on a machine of their own, a new prefix of Wine's. They set "source"
+# to the sources, and call start_machine and, when done with it, stop_machine.
 # shellcheck shell=bash
 
 configuration='HKLM\SOFTWARE\Quorvane\TAV Manager\CurrentVersion'
@@ -52,11 +52,11 @@ msi() {
 
 # value VIEW KEY NAME: a value of the registry, or nothing.
 value() {
-    windows reg query "$2" /v "$3" "/reg:$1" | sed -n "s/^    $3    REG_[A-Z_]*    //p"
+    { windows reg query "$2" /v "$3" "/reg:$1" || true; } | sed -n "s/^    $3    REG_[A-Z_]*    //p"
 }
 
-# The machine's PATH without empty entries, which Wine leaves where one was taken away. Its "cmd" looks
-# no further than to the first of them.
+# The machine's PATH without empty entries, which Wine leaves where one was taken away. Its "cmd"
+# looks no further than to the first of them.
 machine_path() {
     value 64 "$environment" PATH | sed 's/;;*/;/g; s/;$//'
 }
@@ -68,5 +68,6 @@ property() {
 
 # files: everything on the machine but Wine's own places for what is under way.
 files() {
-    (cd "$drive" && find . -path ./users -prune -o -path ./windows/temp -prune -o -print) | LC_ALL=C sort
+    (cd "$drive" && find . -path ./users -prune -o -path ./windows/temp -prune -o -print) |
+        LC_ALL=C sort
 }
