@@ -16,9 +16,9 @@ fail() {
 
 # No other file writes a number like it. The history of versions does, and what is made from it.
 main=${version%%.*}
-grep -rnIE --exclude-dir=.git --exclude-dir=build --exclude-dir=.cache --exclude-dir=debian \
+grep -rnIE --exclude-dir=.git --exclude-dir=build --exclude-dir=.cache \
     "(^|[^0-9.])$main\.[0-9]+\.[0-9]+([^0-9.]|\.?$)" "$source" |
-    grep -v "^$source/CHANGELOG.md:" >"$work/written" || true
+    grep -vE "^$source/(CHANGELOG.md|debian/changelog):" >"$work/written" || true
 expected="$source/CMakeLists.txt:[0-9]*:project(zotavpci VERSION $version LANGUAGES C CXX"
 grep -q "^$expected\$" "$work/written" || fail "CMakeLists.txt does not tell the version $version"
 grep -v "^$expected\$" "$work/written" >"$work/stray" || true
