@@ -4,12 +4,14 @@ JOBS ?= 2
 PRESET ?= release
 DEMO_STATE = build/demo-state
 TAVCTL = build/$(PRESET)/bin/tavctl
+VERSION = $(shell sed -n 's/^project(zotavpci VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
 .PHONY: help build demo quick test test-native windows test-windows test-guest test-sanitizers \
         check-valgrind check soak coverage build-bench bench bench-live bench-detail fuzz \
         format check-format tidy clang update-expectations record-sample record-guests \
-        package package-windows package-msi sbom test-packages test-msi check-reproducible install clean
+        package package-windows package-msi sbom test-debian test-msi test-packages \
+        windows-product release check-reproducible install clean
 
 help: ## list these targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -138,7 +140,7 @@ fuzz: ## let the fuzzers search (RUNS=inputs each, SECONDS=time each, TARGETS=na
 	@scripts/install-packages.sh build test fuzz
 	@cmake --preset checked -DZOTAVPCI_TESTS=ON >/dev/null
 	@cmake --build --preset checked -j $(JOBS) --target fuzzers
-	@scripts/fuzz.sh build/checked $(or $(RUNS),50000) $(or $(SECONDS),60) $(TARGETS)
+	@JOBS=$(JOBS) scripts/fuzz.sh build/checked $(or $(RUNS),50000) $(or $(SECONDS),60) $(TARGETS)
 
 format: ## format every source file
 	@scripts/install-packages.sh lint
@@ -173,47 +175,57 @@ record-guests: ## record the emulated machines of tests/guest anew, as samples a
 	@cmake --build --preset $(PRESET) -j $(JOBS) --target guest_programs
 	@tests/guest/recordAll.sh build/$(PRESET)/bin
 
-package-windows: ## pack what Windows users need, for x64 and x86, into one archive, and the symbols into another
+windows-product:
 	@scripts/install-packages.sh build windows
 	@for target in x64 x86; do \
 	    cmake --preset windows-$$target >/dev/null && \
 	    cmake --build --preset windows-$$target -j $(JOBS) --target zotavpci zopcibrd tavctl \
 	        || exit $$?; \
 	done
+
+package: ## build the Debian packages into build/packages, from what is committed
+	@scripts/install-packages.sh build package
+	@PACKAGE_WORK=build/debian scripts/package-debian.sh build/packages $(JOBS)
+	@ls build/packages/*.deb
+
+package-windows: windows-product ## pack what Windows users need, for x64 and x86, into one archive, and the symbols into another
 	@scripts/package-windows.sh build/zotavpci-windows.zip build/windows-x64 build/windows-x86
 	@unzip -l build/zotavpci-windows.zip
 	@unzip -l build/zotavpci-windows-symbols.zip
 
-package-msi: ## make installers for Windows, one for x64 and one for x86
-	@scripts/install-packages.sh build windows
+package-msi: windows-product ## make installers for Windows, one for x64 and one for x86
 	@for target in x64 x86; do \
-	    cmake --preset windows-$$target >/dev/null && \
-	    cmake --build --preset windows-$$target -j $(JOBS) --target zotavpci zopcibrd tavctl && \
-	    version=$$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' build/windows-$$target/CMakeCache.txt) && \
-	    scripts/package-msi.sh build/zotavpci-$$version-$$target.msi build/windows-$$target && \
-	    ls -l build/zotavpci-$$version-$$target.msi || exit $$?; \
+	    scripts/package-msi.sh build/zotavpci-$(VERSION)-$$target.msi build/windows-$$target || exit $$?; \
+	    ls -l build/zotavpci-$(VERSION)-$$target.msi; \
 	done
 
-test-msi: package-msi ## install, repair, upgrade and remove them under Wine
+sbom: windows-product ## write what the product is made of, for Linux and Windows, into build/zotavpci.spdx.json
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target zotavpci zopcibrd tavctl
+	@scripts/make-sbom.py build/release build/windows-x64 build/windows-x86 \
+	    -o build/zotavpci.spdx.json
+
+test-msi: package-msi ## install, repair, upgrade and remove the installers under Wine
 	@scripts/install-wine32.sh
 	@for target in x64 x86; do \
 	    tests/packages/msiTest.sh . build/windows-$$target $$target || exit $$?; \
 	done
 	@tests/packages/msiBothTest.sh . build/windows-x64 build/windows-x86
 
-sbom: ## write what the product is made of, for Linux and Windows, into build/zotavpci.spdx.json
-	@scripts/install-packages.sh build windows
-	@for preset in release windows-x64 windows-x86; do \
-	    cmake --preset $$preset >/dev/null && \
-	    cmake --build --preset $$preset -j $(JOBS) --target zotavpci zopcibrd tavctl \
-	        || exit $$?; \
-	done
-	@scripts/make-sbom.py build/release build/windows-x64 build/windows-x86 \
-	    -o build/zotavpci.spdx.json
+test-debian: package ## install, use, upgrade and remove the Debian packages in a clean system
+	@scripts/install-packages.sh clean
+	@tests/packages/debian/lintianTest.sh build/packages
+	@tests/packages/debian/cleanSystemTest.sh build/packages .
 
-check-reproducible: ## build the archives for Windows twice in different folders; fail unless bytes are equal
-	@scripts/install-packages.sh build windows
-	@scripts/check-reproducible.sh $(JOBS)
+test-packages: ## both: what ships, as it is installed
+	@$(MAKE) --no-print-directory -j2 --output-sync=target test-debian test-msi
+
+release: test-packages package-windows ## all of it in build/zotavpci-VERSION, with a bill of materials and checksums
+	@scripts/release.sh build/zotavpci-$(VERSION)
+
+check-reproducible: ## build all that ships twice in different folders (ONLY=debian or windows); fail unless bytes are equal
+	@scripts/install-packages.sh build windows package
+	@scripts/check-reproducible.sh $(JOBS) $(ONLY)
 
 install: build ## install below DESTDIR and the configured prefix
 	@cmake --install build/$(PRESET)
