@@ -1,36 +1,54 @@
 #!/usr/bin/env bash
-# Builds what ships for Windows twice, from scratch, in source and build folders of other names and
-# lengths and without a compiler cache, and compares the archives byte by byte. Takes the committed
-# sources.
+# Builds what ships twice, from scratch, in source and build folders of other names and lengths, one
+# after the other and without a compiler cache, and compares byte by byte: the archives and installers
+# for Windows and the Debian packages. Takes the committed sources.
 #
-#   scripts/check-reproducible.sh [JOBS]
+#   scripts/check-reproducible.sh [JOBS [debian | windows]]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 jobs=${1:-2}
+what=${2:-all}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export CCACHE_DISABLE=1
-SOURCE_DATE_EPOCH=$(git log -1 --format=%ct)
-export SOURCE_DATE_EPOCH
 
-# once FOLDER BUILD: a build of its own, with its archives in the working folder, called FOLDER.
-once() {
-    local target builds=()
-    mkdir "$work/$1"
-    git archive HEAD | tar -x -C "$work/$1"
-    for target in x64 x86; do
-        cmake -S "$work/$1" -B "$work/$2-$target" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-            -DZOTAVPCI_TESTS=OFF \
-            "-DCMAKE_TOOLCHAIN_FILE=$work/$1/cmake/toolchains/windows-$target.cmake" >/dev/null
-        cmake --build "$work/$2-$target" -j "$jobs" --target zotavpci zopcibrd tavctl
-        builds+=("$work/$2-$target")
-    done
-    "$work/$1/scripts/package-windows.sh" "$work/$1.zip" "${builds[@]}"
+# debian SOURCE BUILD RESULT: the packages, without what tells where, when and with what.
+debian() {
+    mkdir -p "$2"
+    PACKAGE_WORK=$2 "$1/scripts/package-debian.sh" "$3" "$jobs"
+    rm "$3"/*.{buildinfo,changes}
 }
-once first first/build/windows
-once second-and-longer elsewhere
-for archive in .zip -symbols.zip; do
-    cmp "$work/first$archive" "$work/second-and-longer$archive"
-    sha256sum "$work/first$archive" | sed "s|$work/first|zotavpci-windows|"
-done
+
+# windows SOURCE BUILD RESULT: the archives and the installers.
+windows() {
+    local target builds=()
+    for target in x64 x86; do
+        cmake -S "$1" -B "$2-$target" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZOTAVPCI_TESTS=OFF \
+            "-DCMAKE_TOOLCHAIN_FILE=$1/cmake/toolchains/windows-$target.cmake" >/dev/null
+        cmake --build "$2-$target" -j "$jobs" --target zotavpci zopcibrd tavctl
+        builds+=("$2-$target")
+        "$1/scripts/package-msi.sh" "$3/$target.msi" "$2-$target"
+    done
+    "$1/scripts/package-windows.sh" "$3/zotavpci-windows.zip" "${builds[@]}"
+}
+
+# once SOURCE BUILD RESULT: a build of its own, of names below the working folder.
+once() {
+    local system
+    git clone -q . "$work/$1"
+    mkdir "$work/$3"
+    for system in debian windows; do
+        case $what in
+        all | "$system") "$system" "$work/$1" "$work/$2/$system" "$work/$3" ;;
+        esac
+    done
+}
+once first first/build one
+# Another time zone, another mask, another time and other folders.
+TZ=Pacific/Auckland
+export TZ
+umask 027
+once second-and-longer elsewhere two
+diff -r "$work/one" "$work/two"
+(cd "$work/one" && sha256sum -- *)
 echo "both builds gave the same bytes"

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Writes what the product is made of, from what builds really link.
 
-    make-sbom.py BUILD... -o FILE.spdx.json     a bill of materials, as SPDX 2.3
-    make-sbom.py BUILD --third-party -o FILE    the notices for what one build contains of others
+    make-sbom.py BUILD[=SHIPPED]... -o FILE.spdx.json   a bill of materials, as SPDX 2.3
+    make-sbom.py BUILD --third-party -o FILE            notices for what a build contains of others
 
 A build is a folder with tavctl, the plug-in and the bridge library built in it, for Linux or for
-Windows. Headers are taken from what the compiler read, archives from the linker's map, and both are
+Windows. Its files ship as they are, or as they stand below the folder SHIPPED, without symbols. Headers are taken from what the compiler read, archives from the linker's map, and both are
 looked up in Debian's package manager. The same builds give the same bytes; the bill is as old as
 SOURCE_DATE_EPOCH says, or the last commit where nothing says so.
 """
@@ -35,11 +35,13 @@ def seconds():
 
 
 def written(arguments):
-    builds = [pathlib.Path(build) for build in arguments.builds]
+    places = [build.partition("=") for build in arguments.builds]
+    builds = [pathlib.Path(build) for build, _, _ in places]
     versions = {cached(build, "CMAKE_PROJECT_VERSION") for build in builds}
     if len(versions) != 1:
         raise BillError(f"the builds are of several versions: {', '.join(sorted(versions))}")
-    binaries = sorted((binary for build in builds for binary in binaries_of(build)),
+    binaries = sorted((binary for build, _, shipped in places
+                       for binary in binaries_of(build, shipped)),
                       key=lambda binary: binary.name)
     if len({binary.name for binary in binaries}) != len(binaries):
         raise BillError("two builds are for the same system")
@@ -54,7 +56,7 @@ def written(arguments):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("builds", nargs="+", metavar="BUILD")
+    parser.add_argument("builds", nargs="+", metavar="BUILD[=SHIPPED]")
     parser.add_argument("--third-party", action="store_true", help="write notices, not a bill")
     parser.add_argument("-o", "--output", required=True, metavar="FILE")
     arguments = parser.parse_args()

@@ -40,9 +40,9 @@ def system_of(data):
 class Binary:
     """One file that ships."""
 
-    def __init__(self, build, path):
+    def __init__(self, build, path, shipped=None):
         self.path = path
-        data = path.read_bytes()
+        data = (shipped or path).read_bytes()
         self.system = system_of(data)
         self.name = f"{self.system}/{path.name}"
         self.sha1 = hashlib.sha1(data).hexdigest()
@@ -116,8 +116,25 @@ def _others(build, own, name):
     return None if real.startswith(own) else real
 
 
-def binaries_of(build):
-    """Every file of a build that ships, in order of names."""
+def _build_id(path):
+    match = re.search(r"Build ID: ([0-9a-f]+)", run("readelf", "-n", path))
+    return match[1] if match else None
+
+
+def _shipped(path, folder):
+    """What became of a build's file in the folder that it is shipped in: the same without symbols."""
+    found = [file for file in folder.rglob(path.name)
+             if file.is_file() and file.open("rb").read(4) == b"\x7fELF"]
+    if len(found) != 1:
+        raise BillError(f"{folder}: {path.name} is there {len(found)} times instead of once")
+    if _build_id(path) is None or _build_id(found[0]) != _build_id(path):
+        raise BillError(f"{found[0]} is not what was linked as {path}")
+    return found[0]
+
+
+def binaries_of(build, shipped=None):
+    """Every file of a build that ships, in order of names; as they are in the build, or in a folder
+    below which they stand as they ship."""
     build = pathlib.Path(build).resolve()
     own = (cached(build, "CMAKE_HOME_DIRECTORY") + "/", f"{build}/")
     includes = _includes(build)
@@ -127,7 +144,7 @@ def binaries_of(build):
                  if (path := build / "bin" / (name + ending)).is_file()]
         if len(paths) != 1:
             raise BillError(f"{build}: {name} is not built")
-        binary = Binary(build, paths[0])
+        binary = Binary(build, paths[0], shipped and _shipped(paths[0], pathlib.Path(shipped)))
         for each in _objects(build, f"bin/{paths[0].name}"):
             if each not in includes:
                 if each.endswith(".rc.obj") or each.endswith(".rc.res"):
