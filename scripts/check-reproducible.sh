@@ -11,6 +11,7 @@ what=${2:-all}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export CCACHE_DISABLE=1
+commit=$(git rev-parse HEAD)
 
 # debian SOURCE BUILD RESULT: the packages, without what tells where, when and with what.
 debian() {
@@ -36,6 +37,7 @@ windows() {
 once() {
     local system
     git clone -q . "$work/$1"
+    git -C "$work/$1" checkout -q --detach "$commit"
     mkdir "$work/$3"
     for system in debian windows; do
         case $what in
