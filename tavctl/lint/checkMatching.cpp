@@ -73,7 +73,8 @@ private:
             if (!place)
                 return; // told elsewhere; nothing can be said of the count
             ++described;
-            standsForAnchor = standsForAnchor || *place == *placeOfMap("");
+            // A way that leads up and down again comes back to an anchor that stands at its end.
+            standsForAnchor = standsForAnchor || place->level == 0;
             places.insert(*place);
         }
         if (!standsForAnchor)
