@@ -12,7 +12,7 @@ import re
 import sys
 
 COMMANDS = [f"tavctl/{name}" for name in ("list", "where", "tree", "draw", "names", "record", "lint",
-                                          "explain", "describe", "completion")]
+                                          "explain", "describe", "mock", "completion")]
 
 # From the bottom up. Rooms of one layer do not include each other.
 LAYERS = [
@@ -37,7 +37,7 @@ LAYERS = [
 ]
 
 # What one room of a layer may include of another all the same.
-BESIDE = {("tavctl/describe", "tavctl/explain")}
+BESIDE = {("tavctl/describe", "tavctl/explain"), ("tavctl/mock", "tavctl/lint")}
 
 # The reader of buses stands alone but for these.
 PCIBUS_MAY = {"platform/folderReader.h", "platform/inputFile.h", "platform/pciIds.h"}

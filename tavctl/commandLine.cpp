@@ -7,6 +7,7 @@
 #include "tavctl/explain/explainCommand.h"
 #include "tavctl/lint/lintCommand.h"
 #include "tavctl/list/listCommand.h"
+#include "tavctl/mock/mockCommand.h"
 #include "tavctl/names/namesCommand.h"
 #include "tavctl/options/command.h"
 #include "tavctl/options/misuse.h"
@@ -44,6 +45,7 @@ constexpr KnownCommand kCommands[] = {
     {"explain", addExplainCommand},
     {"describe", addDescribeCommand},
     {"record", addRecordCommand},
+    {"mock", addMockCommand},
     {"names", addNamesCommand},
     {"completion",
      [](OptionParser& parser) { return addCompletionCommand(parser, commandLineWords); }},

@@ -3,6 +3,7 @@
 #include "pcibus/configSpace.h"
 #include "pcibus/readBus.h"
 #include "tavctl/bus/busQueries.h"
+#include "tavctl/bus/dumpText.h"
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/record/madeCapabilities.h"
 
@@ -115,10 +116,8 @@ std::string missingText(pcibus::LeftOut leftOut) {
     return leftOutText(leftOut);
 }
 
-using TextEnd = std::back_insert_iterator<std::string>;
-
-void appendFunction(const RecordedFunction& recorded, bool withDomain, TextEnd out) {
-    const auto& bytes = recorded.bytes;
+void appendFunction(const RecordedFunction& recorded, bool withDomain, std::string& text) {
+    const auto out = std::back_inserter(text);
     const std::string address =
         (withDomain ? fmt::format("{:04x}:", recorded.domain) : std::string()) +
         pcibus::addressText(recorded.function);
@@ -129,17 +128,7 @@ void appendFunction(const RecordedFunction& recorded, bool withDomain, TextEnd o
                        address, recorded.madeFrom, recorded.madeTo - 1);
     if (!recorded.note.empty())
         fmt::format_to(out, "# {}: {}\n", address, recorded.note);
-    fmt::format_to(out, "{} {:02x}{:02x}: {:04x}:{:04x}", address, bytes[0x0B], bytes[0x0A],
-                   recorded.function.vendorId, recorded.function.deviceId);
-    if (const std::uint8_t revision = bytes[0x08]; revision != 0)
-        fmt::format_to(out, " (rev {:02x})", revision);
-    constexpr std::size_t kRow = 16;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (i % kRow == 0)
-            fmt::format_to(out, "\n{:02x}:", i);
-        fmt::format_to(out, " {:02x}", bytes[i]);
-    }
-    fmt::format_to(out, "\n\n");
+    appendDumpFunction(text, address, recorded.function, recorded.bytes);
 }
 
 } // namespace
@@ -192,7 +181,7 @@ BusRecording scrubbedRecording(const BusRecording& recording) {
 std::string recordingText(const BusRecording& recording, const std::string& program) {
     std::string text = fmt::format("# Recorded by {} in the form of lspci -xxx: {} functions.\n",
                                    program, recording.functions.size());
-    const TextEnd out(text);
+    const auto out = std::back_inserter(text);
     const auto made = static_cast<std::size_t>(
         std::count_if(recording.functions.begin(), recording.functions.end(),
                       [](const RecordedFunction& recorded) { return recorded.madeTo != 0; }));
@@ -215,7 +204,7 @@ std::string recordingText(const BusRecording& recording, const std::string& prog
         fmt::format_to(out, "# {}\n", missing);
     text += '\n';
     for (const RecordedFunction& recorded : recording.functions)
-        appendFunction(recorded, others != 0, out);
+        appendFunction(recorded, others != 0, text);
     return text;
 }
 

@@ -73,7 +73,7 @@ inline std::vector<std::string> looksAtNothing() {
         "--help",          "--version",      "lint --rules",    "lint --rules --json",
         "completion bash", "completion zsh", "completion fish", "completion powershell"};
     for (const char* command :
-         {"list", "where", "tree", "draw", "lint", "explain", "describe", "record", "names",
+         {"list", "where", "tree", "draw", "lint", "explain", "describe", "record", "mock", "names",
           "names rename", "names forget", "names restore", "completion"})
         forms.push_back(std::string(command) + " --help");
     return forms;

@@ -62,26 +62,26 @@ TEST_P(SmallStack, MakesNoDifference) {
 
 INSTANTIATE_TEST_SUITE_P(
     Of, SmallStack,
-    testing::Values("--help", "--version", "list BUSSTATE", "list --json BUSSTATE",
-                    "list -v BUSSTATE",
-                    "list "
-                    "--dump " TAV_SOURCE_DIR "/samples/full-bus.dump DESCRIPTIONSSTATE",
-                    "tree BUSSTATE", "tree --json BUSSTATE",
-                    "tree --dump " TAV_SOURCE_DIR "/samples/full-bus.dump DESCRIPTIONSSTATE",
-                    "draw --format dot BUSSTATE", "draw --format dot --all -o bus.dot BUSSTATE",
-                    "draw --format dot --front -o bus.dot BUSSTATE", "names list BUSSTATE",
-                    "names list --json BUSSTATE", "names check BUSSTATE", "names preview BUSSTATE",
-                    "names backup copy.ini STATE", "names restore FOLDER/backup.ini STATE",
-                    "names rename TAV1 TAV7 STATE", "names forget TAVCard1 --force STATE",
-                    "names forget TAV1 BUSSTATE", "lint DESCRIPTIONS", "lint --json DESCRIPTIONS",
-                    "lint DESCRIPTIONS--against " TAV_SOURCE_DIR "/samples/switchboxes.dump",
-                    "explain BUS", "explain --json BUS", "describe 01:00.0 DUMP",
-                    "describe 01:00.0 DUMP -o draft.ini", "where 06:00.0 BUSSTATE",
-                    "where TAV1:2 BUSSTATE", "where TAV1 --json BUSSTATE", "where --help",
-                    "record DUMP", "record --scrub DUMP -o other.dump", "completion bash",
-                    "completion zsh", "completion fish", "completion powershell", "list --help",
-                    "tree --help", "draw --help", "names --help", "lint --help", "explain --help",
-                    "describe --help", "record --help", "completion --help"),
+    testing::Values(
+        "--help", "--version", "list BUSSTATE", "list --json BUSSTATE", "list -v BUSSTATE",
+        "list "
+        "--dump " TAV_SOURCE_DIR "/samples/full-bus.dump DESCRIPTIONSSTATE",
+        "tree BUSSTATE", "tree --json BUSSTATE",
+        "tree --dump " TAV_SOURCE_DIR "/samples/full-bus.dump DESCRIPTIONSSTATE",
+        "draw --format dot BUSSTATE", "draw --format dot --all -o bus.dot BUSSTATE",
+        "draw --format dot --front -o bus.dot BUSSTATE", "names list BUSSTATE",
+        "names list --json BUSSTATE", "names check BUSSTATE", "names preview BUSSTATE",
+        "names backup copy.ini STATE", "names restore FOLDER/backup.ini STATE",
+        "names rename TAV1 TAV7 STATE", "names forget TAVCard1 --force STATE",
+        "names forget TAV1 BUSSTATE", "lint DESCRIPTIONS", "lint --json DESCRIPTIONS",
+        "lint DESCRIPTIONS--against " TAV_SOURCE_DIR "/samples/switchboxes.dump", "explain BUS",
+        "explain --json BUS", "describe 01:00.0 DUMP", "describe 01:00.0 DUMP -o draft.ini",
+        "where 06:00.0 BUSSTATE", "where TAV1:2 BUSSTATE", "where TAV1 --json BUSSTATE",
+        "where --help", "record DUMP", "record --scrub DUMP -o other.dump",
+        "mock 'TAV-B3 Switch Box' 'TAV-C1 Adapter Card' --in TAV1:2 DESCRIPTIONS",
+        "completion bash", "completion zsh", "completion fish", "completion powershell",
+        "list --help", "tree --help", "draw --help", "names --help", "lint --help",
+        "explain --help", "describe --help", "record --help", "mock --help", "completion --help"),
     [](const testing::TestParamInfo<const char*>& tested) { return std::to_string(tested.index); });
 
 // The line that says how long it takes already has a thread of its own.

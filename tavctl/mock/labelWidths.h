@@ -1,0 +1,36 @@
+// How wide the links of a box are for its labels to come out even.
+#pragma once
+
+#include "source/modelDescription.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavctl::mock {
+
+// The lanes that a link is wished to have, 0 for any, of a bridge that is there; none for one that
+// is missing.
+using WidthWish = std::optional<std::uint8_t>;
+
+struct LabelWidths {
+    std::uint8_t upstreamPort = 1;
+    std::vector<std::uint8_t> ports; // in the order of the description; 0 of a missing one
+    struct Label {
+        std::size_t port;
+        std::string label;
+    };
+    std::vector<Label> labels; // as they are listed
+};
+
+// Widths by which every label is taken. Of a model without lanes per label every link has one lane
+// where nothing else is wished for. Where there is a choice, labels that differ in nothing but a
+// number at their end are of one port ("A1,B1,B2"), else the ports are as equal as they can be.
+// Nothing when there are no such widths.
+std::optional<LabelWidths>
+widthsForLabels(const nZoTavManagerPciPlugin_15_0::tModelDescription& model,
+                const WidthWish& upstreamPort, const std::vector<WidthWish>& ports);
+
+} // namespace tavctl::mock
