@@ -27,31 +27,32 @@ std::string_view stem(std::string_view label) {
 
 class WidthSearch {
 public:
-    WidthSearch(const tModelDescription& model, const WidthWish& upstreamPort,
-                const std::vector<WidthWish>& ports)
+    WidthSearch(const tModelDescription& model, const std::vector<LabelTaker>& takers)
         : labels_(model.connectorLabels.begin(), model.connectorLabels.end()),
           perLabel_(static_cast<std::uint32_t>(model.linkWidthPerLabel)),
           passes_(model.anchors.size()), hasUpstream_(model.upstreamPort.traversalMap != kNoText) {
-        if (hasUpstream_)
-            wishes_.push_back(upstreamPort);
-        wishes_.insert(wishes_.end(), ports.begin(), ports.end());
+        for (const LabelTaker& taker : takers) {
+            // Without lanes per label it makes no difference.
+            leaders_.push_back(perLabel_ == 0 ? wishes_.size() : taker.sameAs);
+            wishes_.push_back(taker.wish);
+            share(wishes_.size() - 1);
+        }
         for (const WidthWish& wish : wishes_)
             choices_.push_back(choicesOf(wish));
         widths_.resize(wishes_.size());
     }
 
     std::optional<LabelWidths> find() {
-        if (hasUpstream_ && !wishes_.front())
+        if (contradicts_ || (hasUpstream_ && !wishes_.front()))
             return std::nullopt;
-        if (tryGroups() || tryFrom(0, labels_.size()))
+        if (tryGroups() || tryAll())
             return result();
         // With alternate anchors the ports are gone through again.
         for (std::size_t again = 1; again < passes_; ++again) {
             for (std::size_t onceMore = 0; onceMore <= ports(); ++onceMore) {
                 weightOfAll_ = again;
                 onceMore_ = onceMore;
-                impossible_.clear();
-                if (tryFrom(0, labels_.size()))
+                if (tryAll())
                     return result();
             }
         }
@@ -63,6 +64,18 @@ private:
         std::size_t labels;
         std::uint8_t width;
     };
+
+    // What is wished for one in a place is for all of them.
+    void share(std::size_t at) {
+        WidthWish& first = wishes_[leaders_[at]];
+        const WidthWish wish = wishes_[at];
+        if (leaders_[at] == at || !wish || wish == 0)
+            return;
+        contradicts_ = contradicts_ || (first != 0 && first != wish);
+        first = wish;
+    }
+
+    [[nodiscard]] bool isLeader(std::size_t at) const { return leaders_[at] == at; }
 
     [[nodiscard]] std::size_t ports() const { return wishes_.size() - (hasUpstream_ ? 1U : 0U); }
 
@@ -117,16 +130,40 @@ private:
             if (choice == choices_[at].end())
                 return false;
             widths_[at] = choice->width;
+            if (widths_[leaders_[at]] != choice->width)
+                return false;
         }
         return group == sizes.size();
+    }
+
+    bool tryAll() {
+        impossible_.clear();
+        weights_.assign(wishes_.size(), 0);
+        for (std::size_t at = 0; at < wishes_.size(); ++at)
+            weights_[leaders_[at]] += weight(at);
+        most_.assign(wishes_.size() + 1, 0);
+        for (std::size_t at = wishes_.size(); at-- > 0;) {
+            const auto widest = std::max_element(
+                choices_[at].begin(), choices_[at].end(),
+                [](const Choice& a, const Choice& b) { return a.labels < b.labels; });
+            most_[at] = most_[at + 1] + widest->labels * weights_[at];
+        }
+        sharesPlaces_ = std::any_of(
+            leaders_.begin(), leaders_.end(),
+            [&, at = std::size_t{0}](std::size_t leader) mutable { return leader != at++; });
+        return tryFrom(0, labels_.size());
     }
 
     // Whether those from `at` on can take so many labels, each; notes their widths.
     bool tryFrom(std::size_t at, std::size_t left) {
         if (at == wishes_.size())
             return left == 0;
-        if (impossible_.contains({at, left}))
+        if (left > most_[at] || impossible_.contains({at, left}))
             return false;
+        if (!isLeader(at)) {
+            widths_[at] = widths_[leaders_[at]];
+            return tryFrom(at + 1, left);
+        }
         std::vector<Choice> choices = choices_[at];
         const auto there = static_cast<std::size_t>(
             std::count_if(wishes_.begin() + static_cast<std::ptrdiff_t>(at), wishes_.end(),
@@ -143,9 +180,9 @@ private:
             return awkwardness(a) < awkwardness(b);
         });
         // Where no label is left the walk does not look at a port any more.
-        const bool isLooked = left != 0 || (hasUpstream_ && at == 0);
+        const bool isLooked = left != 0 || (hasUpstream_ && at == 0) || sharesPlaces_;
         for (const Choice& choice : choices) {
-            const std::size_t taken = isLooked ? choice.labels * weight(at) : 0;
+            const std::size_t taken = isLooked ? choice.labels * weights_[at] : 0;
             widths_[at] = choice.width;
             if (taken <= left && tryFrom(at + 1, left - taken))
                 return true;
@@ -178,20 +215,24 @@ private:
     std::uint32_t perLabel_;
     std::size_t passes_;
     bool hasUpstream_;
-    std::vector<WidthWish> wishes_; // the upstream port's first
+    std::vector<WidthWish> wishes_;    // the upstream port's first
+    std::vector<std::size_t> leaders_; // of each the first one in its place
+    bool contradicts_ = false;         // whether two in one place are wished to be different
+    bool sharesPlaces_ = false;
     std::vector<std::vector<Choice>> choices_;
     std::vector<std::uint8_t> widths_; // chosen so far
     std::size_t weightOfAll_ = 0;      // 0: the ports are gone through once
     std::size_t onceMore_ = 0;         // the ports that the last pass comes to
+    std::vector<std::size_t> weights_; // how often each takes its labels, for all in its place
+    std::vector<std::size_t> most_;    // the labels that those from there on can take
     std::set<std::pair<std::size_t, std::size_t>> impossible_;
 };
 
 } // namespace
 
 std::optional<LabelWidths> widthsForLabels(const tModelDescription& model,
-                                           const WidthWish& upstreamPort,
-                                           const std::vector<WidthWish>& ports) {
-    return WidthSearch(model, upstreamPort, ports).find();
+                                           const std::vector<LabelTaker>& takers) {
+    return WidthSearch(model, takers).find();
 }
 
 } // namespace tavctl::mock

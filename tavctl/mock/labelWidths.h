@@ -25,12 +25,19 @@ struct LabelWidths {
     std::vector<Label> labels; // as they are listed
 };
 
+// A bridge that takes labels: the upstream port or a downstream port.
+struct LabelTaker {
+    WidthWish wish;
+    std::size_t sameAs; // the first one that stands in the same place, itself mostly
+};
+
 // Widths by which every label is taken. Of a model without lanes per label every link has one lane
 // where nothing else is wished for. Where there is a choice, labels that differ in nothing but a
 // number at their end are of one port ("A1,B1,B2"), else the ports are as equal as they can be.
-// Nothing when there are no such widths.
+// Bridges that stand in one place have one width. The upstream port comes first of `takers`, if the
+// model has one. Nothing when there are no such widths.
 std::optional<LabelWidths>
 widthsForLabels(const nZoTavManagerPciPlugin_15_0::tModelDescription& model,
-                const WidthWish& upstreamPort, const std::vector<WidthWish>& ports);
+                const std::vector<LabelTaker>& takers);
 
 } // namespace tavctl::mock
