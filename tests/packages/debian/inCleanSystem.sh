@@ -86,7 +86,7 @@ cp -ax "$root" "$work/system"
 rm -rf "$work"/system/{dev,proc,sys,srv,var/cache/apt,var/lib/apt/lists}
 mkdir -p "$work"/system/{dev,proc,sys}
 rm -f "$work/disk"
-mke2fs -q -t ext4 -d "$work/system" "$work/disk" 700M
+mke2fs -q -t ext4 -d "$work/system" "$work/disk" 700M >/dev/null
 rm -rf "$work/system"
 
 list=(tavctl list --dump "$sample" --state "$state/")
