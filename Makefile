@@ -104,6 +104,7 @@ soak: ## the long form of what tries to break it: ten million inputs a fuzzer, h
 	@$(MAKE) --no-print-directory build
 	TAV_EFFORT=long build/$(PRESET)/bin/test_faults
 	TAV_EFFORT=long build/$(PRESET)/bin/test_hostile
+	TAV_EFFORT=long build/$(PRESET)/bin/test_tavctl --gtest_filter='MockProperty.*'
 	@$(MAKE) --no-print-directory fuzz RUNS=10000000 SECONDS=7200
 
 BENCH_TMPDIR = $${TMPDIR:-$$(test -w /dev/shm && echo /dev/shm || echo /tmp)}

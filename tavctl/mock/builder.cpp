@@ -50,8 +50,11 @@ public:
         built_.machine = std::move(recorded->machine);
         for (const PresentDevice& device : present) {
             known_.insert(device.name);
-            for (const auto& each : device.connectors)
-                connectors_.push_back({device.name, each.label, socketAt(each.bridge)});
+            for (const auto& each : device.connectors) {
+                const Socket socket = socketAt(each.bridge);
+                if (socket.bridge != nullptr)
+                    connectors_.push_back({device.name, each.label, socket});
+            }
         }
     }
 
@@ -190,10 +193,14 @@ private:
         if (bridge->secondaryBus != 0 &&
             recorded_->bus->parentOfBus(bridge->secondaryBus) != bridge)
             refuse(in.place, "another bridge is the parent of the bus below it");
-        return socketAt(handle);
+        const Socket socket = socketAt(handle);
+        if (socket.bridge == nullptr)
+            refuse(in.place, "it is below a CardBus bridge, where the plug-in sees a machine of "
+                             "its own");
+        return socket;
     }
 
-    // Of a recorded bridge.
+    // Of a recorded bridge; without it where the plug-in's tree is another than the machine's.
     [[nodiscard]] Socket socketAt(std::uint32_t handle) const {
         const pcibus::Position position =
             pcibus::positionOf(*recorded_->bus, *recorded_->bus->find(handle));

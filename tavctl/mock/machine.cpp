@@ -100,11 +100,11 @@ Function* Machine::at(std::uint8_t root, const std::vector<std::uint8_t>& way) c
     const Functions* functions = bus == roots.end() ? nullptr : &bus->second;
     Function* found = nullptr;
     for (const std::uint8_t hop : way) {
-        if (functions == nullptr)
+        const auto next = functions == nullptr ? Functions::const_iterator() : functions->find(hop);
+        if (functions == nullptr || next == functions->end())
             return nullptr;
-        const auto next = functions->find(hop);
-        found = next == functions->end() ? nullptr : next->second.get();
-        functions = found == nullptr ? nullptr : &found->below;
+        found = next->second.get();
+        functions = &found->below;
     }
     return found;
 }

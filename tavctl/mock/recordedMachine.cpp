@@ -78,6 +78,7 @@ RecordedMachine readRecordedMachine(const std::string& location) {
     } catch (const pcibus::BusError& error) {
         throw FailureException({"read the bus", location, error.what(), {}, {}});
     }
+    leftOut.otherDomains -= recorded.machine.otherDomains.size(); // they stay in it
     tellLeftOut(leftOut);
     std::vector<PciFunction> functions;
     for (const auto& [handle, each] : seen)
