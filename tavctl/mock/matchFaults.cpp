@@ -83,12 +83,6 @@ void MatchFaults::onReportingBridge(const tBridgeDescription& description, std::
                          quoted(description.traversalMap)));
 }
 
-void MatchFaults::onUpstreamPort(const tBridgeDescription& description, std::uint32_t bridge) {
-    DeviceRecorder::onUpstreamPort(description, bridge);
-    if (bridge == kNoHandle)
-        note("its upstream port is missing");
-}
-
 void MatchFaults::onPortLabels(std::uint32_t linkWidth, std::uint32_t wanted, std::size_t left) {
     DeviceRecorder::onPortLabels(linkWidth, wanted, left);
     if (wanted > left)

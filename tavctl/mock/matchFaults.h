@@ -28,7 +28,6 @@ public:
     void onDeviceAnchor(const tBusAddress& address) override;
     void onWalk(const tBusAddress& address, const cSlotPath& anchor) override;
     void onReportingBridge(const tBridgeDescription& description, std::uint32_t bridge) override;
-    void onUpstreamPort(const tBridgeDescription& description, std::uint32_t bridge) override;
     void onPortLabels(std::uint32_t linkWidth, std::uint32_t wanted, std::size_t left) override;
     void onLabelsLeft(std::size_t left) override;
 

@@ -375,6 +375,52 @@ TEST_F(Mock, RefusesWordsThatMeanNothing) {
                      "tavctl: read the plan (/nonexistent): No such file"));
 }
 
+TEST_F(Mock, RefusesWhatARecordedMachineDoesNotAllow) {
+    const auto refused = [&](const std::string& plan, const std::string& text) {
+        return says(runTavctl("mock --on " + kMachine + "--plan " + folder_.write("on.plan", plan) +
+                              " " + kDescriptions),
+                    1, text);
+    };
+    EXPECT_TRUE(refused("[Box A]\nModel = TAV-B3 Switch Box\nIn = TAV2:1\nBus = 55\n",
+                        ":4:1): the box is on bus 0b, as recorded"));
+    EXPECT_TRUE(refused("[Box TAV1]\nModel = TAV-B3 Switch Box\n",
+                        ":1:2): \"TAV1\" is a device of the recorded machine"));
+    EXPECT_TRUE(says(runTavctl("mock --card TAV2:1 root --on " + kMachine + kDescriptions), 0,
+                     "\n0b:00.0 0200: 8086:10d3\n"));
+}
+
+TEST_F(Mock, RefusesMoreThanARootBusHolds) {
+    EXPECT_TRUE(says(runTavctl("mock --card $(yes root | head -256) " + kDescriptions), 1,
+                     "root bus 00 has no room for another port"));
+    EXPECT_TRUE(
+        says(runTavctl("mock --qemu --card $(yes root | head -31) 'root 40' " + kDescriptions), 1,
+             "root bus 00 has no room for another root bus"));
+}
+
+TEST_F(Mock, RefusesDescriptionsThatThePluginDoesNotLoad) {
+    const std::string own = "mock Box --descriptions " + folder_.file("") + " ";
+    fs::create_directories(folder_.file("PCI Hardware Descriptions"));
+    EXPECT_TRUE(says(runTavctl(own), 1, "tavctl: there are no description files in "));
+    folder_.write("PCI Hardware Descriptions/bad.ini", "[UpstreamTAV]\nModel = Box\n");
+    EXPECT_TRUE(says(runTavctl(own), 1, "tavctl: load description ("));
+    folder_.write("huge.plan", std::string(1U << 21, ';'));
+    EXPECT_TRUE(says(runTavctl("mock --plan " + folder_.file("huge.plan") + " " + kDescriptions), 1,
+                     "huge.plan): it has more than a megabyte"));
+}
+
+// Of a card without an upstream port the link is that of its own bridge.
+TEST_F(Mock, TakesALinkForTheWayUpOfACard) {
+    EXPECT_NE(listedByPlan("[Box C]\nModel = TAV-C1 Adapter Card\nLink = x1 of x4 5 GT/s\n"
+                           "[Endpoint E]\nIn = root\nVid = 0x1234\n"),
+              "");
+    const std::string lspci = "lspci -vv -F " + folder_.file("made.dump") + " -s ";
+    EXPECT_TRUE(says(testsupport::runCommand(lspci + "01:00.0"), 0, "Speed 5GT/s, Width x4,"));
+    EXPECT_TRUE(
+        says(testsupport::runCommand(lspci + "01:00.0"), 0, "LnkSta:\tSpeed 5GT/s, Width x1"));
+    EXPECT_TRUE(says(testsupport::runCommand("lspci -n -F " + folder_.file("made.dump")), 0,
+                     " 0200: 1234:10d3\n"));
+}
+
 TEST_F(Mock, RefusesPlansThatMeanNothing) {
     const std::string box = "[Box A]\nModel = TAV-B3 Switch Box\n";
     EXPECT_TRUE(refuses("Model = x\n", ":1:1): the key stands before the first section"));

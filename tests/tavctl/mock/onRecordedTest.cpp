@@ -101,6 +101,18 @@ TEST_F(OnRecorded, RefusesABridgeBesideTheParentOfItsBus) {
                 HasSubstr("another bridge is the parent of the bus below it"));
 }
 
+// What is at the bridge's end is told as far as it says anything of its link.
+TEST_F(OnRecorded, AddsBelowBridgesWithoutALink) {
+    BusBuilder machine;
+    const auto port = machine.rootPort(0, 2, 0, kPort);
+    machine.poke(port, 0x06, {0});
+    EXPECT_THAT(made(machine.dump(), "00:02.0"), HasSubstr("# 01:00.0 TAV1"));
+    machine.poke(port, 0x06, {0x10});
+    machine.poke(port, 0x34, {0x80});
+    machine.poke(port, 0x80, {0x09, 0x80});
+    EXPECT_THAT(made(machine.dump(), "00:02.0"), HasSubstr("# 01:00.0 TAV1"));
+}
+
 TEST_F(OnRecorded, RefusesWhatIsNoRecording) {
     EXPECT_THAT(made("00:02.0 nothing\n", "root"), HasSubstr("read the bus ("));
 }
