@@ -193,7 +193,7 @@ private:
         if (bridge->secondaryBus != 0 &&
             recorded_->bus->parentOfBus(bridge->secondaryBus) != bridge)
             refuse(in.place, "another bridge is the parent of the bus below it");
-        const Socket socket = socketAt(handle);
+        Socket socket = socketAt(handle);
         if (socket.bridge == nullptr)
             refuse(in.place, "it is below a CardBus bridge, where the plug-in sees a machine of "
                              "its own");

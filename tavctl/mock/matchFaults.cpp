@@ -29,9 +29,8 @@ std::string MatchFaults::why(std::size_t model, const Function& anchor, std::uin
     const std::uint32_t handle = static_cast<std::uint32_t>(anchor.bus << 8U | hop);
     if (const auto fault = faults_.find({number, handle}); fault != faults_.end())
         return fault->second;
-    if (const auto end = ends_.find(number); end != ends_.end())
-        return end->second;
-    return "its bridges serve another box";
+    const auto end = ends_.find(number);
+    return end != ends_.end() ? end->second : std::string("its bridges serve another box");
 }
 
 void MatchFaults::note(const std::string& fault) {
