@@ -34,6 +34,7 @@ file(GLOB descriptions CONFIGURE_DEPENDS
      "${PROJECT_SOURCE_DIR}/descriptions/PCI Hardware Descriptions/*.ini")
 tav_install_text(. ${CMAKE_CURRENT_LIST_DIR}/README.txt.in)
 tav_install_text(include ${PROJECT_SOURCE_DIR}/include/tavPlugin.h
+                 ${PROJECT_SOURCE_DIR}/include/tavHost.h ${PROJECT_SOURCE_DIR}/include/tavLibrary.h
                  ${PROJECT_SOURCE_DIR}/zopcibrd/zopcibrd.h ${PROJECT_SOURCE_DIR}/source/exports.def)
 # What the three files contain of others, and the licences that ask to be passed on along with them.
 set(notices ${CMAKE_CURRENT_BINARY_DIR}/windows/${target}/THIRD-PARTY.txt)
@@ -54,3 +55,7 @@ tav_install_text(samples ${PROJECT_SOURCE_DIR}/samples/switchboxes.dump)
 tav_install_text(docs ${PROJECT_SOURCE_DIR}/docs/descriptions.md ${PROJECT_SOURCE_DIR}/docs/rack.md)
 file(GLOB schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/schema/*.json")
 tav_install_text(docs/schema ${schemas})
+foreach(language IN ITEMS c cpp csharp)
+    file(GLOB examples CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/examples/${language}/*")
+    tav_install_text(examples/${language} ${examples})
+endforeach()

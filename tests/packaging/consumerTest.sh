@@ -71,6 +71,15 @@ expect_devices() {
         'TAV-W7 Wide Switch Box') || fail "$1 does not list the devices of the sample bus"
 }
 
+# expect_example FILE: an example told of all devices, and of all ports.
+expect_example() {
+    for name in TAV1 TAV2 TAVCard1 TAV3; do
+        grep -q "^$name: TAV-" "$1" || fail "no $name: $(cat "$1")"
+    done
+    [ "$(grep -c '^  port ' "$1")" -eq 15 ] || fail "not 15 ports: $(cat "$1")"
+    grep -q '^  port C4: bus 45, x16' "$1" || fail "no port C4: $(cat "$1")"
+}
+
 cmake -S "$here/host" -B "$work/by-cmake" -DCMAKE_BUILD_TYPE=Release \
     "-Dzotavpci_DIR=$cmake_folder" >/dev/null
 cmake --build "$work/by-cmake" >/dev/null
@@ -79,6 +88,31 @@ for language in c cpp; do
     strings "$work/by-cmake/host_$language" | grep -qxF "$plugin" ||
         fail "the host in $language loads another plug-in than $plugin"
 done
+
+# The examples as they are: built by their own files, from where they are installed.
+examples=$source/examples
+[ ! -e "$prefix/share/doc/zotavpci" ] || examples=$prefix/share/doc/zotavpci/examples/hosts
+for language in c cpp; do
+    cmake -S "$examples/$language" -B "$work/example-$language" \
+        "-Dzotavpci_DIR=$cmake_folder" >/dev/null
+    cmake --build "$work/example-$language" >/dev/null
+    "$work/example-$language/host" >"$work/listed" || fail "the example in $language fails"
+    expect_example "$work/listed"
+    status=0
+    TAV_MANAGER_CONF=/nonexistent "$work/example-$language/host" >"$work/listed" 2>&1 || status=$?
+    [ "$status" -eq 1 ] && grep -q 'status -52003 .*no configuration' "$work/listed" ||
+        fail "the example in $language ends with $status: $(cat "$work/listed")"
+done
+mkdir "$work/example-csharp"
+cp "$examples/csharp/host.exe.config" "$work/example-csharp/"
+mcs -warnaserror "-out:$work/example-csharp/host.exe" "$examples/csharp/Host.cs"
+LD_LIBRARY_PATH=$(dirname "$plugin") mono "$work/example-csharp/host.exe" >"$work/listed" ||
+    fail "the example in csharp fails"
+expect_example "$work/listed"
+status=0
+mono "$work/example-csharp/host.exe" >"$work/listed" 2>&1 || status=$?
+[ "$status" -eq 1 ] && grep -q '^DllNotFoundException: ' "$work/listed" ||
+    fail "the example in csharp ends with $status without the plug-in: $(cat "$work/listed")"
 
 export PKG_CONFIG_PATH=$pkg_config_folder
 told=$(pkg-config --variable=plugin zotavpci)
