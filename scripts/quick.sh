@@ -11,8 +11,8 @@ build=${1:?usage: $0 BUILD-FOLDER [JOBS]}
 jobs=${2:-2}
 
 # From the bottom up; a room may use those before it.
-rooms=(platform pcibus machine quil pxidrivertools zopcibrd pciBrdWrapper source plugin tavctl
-    system examples)
+rooms=(platform pcibus machine quil pxidrivertools zopcibrd pciBrdWrapper source plugin hostkit
+    tavctl system examples)
 
 changed=$(git diff --name-only HEAD; git ls-files --others --exclude-standard)
 [ -n "$changed" ] || changed=$(git show --format= --name-only HEAD)

@@ -74,8 +74,10 @@ bool matchesLines(const std::vector<std::string>& lines, const std::vector<std::
 
 ExampleRun::ExampleRun() : home_(folder_.path() / "home") {
     fs::create_directories(home_ / "names");
-    for (const char* folder : {"samples", "descriptions"})
+    for (const char* folder : {"samples", "descriptions", "examples", "include"})
         fs::create_directory_symlink(fs::path(TAV_SOURCE_DIR) / folder, home_ / folder);
+    fs::create_directory(home_ / "build");
+    fs::create_directory_symlink(TAV_BINARY_DIR, home_ / "build" / "release");
     std::ofstream(folder_.path() / "tav-manager.conf")
         << "[SOFTWARE\\Quorvane\\TAV Manager\\CurrentVersion]\n"
            "Path=descriptions/\nConfigPath=names/\n";

@@ -45,8 +45,10 @@ TEST(Examples, OfTheReadmeAreTrue) {
 
 TEST(Examples, OfTheGuidesAreTrue) {
     std::size_t commands = 0;
-    for (const fs::path& file : filesIn(TAV_SOURCE_DIR "/docs", ".md"))
-        commands += runDocument(file);
+    for (const fs::path& file : filesIn(TAV_SOURCE_DIR "/docs", ".md")) {
+        if (file.filename() != "hosts.md") // which has a test of its own
+            commands += runDocument(file);
+    }
     EXPECT_GT(commands, 0U);
 }
 
