@@ -9,16 +9,12 @@ from __future__ import annotations
 import contextlib
 import os
 import pathlib
-import shutil
-import subprocess
-from typing import Any, Callable, Iterator, List, Optional, Sequence, Union
+from typing import Any, Callable, Iterator, Optional, Sequence, Union
 
 import pytest
 
 from tav._bus import Bus, PathLike
-from tav._error import Error
-
-_SECONDS = 60
+from tav._mock import mock
 
 
 def pytest_addoption(parser: pytest.Parser) -> None:
@@ -76,36 +72,9 @@ def tav_machine(request: pytest.FixtureRequest, tmp_path: pathlib.Path,
             options.setdefault("descriptions", _setting(request, "tav_descriptions"))
             number = sum(1 for _ in tmp_path.glob("tav-machine-*.dump")) + 1
             dump = tmp_path / f"tav-machine-{number}.dump"
-            _mock(_setting(request, "tav_tavctl") or "tavctl", models,
-                  [inside] if isinstance(inside, str) else inside, options["descriptions"], dump)
+            mock(_setting(request, "tav_tavctl") or "tavctl", models,
+                 [inside] if isinstance(inside, str) else inside, options["descriptions"], dump)
         elif inside:
             raise ValueError("what is plugged into what, the dump tells")
         return tav_bus(dump, **options)
     return use
-
-
-def _mock(tavctl: str, models: Sequence[str], inside: Sequence[str],
-          descriptions: Optional[PathLike], dump: pathlib.Path) -> None:
-    program = shutil.which(tavctl)
-    if program is None:
-        raise Error("make a bus", tavctl,
-                    "there is no such program; the setting tav_tavctl names it")
-    arguments: List[str] = []
-    for place in inside:
-        arguments += ["--in", place]
-    if descriptions is not None:
-        arguments += ["--descriptions", os.fspath(descriptions)]
-    command = [program, "mock", *arguments, "-o", os.fspath(dump), "--", *models]
-    try:
-        made = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
-                              errors="backslashreplace", timeout=_SECONDS, check=False)
-    except subprocess.TimeoutExpired as error:
-        raise Error("make a bus", program, f"no answer after {_SECONDS} seconds") from error
-    except OSError as error:
-        raise Error("make a bus", program, str(error)) from error
-    if made.returncode == 0:
-        return
-    said = made.stderr.strip()
-    if "unknown command" in said:
-        raise Error("make a bus", program, 'this tavctl has no command "mock"; a newer one has')
-    raise Error("make a bus", program, said or f"it ended with status {made.returncode}")
