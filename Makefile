@@ -219,6 +219,8 @@ test-debian: package ## install, use, upgrade and remove the Debian packages in 
 	@tests/packages/debian/cleanSystemTest.sh build/packages .
 
 test-packages: ## both: what ships, as it is installed
+	@scripts/install-packages.sh build windows package clean # which only one may do at a time
+	@scripts/install-wine32.sh
 	@$(MAKE) --no-print-directory -j2 --output-sync=target test-debian test-msi
 
 release: test-packages package-windows ## all of it in build/zotavpci-VERSION, with a bill of materials and checksums
