@@ -13,21 +13,21 @@
 //             std::puts(name.value().c_str());
 //     }
 //
-// Conventions
-//   1. Nothing raises an exception, and nothing asks for the type of an object at run time: hosts
-//      may be compiled with -fno-exceptions and -fno-rtti.
-//   2. Nothing here allocates memory. Texts are in arrays of fixed size, inside the objects that
-//   are
-//      returned: what view() and c_str() give lives as long as these. (The plug-in itself allocates
-//      in initialize(), and the system's loader in load().)
-//   3. What is asked of the plug-in comes as a Result: a status, and the value where it is a
-//   success.
-//   4. A Plugin stays where it is, and its devices and ports refer to it: they must not be used
-//   after
-//      its end. After finalize() or unload() they may, and every answer is then
-//      kTavManErrSoftwareFault, as the plug-in answers where there is no list of devices.
-//   5. The plug-in has one list for the whole process, and is called from one thread at a time. Two
-//      objects that load the same file share its list.
+// Nothing raises an exception, and nothing asks for the type of an object at run time: hosts may be
+// compiled with -fno-exceptions and -fno-rtti.
+//
+// Nothing here allocates memory. Texts are in arrays of fixed size, inside the objects that are
+// returned: what view() and c_str() give lives as long as these. (The plug-in itself allocates in
+// initialize(), and the system's loader in load().)
+//
+// What is asked of the plug-in comes as a Result: a status, and the value where it is a success.
+//
+// A Plugin stays where it is, and its devices and ports refer to it: they must not be used after
+// its end. After finalize() or unload() they may, and every answer is then kTavManErrSoftwareFault,
+// as the plug-in answers where there is no list of devices.
+//
+// The plug-in has one list for the whole process, and is called from one thread at a time. Two
+// objects that load the same file share its list.
 #ifndef TAVHOST_H
 #define TAVHOST_H
 

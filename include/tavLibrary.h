@@ -23,6 +23,24 @@
  * reason is cut. */
 #define TAVLIBRARY_REASON_SIZE 512
 
+/* A loaded library, null for none. */
+typedef void* tavLibrary;
+
+/* Loads the library of this path, UTF-8, with slashes on Windows too; a bare name is looked for
+ * where the system looks for libraries. Null on failure: `reason`, of TAVLIBRARY_REASON_SIZE bytes,
+ * then tells why in UTF-8, with the path. On success it is empty. */
+static inline tavLibrary tavLibrary_open(const char* path, char* reason);
+
+/* Writes the address of the function `name` to `function`, which points to a pointer to a function
+ * of that type. 0 when the library has no such function; then nothing is written. */
+static inline int tavLibrary_find(tavLibrary library, const char* name, void* function);
+
+/* Unloads the library; its functions must not be called any more. Null is allowed. The plug-in
+ * releases its list of devices by itself. */
+static inline void tavLibrary_close(tavLibrary library);
+
+/* Addresses of functions are copied as bytes: C knows no conversion between pointers to data and to
+ * functions. */
 #ifdef _WIN32
 
 #ifndef WIN32_LEAN_AND_MEAN
@@ -32,9 +50,6 @@
 #define NOMINMAX
 #endif
 #include <windows.h>
-
-/* A loaded library, null for none. */
-typedef HMODULE tavLibrary;
 
 /* The last error of the system's as UTF-8. */
 static inline void tavLibrary_tellError(const char* path, char* reason) {
@@ -50,66 +65,60 @@ static inline void tavLibrary_tellError(const char* path, char* reason) {
     snprintf(reason, TAVLIBRARY_REASON_SIZE, "%.256s: error %lu: %.200s", path, code, text);
 }
 
-#else
-
-#include <dlfcn.h>
-
-/* A loaded library, null for none. */
-typedef void* tavLibrary;
-
-#endif
-
-/* Loads the library of this path, UTF-8, with slashes on Windows too; a bare name is looked for
- * where the system looks for libraries. Null on failure: `reason`, of TAVLIBRARY_REASON_SIZE bytes,
- * then tells why in UTF-8, with the path. On success it is empty. */
 static inline tavLibrary tavLibrary_open(const char* path, char* reason) {
     tavLibrary library = NULL;
-#ifdef _WIN32
     wchar_t wide[1024];
     wchar_t* slash = wide;
     if (MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide,
                             sizeof(wide) / sizeof(wide[0])) != 0) {
         while ((slash = wcschr(slash, L'/')) != NULL)
             *slash = L'\\';
-        library = LoadLibraryExW(wide, NULL, 0);
+        library = (tavLibrary)LoadLibraryExW(wide, NULL, 0);
     }
+    reason[0] = 0;
     if (library == NULL)
         tavLibrary_tellError(path, reason);
-#else
-    library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
-    if (library == NULL)
-        snprintf(reason, TAVLIBRARY_REASON_SIZE, "%s", dlerror());
-#endif
-    if (library != NULL)
-        reason[0] = 0;
     return library;
 }
 
-/* Writes the address of the function `name` to `function`, which points to a pointer to a function
- * of that type. 0 when the library has no such function; then nothing is written. */
 static inline int tavLibrary_find(tavLibrary library, const char* name, void* function) {
-    /* As bytes, for C knows no conversion between pointers to data and to functions. */
-#ifdef _WIN32
-    const FARPROC address = GetProcAddress(library, name);
-#else
-    void* const address = dlsym(library, name);
-#endif
+    const FARPROC address = GetProcAddress((HMODULE)library, name);
     if (address == NULL)
         return 0;
     memcpy(function, &address, sizeof(address));
     return 1;
 }
 
-/* Unloads the library; its functions must not be called any more. Null is allowed. The plug-in
- * releases its list of devices by itself. */
 static inline void tavLibrary_close(tavLibrary library) {
-    if (library == NULL)
-        return;
-#ifdef _WIN32
-    FreeLibrary(library);
-#else
-    dlclose(library);
-#endif
+    if (library != NULL)
+        FreeLibrary((HMODULE)library);
 }
+
+#else
+
+#include <dlfcn.h>
+
+static inline tavLibrary tavLibrary_open(const char* path, char* reason) {
+    const tavLibrary library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    reason[0] = 0;
+    if (library == NULL)
+        snprintf(reason, TAVLIBRARY_REASON_SIZE, "%s", dlerror());
+    return library;
+}
+
+static inline int tavLibrary_find(tavLibrary library, const char* name, void* function) {
+    void* const address = dlsym(library, name);
+    if (address == NULL)
+        return 0;
+    memcpy(function, &address, sizeof(address));
+    return 1;
+}
+
+static inline void tavLibrary_close(tavLibrary library) {
+    if (library != NULL)
+        dlclose(library);
+}
+
+#endif
 
 #endif
