@@ -10,8 +10,9 @@ cd "$(dirname "$0")/.."
 build=${1:?usage: $0 BUILD-FOLDER [JOBS]}
 jobs=${2:-2}
 
-# From the bottom up; a room may use those before it.
-rooms=(platform pcibus machine quil pxidrivertools zopcibrd pciBrdWrapper source plugin hostkit
+# From the bottom up; a room may use those before it. The Python package comes first: what it meets of
+# the product are the five functions alone, whose own tests are in plugin.
+rooms=(python platform pcibus machine quil pxidrivertools zopcibrd pciBrdWrapper source plugin hostkit
     tavctl system examples)
 
 changed=$(git diff --name-only HEAD; git ls-files --others --exclude-standard)
@@ -31,6 +32,7 @@ while read -r file; do
     case $file in
         *.md | docs/* | packaging/* | bench/* | fuzz/* | tests/guest/* | tests/windows/* | \
             tests/faults/* | tests/hostile/*) ;;
+        python/* | tests/python/*) wanted[python]=yes ;;
         tests/support/* | tests/CMakeLists.txt | cmake/* | CMakeLists.txt | include/*) want platform ;;
         descriptions/* | samples/*) want plugin ;;
         tests/*/*)
@@ -47,6 +49,7 @@ for room in "${rooms[@]}"; do
     [ -n "${wanted[$room]:-}" ] || continue
     names+=("$room")
     case $room in
+        python) programs+=(zotavpci zopcibrd tavctl) ;;
         pciBrdWrapper)
             programs+=(test_pciBrdWrapper{,MissingSymbol,NotALibrary,NoLibrary})
             names+=(pciBrdWrapper{MissingSymbol,NotALibrary,NoLibrary})

@@ -86,6 +86,20 @@ def test_machine(tav_machine):
                       "-o", dumps[1], "--", "TAV-B3 Switch Box"]
 
 
+def test_machine_is_made_by_the_tool(project: pytest.Pytester) -> None:
+    ini = project.path / "tox.ini"
+    ini.write_text(ini.read_text().replace("bin/tavctl", str(TAVCTL)))
+    passes(project, """
+def test_machine(tav_machine):
+    box, card = tav_machine("TAV-B3 Switch Box", "TAV-C1 Adapter Card", inside="TAV1:2").devices()
+    assert (box.name, box.model) == ("TAV1", "TAV-B3 Switch Box")
+    assert (card.name, card.model) == ("TAVCard1", "TAV-C1 Adapter Card")
+    assert card.bus == box.ports["2"].secondary_bus
+    with pytest.raises(tav.Error, match="no connector .*LEFT"):
+        tav_machine("TAV-B3 Switch Box", "TAV-C1 Adapter Card", inside="TAV1:LEFT")
+""")
+
+
 def test_machine_is_a_dump(project: pytest.Pytester) -> None:
     passes(project, f"""
 def test_machine(tav_machine):
