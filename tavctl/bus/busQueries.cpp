@@ -6,13 +6,17 @@ namespace tavctl {
 
 using nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cSlotPath;
 
-std::string slotPathOf(const pcibus::Bus& bus, const pcibus::PciFunction& function) {
-    cSlotPath path;
-    setSlotPath(path, bus, function);
+std::string slotPathText(const cSlotPath& path) {
     nZOQUIL000::tErrorStatus status;
     std::string text;
     path.FormatMachineText(text, status);
     return text;
+}
+
+std::string slotPathOf(const pcibus::Bus& bus, const pcibus::PciFunction& function) {
+    cSlotPath path;
+    setSlotPath(path, bus, function);
+    return slotPathText(path);
 }
 
 const pcibus::PciFunction* functionAtSlotPath(const pcibus::Bus& bus, const std::string& text) {

@@ -2,12 +2,16 @@
 #pragma once
 
 #include "pcibus/bus.h"
+#include "pxidrivertools/cSlotPath.h"
 
 #include <array>
 #include <cstdint>
 #include <string>
 
 namespace tavctl {
+
+// A slot path in machine form, "MR00:20".
+std::string slotPathText(const nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cSlotPath& path);
 
 // The slot path of a function in machine form, and the function there; null when there is none.
 std::string slotPathOf(const pcibus::Bus& bus, const pcibus::PciFunction& function);

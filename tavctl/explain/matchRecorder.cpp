@@ -3,6 +3,7 @@
 #include "pxidrivertools/busPlace.h"
 #include "quil/zoerr.h"
 #include "source/topologyWalk.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/words/json.h"
 #include "tavctl/words/statusText.h"
 #include "tavctl/words/words.h"
@@ -20,13 +21,6 @@ using namespace nZoTavManagerPciPlugin_15_0;
 using nZoPciBrdWrapper_15_0::kNoHandle;
 using nZoPxiDriverTools_1_0::cSlotPath;
 using Result = Step::Result;
-
-std::string machineText(const cSlotPath& path) {
-    nZOQUIL000::tErrorStatus status;
-    std::string text;
-    path.FormatMachineText(text, status);
-    return text;
-}
 
 std::string mapText(const std::string& map) {
     return map.empty() ? "\"\"" : map;
@@ -84,7 +78,7 @@ std::string MatchRecorder::placeText(const tBridgeDescription& description) cons
     nZOQUIL000::tErrorStatus status;
     path.ParseMachineText(anchorPath_, status);
     path.ApplyRelativePath(description.traversalMap, status); // as the look-up did
-    const std::string place = machineText(path);
+    const std::string place = slotPathText(path);
     if (const pcibus::PciFunction* const at = nZoPxiDriverTools_1_0::functionAt(bus_, path))
         return fmt::format("no bridge but {} at {}",
                            addressText({at->bus, at->device, at->function}), place);
@@ -149,7 +143,7 @@ void MatchRecorder::onDeviceAnchorPlaced(const tBusAddress& address, const cSlot
     Candidate* const candidate = current();
     if (candidate == nullptr || candidate->address != address)
         return;
-    candidate->slotPath = machineText(slotPath);
+    candidate->slotPath = slotPathText(slotPath);
     step({Result::met, "a bridge stands above it", {}, candidate->slotPath, {}});
 }
 
@@ -170,7 +164,7 @@ void MatchRecorder::onCandidate(std::uint32_t bridge, const cSlotPath& slotPath)
         if (candidates[i].handle == bridge && candidates[i].anchor == anchor_)
             candidate_ = i;
     }
-    anchorPath_ = machineText(slotPath);
+    anchorPath_ = slotPathText(slotPath);
     current()->slotPath = anchorPath_;
     current()->outcome = Outcome::rejected;
     lookingFor_.clear();
@@ -224,7 +218,7 @@ void MatchRecorder::onCandidateCounted(const Handles& matched, std::size_t requi
 
 void MatchRecorder::onWalk(const tBusAddress& address, const cSlotPath& anchor) {
     auto& candidates = explanation().candidates;
-    const std::string path = machineText(anchor);
+    const std::string path = slotPathText(anchor);
     candidate_ = kNone;
     std::size_t known = kNone;
     for (std::size_t i = 0; i < candidates.size() && candidate_ == kNone; ++i) {

@@ -2,6 +2,7 @@
 
 #include "pxidrivertools/cSlotPath.h"
 #include "source/modelList.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/match/busBridges.h"
 
 #include <algorithm>
@@ -159,10 +160,7 @@ public:
     std::set<std::string> paths;
 
     void onDevice(const tBusAddress&, const cSlotPath& anchor, const tDeviceRecord&) override {
-        nZOQUIL000::tErrorStatus status;
-        std::string path;
-        anchor.FormatMachineText(path, status);
-        paths.insert(std::move(path));
+        paths.insert(slotPathText(anchor));
     }
 };
 

@@ -1,6 +1,7 @@
 #include "tavctl/match/deviceRecorder.h"
 
 #include "source/bridgePlace.h"
+#include "tavctl/bus/busQueries.h"
 
 #include <exception>
 #include <utility>
@@ -75,8 +76,7 @@ void DeviceRecorder::onDevice(const tBusAddress& address, const cSlotPath& ancho
     device.record = record;
     device.model = model_;
     device.address = address;
-    nZOQUIL000::tErrorStatus status;
-    anchor.FormatMachineText(device.slotPath, status);
+    device.slotPath = slotPathText(anchor);
     device.upstreamPort = upstreamPort_;
     device.ports = std::move(ports_);
     auto entry = record.ports.begin();
