@@ -13,6 +13,11 @@
 
 namespace tavctl {
 
+// The handle by which a bus finds the function that answers there.
+[[nodiscard]] constexpr std::uint32_t handleOf(const nZoTavManagerPciPlugin_15_0::tBusAddress& at) {
+    return static_cast<std::uint32_t>(at.bus << 8U | at.device << 3U | at.function);
+}
+
 // A described downstream port.
 struct MatchedPort {
     // Where it should stand. None: it could not be looked for there.

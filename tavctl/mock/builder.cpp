@@ -22,8 +22,6 @@ namespace {
 constexpr tPciIds kHostBridge{0x8086, 0x29C0, 0x1AF4, 0x1100};
 constexpr tPciIds kRootPort{0x8086, 0x3420, 0x8086, 0x0000};
 constexpr tPciIds kOtherFunction{0x1B36, 0x0005, 0x1AF4, 0x1100};
-constexpr std::uint16_t kHostBridgeClass = 0x0600;
-constexpr std::uint16_t kBridgeClass = 0x0604;
 
 // The bus that something is plugged into.
 struct Socket {
@@ -42,12 +40,12 @@ struct Connector {
 class Builder {
 public:
     Builder(const Plan& plan, const std::vector<std::size_t>& anchors, const Catalog& catalog,
-            RecordedMachine* recorded, const std::vector<PresentDevice>& present)
+            const RecordedMachine* recorded, const std::vector<PresentDevice>& present)
         : plan_(plan), anchors_(anchors), catalog_(catalog), recorded_(recorded),
           names_(namesOf(plan, catalog, present)) {
         if (recorded == nullptr)
             return;
-        built_.machine = std::move(recorded->machine);
+        built_.machine = machineOf(*recorded);
         for (const PresentDevice& device : present) {
             known_.insert(device.name);
             for (const auto& each : device.connectors) {
@@ -254,7 +252,7 @@ private:
     const Plan& plan_;
     const std::vector<std::size_t>& anchors_;
     const Catalog& catalog_;
-    RecordedMachine* recorded_;
+    const RecordedMachine* recorded_;
     std::vector<std::string> names_;
     BuiltMachine built_;
     std::set<std::string> known_;  // names of what has connectors, or will
@@ -291,7 +289,7 @@ std::vector<std::string> namesOf(const Plan& plan, const Catalog& catalog,
 }
 
 BuiltMachine build(const Plan& plan, const std::vector<std::size_t>& anchors,
-                   const Catalog& catalog, RecordedMachine* recorded,
+                   const Catalog& catalog, const RecordedMachine* recorded,
                    const std::vector<PresentDevice>& present) {
     return Builder(plan, anchors, catalog, recorded, present).build();
 }

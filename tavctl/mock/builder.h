@@ -17,9 +17,7 @@ struct BuiltMachine {
     bool isRenumbered = false;  // whether recorded bus numbers have changed
 };
 
-// `recorded` is what boxes are added to, null for a machine of their own, with its devices as
-// `present`. The numbers of the anchors are those of the boxes. The plan must outlive what is
-// built. Raises FailureException.
+// A device of a recorded machine, with what can be plugged into.
 struct PresentDevice {
     std::string name;
     struct Connector {
@@ -28,8 +26,12 @@ struct PresentDevice {
     };
     std::vector<Connector> connectors;
 };
+
+// `recorded` is what boxes are added to, null for a machine of their own, with its devices as
+// `present`. The numbers of the anchors are those of the boxes. The plan must outlive what is
+// built. Raises FailureException.
 BuiltMachine build(const Plan& plan, const std::vector<std::size_t>& anchors,
-                   const Catalog& catalog, RecordedMachine* recorded,
+                   const Catalog& catalog, const RecordedMachine* recorded,
                    const std::vector<PresentDevice>& present);
 
 // The names of a plan's boxes: those of the command line are called as the plug-in would call them,

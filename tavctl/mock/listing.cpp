@@ -2,6 +2,7 @@
 
 #include "pcibus/dump.h"
 #include "source/modelList.h"
+#include "tavctl/bus/busQueries.h"
 #include "tavctl/match/busBridges.h"
 #include "tavctl/match/modelMatcher.h"
 #include "tavctl/mock/matchFaults.h"
@@ -20,12 +21,12 @@ namespace {
 
 using namespace nZoTavManagerPciPlugin_15_0;
 
-std::string slotPathText(std::uint8_t rootBus, Way way, const Way& below) {
-    way.insert(way.end(), below.begin(), below.end());
-    std::string text = fmt::format("MR{:02X}:", rootBus);
-    for (auto hop = way.rbegin(); hop != way.rend(); ++hop)
-        text += fmt::format("{}{:02X}", hop == way.rbegin() ? "" : ",", *hop);
-    return text;
+std::string slotPathText(std::uint8_t rootBus, const Way& way, const Way& below) {
+    nZoPxiDriverTools_1_0::cSlotPath path;
+    path.rootBus = rootBus;
+    path.hops.assign(below.rbegin(), below.rend());
+    path.hops.insert(path.hops.end(), way.rbegin(), way.rend());
+    return tavctl::slotPathText(path);
 }
 
 bool isSame(const tPortEntry& a, const tPortEntry& b) {

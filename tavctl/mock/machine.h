@@ -13,6 +13,10 @@
 
 namespace tavctl::mock {
 
+// Classes and subclasses of the field's.
+inline constexpr std::uint16_t kHostBridgeClass = 0x0600;
+inline constexpr std::uint16_t kBridgeClass = 0x0604;
+
 struct Function;
 
 // By hop: device << 3 | function.

@@ -12,10 +12,6 @@ using nZoPciBrdWrapper_15_0::kNoHandle;
 
 namespace {
 
-std::uint32_t handleOf(const tBusAddress& address) {
-    return static_cast<std::uint32_t>(address.bus << 8U | address.device << 3U | address.function);
-}
-
 std::string textOfAddress(std::uint32_t handle) {
     const auto hop = static_cast<std::uint8_t>(handle & 0xFFU);
     return pcibus::addressTextOf(handle >> 8U, pcibus::deviceOfHop(hop),

@@ -7,14 +7,12 @@
 #include "tavctl/mock/listing.h"
 #include "tavctl/mock/machineText.h"
 #include "tavctl/mock/qemuOptions.h"
-#include "tavctl/mock/recordedMachine.h"
 #include "tavctl/words/printable.h"
 #include "tavctl/words/words.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 namespace tavctl::mock {
@@ -28,10 +26,7 @@ std::vector<PresentDevice> connectorsOf(const std::vector<MatchedDevice>& device
         each.name = device.record.terminalName;
         for (const MatchedPort& port : device.ports) {
             for (const auto& entry : port.entries) {
-                const auto& at = port.bridge.value();
-                each.connectors.push_back(
-                    {entry.connectorLabel,
-                     static_cast<std::uint32_t>(at.bus << 8U | at.device << 3U | at.function)});
+                each.connectors.push_back({entry.connectorLabel, handleOf(port.bridge.value())});
             }
         }
     }
@@ -58,7 +53,7 @@ std::size_t anchorOf(const PlannedBox& plan, const Catalog& catalog) {
         alone.boxes.front().in = {};
         alone.boxes.front().anchor = {sections[anchor], plan.model.place};
         try {
-            (void)makeBus(alone, catalog, {}, {});
+            (void)makeBus(alone, catalog, nullptr, {});
             return anchor;
         } catch (const FailureException&) {
             continue;
@@ -86,7 +81,7 @@ std::vector<std::string> commentsOf(const BuiltMachine& built, const Catalog& ca
 
 } // namespace
 
-MadeBus makeBus(const Plan& whole, const Catalog& catalog, const std::string& on,
+MadeBus makeBus(const Plan& whole, const Catalog& catalog, const RecordedMachine* on,
                 const std::string& program, Form form) {
     Plan plan = whole;
     std::erase_if(plan.boxes, [](const PlannedBox& box) { return box.isGone; });
@@ -94,14 +89,10 @@ MadeBus makeBus(const Plan& whole, const Catalog& catalog, const std::string& on
     std::vector<std::size_t> anchors;
     for (const PlannedBox& box : plan.boxes)
         anchors.push_back(anchorOf(box, catalog));
-    std::optional<RecordedMachine> recorded;
     std::vector<MatchedDevice> present;
-    if (!on.empty()) {
-        recorded = readRecordedMachine(on);
-        present = ModelMatcher(recordedBus(recorded->bus)).match(catalog.descriptions());
-    }
-    const BuiltMachine built =
-        build(plan, anchors, catalog, recorded ? &*recorded : nullptr, connectorsOf(present));
+    if (on != nullptr)
+        present = ModelMatcher(recordedBus(on->bus)).match(catalog.descriptions());
+    const BuiltMachine built = build(plan, anchors, catalog, on, connectorsOf(present));
     MadeBus made;
     made.isRenumbered = built.isRenumbered;
     made.text = machineText(built.machine, commentsOf(built, catalog, program, Form::dump));

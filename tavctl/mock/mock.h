@@ -4,6 +4,7 @@
 #include "tavctl/match/matchedDevice.h"
 #include "tavctl/mock/catalog.h"
 #include "tavctl/mock/plan.h"
+#include "tavctl/mock/recordedMachine.h"
 
 #include <string>
 #include <vector>
@@ -21,10 +22,10 @@ struct MadeBus {
 // How the bus is told.
 enum class Form { dump, qemuOptions };
 
-// `on` is a recorded bus that the boxes are added to; empty: a machine of their own. `program` is
+// `on` is a recorded bus that the boxes are added to; null: a machine of their own. `program` is
 // who makes it, for the comment at the top. Raises FailureException when the plug-in would not list
 // exactly what is planned.
-MadeBus makeBus(const Plan& whole, const Catalog& catalog, const std::string& on,
+MadeBus makeBus(const Plan& whole, const Catalog& catalog, const RecordedMachine* on,
                 const std::string& program, Form form = Form::dump);
 
 } // namespace tavctl::mock

@@ -78,7 +78,7 @@ void tellOfDevices(const mock::MadeBus& made) {
 }
 
 std::vector<mock::MadeBus> makeAll(const std::vector<mock::Plan>& plans,
-                                   const mock::Catalog& catalog, const std::string& on,
+                                   const mock::Catalog& catalog, const mock::RecordedMachine* on,
                                    mock::Form form) {
     std::vector<mock::MadeBus> made;
     bool isRenumbered = false;
@@ -121,8 +121,12 @@ ExitStatus runMock(const MockOptions& options) {
     const auto catalog = std::make_unique<mock::Catalog>(descriptionFiles());
     if (catalog->models().empty())
         explainNoDescriptions();
+    // Once for all steps.
+    std::unique_ptr<const mock::RecordedMachine> on;
+    if (!options.on.empty())
+        on = std::make_unique<const mock::RecordedMachine>(mock::readRecordedMachine(options.on));
     const std::vector<mock::MadeBus> made = makeAll(
-        plans, *catalog, options.on, options.qemu ? mock::Form::qemuOptions : mock::Form::dump);
+        plans, *catalog, on.get(), options.qemu ? mock::Form::qemuOptions : mock::Form::dump);
     for (std::size_t i = 0; i < made.size(); ++i) {
         writeResult(made[i].text, targets[i]);
         if (!targets[i].file.empty())

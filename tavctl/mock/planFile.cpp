@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -232,6 +233,9 @@ std::vector<Plan> readPlanFile(const std::string& file) {
             {"read the plan", file, platform::systemMessage(platform::lastSystemCode()), {}, {}});
     std::string text(kLargestPlan + 1, '\0');
     text.resize(platform::readStream(stream.get(), text.data(), text.size()));
+    if (std::ferror(stream.get()) != 0)
+        throw FailureException(
+            {"read the plan", file, platform::systemMessage(platform::lastSystemCode()), {}, {}});
     if (text.size() > kLargestPlan)
         throw FailureException({"read the plan", file, "it has more than a megabyte", {}, {}},
                                ExitStatus::problemFound);

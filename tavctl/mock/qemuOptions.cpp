@@ -112,7 +112,7 @@ private:
             const auto others = std::distance(
                 functions.lower_bound(device),
                 functions.upper_bound(static_cast<std::uint8_t>(device | pcibus::kMaxFunction)));
-            if (function->deviceClass != kHostBridge)
+            if (function->deviceClass != kHostBridgeClass)
                 writeFunction(*function, hop, bus, others > 1);
         }
     }
@@ -151,8 +151,6 @@ private:
                    fmt::format("the link of QEMU's {} has the width that it has", device->name));
         writeBus(function.below, id);
     }
-
-    static constexpr std::uint16_t kHostBridge = 0x0600;
 
     std::string& text_;
     unsigned number_ = 0;

@@ -36,7 +36,11 @@ protected:
         const mock::Catalog catalog(
             {folder_.write("nest.ini", description), folder + "tav-w7-wide-switch-box.ini"});
         try {
-            return mock::makeBus(mock::readPlan(plan, "plan").front(), catalog, on, "a test", form)
+            std::optional<mock::RecordedMachine> recorded;
+            if (!on.empty())
+                recorded = mock::readRecordedMachine(on);
+            return mock::makeBus(mock::readPlan(plan, "plan").front(), catalog,
+                                 recorded ? &*recorded : nullptr, "a test", form)
                 .text;
         } catch (const FailureException& exception) {
             return exception.failure().sentence();

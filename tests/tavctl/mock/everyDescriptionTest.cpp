@@ -32,7 +32,7 @@ std::string ruleAgainst(const std::string& file) {
     const std::string& model = catalog.models().front().model.model;
     plan.boxes.emplace_back().model = {model, file};
     try {
-        (void)mock::makeBus(plan, catalog, {}, "a test");
+        (void)mock::makeBus(plan, catalog, nullptr, "a test");
         return {};
     } catch (const FailureException& failure) {
         const std::string& reason = failure.failure().reason;

@@ -198,6 +198,27 @@ TEST_F(Mock, WritesABusForEachStepOfAPlan) {
     EXPECT_TRUE(says(runTavctl(words + "-o x --steps " + folder), 2, "--steps"));
 }
 
+// The recorded machine is read, and what is left out of it told, once for all of them.
+TEST_F(Mock, ReadsTheRecordedMachineOnceForAllSteps) {
+    std::string machine = testsupport::fileText(kProject / "samples/switchboxes.dump");
+    const std::string row = "\n00: f4 1a 44 10";
+    ASSERT_NE(machine.find(row), std::string::npos);
+    machine.replace(machine.find(row), row.size(), "\n00: ff ff 44 10"); // nothing answers there
+    const std::string folder = folder_.file("steps");
+    std::filesystem::create_directory(folder);
+    const auto made = runTavctl(
+        "mock --plan " +
+        folder_.write("steps.plan", "[Box New]\nModel = TAV-C1 Adapter Card\n[Step 1 New]\n"
+                                    "In = TAV1:3\n[Step 2 New]\nGone = 1\n") +
+        " --on " + folder_.write("machine.dump", machine) + " --steps " + folder + " " +
+        kDescriptions);
+    EXPECT_TRUE(says(made, 0, "step-002.dump"));
+    const std::string told = "1 function ";
+    const auto first = made.output.find(told);
+    EXPECT_NE(first, std::string::npos) << made.output;
+    EXPECT_EQ(made.output.find(told, first + 1), std::string::npos) << made.output;
+}
+
 // tests/guest boots that machine and lists its devices.
 TEST_F(Mock, PrintsTheOptionsOfQemuThatMakeTheBus) {
     const std::string words =

@@ -45,8 +45,11 @@ public:
         const mock::Catalog catalog(files);
         mock::MadeBus made;
         try {
-            made =
-                mock::makeBus(mock::readPlan(plan_.text, "plan").front(), catalog, on_, "a test");
+            std::optional<mock::RecordedMachine> on;
+            if (!on_.empty())
+                on = mock::readRecordedMachine(on_);
+            made = mock::makeBus(mock::readPlan(plan_.text, "plan").front(), catalog,
+                                 on ? &*on : nullptr, "a test");
         } catch (const FailureException& failure) {
             return {plan_.isSound ? std::string("refused: ") + failure.what()
                                   : refusedThoughListed(catalog, failure),

@@ -28,7 +28,8 @@ protected:
         box.in = {place, place};
         const std::string file = folder_.write("machine.dump", machine);
         try {
-            const mock::MadeBus bus = mock::makeBus(plan, catalog, file, "a test");
+            const mock::RecordedMachine on = mock::readRecordedMachine(file);
+            const mock::MadeBus bus = mock::makeBus(plan, catalog, &on, "a test");
             isRenumbered_ = bus.isRenumbered;
             return bus.text;
         } catch (const FailureException& exception) {
