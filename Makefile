@@ -4,7 +4,7 @@ JOBS ?= 2
 PRESET ?= release
 DEMO_STATE = build/demo-state
 TAVCTL = build/$(PRESET)/bin/tavctl
-VERSION = $(shell sed -n 's/^project(zotavpci VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+VERSION = $(shell sed -n 's/^project.zotavpci VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 
 .PHONY: help build demo quick test test-native windows test-windows test-guest test-sanitizers \
