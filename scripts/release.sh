@@ -57,6 +57,7 @@ same "the bill of materials" "$(python3 -c 'import json, sys
 print(next(each["versionInfo"] for each in json.load(open(sys.argv[1]))["packages"]
            if each["name"] == "zotavpci"))' "$folder/zotavpci-$version.spdx.json")"
 
-(cd "$folder" && find . -type f -printf '%P\n' | LC_ALL=C sort | xargs -d '\n' sha256sum >SHA256SUMS &&
-    sha256sum --quiet -c SHA256SUMS)
+(cd "$folder" && find . -type f -printf '%P\n' | LC_ALL=C sort | xargs -d '\n' sha256sum) >"$work/sums"
+mv "$work/sums" "$folder/SHA256SUMS"
+(cd "$folder" && sha256sum --quiet -c SHA256SUMS)
 cat "$folder/SHA256SUMS"
