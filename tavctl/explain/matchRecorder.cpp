@@ -19,7 +19,6 @@ namespace {
 
 using namespace nZoTavManagerPciPlugin_15_0;
 using nZoPciBrdWrapper_15_0::kNoHandle;
-using nZoPxiDriverTools_1_0::cSlotPath;
 using Result = Step::Result;
 
 std::string mapText(const std::string& map) {
