@@ -57,7 +57,7 @@ std::string settleLabels(Draft& draft, const pcibus::Bus& bus, const std::string
         if (here == 0 || here != perLabel || width / perLabel != labels)
             return fmt::format("port {} is {} wide and has {}; all ports must have the same number "
                                "of lanes for each label",
-                               quoted(draft.ports[i].labels.front()), counted(width, "lane"),
+                               inQuotes(draft.ports[i].labels.front()), counted(width, "lane"),
                                counted(labels, "label"));
     }
     draft.linkWidthPerLabel = static_cast<std::int32_t>(perLabel);

@@ -118,7 +118,7 @@ std::string Watch::portOf(const std::string& label) {
     while (path.empty()) {
         if (!ask(fmt::format("Plug something into connector {} (or unplug what is in it), then "
                              "press Enter; s and Enter skips it.",
-                             quoted(label)),
+                             inQuotes(label)),
                  answer) ||
             answer == "s")
             return {};
@@ -160,7 +160,7 @@ void Watch::addConnector(Draft& draft, const std::string& label) {
                                           *port, std::to_string(portPaths_.size())));
     }
     draft.ports[index].labels.push_back(label);
-    say(fmt::format("Connector {} is the port {}: TraversalMapFromAnchor = {}.", quoted(label),
+    say(fmt::format("Connector {} is the port {}: TraversalMapFromAnchor = {}.", inQuotes(label),
                     pcibus::addressText(*port), draft.ports[index].map));
 }
 
@@ -177,7 +177,7 @@ bool Watch::takeOff(Draft& draft, const std::string& label) {
         }
         for (std::size_t each = 0; each < draft.ports.size(); ++each)
             draft.ports[each].name = std::to_string(each + 1);
-        say(fmt::format("Connector {} is off the list.", quoted(label)));
+        say(fmt::format("Connector {} is off the list.", inQuotes(label)));
         return true;
     }
     return false;

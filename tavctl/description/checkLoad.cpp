@@ -219,7 +219,7 @@ private:
     [[nodiscard]] std::string valueText(const LoadProblem& problem) const {
         const auto lines = text_.linesOf(problem.section, problem.key);
         return fmt::format("{}: {}", problem.key,
-                           lines.empty() ? "the value" : quoted(text_.line(lines.back())->value));
+                           lines.empty() ? "the value" : inQuotes(text_.line(lines.back())->value));
     }
 
     // The same where it is missing for its own section; null when it is not.

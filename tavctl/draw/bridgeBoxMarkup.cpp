@@ -16,7 +16,6 @@ namespace {
 using pcibus::PciFunction;
 
 constexpr std::size_t kNameWidth = 32;
-constexpr const char* kRowLine = " BORDER=\"1\" SIDES=\"T\" COLOR=\"#e2e8f0\"";
 
 constexpr const char* kBox = "<TABLE BORDER=\"1\" CELLBORDER=\"0\" CELLSPACING=\"0\" "
                              "CELLPADDING=\"4\" BGCOLOR=\"white\" COLOR=\"#94a3b8\">";

@@ -24,8 +24,6 @@ constexpr std::size_t kModelWidth = 36;
 constexpr std::size_t kContentWidth = 30;
 constexpr std::size_t kLabelWidth = 14;
 
-constexpr const char* kRowLine = " BORDER=\"1\" SIDES=\"T\" COLOR=\"#e2e8f0\"";
-
 std::string addressOf(const pcibus::Bus& bus, std::uint32_t handle) {
     const PciFunction* const function = bus.find(handle);
     return function == nullptr ? std::string() : pcibus::addressText(*function);

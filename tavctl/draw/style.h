@@ -7,6 +7,8 @@ namespace tavctl {
 
 // Of frames, and of what joins the boxes.
 inline constexpr const char* kLineColour = "#94a3b8";
+// Above a row of a table.
+inline constexpr const char* kRowLine = " BORDER=\"1\" SIDES=\"T\" COLOR=\"#e2e8f0\"";
 inline constexpr const char* kLabelBackground = "#f1f5f9";
 inline constexpr const char* kFaintFont = "COLOR=\"#6b7280\" POINT-SIZE=\"9\"";
 inline constexpr const char* kEmptyFont = "COLOR=\"#9ca3af\"";

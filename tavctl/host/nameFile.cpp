@@ -63,8 +63,7 @@ platform::Stream openToRead(const std::string& path, bool mayBeMissing) {
         return code == platform::kNotFound || !platform::lastWriteTime(path.c_str());
     };
     if (!stream && !(mayBeMissing && isMissing()))
-        throw FailureException(
-            {"read terminal names", path, platform::systemMessage(code), {}, {}});
+        failBySystem("read terminal names", path, code);
     return stream;
 }
 
@@ -102,8 +101,7 @@ NameLock::NameLock(const fs::path& nameFile, Purpose purpose) {
         code = lock_.lock();
     isHeld_ = code == platform::kNoSystemError;
     if (!isHeld_)
-        throw FailureException(
-            {"lock terminal names", lockFile, platform::systemMessage(code), {}, {}});
+        failBySystem("lock terminal names", lockFile, code);
 }
 
 std::string whyNotStorable(const fs::path& nameFile) {

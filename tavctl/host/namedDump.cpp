@@ -20,8 +20,7 @@ namespace {
 constexpr std::string_view kStandardInputSign = "-";
 
 [[noreturn]] void fail(const char* operation, const std::string& object) {
-    throw FailureException(
-        {operation, object, platform::systemMessage(platform::lastSystemCode()), {}, {}});
+    failBySystem(operation, object, platform::lastSystemCode());
 }
 
 void copyStandardInput(const std::string& file) {

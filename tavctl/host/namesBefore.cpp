@@ -23,10 +23,6 @@ using platform::SystemCode;
 // A transfer, on the heap: stacks may be small.
 constexpr std::size_t kPiece = 65536;
 
-[[noreturn]] void fail(const char* operation, const std::string& file, SystemCode code) {
-    throw FailureException({operation, file, platform::systemMessage(code), {}, {}});
-}
-
 // C libraries do not always tell the system why they failed.
 SystemCode codeOf(bool isDone) {
     if (isDone)
@@ -42,7 +38,7 @@ platform::Stream openIfAny(const std::string& file) {
     platform::Stream stream = platform::openStream(file.c_str(), "r+b");
     const SystemCode code = platform::lastSystemCode();
     if (!stream && platform::lastWriteTime(file.c_str()))
-        fail("read terminal names", file, code);
+        failBySystem("read terminal names", file, code);
     return stream;
 }
 
@@ -77,7 +73,7 @@ public:
         if (code == kNoSystemError)
             return;
         remove();
-        fail("keep terminal names", target_, code);
+        failBySystem("keep terminal names", target_, code);
     }
     ~WaitingFile() { remove(); }
     WaitingFile(const WaitingFile&) = delete;
@@ -87,7 +83,7 @@ public:
     void putInPlace() {
         const SystemCode code = platform::renameReplacing(name_.c_str(), target_.c_str());
         if (code != kNoSystemError)
-            fail("keep terminal names", target_, code);
+            failBySystem("keep terminal names", target_, code);
         name_.clear();
     }
 
@@ -156,7 +152,7 @@ void undoNames(const fs::path& nameFile) {
     if (isSame(names.get(), kept.get()))
         refuse("there is nothing to undo: what is kept from before is the same");
     if (const SystemCode code = platform::followLinks(target); code != kNoSystemError)
-        fail("write terminal names", platform::utf8Text(nameFile), code);
+        failBySystem("write terminal names", platform::utf8Text(nameFile), code);
     // At every moment each of the two contents has a file of its own.
     WaitingFile toKeep(before, names.get(), names ? names.get() : kept.get());
     WaitingFile toStore(target, kept.get(), names ? names.get() : kept.get());

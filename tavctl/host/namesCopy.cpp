@@ -14,10 +14,6 @@ namespace tavctl {
 
 namespace {
 
-[[noreturn]] void fail(const char* operation, const std::string& file, platform::SystemCode code) {
-    throw FailureException({operation, file, platform::systemMessage(code), {}, {}});
-}
-
 std::string readAll(const platform::Stream& stream, const std::string& file) {
     std::string bytes;
     std::array<char, 2048> part{};
@@ -25,7 +21,7 @@ std::string readAll(const platform::Stream& stream, const std::string& file) {
          (got = platform::readStream(stream.get(), part.data(), part.size())) != 0;)
         bytes.append(part.data(), got);
     if (std::ferror(stream.get()) != 0)
-        fail("read terminal names", file, platform::lastSystemCode());
+        failBySystem("read terminal names", file, platform::lastSystemCode());
     return bytes;
 }
 
@@ -38,7 +34,7 @@ std::optional<std::string> readOnce(const std::string& file, platform::SystemCod
     if (platform::isRefusal(code))
         refusal = code;
     else if (platform::lastWriteTime(file.c_str()))
-        fail("read terminal names", file, code);
+        failBySystem("read terminal names", file, code);
     return std::nullopt;
 }
 
@@ -60,7 +56,7 @@ void write(const std::string& bytes, const std::string& target) {
     if (!stream ||
         platform::writeStream(stream.get(), bytes.data(), bytes.size()) != bytes.size() ||
         !platform::closeStream(stream.release()))
-        fail("copy terminal names", target, platform::lastSystemCode());
+        failBySystem("copy terminal names", target, platform::lastSystemCode());
 }
 
 } // namespace

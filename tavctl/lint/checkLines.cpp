@@ -120,7 +120,7 @@ private:
         findings_.add("unused-section", place,
                       fmt::format("{} is not read: {} does not name it", inBrackets(section), list),
                       fmt::format("{} among the items of {}, or no such section",
-                                  quoted(section.substr(prefix.size())), list));
+                                  inQuotes(section.substr(prefix.size())), list));
     }
 
     void unknownSection(const Place& place, const std::string& section) {

@@ -26,12 +26,12 @@ void checkList(const Description& description, const std::string& section, const
                          "one comma between two items");
         else if (trim(item) != item)
             findings.add("blank-in-list", place(),
-                         fmt::format("the item is {}, with its blanks", quoted(item)),
-                         fmt::format("{}, without blanks around the commas", quoted(trim(item))));
+                         fmt::format("the item is {}, with its blanks", inQuotes(item)),
+                         fmt::format("{}, without blanks around the commas", inQuotes(trim(item))));
         const auto here = items.begin() + static_cast<std::ptrdiff_t>(i);
         if (!item.empty() && std::find(items.begin(), here, item) != here)
             findings.add("duplicate-item", place(),
-                         fmt::format("{} names {} a second time", key, quoted(item)),
+                         fmt::format("{} names {} a second time", key, inQuotes(item)),
                          "each item once");
     }
 }

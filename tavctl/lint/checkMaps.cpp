@@ -66,7 +66,7 @@ private:
         findings_.add("bad-traversal-map", place(section, start, end),
                       start == end
                           ? std::string("a step is empty")
-                          : fmt::format("{} is no step", quoted(map.substr(start, end - start))),
+                          : fmt::format("{} is no step", inQuotes(map.substr(start, end - start))),
                       "steps like d2f0 (down), - (up) or f1 (across), with commas and no blanks "
                       "between; \"\" stays at the anchor");
     }
@@ -82,7 +82,7 @@ private:
         if (!fits)
             findings_.add("map-number", place(section, start, end),
                           fmt::format("{} names a place that no PCI function has",
-                                      quoted(map.substr(start, end - start))),
+                                      inQuotes(map.substr(start, end - start))),
                           "decimal numbers: a device from 0 to 31, a function from 0 to 7");
     }
 

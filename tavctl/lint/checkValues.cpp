@@ -62,7 +62,7 @@ private:
             if (!rest.empty())
                 findings_.add(
                     "number-cut-short", text_.placeOf(lines.back(), rest),
-                    fmt::format("{} is ignored: the number read is 0x{:X}", quoted(rest), number),
+                    fmt::format("{} is ignored: the number read is 0x{:X}", inQuotes(rest), number),
                     "hexadecimal digits only, with or without 0x");
         }
         if (key == kPciHeaderType) {

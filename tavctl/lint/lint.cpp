@@ -72,7 +72,7 @@ private:
         findings.add("same-tree", description.text().header(kSectionAnchor),
                      fmt::format("a box can be taken for this model and for {} ({}) at once: it "
                                  "is listed twice then",
-                                 quoted(other.model), files_[other.file]),
+                                 inQuotes(other.model), files_[other.file]),
                      "an anchor, or counted bridges, that tell the models apart");
     }
 

@@ -186,7 +186,7 @@ private:
                    recorded_ == nullptr
                        ? fmt::format("{} is an address, and there is no recorded "
                                      "machine that it is of",
-                                     quoted(in.text))
+                                     inQuotes(in.text))
                        : fmt::format("no bridge is at {} of the recorded machine", in.text));
         if (bridge->secondaryBus != 0 &&
             recorded_->bus->parentOfBus(bridge->secondaryBus) != bridge)
@@ -225,7 +225,7 @@ private:
         refuse(in.place,
                fmt::format("{} is no place; one is written as NAME:LABEL{}{}, as root, as root 40 "
                            "or as the address of a recorded bridge",
-                           quoted(in.text), names.empty() ? "" : " of ", enumerated(names)));
+                           inQuotes(in.text), names.empty() ? "" : " of ", enumerated(names)));
     }
 
     [[nodiscard]] bool isPlanned(const std::string& name) const {
@@ -240,7 +240,7 @@ private:
                 labels.push_back(each.label);
         }
         refuse(in.place,
-               fmt::format("{} has no connector {}; {}", name, quoted(label),
+               fmt::format("{} has no connector {}; {}", name, inQuotes(label),
                            labels.empty() ? std::string("it has none")
                                           : fmt::format("it has {}", enumerated(labels))));
     }
@@ -270,7 +270,7 @@ std::vector<std::string> namesOf(const Plan& plan, const Catalog& catalog,
     for (const PlannedBox& box : plan.boxes) {
         if (box.name.isSaid() && !taken.insert(box.name.text).second)
             refuse(box.name.place,
-                   fmt::format("{} is a device of the recorded machine", quoted(box.name.text)));
+                   fmt::format("{} is a device of the recorded machine", inQuotes(box.name.text)));
     }
     std::vector<std::string> names;
     for (const PlannedBox& box : plan.boxes) {

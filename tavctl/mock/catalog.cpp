@@ -38,9 +38,9 @@ std::size_t Catalog::numberOf(const Said& model) const {
         names.push_back(each.model.model);
     }
     std::string reason =
-        fmt::format("no description file describes a model {}", quoted(model.text));
+        fmt::format("no description file describes a model {}", inQuotes(model.text));
     if (const std::string near = nearestName(model.text, names); !near.empty())
-        reason += fmt::format("; did you mean {}?", quoted(near));
+        reason += fmt::format("; did you mean {}?", inQuotes(near));
     refuse(model.place, std::move(reason));
 }
 

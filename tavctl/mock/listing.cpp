@@ -130,7 +130,7 @@ private:
                    fmt::format("same-tree: the box can be taken for this model and for {} ({}) at "
                                "once: it is listed twice then; expected an anchor, or counted "
                                "bridges, that tell the models apart",
-                               tavctl::quoted(model), catalog_.models()[extra.model].file),
+                               tavctl::inQuotes(model), catalog_.models()[extra.model].file),
                    "tavctl lint");
         refuse(model, fmt::format("the plug-in would list one at {} too, which nobody planned: "
                                   "bridges of another box are taken for it",

@@ -16,6 +16,7 @@ namespace tavctl::mock {
 // Classes and subclasses of the field's.
 inline constexpr std::uint16_t kHostBridgeClass = 0x0600;
 inline constexpr std::uint16_t kBridgeClass = 0x0604;
+inline constexpr std::uint16_t kSystemPeripheral = 0x0880; // what needs no driver
 
 struct Function;
 

@@ -13,8 +13,6 @@ namespace tavctl::mock {
 
 namespace {
 
-constexpr std::uint16_t kSystemPeripheral = 0x0880;
-
 bool leadsDown(LinkRole role) {
     return role == LinkRole::rootPort || role == LinkRole::downstreamPort;
 }

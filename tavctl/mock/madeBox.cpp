@@ -18,7 +18,6 @@ namespace {
 using namespace nZoTavManagerPciPlugin_15_0;
 using Kind = DescribedBridge::Kind;
 
-constexpr std::uint16_t kSystemPeripheral = 0x0880;
 constexpr std::uint8_t kSlowest = 1;
 // A bridge that the description does not tell of.
 constexpr tPciIds kUnknownBridge{0x1B36, 0x000E, 0, 0};

@@ -53,7 +53,7 @@ void MatchFaults::onDescribedBridge(const tBridgeDescription& description, std::
                                     bool) {
     if (bridge == kNoHandle)
         note(fmt::format("a bridge that is counted is missing, at {}",
-                         quoted(description.traversalMap)));
+                         inQuotes(description.traversalMap)));
 }
 
 void MatchFaults::onCandidateCounted(const Handles& matched, std::size_t required) {
@@ -75,7 +75,7 @@ void MatchFaults::onWalk(const tBusAddress& address, const cSlotPath& anchor) {
 void MatchFaults::onReportingBridge(const tBridgeDescription& description, std::uint32_t bridge) {
     if (bridge == kNoHandle)
         note(fmt::format("the bridge that it is to be reported at is missing, at {}",
-                         quoted(description.traversalMap)));
+                         inQuotes(description.traversalMap)));
 }
 
 void MatchFaults::onPortLabels(std::uint32_t linkWidth, std::uint32_t wanted, std::size_t left) {

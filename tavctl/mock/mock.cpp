@@ -43,7 +43,7 @@ std::size_t anchorOf(const PlannedBox& plan, const Catalog& catalog) {
         if (named == sections.end())
             refuse(plan.anchor.place,
                    fmt::format("{} is no anchor of this model; there {} {}",
-                               quoted(plan.anchor.text), sections.size() == 1 ? "is" : "are",
+                               inQuotes(plan.anchor.text), sections.size() == 1 ? "is" : "are",
                                enumerated(sections)));
         return static_cast<std::size_t>(named - sections.begin());
     }

@@ -65,7 +65,7 @@ private:
             std::string name(line.name.substr(prefix.size()));
             if (name.empty() || !names_.insert(name).second)
                 refuse(place, name.empty() ? "the section has no name of its own"
-                                           : fmt::format("{} was begun before", quoted(name)));
+                                           : fmt::format("{} was begun before", inQuotes(name)));
             return Said{std::move(name), place};
         };
         if (line.name.starts_with(kBox)) {
@@ -81,7 +81,7 @@ private:
         } else {
             refuse(place, fmt::format("{} is no section of a plan; there are [Box NAME], "
                                       "[Endpoint NAME] and [Step NUMBER NAME]",
-                                      quoted(line.name)));
+                                      inQuotes(line.name)));
         }
     }
 
@@ -103,7 +103,7 @@ private:
             changed_.clear();
         }
         if (!changed_.insert(name).second)
-            refuse(place, fmt::format("this step was said of {} before", quoted(name)));
+            refuse(place, fmt::format("this step was said of {} before", inQuotes(name)));
         for (PlannedBox& box : plans_.back().boxes) {
             if (box.name.text == name)
                 box_ = &box;
@@ -113,7 +113,7 @@ private:
                 endpoint_ = &endpoint;
         }
         if (box_ == nullptr && endpoint_ == nullptr)
-            refuse(place, fmt::format("no box and no endpoint is called {}", quoted(name)));
+            refuse(place, fmt::format("no box and no endpoint is called {}", inQuotes(name)));
     }
 
     void take(const PositionedLine& line) {
@@ -122,11 +122,11 @@ private:
         if (box_ == nullptr && endpoint_ == nullptr)
             refuse(place, "the key stands before the first section");
         if (!keys_.insert(key).second)
-            refuse(place, fmt::format("{} was given before", quoted(key)));
+            refuse(place, fmt::format("{} was given before", inQuotes(key)));
         const Said value{std::string(line.value),
                          line.value.empty() ? place : placeOf(line, line.value)};
         if (value.text.empty())
-            refuse(place, fmt::format("{} has no value", quoted(key)));
+            refuse(place, fmt::format("{} has no value", inQuotes(key)));
         if (box_ != nullptr)
             takeOfBox(key, place, value);
         else
@@ -196,9 +196,9 @@ private:
     [[noreturn]] static void refuseKey(const std::string& key, const std::string& place,
                                        const std::vector<std::string>& keys) {
         const std::string near = nearestName(key, keys);
-        refuse(place, fmt::format("{} is no key of this section; {}", quoted(key),
+        refuse(place, fmt::format("{} is no key of this section; {}", inQuotes(key),
                                   near.empty() ? fmt::format("there are {}", enumerated(keys))
-                                               : fmt::format("did you mean {}?", quoted(near))));
+                                               : fmt::format("did you mean {}?", inQuotes(near))));
     }
 
     // What every section must have.
@@ -229,13 +229,11 @@ std::vector<Plan> readPlan(std::string text, const std::string& name) {
 std::vector<Plan> readPlanFile(const std::string& file) {
     const platform::Stream stream = platform::openStream(file.c_str(), "rb");
     if (!stream)
-        throw FailureException(
-            {"read the plan", file, platform::systemMessage(platform::lastSystemCode()), {}, {}});
+        failBySystem("read the plan", file, platform::lastSystemCode());
     std::string text(kLargestPlan + 1, '\0');
     text.resize(platform::readStream(stream.get(), text.data(), text.size()));
     if (std::ferror(stream.get()) != 0)
-        throw FailureException(
-            {"read the plan", file, platform::systemMessage(platform::lastSystemCode()), {}, {}});
+        failBySystem("read the plan", file, platform::lastSystemCode());
     if (text.size() > kLargestPlan)
         throw FailureException({"read the plan", file, "it has more than a megabyte", {}, {}},
                                ExitStatus::problemFound);

@@ -33,7 +33,7 @@ std::optional<unsigned> number(std::string_view text, int base, unsigned most) {
 unsigned required(const Said& said, int base, unsigned least, unsigned most, const char* expected) {
     const auto value = number(said.text, base, most);
     if (!value || *value < least)
-        refuse(said.place, fmt::format("{} is not {}", quoted(said.text), expected));
+        refuse(said.place, fmt::format("{} is not {}", inQuotes(said.text), expected));
     return *value;
 }
 
@@ -123,7 +123,7 @@ LinkWish readLink(const Said& said) {
     if (!readWhole(words, wish))
         refuse(said.place, fmt::format("{} is no link; one is written as x4, x1 of x4, 8 GT/s or "
                                        "x4 2.5 of 8 GT/s",
-                                       quoted(said.text)));
+                                       inQuotes(said.text)));
     return wish;
 }
 

@@ -19,7 +19,7 @@ namespace {
 using nZoTavManagerPciPlugin_15_0::tPciIds;
 
 // What a device of QEMU's is told beside its place.
-enum class Kind {
+enum class Wiring {
     endpoint,
     pcieSlot,     // a chassis and a slot
     widePort,     // the same, and a link
@@ -30,23 +30,23 @@ enum class Kind {
 struct QemuDevice {
     std::string_view name;
     tPciIds ids;
-    Kind kind;
+    Wiring wiring;
 };
 
 constexpr QemuDevice kDevices[] = {
-    {"ioh3420", {0x8086, 0x3420, 0x8086, 0x0000}, Kind::pcieSlot},
-    {"pcie-root-port", {0x1B36, 0x000C, 0x1B36, 0x0000}, Kind::widePort},
-    {"x3130-upstream", {0x104C, 0x8232, 0, 0}, Kind::upstreamPort},
-    {"xio3130-downstream", {0x104C, 0x8233, 0, 0}, Kind::pcieSlot},
-    {"pcie-pci-bridge", {0x1B36, 0x000E, 0, 0}, Kind::upstreamPort},
-    {"pci-bridge", {0x1B36, 0x0001, 0, 0}, Kind::conventional},
-    {"i82801b11-bridge", {0x8086, 0x244E, 0, 0}, Kind::upstreamPort},
-    {"e1000e,romfile=", {0x8086, 0x10D3, 0x8086, 0x0000}, Kind::endpoint},
-    {"e1000,romfile=", {0x8086, 0x100E, 0x1AF4, 0x1100}, Kind::endpoint},
-    {"rtl8139,romfile=", {0x10EC, 0x8139, 0x1AF4, 0x1100}, Kind::endpoint},
-    {"pci-serial", {0x1B36, 0x0002, 0x1AF4, 0x1100}, Kind::endpoint},
-    {"pci-testdev", {0x1B36, 0x0005, 0x1AF4, 0x1100}, Kind::endpoint},
-    {"virtio-rng-pci", {0x1AF4, 0x1005, 0x1AF4, 0x0004}, Kind::endpoint},
+    {"ioh3420", {0x8086, 0x3420, 0x8086, 0x0000}, Wiring::pcieSlot},
+    {"pcie-root-port", {0x1B36, 0x000C, 0x1B36, 0x0000}, Wiring::widePort},
+    {"x3130-upstream", {0x104C, 0x8232, 0, 0}, Wiring::upstreamPort},
+    {"xio3130-downstream", {0x104C, 0x8233, 0, 0}, Wiring::pcieSlot},
+    {"pcie-pci-bridge", {0x1B36, 0x000E, 0, 0}, Wiring::upstreamPort},
+    {"pci-bridge", {0x1B36, 0x0001, 0, 0}, Wiring::conventional},
+    {"i82801b11-bridge", {0x8086, 0x244E, 0, 0}, Wiring::upstreamPort},
+    {"e1000e,romfile=", {0x8086, 0x10D3, 0x8086, 0x0000}, Wiring::endpoint},
+    {"e1000,romfile=", {0x8086, 0x100E, 0x1AF4, 0x1100}, Wiring::endpoint},
+    {"rtl8139,romfile=", {0x10EC, 0x8139, 0x1AF4, 0x1100}, Wiring::endpoint},
+    {"pci-serial", {0x1B36, 0x0002, 0x1AF4, 0x1100}, Wiring::endpoint},
+    {"pci-testdev", {0x1B36, 0x0005, 0x1AF4, 0x1100}, Wiring::endpoint},
+    {"virtio-rng-pci", {0x1AF4, 0x1005, 0x1AF4, 0x0004}, Wiring::endpoint},
 };
 
 constexpr const char* kMainBus = "pcie.0";
@@ -120,7 +120,7 @@ private:
     void writeFunction(const Function& function, std::uint8_t hop, const std::string& bus,
                        bool isMultiFunction) {
         const QemuDevice* const device = deviceFor(function.ids);
-        const bool isBridge = device != nullptr && device->kind != Kind::endpoint;
+        const bool isBridge = device != nullptr && device->wiring != Wiring::endpoint;
         if (device == nullptr || isBridge != function.isBridge()) {
             unknown_.insert(idsOf(function.ids));
             writeBus(function.below, bus); // for what is unknown there too
@@ -133,11 +133,11 @@ private:
                              pcibus::deviceOfHop(hop), pcibus::functionOfHop(hop));
         if (isMultiFunction)
             text_ += ",multifunction=on";
-        if (device->kind == Kind::pcieSlot || device->kind == Kind::widePort)
+        if (device->wiring == Wiring::pcieSlot || device->wiring == Wiring::widePort)
             text_ += fmt::format(",chassis={},slot={}", number_ % 256U, number_);
-        if (device->kind == Kind::conventional)
+        if (device->wiring == Wiring::conventional)
             text_ += fmt::format(",chassis_nr={}", number_ % 256U);
-        if (device->kind == Kind::widePort) {
+        if (device->wiring == Wiring::widePort) {
             text_ += fmt::format(",x-width={},x-speed={}", function.link.maximumWidth,
                                  speedValue(function.link.maximumSpeed));
             if (function.reserve != 0)
@@ -146,7 +146,7 @@ private:
             refuse("--qemu", fmt::format("QEMU's {} keeps no bus numbers free", device->name));
         }
         text_ += '\n';
-        if (device->kind != Kind::widePort && function.isCounted)
+        if (device->wiring != Wiring::widePort && function.isCounted)
             refuse("--qemu",
                    fmt::format("the link of QEMU's {} has the width that it has", device->name));
         writeBus(function.below, id);

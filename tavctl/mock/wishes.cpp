@@ -68,7 +68,7 @@ private:
         std::vector<std::string> names;
         for (const DescribedBridge& bridge : described_)
             names.push_back(bridge.section);
-        refuse(place, fmt::format("{} is no label and no bridge of this model; {}", quoted(name),
+        refuse(place, fmt::format("{} is no label and no bridge of this model; {}", inQuotes(name),
                                   names.empty() ? std::string("it has none")
                                                 : "there are " + enumerated(names)));
     }

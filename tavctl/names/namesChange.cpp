@@ -66,9 +66,10 @@ public:
         for (const NameEntry& entry : file_.entries())
             names.push_back(entry.terminalName);
         const std::string near = nearestName(name, names);
-        refuse(name, "no slot has this name" +
-                         (near.empty() ? std::string()
-                                       : fmt::format("; did you mean {}?", tavctl::quoted(near))));
+        refuse(name,
+               "no slot has this name" +
+                   (near.empty() ? std::string()
+                                 : fmt::format("; did you mean {}?", tavctl::inQuotes(near))));
     }
 
     void rename(const NameEntry& entry, const std::string& newName) {
@@ -97,7 +98,7 @@ void requireMadeOfSameBase(const ChangedNames& names, const std::string& from,
     if (!isMadeName(to) || withoutDigits(to) != base)
         names.refuse(from, fmt::format("{} is not its base {} and a number from 1 upwards, by "
                                        "which a host would know it again",
-                                       tavctl::quoted(to), tavctl::quoted(base)));
+                                       tavctl::inQuotes(to), tavctl::inQuotes(base)));
     if (to.size() > kLongestName)
         names.refuse(from, fmt::format("the new name has more than {} bytes", kLongestName));
 }

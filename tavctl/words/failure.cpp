@@ -64,6 +64,10 @@ std::string Failure::sentenceAndHint() const {
     return hint.empty() ? sentence() : fmt::format("{}; see: {}", sentence(), hint);
 }
 
+void failBySystem(const char* operation, const std::string& object, platform::SystemCode code) {
+    throw FailureException({operation, object, platform::systemMessage(code), {}, {}});
+}
+
 std::string failureText(const Failure& failure, FailureForm form) {
     return form.json ? jsonText(failure) : plainText(failure, form.debug);
 }

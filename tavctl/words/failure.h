@@ -1,6 +1,7 @@
 // What tavctl tells a person, or a script, when something failed.
 #pragma once
 
+#include "platform/systemCode.h"
 #include "tavctl/words/exitStatus.h"
 
 #include <cstdint>
@@ -41,6 +42,10 @@ private:
     std::string text_;
     ExitStatus exitStatus_;
 };
+
+// Raises a failure with the system's reason.
+[[noreturn]] void failBySystem(const char* operation, const std::string& object,
+                               platform::SystemCode code);
 
 struct FailureForm {
     bool json = false;  // one JSON object in one line, with the error record

@@ -36,7 +36,7 @@ void wrapLine(std::string& out, std::string_view line, std::size_t indent, std::
 
 } // namespace
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     constexpr std::size_t kLongest = 50;
     const std::string shown = printable(text);
     if (characterCount(shown) <= kLongest)

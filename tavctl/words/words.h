@@ -9,7 +9,7 @@
 namespace tavctl {
 
 // "text", with the quotes; of a long text its beginning and "...".
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 // "1 label", "3 labels".
 std::string counted(std::size_t number, std::string_view noun);

@@ -26,12 +26,12 @@ TEST(Words, NumbersHaveTheirNounAndTheirDigits) {
 
 // What looks like a format is text like any other.
 TEST(Words, QuotedTextIsCutByCharactersAndNeverAFormat) {
-    EXPECT_EQ(tavctl::quoted("{} %s"), "\"{} %s\"");
+    EXPECT_EQ(tavctl::inQuotes("{} %s"), "\"{} %s\"");
     std::string fifty;
     for (int i = 0; i < 50; ++i)
         fifty += "\xC3\x84";
-    EXPECT_EQ(tavctl::quoted(fifty), "\"" + fifty + "\"");
-    EXPECT_EQ(tavctl::quoted(fifty + "x"), "\"" + fifty + "...\"");
+    EXPECT_EQ(tavctl::inQuotes(fifty), "\"" + fifty + "\"");
+    EXPECT_EQ(tavctl::inQuotes(fifty + "x"), "\"" + fifty + "...\"");
 }
 
 } // namespace
