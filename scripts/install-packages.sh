@@ -14,7 +14,7 @@ declare -A packages=(
     [fuzz]="clang libclang-rt-14-dev"
     [bench]="libbenchmark-dev libinih-dev libsimpleini-dev libglib2.0-dev pkg-config pciutils"
     [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix clang lld llvm googletest wine wine64 libz-mingw-w64 python3 zip unzip wixl msitools"
-    [package]="debhelper dpkg-dev"
+    [package]="debhelper dpkg-dev dh-python pybuild-plugin-pyproject python3 python3-setuptools python3-wheel"
     [clean]="mmdebstrap apt-utils e2fsprogs lintian qemu-system-x86 linux-image-cloud-amd64"
     [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils python3"
 )

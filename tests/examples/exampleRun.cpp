@@ -74,7 +74,7 @@ bool matchesLines(const std::vector<std::string>& lines, const std::vector<std::
 
 ExampleRun::ExampleRun() : home_(folder_.path() / "home") {
     fs::create_directories(home_ / "names");
-    for (const char* folder : {"samples", "descriptions", "examples", "include"})
+    for (const char* folder : {"samples", "descriptions", "examples", "include", "python"})
         fs::create_directory_symlink(fs::path(TAV_SOURCE_DIR) / folder, home_ / folder);
     fs::create_directory(home_ / "build");
     fs::create_directory_symlink(TAV_BINARY_DIR, home_ / "build" / "release");
@@ -99,6 +99,9 @@ ExampleRun::ExampleRun() : home_(folder_.path() / "home") {
            "        set -- \"$@\" --state names\n"
            "    fi\n"
            "    command tavctl \"$@\"\n"
+           "}\n"
+           "python3() {\n" // that of the packages which the tests take
+           "    /usr/bin/python3 \"$@\"\n"
            "}\n";
     runCommands({{"tavctl list", {}, 0}});
 }
@@ -114,7 +117,8 @@ std::vector<std::string> ExampleRun::runCommands(const std::vector<Command>& com
     const std::string environment =
         "PATH=" + fs::path(TAVCTL_FILE).parent_path().string() +
         ":$PATH LC_ALL=C.UTF-8 TAV_MANAGER_CONF=" + (folder_.path() / "tav-manager.conf").string() +
-        " TAV_PCI_DUMP=samples/switchboxes.dump BASH_ENV=" +
+        " TAV_PCI_DUMP=samples/switchboxes.dump PYTHONDONTWRITEBYTECODE=1"
+        " PYTEST_ADDOPTS='-p no:cacheprovider' BASH_ENV=" +
         (folder_.path() / "functions").string() + " ";
     std::string rest = testsupport::runCommand("cd " + home_.string() + " && " + environment +
                                                "bash " + script + " </dev/null 2>&1")

@@ -29,7 +29,7 @@ repository() {
 mkdir "$work/now" "$work/next"
 cp "$packages"/*.deb "$work/now"
 rm -f "$work"/now/*-dbgsym_*
-[ "$(find "$work/now" -name '*.deb' | wc -l)" -eq 4 ] || fail "there are not four packages"
+[ "$(find "$work/now" -name '*.deb' | wc -l)" -eq 5 ] || fail "there are not five packages"
 repository "$work/now"
 
 # The next version: the same files but for a description, and other numbers.

@@ -57,16 +57,16 @@ expect() {
 }
 
 # --- installed and purged again, the system is what it was ---
-apt install adduser mount # whose own files stay; the booted machine mounts
+apt install adduser mount python3 # whose own files stay; the booted machine mounts
 standing >"$work/before"
 cp "$root/etc/group" "$work/group"
 use now
-apt install tavctl libzotavpci-dev zotavpci-doc
+apt install tavctl libzotavpci-dev python3-tav zotavpci-doc
 expect "$(inside stat -c '%U:%G %a' $state)" "root:tav 2775" "the folder of the names"
 expect "$(as nobody tavctl --version)" "tavctl $version" "the tool's version"
 inside dpkg --audit | diff - /dev/null || fail "packages are half installed"
 touch "$root$state/zotavpci.ini" "$root$state/zotavpci.loc" "$root$state/zotavpci.ini.before"
-apt purge tavctl libzotavpci-dev zotavpci-doc zotavpci
+apt purge tavctl libzotavpci-dev python3-tav zotavpci-doc zotavpci
 apt autoremove --purge
 standing | diff -u "$work/before" - || fail "purging leaves something, or takes too much"
 diff -u "$work/group" "$root/etc/group" || fail "the group is left"
@@ -138,6 +138,22 @@ for host in by-cmake/host_c by-cmake/host_cpp by-pkg-config; do
 done
 echo "hosts are built with CMake and pkg-config"
 
+# --- from nothing to a test of a host that passes, without hardware ---
+apt purge tavctl libzotavpci-dev zotavpci
+apt autoremove --purge
+rm -rf "${root:?}$state"
+begin=$SECONDS
+apt install tavctl libzotavpci-dev python3-tav python3-pytest
+installed=$((SECONDS - begin))
+as carol sh -c 'cd && cp /usr/share/doc/libzotavpci-dev/examples/python/* .
+    python3 -m pytest -q -p no:cacheprovider test_report.py' >"$work/tested" 2>&1 ||
+    { cat "$work/tested" >&2; fail "the test of a host in Python fails"; }
+grep -q '^1 passed' "$work/tested" || { cat "$work/tested" >&2; fail "no test was run"; }
+echo "figure: from nothing to a test of a host that passes: $((SECONDS - begin)) s," \
+    "$installed of them for apt"
+as alice "${list[@]}" >/dev/null
+as bob tavctl names rename TAV3 TAV7 --dump "$sample" --state "$state" >/dev/null
+
 # --- upgraded: names and configuration stay ---
 echo "; an administrator's" >>"$root/etc/tav-manager.conf"
 echo "; an engineer's" >>"$root$descriptions/tav-b3-switch-box.ini"
@@ -151,7 +167,7 @@ sha256sum "$root$state/zotavpci.ini" "$root$state/notes.txt" "$root/etc/tav-mana
 use next
 apt upgrade
 expect "$(as alice tavctl --version)" "tavctl $version" "the upgraded tool's version"
-for package in tavctl zotavpci libzotavpci-dev; do
+for package in tavctl zotavpci libzotavpci-dev python3-tav; do
     expect "$(inside dpkg-query -W -f '${Version}' "$package")" "$version+next" "$package"
 done
 sha256sum --quiet -c "$work/kept" || fail "the upgrade has changed what is not its own"
@@ -161,7 +177,7 @@ expect "$(inside stat -c '%U:%G %a' $state)" "root:tav 2750" "what an administra
 echo "names and configuration outlive an upgrade"
 
 # --- removed and purged: what is somebody's own stays ---
-apt remove tavctl libzotavpci-dev zotavpci
+apt remove tavctl libzotavpci-dev python3-tav zotavpci
 sha256sum --quiet -c "$work/kept" || fail "removing has changed what is not its own"
 [ ! -e "$root/usr/bin/tavctl" ] || fail "the tool is still there"
 apt install tavctl
