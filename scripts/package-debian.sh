@@ -36,10 +36,11 @@ maintainer=$(sed -n 's/^Maintainer: //p' debian/control)
 scripts/debian-changelog.py CHANGELOG.md "$maintainer" "$version" "${PACKAGE_SUFFIX:-}" \
     >"$source/debian/changelog"
 
-# Neither what git names this machine nor its own settings go into a package.
+# Neither what git names this machine nor its own settings go into a package, nor do programs that a
+# user has put before the system's, such as another Python.
 log=$work/build.log
 if ! (cd "$source" && umask 022 && env -u CFLAGS -u CXXFLAGS -u LDFLAGS LC_ALL=C.UTF-8 TZ=UTC \
-    dpkg-buildpackage -us -uc "-j$jobs" >"$log" 2>&1); then
+    PATH=/usr/sbin:/usr/bin:/sbin:/bin dpkg-buildpackage -us -uc "-j$jobs" >"$log" 2>&1); then
     cat "$log" >&2
     echo "$0: dpkg-buildpackage failed" >&2
     exit 1
