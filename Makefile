@@ -157,9 +157,9 @@ clang: ## build everything with Clang's warnings as errors and what it can check
 	@cmake --build --preset checked -j $(JOBS)
 
 tidy: ## run clang-tidy over the product's sources, and ask whether they need GNU's compiler
-	@scripts/install-packages.sh build test lint fuzz windows
-	@cmake --preset checked -DZOTAVPCI_TESTS=ON >/dev/null
-	@scripts/tidy.sh build/checked $(JOBS)
+	@scripts/install-packages.sh build lint windows
+	@cmake --preset tidy >/dev/null
+	@scripts/tidy.sh build/tidy $(JOBS)
 	@cmake --preset windows-x64 >/dev/null
 	@scripts/check-portable.py . build/windows-x64/headers
 

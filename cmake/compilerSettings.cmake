@@ -4,7 +4,6 @@ target_compile_features(zotavpci_settings INTERFACE cxx_std_20 c_std_11)
 target_include_directories(zotavpci_settings INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(zotavpci_settings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-    $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>
     # One section a function, so that each shared library keeps only what its exports reach.
     -ffunction-sections -fdata-sections)
 
