@@ -45,4 +45,17 @@ public:
     EarlyEndHeldBack& operator=(const EarlyEndHeldBack&) = delete;
 };
 
+// While it exists a request to end (Ctrl-C, one of the system's, a terminal that closes) is left to
+// the program, which is to end soon of its own accord: see DeviceEvents::wait() in
+// platform/deviceEvents.h. Whoever asks a second time is not made to wait. One at a time.
+class StopRequest {
+public:
+    StopRequest() noexcept;
+    ~StopRequest();
+    StopRequest(const StopRequest&) = delete;
+    StopRequest& operator=(const StopRequest&) = delete;
+
+    [[nodiscard]] bool isMade() const noexcept;
+};
+
 } // namespace platform

@@ -12,7 +12,7 @@ import re
 import sys
 
 COMMANDS = [f"tavctl/{name}" for name in ("list", "where", "tree", "draw", "names", "record", "lint",
-                                          "explain", "describe", "mock", "completion")]
+                                          "explain", "describe", "mock", "monitor", "completion")]
 
 # From the bottom up. Rooms of one layer do not include each other.
 LAYERS = [

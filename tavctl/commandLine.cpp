@@ -8,6 +8,7 @@
 #include "tavctl/lint/lintCommand.h"
 #include "tavctl/list/listCommand.h"
 #include "tavctl/mock/mockCommand.h"
+#include "tavctl/monitor/monitorCommand.h"
 #include "tavctl/names/namesCommand.h"
 #include "tavctl/options/command.h"
 #include "tavctl/options/misuse.h"
@@ -47,6 +48,7 @@ constexpr KnownCommand kCommands[] = {
     {"record", addRecordCommand},
     {"mock", addMockCommand},
     {"names", addNamesCommand},
+    {"monitor", addMonitorCommand},
     {"completion",
      [](OptionParser& parser) { return addCompletionCommand(parser, commandLineWords); }},
 };

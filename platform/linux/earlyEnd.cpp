@@ -3,9 +3,11 @@
 #include "platform/earlyEnd.h"
 
 #include "platform/linux/earlyEndChild.h"
+#include "platform/linux/stopDescriptor.h"
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/eventfd.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -14,6 +16,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 
 namespace platform {
@@ -37,6 +40,9 @@ std::atomic<pid_t> firstThread = 0;
 std::atomic<pid_t> child = 0;
 std::atomic<int> holders = 0;
 std::atomic<int> waitingSignal = 0;
+std::atomic<bool> isStopAwaited = false;
+std::atomic<bool> isStopMade = false;
+std::atomic<int> stopEvent = -1; // readable from the request on
 static_assert(std::atomic<pid_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 // All of these call only what a signal handler may.
@@ -100,10 +106,22 @@ bool asksTwice(int signal) noexcept {
     return signal != SIGHUP && signal != SIGPIPE;
 }
 
+bool isRequest(int signal) noexcept {
+    return signal == SIGINT || signal == SIGTERM || signal == SIGHUP;
+}
+
+void noteStop() noexcept {
+    isStopMade = true;
+    const std::uint64_t one = 1;
+    static_cast<void>(write(stopEvent, &one, sizeof one) == sizeof one);
+}
+
 void meet(int signal) noexcept {
     const int error = errno;
     if (gettid() != firstThread) {
         syscall(SYS_tgkill, getpid(), firstThread.load(), signal);
+    } else if (isStopAwaited && isRequest(signal) && !(isStopMade && asksTwice(signal))) {
+        noteStop();
     } else if (holders == 0 || (waitingSignal != 0 && asksTwice(signal))) {
         end(signal);
     } else if (waitingSignal == 0) {
@@ -157,6 +175,25 @@ EarlyEndHeldBack::EarlyEndHeldBack() noexcept {
 EarlyEndHeldBack::~EarlyEndHeldBack() {
     if (--holders == 0 && waitingSignal != 0)
         end(waitingSignal);
+}
+
+StopRequest::StopRequest() noexcept {
+    stopEvent = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    isStopMade = false;
+    isStopAwaited = true;
+}
+
+StopRequest::~StopRequest() {
+    isStopAwaited = false;
+    close(stopEvent.exchange(-1));
+}
+
+bool StopRequest::isMade() const noexcept {
+    return isStopMade;
+}
+
+int stopDescriptor() noexcept {
+    return stopEvent;
 }
 
 } // namespace platform

@@ -4,6 +4,7 @@
 #include "platform/earlyEnd.h"
 
 #include "platform/windows/console.h"
+#include "platform/windows/stopEvent.h"
 
 #include <array>
 #include <mutex>
@@ -30,6 +31,10 @@ struct State {
     std::array<Slot, RemovedAtEarlyEnd::kMost> slots;
     int holders = 0;
     bool isWaiting = false; // an end, for the holders
+    // Made once, and set from a request on.
+    HANDLE stopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    bool isStopAwaited = false;
+    bool isStopMade = false;
 };
 
 // Never taken down: the system's thread may come at any time.
@@ -67,15 +72,19 @@ void removeAll(const State& all) {
 BOOL WINAPI meet(DWORD event) {
     State& all = state();
     all.gate.lock();
-    if (all.holders == 0 || all.isWaiting) {
+    if (all.isStopAwaited && !all.isStopMade) {
+        all.isStopMade = true;
+        SetEvent(all.stopEvent);
+    } else if (all.holders == 0 || all.isWaiting) {
         removeAll(all);
         restoreConsole();
         return FALSE; // with the gate shut
+    } else {
+        all.isWaiting = true;
     }
-    all.isWaiting = true;
     all.gate.unlock();
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
-        Sleep(INFINITE); // the last holder ends the process meanwhile
+        Sleep(INFINITE); // the last holder, or whoever was asked, ends the process meanwhile
     return TRUE;
 }
 
@@ -119,6 +128,30 @@ EarlyEndHeldBack::~EarlyEndHeldBack() {
         ExitProcess(kEndStatus);
     }
     all.gate.unlock();
+}
+
+StopRequest::StopRequest() noexcept {
+    State& all = state();
+    const std::lock_guard lock(all.gate);
+    ResetEvent(all.stopEvent);
+    all.isStopMade = false;
+    all.isStopAwaited = true;
+}
+
+StopRequest::~StopRequest() {
+    State& all = state();
+    const std::lock_guard lock(all.gate);
+    all.isStopAwaited = false;
+}
+
+bool StopRequest::isMade() const noexcept {
+    State& all = state();
+    const std::lock_guard lock(all.gate);
+    return all.isStopMade;
+}
+
+HANDLE stopEvent() noexcept {
+    return state().stopEvent;
 }
 
 } // namespace platform

@@ -54,8 +54,8 @@ Survey build(SurveyFilesystem& filesystem) {
 Survey surveyDevices(const HostSetup& setup) {
     const Progress progress("looking for devices");
     const ScratchFolder folder;
-    if (!setup.nameFile().empty())
-        copyNames(setup.nameFile(), folder.path() / kNameFile);
+    if (!setup.nameFileInForce().empty())
+        copyNames(setup.nameFileInForce(), folder.path() / kNameFile);
 
     SurveyFilesystem filesystem(folder.path());
     try {

@@ -13,8 +13,9 @@ namespace tavctl {
 // The devices as the plug-in lists them.
 using Survey = std::vector<MatchedDevice>;
 
-// Surveys the bus and the descriptions in force, with the configured names as far as this user may
-// read them. A failure is told as the plug-in's own would be. Raises FailureException.
+// Surveys the bus and the descriptions in force, with the names in force as far as this user may
+// read them: after a look of the plug-in's with the same setup, with the names that it gave. A
+// failure is told as the plug-in's own would be. Raises FailureException.
 Survey surveyDevices(const HostSetup& setup);
 
 } // namespace tavctl

@@ -12,6 +12,12 @@
 
 namespace tavctl {
 
+namespace {
+
+HeldComplaints* holder = nullptr;
+
+} // namespace
+
 void print(const std::string& text, Dress dress) {
     const std::string safe = printableLines(withShownNames(text), dress == Dress::coloured);
     if (platform::writeStream(stdout, safe.data(), safe.size()) == safe.size() &&
@@ -27,9 +33,21 @@ void complain(std::string_view sentence) {
 }
 
 void complainInLines(std::string_view lines) {
+    if (holder != nullptr) {
+        holder->pieces_.emplace_back(lines);
+        return;
+    }
     // In one piece: lines of other programs on the same terminal do not come in between.
     const std::string safe = printableLines(withShownNames(std::string(lines)));
     platform::writeStream(stderr, safe.data(), safe.size());
+}
+
+HeldComplaints::HeldComplaints() {
+    holder = this;
+}
+
+HeldComplaints::~HeldComplaints() {
+    holder = nullptr;
 }
 
 } // namespace tavctl

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tavctl {
 
@@ -19,5 +20,22 @@ void complain(std::string_view sentence);
 
 // The same for lines that are made already.
 void complainInLines(std::string_view lines);
+
+// While it exists nothing is complained, but kept: for work that is done again and again and would
+// say the same each time. One at a time.
+class HeldComplaints {
+public:
+    HeldComplaints();
+    ~HeldComplaints();
+    HeldComplaints(const HeldComplaints&) = delete;
+    HeldComplaints& operator=(const HeldComplaints&) = delete;
+
+    // What complainInLines() was given so far, piece by piece.
+    [[nodiscard]] const std::vector<std::string>& pieces() const { return pieces_; }
+
+private:
+    friend void complainInLines(std::string_view lines);
+    std::vector<std::string> pieces_;
+};
 
 } // namespace tavctl

@@ -1,5 +1,6 @@
 #include "tavctl/words/shownName.h"
 
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -31,7 +32,12 @@ std::string escaped(std::string path) {
 
 } // namespace
 
+// A program that goes on for long makes such files again and again: of the older ones nothing is
+// said any more.
 void showAs(std::string path, std::string name) {
+    constexpr std::size_t kMost = 64;
+    if (shownNames().size() == kMost)
+        shownNames().erase(shownNames().begin());
     shownNames().push_back({std::move(path), std::move(name)});
 }
 

@@ -44,6 +44,8 @@ inline std::vector<std::string> looksAtMachine() {
             "names check --json",
             "names preview",
             "names preview --json",
+            "monitor --for 0",
+            "monitor --for 0 --json",
             "lint",
             "lint --json",
             "lint --against " + kSample};
@@ -74,7 +76,7 @@ inline std::vector<std::string> looksAtNothing() {
         "completion bash", "completion zsh", "completion fish", "completion powershell"};
     for (const char* command :
          {"list", "where", "tree", "draw", "lint", "explain", "describe", "record", "mock", "names",
-          "names rename", "names forget", "names restore", "completion"})
+          "names rename", "names forget", "names restore", "monitor", "completion"})
         forms.push_back(std::string(command) + " --help");
     return forms;
 }

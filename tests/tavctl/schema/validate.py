@@ -108,13 +108,28 @@ class Runs:
         except (ValueError, IndexError):
             self.faults.append(f"{shown}: no JSON document: {text[:200]!r} {ran.stderr[:200]!r}")
             return None
+        self.validate(schema, shown, document)
+        return document
+
+    def validate(self, schema, shown, document):
         self.used.add(schema)
         if next(iter(document)) != "version":
             self.faults.append(f"{shown}: does not begin with its version")
         for error in self.validators[schema + ".schema.json"].iter_errors(document):
             place = "/".join(map(str, error.absolute_path))
             self.faults.append(f"{shown}: {schema}: {place}: {error.message[:300]}")
-        return document
+
+    def run_lines(self, schema, *words):
+        """The documents of a command that prints one in each line."""
+        ran = subprocess.run([self.tavctl, *map(str, words)], capture_output=True, text=True,
+                             encoding="utf-8", check=False)
+        shown = " ".join(map(str, words))
+        if ran.returncode != 0:
+            self.faults.append(f"{shown}: exit status {ran.returncode}: {ran.stderr[:200]!r}")
+        documents = [json.loads(line) for line in ran.stdout.splitlines()]
+        for document in documents:
+            self.validate(schema, shown, document)
+        return documents
 
     def on_bus(self, dump, descriptions, folder):
         bus = ["--json", "--dump", dump, "--descriptions", descriptions]
@@ -128,6 +143,9 @@ class Runs:
         self.run("names-check", "names", "check", *bus, *state)
         self.run("names-preview", "names", "preview", *bus, *state)
         self.run("lint", "lint", "--json", "--descriptions", descriptions, "--against", dump)
+        told = self.run_lines("monitor", "monitor", "--for", "0", *bus, *state)
+        if not told or told[-1]["event"] != "ended":
+            self.faults.append(f"monitor on {dump} does not tell its end")
         for function in functions_in(tree or {"domains": []}):
             self.run("where", "where", function["address"], *bus)
         for device in (listed or {"devices": []})["devices"]:

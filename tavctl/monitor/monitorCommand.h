@@ -1,0 +1,10 @@
+// tavctl monitor: stays, and tells what changes.
+#pragma once
+
+#include "tavctl/options/command.h"
+
+namespace tavctl {
+
+Command addMonitorCommand(OptionParser& parser);
+
+} // namespace tavctl
