@@ -6,6 +6,7 @@ import os
 import shutil
 import subprocess
 import tempfile
+import time
 from pathlib import Path
 
 import busViews
@@ -15,6 +16,8 @@ from machineFolder import STATE, USER
 
 NAME_FILE = f"/{STATE}/zotavpci.ini"
 PLUGIN = "/opt/tav/zotavpci.so"
+MONITOR_OUTPUT = "/tmp/monitor"
+TOLD_SECONDS = 60
 
 
 class Steps:
@@ -28,6 +31,8 @@ class Steps:
         self.state = None  # the archive of the state folder, from boot to boot
         self.last_check = None
         self.resident = False
+        self.monitor_lines = 0  # of the monitor's, that were asked for
+        self.changed = None  # when something was last plugged or pulled
         self.work = tempfile.TemporaryDirectory(prefix="machine-")
 
     def __enter__(self):
@@ -254,12 +259,15 @@ class Steps:
 
     def step_go(self, _):
         self.guest.command("cont")
+        self.changed = time.monotonic()
 
     def step_plug(self, rest):
         self.guest.plug(rest)
+        self.changed = time.monotonic()
 
     def step_pull(self, rest):
         self.guest.pull(rest)
+        self.changed = time.monotonic()
 
     def step_await(self, rest):
         condition, address = rest.split()
@@ -287,6 +295,40 @@ class Steps:
             self._same(self._expected(file), actual, "listing of the resident host")
         else:
             self._same({"initialize": "0", "finalize": "done"}[word], answer, "the resident host")
+
+    # --- a monitor that stays ---
+
+    def step_monitor(self, rest):
+        word, _, text = rest.partition(" ")
+        if word == "start":
+            self.monitor_lines = 0
+            self.changed = None
+            self.guest.output(f"tavctl monitor --pci-ids /dev/null >{MONITOR_OUTPUT} 2>&1 & "
+                              "monitor=$!")
+        elif word == "tells":
+            self._await_told(text)
+        elif word == "stop":
+            self.guest.output("kill $monitor; wait $monitor")
+            self._await_told(text)
+        else:
+            raise GuestError(f"not \"{word}\" but \"start\", \"tells\" or \"stop\"")
+
+    def _await_told(self, text):
+        """The monitor's next line, which must have the text."""
+        end = time.monotonic() + TOLD_SECONDS
+        while True:
+            lines = self.guest.output(f"cat {MONITOR_OUTPUT}").splitlines()[self.monitor_lines:]
+            if lines:
+                break
+            if time.monotonic() > end:
+                raise self.guest.error(f"the monitor never told: {text}")
+            time.sleep(0.02)
+        self.monitor_lines += 1
+        if text not in lines[0]:
+            raise self.guest.error(f"the monitor tells: {lines[0]}")
+        after = "" if self.changed is None else \
+            f", {time.monotonic() - self.changed:.2f} s after the last change"
+        print(f"{self.machine.path.name}: told{after}: {lines[0]}", flush=True)
 
     # --- helpers ---
 

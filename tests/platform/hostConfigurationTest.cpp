@@ -23,7 +23,7 @@ using platform::HostConfiguration;
 using platform::SystemCode;
 using testsupport::EnvironmentValue;
 
-constexpr const char* kFile = "TAV_MANAGER_CONF";
+constexpr const char* kFileVariable = "TAV_MANAGER_CONF";
 
 std::optional<std::string> variable(const char* name) {
     const char* const value = std::getenv(name);
@@ -48,7 +48,7 @@ std::size_t openDescriptors() {
 }
 
 TEST(HostConfiguration, IsTheConfigurationFileWhileItLives) {
-    const EnvironmentValue before(kFile, "/nowhere/at/all");
+    const EnvironmentValue before(kFileVariable, "/nowhere/at/all");
     {
         const HostConfiguration own(kKey, {{"Path", "/opt/a b/"}, {"ConfigPath", ""}});
         ASSERT_EQ(own.code(), 0U);
@@ -57,26 +57,26 @@ TEST(HostConfiguration, IsTheConfigurationFileWhileItLives) {
         EXPECT_EQ(textInForce(), expected);
         EXPECT_EQ(textInForce(), expected) << "a second reader starts at the beginning";
     }
-    EXPECT_EQ(variable(kFile), "/nowhere/at/all");
+    EXPECT_EQ(variable(kFileVariable), "/nowhere/at/all");
 }
 
 TEST(HostConfiguration, LeavesNothingBehind) {
-    EnvironmentValue before(kFile, std::nullopt);
+    EnvironmentValue before(kFileVariable, std::nullopt);
     const std::size_t descriptors = openDescriptors();
     { const HostConfiguration own(kKey, {{"Path", "/opt/"}}); }
-    EXPECT_EQ(variable(kFile), std::nullopt);
+    EXPECT_EQ(variable(kFileVariable), std::nullopt);
     EXPECT_EQ(openDescriptors(), descriptors);
 }
 
 TEST(HostConfiguration, CanBeReplacedByANextOne) {
-    const EnvironmentValue before(kFile, std::nullopt);
+    const EnvironmentValue before(kFileVariable, std::nullopt);
     { const HostConfiguration first(kKey, {{"Path", "1"}}); }
     const HostConfiguration second(kKey, {{"Path", "2"}});
     EXPECT_EQ(textInForce(), "[SOFTWARE\\Maker\\Product]\nPath=\"2\"\n");
 }
 
 TEST(HostConfiguration, LargeValuesArriveWhole) {
-    const EnvironmentValue before(kFile, std::nullopt);
+    const EnvironmentValue before(kFileVariable, std::nullopt);
     const std::string value(3'000'000, 'v');
     const HostConfiguration own(kKey, {{"Path", value}});
     ASSERT_EQ(own.code(), 0U);
@@ -84,10 +84,10 @@ TEST(HostConfiguration, LargeValuesArriveWhole) {
 }
 
 TEST(HostConfiguration, RefusesWhatWouldNotBeReadBack) {
-    const EnvironmentValue before(kFile, "/nowhere/at/all");
+    const EnvironmentValue before(kFileVariable, "/nowhere/at/all");
     const auto codeOf = [](const char* key, const HostConfiguration::Values& values) {
         const HostConfiguration own(key, values);
-        EXPECT_EQ(variable(kFile), "/nowhere/at/all");
+        EXPECT_EQ(variable(kFileVariable), "/nowhere/at/all");
         return own.code();
     };
     constexpr SystemCode kInvalid = EINVAL;
