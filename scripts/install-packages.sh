@@ -7,7 +7,7 @@ set -euo pipefail
 
 declare -A packages=(
     [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev"
-    [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish pkg-config python3 python3-jsonschema mono-mcs mono-runtime python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy flake8"
+    [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish pkg-config python3 python3-jsonschema mono-mcs mono-runtime python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy flake8 systemd"
     [check]="valgrind"
     [coverage]="gcovr python3"
     [lint]="clang clang-format clang-tidy"
@@ -16,7 +16,7 @@ declare -A packages=(
     [windows]="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix clang lld llvm googletest wine wine64 libz-mingw-w64 python3 zip unzip wixl msitools"
     [package]="debhelper dpkg-dev dh-python pybuild-plugin-pyproject python3 python3-setuptools python3-wheel"
     [clean]="mmdebstrap apt-utils e2fsprogs lintian qemu-system-x86 linux-image-cloud-amd64"
-    [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils python3"
+    [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils python3 libudev1"
 )
 
 if [ $# -eq 0 ]; then
