@@ -36,10 +36,11 @@ std::string markOfTree(const fs::path& root, bool isLive) {
     std::sort(names.begin(), names.end());
     std::string text;
     for (const std::string& name : names) {
+        const fs::path function = folder / platform::utf8Path(name);
         text += name + " ";
         if (!isLive) {
-            text += markText(folder / name / "config");
-        } else if (const auto mark = platform::markOfFile(folder / name)) {
+            text += markText(function / "config");
+        } else if (const auto mark = platform::markOfFile(function)) {
             text += fmt::format("{}\n", mark->identity);
         }
     }

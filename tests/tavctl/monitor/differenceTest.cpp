@@ -124,6 +124,19 @@ TEST(MonitorDifference, NewBusNumbersMoveDevicesAndNothingElse) {
         ElementsAre("TAV1 (Box) has moved from 01:00.0 to 11:00.0: bus numbers have changed"));
 }
 
+TEST(MonitorDifference, AConnectorNeedsNoLabelAndAVendorNoNameOfItsDevice) {
+    MachineState before = seenMachine();
+    before.devices[0].connectors[0].labels.clear();
+    before.devices[0].isStored = false;
+    before.devices[0].connectors[0].functions[0].vendorName = "Maker";
+    MachineState now = before;
+    now.devices[0].connectors[0].functions.clear();
+    now.functions.erase(keyOf(before.devices[0].connectors[0].functions[0]));
+    EXPECT_THAT(
+        sentences(differences(before, now)),
+        ElementsAre("pulled out of a port of TAV1* without a label: 03:00.0 Maker 8086:10d3"));
+}
+
 TEST(MonitorDifference, ADeviceInAnotherSlotTakesWhatIsPluggedInAlong) {
     EXPECT_THAT(after([](MachineState& state) {
                     SeenDevice& box = state.devices[0];

@@ -1,6 +1,7 @@
 // Looks again and again in one process, with the plug-in as a host has it.
 #include "tavctl/monitor/looker.h"
 
+#include "tests/support/busBuilder.h"
 #include "tests/support/environmentValue.h"
 #include "tests/support/fileText.h"
 #include "tests/support/temporaryFolder.h"
@@ -10,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <malloc.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -142,6 +144,27 @@ TEST_F(LookerTest, ItsMarkTellsOfTheBusAndOfTheDescriptions) {
     fs::remove(dump_);
     EXPECT_TRUE(isAnother());
     EXPECT_FALSE(isAnother());
+}
+
+TEST_F(LookerTest, ItsMarkTellsOfAFolderThatStandsForTheSystems) {
+    testsupport::BusBuilder machine;
+    const auto root = machine.rootPort(0, 4, 0, {0x8086, 0x3420, 0, 0});
+    machine.endpoint(root, 0, 0, {0x1172, 0xE001, 1, 2});
+    const fs::path tree = folder_.path() / "sys";
+    machine.writeSysfs(tree);
+    options_.dump = tree.string();
+    Looker looker(options_, false, "/dev/null");
+    const std::string before = looker.mark();
+    EXPECT_EQ(looker.mark(), before);
+    const fs::path functions = tree / "bus" / "pci" / "devices";
+    const fs::path config = functions / machine.address(root).insert(0, "0000:") / "config";
+    fs::last_write_time(config, fs::last_write_time(config) + std::chrono::seconds(1));
+    const std::string after = looker.mark();
+    EXPECT_NE(after, before);
+    fs::remove(functions / "0000:01:00.0");
+    EXPECT_NE(looker.mark(), after);
+    fs::remove_all(functions);
+    EXPECT_THAT(looker.mark(), testing::StartsWith("none\n"));
 }
 
 #ifndef TAV_SANITIZED // whose memory is counted elsewhere

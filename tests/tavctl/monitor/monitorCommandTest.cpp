@@ -308,6 +308,14 @@ TEST_F(MonitorWoken, WithoutALibraryItComparesEveryFewSeconds) {
     EXPECT_EQ(looksOf(monitor), 1U);
 }
 
+TEST_F(MonitorWoken, WhereTheLibraryRefusesItComparesToo) {
+    const testplatform::FakeUdevPipe udev;
+    const testsupport::EnvironmentValue none("FAKE_UDEV_PIPE", std::nullopt);
+    EXPECT_TRUE(
+        says(runTavctl("monitor --for 0" + machine()), 0, "watching: a look every 5 seconds"));
+    EXPECT_THAT(udev.log(), EndsWith("given up\n"));
+}
+
 TEST_F(MonitorWoken, NobodyIsListenedToOnARecordedBus) {
     const testplatform::FakeUdevPipe udev;
     RunningMonitor monitor("--json " + options());
