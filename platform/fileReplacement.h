@@ -16,9 +16,10 @@ struct NewFile {
     bool isThere = false; // with a null stream: it was created, but could not be opened
 };
 
-// Who may read and write a new file, as far as the system knows owners: its owner only, or whom the
-// process lets (on Linux its file mode creation mask).
-enum class NewFileAccess { ownerOnly, usual };
+// Who may read and write a new file, as far as the system knows owners: its owner only, whom the
+// process lets (on Linux its file mode creation mask), or its owner with everybody reading it,
+// whatever the process lets.
+enum class NewFileAccess { ownerOnly, usual, everybodyReads };
 
 // Creates an empty file that must not exist yet. On Linux the stream is that of the file that was
 // created, whatever has its name by now; on Windows it is closed and opened again with the mode

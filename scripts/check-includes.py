@@ -12,7 +12,8 @@ import re
 import sys
 
 COMMANDS = [f"tavctl/{name}" for name in ("list", "where", "tree", "draw", "names", "record", "lint",
-                                          "explain", "describe", "mock", "monitor", "completion")]
+                                          "explain", "describe", "mock", "monitor", "metrics",
+                                          "completion")]
 
 # From the bottom up. Rooms of one layer do not include each other.
 LAYERS = [
@@ -37,7 +38,8 @@ LAYERS = [
 ]
 
 # What one room of a layer may include of another all the same.
-BESIDE = {("tavctl/describe", "tavctl/explain"), ("tavctl/mock", "tavctl/lint")}
+BESIDE = {("tavctl/describe", "tavctl/explain"), ("tavctl/mock", "tavctl/lint"),
+          ("tavctl/metrics", "tavctl/list")}
 
 # The reader of buses stands alone but for these.
 PCIBUS_MAY = {"platform/folderReader.h", "platform/inputFile.h", "platform/pciIds.h"}

@@ -7,6 +7,7 @@
 #include "tavctl/explain/explainCommand.h"
 #include "tavctl/lint/lintCommand.h"
 #include "tavctl/list/listCommand.h"
+#include "tavctl/metrics/metricsCommand.h"
 #include "tavctl/mock/mockCommand.h"
 #include "tavctl/monitor/monitorCommand.h"
 #include "tavctl/names/namesCommand.h"
@@ -42,6 +43,7 @@ constexpr KnownCommand kCommands[] = {
     {"where", addWhereCommand},
     {"tree", addTreeCommand},
     {"draw", addDrawCommand},
+    {"metrics", addMetricsCommand},
     {"lint", addLintCommand},
     {"explain", addExplainCommand},
     {"describe", addDescribeCommand},

@@ -63,12 +63,15 @@ int takeOwner(int to, const struct stat& like) noexcept {
 
 NewFile createExclusively(const char* path, NewFileAccess access) noexcept {
     constexpr mode_t kEverybody = 0666;
-    const bool ownerOnly = access == NewFileAccess::ownerOnly;
-    const mode_t permissions = ownerOnly ? ownPermissions(path) : kEverybody;
+    constexpr mode_t kEverybodyReads = 0644;
+    const bool isUsual = access == NewFileAccess::usual;
+    const mode_t permissions = isUsual                                   ? kEverybody
+                               : access == NewFileAccess::everybodyReads ? kEverybodyReads
+                                                                         : ownPermissions(path);
     NewFile file;
     const int descriptor = pastInterruptions(
         [&] { return open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, permissions); });
-    if (descriptor >= 0 && ownerOnly)
+    if (descriptor >= 0 && !isUsual)
         pastInterruptions([&] { return fchmod(descriptor, permissions); });
     file.isThere = descriptor >= 0;
     file.stream = streamOf(descriptor, "wb");

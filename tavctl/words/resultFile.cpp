@@ -50,18 +50,20 @@ SystemCode takeAccess(const std::string& from, std::FILE* to) {
     return old ? platform::takeAccess(old.get(), to) : platform::lastSystemCode();
 }
 
-void writeBeside(std::string target, const std::string& text) {
+void writeBeside(std::string target, const std::string& text, bool isPublic) {
     const std::string named = target;
     if (const SystemCode code = platform::followLinks(target); code != platform::kNoSystemError)
         fail(named, code);
     const bool isNew = platform::typeOfEntry(target) == std::filesystem::file_type::not_found;
     Removal removal;
-    auto [made, temporary] = createBeside(
-        target, isNew ? platform::NewFileAccess::usual : platform::NewFileAccess::ownerOnly,
-        removal);
+    using Access = platform::NewFileAccess;
+    const Access access = isPublic ? Access::everybodyReads
+                          : isNew  ? Access::usual
+                                   : Access::ownerOnly;
+    auto [made, temporary] = createBeside(target, access, removal);
     SystemCode code = made.code;
     if (made.stream) {
-        if (!isNew)
+        if (!isNew && !isPublic)
             code = takeAccess(target, made.stream.get());
         const SystemCode written = writeAndClose(std::move(made.stream), text);
         if (code == platform::kNoSystemError)
@@ -94,7 +96,7 @@ void writeResult(const std::string& text, const ResultTarget& target) {
     switch (platform::typeOfEntry(target.file)) {
     case std::filesystem::file_type::regular:
     case std::filesystem::file_type::not_found:
-        writeBeside(target.file, text);
+        writeBeside(target.file, text, target.isPublic);
         break;
     default:
         writeInto(target.file, text);

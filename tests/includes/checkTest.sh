@@ -25,7 +25,7 @@ expect 1 'platform: no file of this room was found'
 rooms='include platform pcibus machine quil pxidrivertools zopcibrd pciBrdWrapper source
        tavctl/words tavctl/bus tavctl/options tavctl/description tavctl/host tavctl/match tavctl/view
        tavctl/list tavctl/where tavctl/tree tavctl/draw tavctl/names tavctl/record tavctl/lint tavctl/explain
-       tavctl/describe tavctl/mock tavctl/monitor tavctl/completion tavctl'
+       tavctl/describe tavctl/mock tavctl/monitor tavctl/metrics tavctl/completion tavctl'
 for room in $rooms; do
     mkdir -p "$folder/$room"
     : >"$folder/$room/own.h"
@@ -42,9 +42,10 @@ include() {
 
 include tavctl/describe/own.h tavctl/explain/own.h
 include tavctl/mock/own.h tavctl/lint/own.h
+include tavctl/metrics/own.h tavctl/list/own.h
 include platform/linux/side.h platform/own.h
 include pcibus/own.h platform/inputFile.h
-expect 0 '4 includes in 31 files, none of them upward'
+expect 0 '5 includes in 32 files, none of them upward'
 
 refuse() {
     include "$1" "$2"
@@ -55,6 +56,7 @@ refuse platform/own.h pcibus/own.h 'is not below platform'
 refuse tavctl/words/own.h tavctl/own.h 'is not below tavctl/words'
 refuse tavctl/explain/own.h tavctl/describe/own.h 'is not below tavctl/explain'
 refuse tavctl/lint/own.h tavctl/mock/own.h 'is not below tavctl/lint'
+refuse tavctl/list/own.h tavctl/metrics/own.h 'is not below tavctl/list'
 refuse quil/own.h platform/linux/side.h "is platform/linux's own"
 refuse pcibus/own.h platform/own.h 'is more of the system than pcibus may use'
 refuse source/own.h tests/own.h "is no file of the product's"

@@ -36,6 +36,8 @@ inline std::vector<std::string> looksAtMachine() {
             "describe 01:00.0 --json",
             "describe TAV1",
             "completion devices",
+            "metrics",
+            "metrics --openmetrics",
             "record",
             "record --scrub",
             "names",
@@ -74,9 +76,9 @@ inline std::vector<std::string> looksAtNothing() {
     std::vector<std::string> forms{
         "--help",          "--version",      "lint --rules",    "lint --rules --json",
         "completion bash", "completion zsh", "completion fish", "completion powershell"};
-    for (const char* command :
-         {"list", "where", "tree", "draw", "lint", "explain", "describe", "record", "mock", "names",
-          "names rename", "names forget", "names restore", "monitor", "completion"})
+    for (const char* command : {"list", "where", "tree", "draw", "lint", "explain", "describe",
+                                "record", "mock", "monitor", "metrics", "names", "names rename",
+                                "names forget", "names restore", "completion"})
         forms.push_back(std::string(command) + " --help");
     return forms;
 }
