@@ -8,6 +8,7 @@ set -euo pipefail
 declare -A packages=(
     [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev"
     [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish pkg-config python3 python3-jsonschema mono-mcs mono-runtime python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy flake8 systemd"
+    [fleet]="prometheus prometheus-node-exporter python3 python3-prometheus-client systemd"
     [check]="valgrind"
     [coverage]="gcovr python3"
     [lint]="clang clang-format clang-tidy"
@@ -18,6 +19,7 @@ declare -A packages=(
     [clean]="mmdebstrap apt-utils e2fsprogs lintian qemu-system-x86 linux-image-cloud-amd64"
     [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils python3 libudev1"
 )
+packages[test]+=" ${packages[fleet]}"
 
 if [ $# -eq 0 ]; then
     echo "usage: $0 GROUP...   (groups: ${!packages[*]})" >&2
@@ -56,7 +58,18 @@ if [ "$(id -u)" -ne 0 ]; then
     fi
     run=(sudo)
 fi
+# What is installed here is for tests, which start what they need themselves: no package's service
+# starts now, or with the machine.
+policy=/usr/sbin/policy-rc.d
+if [ ! -e "$policy" ]; then
+    printf '#!/bin/sh\nexit 101\n' | "${run[@]}" tee "$policy" >/dev/null
+    trap '"${run[@]}" rm -f "$policy"' EXIT
+    "${run[@]}" chmod 755 "$policy"
+fi
 echo "installing: ${missing[*]}" >&2
 "${run[@]}" apt-get update -qq
 "${run[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
     "${missing[@]}" >/dev/null
+for name in "${missing[@]}"; do
+    case $name in prometheus*) "${run[@]}" update-rc.d "$name" disable ;; esac
+done
