@@ -217,6 +217,7 @@ test-debian: package ## install, use, upgrade and remove the Debian packages in 
 	@scripts/install-packages.sh clean
 	@tests/packages/debian/lintianTest.sh build/packages
 	@tests/packages/debian/cleanSystemTest.sh build/packages .
+	@tests/packages/debian/systemdTest.sh build/packages .
 
 test-packages: ## both: what ships, as it is installed
 	@scripts/install-packages.sh build windows package clean # which only one may do at a time
