@@ -7,9 +7,11 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -217,6 +219,40 @@ TEST(MetricsCommand, WritesAWholeFileThatEverybodyReads) {
     EXPECT_TRUE(says(runTavctl("metrics " + kDump + kDescriptions + "-o " +
                                (folder.path() / "none" / "x").string()),
                      3, "tavctl: write result ("));
+}
+
+TEST(MetricsCommand, LeavesTheFileOfBeforeWhereAnotherFindsNoRoom) {
+    const TemporaryFolder folder;
+    const fs::path file = folder.file("tav.prom", "tav_devices 7\n");
+    const auto result = testsupport::runCommand("ulimit -f 1; " TAVCTL_FILE " metrics " + kDump +
+                                                kDescriptions + "-o " + file.string() + " 2>&1");
+    EXPECT_TRUE(says(result, 3, "write result (" + file.string() + "): File too large"));
+    EXPECT_EQ(testsupport::fileText(file), "tav_devices 7\n");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
+}
+
+// A collector reads whenever it likes.
+TEST(MetricsCommand, NeverShowsAHalfFile) {
+    const TemporaryFolder folder;
+    const std::string file = (folder.path() / "tav.prom").string();
+    const std::string once = TAVCTL_FILE " metrics " + kDump + kDescriptions + "-o " + file;
+    ASSERT_EQ(testsupport::runCommand(once).exitStatus, 0);
+    const auto lines = [&] {
+        const std::string text = testsupport::fileText(file);
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    const auto whole = lines();
+    auto writer = std::async(std::launch::async, [&] {
+        return testsupport::runCommand("for i in 1 2 3 4 5 6 7 8 9 10; do " + once +
+                                       " || exit 1; done");
+    });
+    std::size_t reads = 0;
+    while (writer.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+        EXPECT_EQ(lines(), whole);
+        ++reads;
+    }
+    EXPECT_EQ(writer.get().exitStatus, 0);
+    EXPECT_GT(reads, 10U);
 }
 
 TEST(MetricsCommand, ReadsStandardInput) {
