@@ -4,6 +4,7 @@
 #include "pcibus/bus.h"
 #include "tavctl/host/deviceListing.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 

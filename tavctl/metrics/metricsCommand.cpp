@@ -4,6 +4,7 @@
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/host/nameFile.h"
+#include "tavctl/host/namedDump.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/metrics/deviceMetrics.h"
 #include "tavctl/words/failure.h"
@@ -50,6 +51,7 @@ std::unique_ptr<const HostSetup> setupOf(const MetricsOptions& options) {
 }
 
 void addDevicesOf(const MetricsOptions& options, MetricText& text) {
+    const NamedDump dump(options.common.dump); // standard input is there once only
     const auto setup = setupOf(options);
     const std::vector<ListedDevice> devices = devicesOfPlugin(options.common, *setup);
     std::vector<AbsentDevice> absent = absentDevices(*setup, devices);

@@ -168,12 +168,15 @@ TEST(MetricsCommand, LooksWithoutStoringWhereNothingCanBeStored) {
     fs::permissions(folder.path(), fs::perms(0555));
     const std::string user =
         geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
-    const auto result =
-        testsupport::runCommand(user + TAVCTL_FILE " metrics --store " + kDump + kDescriptions +
-                                "--state " + folder.path().string() + " 2>&1");
-    EXPECT_TRUE(says(result, 0, "tavctl: nothing is stored (" + folder.path().string() + ": "));
-    EXPECT_TRUE(says(result, 0, "\ntav_devices 4\n"));
-    EXPECT_TRUE(says(result, 0, "\ntav_last_look_success 1\n"));
+    const std::string sample = TAV_SOURCE_DIR "/samples/switchboxes.dump";
+    for (const std::string& bus : {kDump, "--dump - <" + sample + " "}) {
+        const auto result =
+            testsupport::runCommand(user + TAVCTL_FILE " metrics --store " + bus + kDescriptions +
+                                    "--state " + folder.path().string() + " 2>&1");
+        EXPECT_TRUE(says(result, 0, "tavctl: nothing is stored (" + folder.path().string() + ": "));
+        EXPECT_TRUE(says(result, 0, "\ntav_devices 4\n"));
+        EXPECT_TRUE(says(result, 0, "\ntav_last_look_success 1\n"));
+    }
     EXPECT_TRUE(fs::is_empty(folder.path()));
     fs::permissions(folder.path(), fs::perms(0755));
 }
