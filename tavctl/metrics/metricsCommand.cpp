@@ -1,9 +1,6 @@
 #include "tavctl/metrics/metricsCommand.h"
 
-#include "platform/utf8Path.h"
-#include "tavctl/host/hostSession.h"
-#include "tavctl/host/hostSetup.h"
-#include "tavctl/host/nameFile.h"
+#include "tavctl/host/deviceLook.h"
 #include "tavctl/host/namedDump.h"
 #include "tavctl/match/visibleBus.h"
 #include "tavctl/metrics/deviceMetrics.h"
@@ -11,14 +8,11 @@
 #include "tavctl/words/print.h"
 #include "tavctl/words/resultFile.h"
 
-#include <fmt/core.h>
-
 #include <chrono>
 #include <cmath>
 #include <exception>
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace tavctl {
 
@@ -36,28 +30,13 @@ MetricText newText(const MetricsOptions& options) {
                                           : MetricText::Form::prometheus);
 }
 
-// Stored as a host does it, or where that cannot be, after a line that says so, as a look that
-// changes nothing.
-std::unique_ptr<const HostSetup> setupOf(const MetricsOptions& options) {
-    if (options.store) {
-        auto setup = std::make_unique<const HostSetup>(options.common);
-        const std::string reason = whyNotStorable(setup->nameFile());
-        if (reason.empty())
-            return setup;
-        complain(fmt::format("nothing is stored ({}: {})",
-                             platform::utf8Text(setup->nameFile().parent_path()), reason));
-    }
-    return std::make_unique<const HostSetup>(options.common, Names::copied);
-}
-
 void addDevicesOf(const MetricsOptions& options, MetricText& text) {
     const NamedDump dump(options.common.dump); // standard input is there once only
-    const auto setup = setupOf(options);
-    const std::vector<ListedDevice> devices = devicesOfPlugin(options.common, *setup);
-    std::vector<AbsentDevice> absent = absentDevices(*setup, devices);
+    HostLook look = lookAsHost(options.common, options.store);
     const auto bus = wholeBusIfReadable();
     const WholeBus* const known = bus ? &*bus : nullptr;
-    addDeviceMetrics(text, makeListing(devices, std::move(absent), known), known);
+    addDeviceMetrics(text, makeListing(look.devices.present, std::move(look.devices.absent), known),
+                     known);
 }
 
 // To the thousandth of a second.
