@@ -10,7 +10,7 @@ SOURCES = $(shell git ls-files '*.cpp' '*.h' '*.c')
 .PHONY: help build demo quick test test-native windows test-windows test-guest test-sanitizers \
         check-valgrind check soak coverage build-bench bench bench-live bench-detail fuzz \
         format check-format tidy clang update-expectations record-sample record-guests \
-        package package-windows package-msi sbom test-debian test-msi test-packages \
+        package package-windows package-msi sbom test-debian test-systemd test-msi test-packages \
         windows-product release check-reproducible install clean
 
 help: ## list these targets
@@ -217,6 +217,9 @@ test-debian: package ## install, use, upgrade and remove the Debian packages in 
 	@scripts/install-packages.sh clean
 	@tests/packages/debian/lintianTest.sh build/packages
 	@tests/packages/debian/cleanSystemTest.sh build/packages .
+
+test-systemd: package ## boot a system with systemd that has the Debian packages, and its timer run: minutes
+	@scripts/install-packages.sh clean
 	@tests/packages/debian/systemdTest.sh build/packages .
 
 test-packages: ## both: what ships, as it is installed
