@@ -209,9 +209,9 @@ TEST(WindowsCommandLine, TheToolWorksOnFilesOutsideTheCodePage) {
              fs::copy_options::recursive);
     const auto quoted = [](const fs::path& path) { return L"\"" + path.wstring() + L"\""; };
     const auto list = [&](const fs::path& dump, const fs::path& descriptions) {
-        return outputOf(inQuotes(fs::path(TAVCTL_FILE)) + L" list --json --dump " + inQuotes(dump) +
-                            L" --descriptions " + inQuotes(descriptions) + L" --state " +
-                            inQuotes(folder.path() / "state"),
+        return outputOf(quoted(fs::path(TAVCTL_FILE)) + L" list --json --dump " + quoted(dump) +
+                            L" --descriptions " + quoted(descriptions) + L" --state " +
+                            quoted(folder.path() / "state"),
                         folder.path() / "output");
     };
     const std::string expected = list(kDump, fs::path(TAV_SOURCE_DIR) / "descriptions");

@@ -28,7 +28,7 @@ cd "${folders[0]}"
         include/{tavHost.h,tavLibrary.h,tavPlugin.h,zopcibrd.h,zotavpci.def} samples/switchboxes.dump \
         "$target"/{THIRD-PARTY.txt,tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
     (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini' &&
-        find docs/schema -name '*.json' && find examples -type f)
+        find docs/schema -name '*.json' && find examples -type f ! -path 'examples/python/*')
 } | LC_ALL=C sort >"$work/expected"
 find . -type f | sed 's|^\./||' | LC_ALL=C sort >"$work/found"
 diff -u "$work/expected" "$work/found" || fail "the archive does not hold what it should"
