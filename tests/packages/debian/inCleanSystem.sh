@@ -145,10 +145,10 @@ rm -rf "${root:?}$state"
 begin=$SECONDS
 apt install tavctl libzotavpci-dev python3-tav python3-pytest
 installed=$((SECONDS - begin))
-as carol sh -c 'cd && cp /usr/share/doc/libzotavpci-dev/examples/python/* .
-    python3 -m pytest -q -p no:cacheprovider test_report.py' >"$work/tested" 2>&1 ||
+# As the guide to hosts says it.
+as carol python3 -m pytest /usr/share/doc/libzotavpci-dev/examples/python >"$work/tested" 2>&1 ||
     { cat "$work/tested" >&2; fail "the test of a host in Python fails"; }
-grep -q '^1 passed' "$work/tested" || { cat "$work/tested" >&2; fail "no test was run"; }
+grep -q ' 1 passed' "$work/tested" || { cat "$work/tested" >&2; fail "no test was run"; }
 echo "figure: from nothing to a test of a host that passes: $((SECONDS - begin)) s," \
     "$installed of them for apt"
 as alice "${list[@]}" >/dev/null
