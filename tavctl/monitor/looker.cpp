@@ -13,6 +13,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <exception>
 #include <filesystem>
 
 namespace tavctl::monitor {
@@ -118,23 +119,34 @@ MachineState Looker::lookAt(const HostSetup& setup, Devices devices) const {
                      std::move(devices.absent), whole, names_);
 }
 
+MachineState Looker::lookOnce() {
+    if (stores_) {
+        HostLook look = lookAsHost(options_, true);
+        return lookAt(*look.setup, std::move(look.devices));
+    }
+    const HostSetup& setup = setupOfCopy();
+    Devices devices = lookForDevices(options_, setup);
+    keepMarks(devices.present);
+    return lookAt(setup, std::move(devices));
+}
+
+// What is said before a look fails may be why it does.
 MachineState Looker::look() {
     MachineState state;
+    std::exception_ptr failure;
     std::vector<std::string> pieces;
     {
         const HeldComplaints held;
-        if (stores_) {
-            HostLook look = lookAsHost(options_, true);
-            state = lookAt(*look.setup, std::move(look.devices));
-        } else {
-            const HostSetup& setup = setupOfCopy();
-            Devices devices = lookForDevices(options_, setup);
-            keepMarks(devices.present);
-            state = lookAt(setup, std::move(devices));
+        try {
+            state = lookOnce();
+        } catch (const FailureException&) {
+            failure = std::current_exception();
         }
         pieces = held.pieces();
     }
     say(pieces);
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
     return state;
 }
 

@@ -32,6 +32,7 @@ public:
     [[nodiscard]] std::string mark() const;
 
 private:
+    MachineState lookOnce();
     MachineState lookAt(const HostSetup& setup, Devices devices) const;
     const HostSetup& setupOfCopy();
     void keepMarks(std::vector<ListedDevice>& devices);

@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -249,6 +250,19 @@ TEST_F(MonitorCommand, AFirstLookThatFailsFailsAsThatOfOtherCommandsDoes) {
     EXPECT_TRUE(says(runTavctl("monitor --json --dump /nonexistent" + machine()), 3,
                      R"("error":{"operation":"open bridge session")"));
     EXPECT_TRUE(says(runTavctl("monitor --every 0"), 2, "--every"));
+}
+
+// Root may write anywhere, and takes the right from himself.
+TEST(MonitorFailure, HidesNothingThatWasSaidBefore) {
+    const testsupport::TemporaryFolder folder;
+    fs::permissions(folder.path(), fs::perms(0555));
+    const std::string user =
+        geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+    const auto result =
+        testsupport::runCommand(user + TAVCTL_FILE " monitor --store --for 0 --dump /nonexistent " +
+                                kDescriptions + "--state " + folder.path().string() + " 2>&1");
+    EXPECT_TRUE(says(result, 3, "tavctl: nothing is stored (" + folder.path().string() + ": "));
+    EXPECT_TRUE(says(result, 3, "tavctl: open bridge session (/nonexistent): "));
 }
 
 // The machine's own bus, with a library in the place of the system's.
