@@ -64,11 +64,18 @@ LinkState linkAbove(const DomainBus& domain, const PciFunction& function) {
     return above == nullptr ? LinkState() : linkBelow(domain, *above);
 }
 
-std::string linkSpeedName(std::int32_t code) {
-    constexpr std::array kSpeeds{"2.5", "5", "8", "16", "32", "64"};
+std::optional<double> linkTransfers(std::int32_t code) {
+    constexpr std::array kSpeeds{2.5e9, 5e9, 8e9, 16e9, 32e9, 64e9};
     if (code < 1 || static_cast<std::size_t>(code) > kSpeeds.size())
-        return fmt::format("speed code {}", code);
-    return fmt::format("{} GT/s", kSpeeds[static_cast<std::size_t>(code) - 1]);
+        return std::nullopt;
+    return kSpeeds[static_cast<std::size_t>(code) - 1];
+}
+
+std::string linkSpeedName(std::int32_t code) {
+    constexpr double kGiga = 1e9;
+    const auto transfers = linkTransfers(code);
+    return transfers ? fmt::format("{} GT/s", *transfers / kGiga)
+                     : fmt::format("speed code {}", code);
 }
 
 std::string linkText(const LinkState& link) {

@@ -30,7 +30,10 @@ LinkState linkBelow(const DomainBus& domain, const pcibus::PciFunction& port);
 // The link by which a function hangs at the bridge above its bus.
 LinkState linkAbove(const DomainBus& domain, const pcibus::PciFunction& function);
 
-// A link speed by its number: "2.5 GT/s".
+// A link speed by its number, in transfers per second; nothing for a number that has no speed.
+std::optional<double> linkTransfers(std::int32_t code);
+
+// The same in words: "2.5 GT/s".
 std::string linkSpeedName(std::int32_t code);
 
 // "x8 8 GT/s", "x8 of x16 8 GT/s", "x8 2.5 of 8 GT/s"; empty when nothing is known.

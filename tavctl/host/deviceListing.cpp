@@ -2,6 +2,7 @@
 
 #include "pcibus/pciFunction.h"
 #include "tavctl/words/print.h"
+#include "tavctl/words/words.h"
 
 #include <fmt/core.h>
 
@@ -73,8 +74,17 @@ std::vector<ListedDevice> readDevices(const HostPlugin& plugin) {
     return devices;
 }
 
+std::string markedName(const std::string& name, bool isStored) {
+    return isStored ? name : name + "*";
+}
+
 std::string markedName(const ListedDevice& device) {
-    return device.isStored ? device.terminalName : device.terminalName + "*";
+    return markedName(device.terminalName, device.isStored);
+}
+
+std::string connectorName(const std::string& device, const std::vector<std::string>& labels) {
+    return fmt::format("{} connector{} {}", device, labels.size() == 1 ? "" : "s",
+                       separated(labels, " "));
 }
 
 void explainMarks(const std::vector<ListedDevice>& devices) {

@@ -42,7 +42,12 @@ std::vector<ListedDevice> readDevices(const HostPlugin& plugin);
 std::string categoryName(std::int32_t category);
 
 // The terminal name as people see it: with "*" behind one that is not stored.
+std::string markedName(const std::string& name, bool isStored);
 std::string markedName(const ListedDevice& device);
+
+// What people call a connector of the device of that name, or one with several labels: "TAV1
+// connector 2", "TAV3 connectors B1 B2". There is at least one label.
+std::string connectorName(const std::string& device, const std::vector<std::string>& labels);
 
 // Says what that means when there is one.
 void explainMarks(const std::vector<ListedDevice>& devices);

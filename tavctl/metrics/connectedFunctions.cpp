@@ -1,6 +1,6 @@
 #include "tavctl/metrics/connectedFunctions.h"
 
-#include <fmt/core.h>
+#include "tavctl/words/words.h"
 
 #include <cstddef>
 #include <utility>
@@ -11,8 +11,7 @@ namespace {
 
 struct Connector {
     std::string name; // of the device; empty: no connector leads to this bus
-    std::string labels;
-    bool hasSeveral = false;
+    std::vector<std::string> labels;
 };
 
 bool leadsToBus(const ListedPort& port) {
@@ -29,17 +28,12 @@ std::vector<Connector> connectorsByBus(const std::vector<ListedDevice>& devices)
                 continue;
             Connector& connector = connectors[static_cast<std::size_t>(*port.secondaryBus)];
             if (connector.name.empty())
-                connector = {device.terminalName, port.label, false};
-            else if (connector.name == device.terminalName)
-                connector = {device.terminalName, connector.labels + " " + port.label, true};
+                connector.name = device.terminalName;
+            if (connector.name == device.terminalName)
+                connector.labels.push_back(port.label);
         }
     }
     return connectors;
-}
-
-std::string wordsOf(const Connector& connector) {
-    return fmt::format("{} connector{} {}", connector.name, connector.hasSeveral ? "s" : "",
-                       connector.labels);
 }
 
 } // namespace
@@ -57,12 +51,13 @@ std::vector<ConnectedBus> connectedBuses(const std::vector<ListedDevice>& device
             const Connector& connector = connectors[at];
             if (connector.name.empty())
                 continue;
+            const std::string words = connectorName(connector.name, connector.labels);
             if (connected.name.empty()) {
                 connected.name = connector.name;
-                connected.connector = connector.labels;
-                connected.path = wordsOf(connector);
+                connected.connector = separated(connector.labels, " ");
+                connected.path = words;
             } else {
-                connected.path = wordsOf(connector) + " > " + connected.path;
+                connected.path = words + " > " + connected.path;
             }
         }
         if (!connected.name.empty())

@@ -5,7 +5,6 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,14 +20,6 @@ using Value = std::optional<double>;
 
 Value lanes(std::int32_t count) {
     return count > 0 ? Value(count) : std::nullopt;
-}
-
-// Of a speed by its number.
-Value transfersPerSecond(std::int32_t code) {
-    constexpr std::array kSpeeds{2.5e9, 5e9, 8e9, 16e9, 32e9, 64e9};
-    if (code < 1 || static_cast<std::size_t>(code) > kSpeeds.size())
-        return std::nullopt;
-    return kSpeeds[static_cast<std::size_t>(code) - 1];
 }
 
 Value degraded(const LinkState& link) {
@@ -48,9 +39,9 @@ constexpr LinkMetric kLinkMetrics[] = {
     {"link_possible_width_lanes", "lanes that both of its ends can.",
      [](const LinkState& link) { return lanes(link.ableWidth); }},
     {"link_speed_transfers_per_second", "transfers per second at which it runs.",
-     [](const LinkState& link) { return transfersPerSecond(link.speed); }},
+     [](const LinkState& link) { return linkTransfers(link.speed); }},
     {"link_possible_speed_transfers_per_second", "transfers per second that both of its ends can.",
-     [](const LinkState& link) { return transfersPerSecond(link.ableSpeed); }},
+     [](const LinkState& link) { return linkTransfers(link.ableSpeed); }},
 };
 
 template <typename ValueOf>
@@ -124,7 +115,7 @@ void addPorts(MetricText& text, const Listing& listing) {
     addPortFamily(text, listing, "tav_port_link_max_speed_transfers_per_second",
                   "Transfers per second that the port itself can at most.",
                   [](const ListedPort& port, const ListedLink&) {
-                      return transfersPerSecond(port.linkSpeed.value_or(0));
+                      return linkTransfers(port.linkSpeed.value_or(0));
                   });
     for (const LinkMetric& metric : kLinkMetrics)
         addPortFamily(

@@ -1,3 +1,4 @@
+#include "tavctl/host/deviceListing.h"
 #include "tavctl/monitor/eventTime.h"
 #include "tavctl/words/printable.h"
 #include "tavctl/words/words.h"
@@ -16,21 +17,15 @@ std::string shortText(const std::string& address) {
     return address.starts_with(kMain) ? address.substr(kMain.size()) : address;
 }
 
-// With "*" behind a name that is not stored.
-std::string marked(const std::string& name, bool isStored) {
-    return isStored ? name : name + "*";
-}
-
 std::string connectorText(const ConnectorName& connector) {
-    const std::string device = marked(connector.device, connector.isStored);
+    const std::string device = markedName(connector.device, connector.isStored);
     if (connector.labels.empty())
         return fmt::format("a port of {} without a label", device);
-    return fmt::format("{} connector{} {}", device, connector.labels.size() == 1 ? "" : "s",
-                       separated(connector.labels, " "));
+    return connectorName(device, connector.labels);
 }
 
 std::string nameOf(const SeenDevice& device) {
-    return marked(device.name, device.isStored);
+    return markedName(device.name, device.isStored);
 }
 
 // "TAV1 (TAV-B3 Switch Box)".

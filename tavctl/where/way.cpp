@@ -97,8 +97,7 @@ std::string connectorText(const MarkedBus& marked, const WayStep& step) {
     const auto& labels = device.ports[step.port].labels;
     if (labels.empty())
         return fmt::format("{} port without a label", markedName(device.listed));
-    return fmt::format("{} connector{} {}", markedName(device.listed),
-                       labels.size() == 1 ? "" : "s", separated(labels, " "));
+    return connectorName(markedName(device.listed), labels);
 }
 
 std::string wayAsText(const MarkedBus& marked, const PciNames& names, const Found& found) {
