@@ -24,6 +24,25 @@ systemd-analyze security --offline=true --threshold=20 --no-pager "$folder/tav-m
     >"$folder/said" 2>&1 || { cat "$folder/said"; exit 1; }
 grep 'Overall exposure level' "$folder/said"
 
+# The link for the collector: where there is no folder, where there is one, and in place of nothing that
+# somebody has put there.
+collector=$folder/collector
+makeLink() {
+    sh -c "$(sed -n "s|^ExecStartPre=+/bin/sh -c '\(ln .*\)'$|\1|p" "$folder/tav-metrics.service" |
+        sed "s|/var/lib/prometheus/node-exporter|$collector|")"
+}
+makeLink
+[ ! -e "$collector" ]
+mkdir "$collector"
+for _ in 1 2; do
+    makeLink
+    [ "$(readlink "$collector/tav.prom")" = /run/tav-metrics/tav.prom ]
+done
+rm "$collector/tav.prom"
+echo "somebody's" >"$collector/tav.prom"
+makeLink
+[ "$(cat "$collector/tav.prom")" = "somebody's" ]
+
 # The tool takes the words that the service starts it with.
 line=$(sed -n 's/^ExecStart=//p' "$folder/tav-metrics.service")
 source=$(dirname "$0")/../..
