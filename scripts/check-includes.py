@@ -32,6 +32,7 @@ LAYERS = [
     ["tavctl/description"],
     ["tavctl/host"],
     ["tavctl/match"],
+    ["tavctl/recordings"],
     ["tavctl/view"],
     COMMANDS,
     ["tavctl"],

@@ -104,20 +104,24 @@ std::vector<ListedDevice> devicesOfPlugin(const CommonOptions& options, const Ho
     return devices;
 }
 
-std::vector<AbsentDevice> absentDevices(const HostSetup& setup,
+std::vector<AbsentDevice> absentDevices(const NameFile& file,
                                         const std::vector<ListedDevice>& devices) {
     std::vector<AbsentDevice> absent;
-    if (setup.nameFileInForce().empty())
-        return absent;
     std::set<std::pair<std::string, std::string>> present;
     for (const ListedDevice& device : devices)
         present.emplace(device.terminalName, device.model);
-    const NameFile file = namesInForce(setup);
     for (const NameEntry& entry : file.entries()) {
         if (!entry.terminalName.empty() && !present.contains({entry.terminalName, entry.model}))
             absent.push_back({entry.terminalName, entry.model, entry.slotPath});
     }
     return absent;
+}
+
+std::vector<AbsentDevice> absentDevices(const HostSetup& setup,
+                                        const std::vector<ListedDevice>& devices) {
+    if (setup.nameFileInForce().empty())
+        return {};
+    return absentDevices(namesInForce(setup), devices);
 }
 
 std::string chosenBusLocation() {

@@ -5,6 +5,7 @@
 #include "tavctl/bus/busFile.h"
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/hostSetup.h"
+#include "tavctl/host/nameFile.h"
 #include "tavctl/options/commonOptions.h"
 
 #include <filesystem>
@@ -28,6 +29,10 @@ struct AbsentDevice {
     std::string model;
     std::string slotPath; // where it stood, in machine form
 };
+
+// In the file's order.
+std::vector<AbsentDevice> absentDevices(const NameFile& file,
+                                        const std::vector<ListedDevice>& devices);
 
 // In the order of the name file in force, which the plug-in has looked at for these devices. None
 // where no name file is known. Raises FailureException.

@@ -1,9 +1,12 @@
 #include "tavctl/lint/against.h"
 
+#include "source/modelList.h"
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/busFile.h"
 #include "tavctl/description/loadFailure.h"
 #include "tavctl/match/busBridges.h"
+#include "tavctl/match/modelMatcher.h"
+#include "tavctl/recordings/recordingRun.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/printable.h"
 #include "tavctl/words/words.h"
@@ -21,10 +24,9 @@ namespace {
 using namespace nZoTavManagerPciPlugin_15_0;
 using Change = FoundModel::Change;
 
-std::vector<FoundModel> modelsOn(const std::shared_ptr<const pcibus::Bus>& bus,
-                                 const std::vector<tModelDescription>& models) {
+std::vector<FoundModel> modelsOn(const std::shared_ptr<const pcibus::Bus>& bus, ModelList& models) {
     std::vector<FoundModel> found;
-    for (const MatchedDevice& device : ModelMatcher(recordedBus(bus)).match(models)) {
+    for (const MatchedDevice& device : ModelMatcher(recordedBus(bus)).match(models, {})) {
         const auto& record = device.record;
         found.push_back({Change::has, record.modelName,
                          pcibus::addressTextOf(record.bus, record.device, record.function),
@@ -50,24 +52,12 @@ std::string_view changeName(Change change) {
     return change == Change::gains ? "gains" : "loses";
 }
 
-} // namespace
-
-std::vector<tModelDescription> loadModels(const std::vector<std::string>& files) {
-    std::vector<tModelDescription> models;
-    for (const std::string& file : files) {
-        const Description description(file);
-        if (!description.loads())
-            throw FailureException(loadFailure(description), ExitStatus::problemFound);
-        models.push_back(description.model());
-    }
-    return models;
-}
-
-Comparison compare(const std::string& dump, const std::vector<tModelDescription>& models,
-                   const std::vector<tModelDescription>* before) {
-    ReadBus read = readBusFile(dump);
+void match(Comparison& comparison, const Recording& recording, ModelList& models,
+           ModelList* before) {
+    ReadBus read = readBusFile(recording.dump.path());
     const auto bus = std::make_shared<const pcibus::Bus>(std::move(read.bus));
-    Comparison comparison{dump, modelsOn(bus, models), read.leftOut};
+    comparison.leftOut = read.leftOut;
+    comparison.models = modelsOn(bus, models);
     if (before != nullptr) {
         std::vector<FoundModel> old = modelsOn(bus, *before);
         for (FoundModel& each : comparison.models)
@@ -82,7 +72,60 @@ Comparison compare(const std::string& dump, const std::vector<tModelDescription>
                          return std::tuple(a.slotPath, a.change == Change::gains) <
                                 std::tuple(b.slotPath, b.change == Change::gains);
                      });
+}
+
+Comparison compare(const Recording& recording, ModelList& models, ModelList* before) {
+    Comparison comparison;
+    comparison.dump = recording.dump.path();
+    comparison.failure = recording.failure;
+    if (comparison.failure) {
+        comparison.dump = recording.name;
+        return comparison;
+    }
+    try {
+        match(comparison, recording, models, before);
+    } catch (const FailureException& exception) {
+        comparison.failure = exception.failure();
+        comparison.models.clear();
+    }
     return comparison;
+}
+
+} // namespace
+
+std::vector<tModelDescription> loadModels(const std::vector<std::string>& files) {
+    std::vector<tModelDescription> models;
+    for (const std::string& file : files) {
+        const Description description(file);
+        if (!description.loads())
+            throw FailureException(loadFailure(description), ExitStatus::problemFound);
+        models.push_back(description.model());
+    }
+    return models;
+}
+
+std::vector<Comparison> compareAll(const std::vector<Recording>& recordings,
+                                   const std::vector<tModelDescription>& models,
+                                   const std::vector<tModelDescription>* before) {
+    ModelList now(models);
+    std::optional<ModelList> then;
+    if (before != nullptr)
+        then.emplace(*before);
+    std::vector<Comparison> comparisons;
+    resultsOf<Comparison>(
+        recordings, "matching recorded machines",
+        [&](const Recording& recording) {
+            return compare(recording, now, then ? &*then : nullptr);
+        },
+        [&](const Recording&, Comparison comparison) {
+            comparisons.push_back(std::move(comparison));
+        });
+    return comparisons;
+}
+
+bool failedAny(const std::vector<Comparison>& comparisons) {
+    return std::any_of(comparisons.begin(), comparisons.end(),
+                       [](const Comparison& comparison) { return comparison.failure.has_value(); });
 }
 
 bool losesAny(const std::vector<Comparison>& comparisons) {
@@ -96,7 +139,9 @@ std::string comparisonsAsText(const std::vector<Comparison>& comparisons) {
     std::string text;
     for (const Comparison& comparison : comparisons) {
         text += fmt::format("\n{}\n", printable(comparison.dump));
-        if (comparison.models.empty())
+        if (comparison.failure)
+            text += fmt::format("  not looked at: {}\n", printable(comparison.failure->reason));
+        else if (comparison.models.empty())
             text += "  has none of the models\n";
         for (const FoundModel& each : comparison.models)
             text += fmt::format("  {}  {}  {}\n", changeName(each.change), each.address,

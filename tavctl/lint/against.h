@@ -3,6 +3,8 @@
 
 #include "pcibus/leftOut.h"
 #include "tavctl/description/description.h"
+#include "tavctl/recordings/recording.h"
+#include "tavctl/words/failure.h"
 
 #include <optional>
 #include <string>
@@ -20,6 +22,7 @@ struct FoundModel {
 
 struct Comparison {
     std::string dump;
+    std::optional<Failure> failure; // why the bus could not be read
     std::vector<FoundModel> models; // by slot path; a model lost before one gained
     std::optional<pcibus::LeftOut> leftOut;
 };
@@ -28,11 +31,15 @@ struct Comparison {
 // that does not.
 std::vector<tModelDescription> loadModels(const std::vector<std::string>& files);
 
-// What the models find on a recorded bus; those that `before` finds as well are had, the others
-// gained, and what only `before` finds is lost. Without `before` everything is had. Raises
-// FailureException for a bus that cannot be read.
-Comparison compare(const std::string& dump, const std::vector<tModelDescription>& models,
-                   const std::vector<tModelDescription>* before);
+// What the models find on each recorded bus; those that `before` finds as well are had, the others
+// gained, and what only `before` finds is lost. Without `before` (null) everything is had. Works on
+// every processor, and shows a person who waits how far it is. Raises nothing for a bus that cannot
+// be read.
+std::vector<Comparison> compareAll(const std::vector<Recording>& recordings,
+                                   const std::vector<tModelDescription>& models,
+                                   const std::vector<tModelDescription>* before);
+
+bool failedAny(const std::vector<Comparison>& comparisons);
 
 bool losesAny(const std::vector<Comparison>& comparisons);
 

@@ -3,9 +3,9 @@
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/descriptionFiles.h"
 #include "tavctl/host/hostSetup.h"
-#include "tavctl/host/namedDump.h"
 #include "tavctl/lint/against.h"
 #include "tavctl/lint/lint.h"
+#include "tavctl/recordings/recording.h"
 #include "tavctl/words/print.h"
 
 #include <fmt/core.h>
@@ -34,11 +34,12 @@ std::vector<lint::Comparison> compareAll(const LintOptions& options,
     std::vector<lint::tModelDescription> before;
     if (!options.comparedWith.empty())
         before = lint::loadModels(descriptionFilesIn(options.comparedWith));
-    const std::vector<NamedDump> dumps(options.dumps.begin(), options.dumps.end());
-    for (const NamedDump& dump : dumps) {
-        comparisons.push_back(
-            lint::compare(dump.path(), models, options.comparedWith.empty() ? nullptr : &before));
-        tellLeftOut(comparisons.back().leftOut, fmt::format(" of {}", dump.path()));
+    comparisons = lint::compareAll(recordingsAt(options.dumps), models,
+                                   options.comparedWith.empty() ? nullptr : &before);
+    for (const lint::Comparison& each : comparisons) {
+        tellLeftOut(each.leftOut, fmt::format(" of {}", each.dump));
+        if (each.failure)
+            complain(each.failure->sentence());
     }
     return comparisons;
 }
@@ -65,6 +66,8 @@ ExitStatus runLint(const LintOptions& options) {
         explainNoDescriptions();
         return ExitStatus::problemFound;
     }
+    if (lint::failedAny(comparisons))
+        return ExitStatus::failed;
     return report.errors() == 0 && !lint::losesAny(comparisons) ? ExitStatus::done
                                                                 : ExitStatus::problemFound;
 }
@@ -78,7 +81,7 @@ Command addLintCommand(OptionParser& parser) {
     command.arguments(options->files, ValueForm::file(),
                       "Files to check (default: all of the configured folder)");
     command.values("--against", options->dumps, ValueForm::file("DUMP..."),
-                   "Recorded buses: say which of the models each has");
+                   "Recorded buses, or folders of them: say what each has");
     command.value("--compared-with", options->comparedWith, ValueForm::folder(),
                   "Other descriptions: say what buses gain and lose");
     command.needs("--compared-with", "--against");

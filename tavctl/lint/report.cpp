@@ -80,9 +80,11 @@ Json againstJson(const std::vector<Comparison>& comparisons) {
                                   {"model", each.model},
                                   {"address", "0000:" + each.address},
                                   {"slotPath", each.slotPath}});
-        list.push_back(Json{{"dump", comparison.dump},
-                            {"leftOut", leftOutJson(comparison.leftOut)},
-                            {"models", std::move(models)}});
+        list.push_back(
+            Json{{"dump", comparison.dump},
+                 {"failure", comparison.failure ? failureJson(*comparison.failure) : Json(nullptr)},
+                 {"leftOut", leftOutJson(comparison.leftOut)},
+                 {"models", std::move(models)}});
     }
     return list;
 }

@@ -1,14 +1,19 @@
 #include "tavctl/list/listCommand.h"
 
+#include "platform/entryType.h"
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/deviceListing.h"
 #include "tavctl/host/deviceLook.h"
 #include "tavctl/host/namedDump.h"
+#include "tavctl/list/collectionListing.h"
 #include "tavctl/list/listFilter.h"
 #include "tavctl/list/listing.h"
 #include "tavctl/match/visibleBus.h"
+#include "tavctl/recordings/recording.h"
 #include "tavctl/words/print.h"
 
+#include <filesystem>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -30,7 +35,30 @@ void tellOfNone(const ListOptions& options, const Devices& devices) {
                                            : "no device with a name is absent");
 }
 
+// More than one recorded bus, or a folder of them; none where there is one bus to look at. What
+// stands behind --dump and is there is a recording, too: a shell puts them all for a pattern.
+std::vector<std::string> collectionOf(const ListOptions& options, ListFilter& filter) {
+    std::vector<std::string> paths;
+    if (options.common.dump.empty())
+        return paths;
+    paths.push_back(options.common.dump);
+    std::erase_if(filter.devices, [&](const std::string& word) {
+        using std::filesystem::file_type;
+        const file_type type = platform::typeOfEntry(word);
+        if (type == file_type::not_found || type == file_type::none)
+            return false;
+        paths.push_back(word);
+        return true;
+    });
+    if (paths.size() == 1 && !isCollection(paths.front()))
+        paths.clear();
+    return paths;
+}
+
 ExitStatus runList(const ListOptions& options) {
+    ListFilter filter = options.filter;
+    if (const auto paths = collectionOf(options, filter); !paths.empty())
+        return listCollection(paths, options.common, filter, options.verbose);
     const NamedDump dump(options.common.dump); // standard input is there once only
     Devices devices = lookAsHost(options.common, storesUnasked(options.common)).devices;
     Listing listing;

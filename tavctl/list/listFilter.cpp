@@ -16,7 +16,8 @@ void keepOnly(std::vector<Item>& items, Keep keep) {
 }
 
 // What the words stand for. An absent device is known by its name alone.
-void keepNamed(const std::vector<std::string>& words, Listing& listing) {
+void keepNamed(const std::vector<std::string>& words, ListFilter::Machines machines,
+               Listing& listing) {
     std::vector<ListedDevice> devices;
     for (const ListingEntry& entry : listing.devices)
         devices.push_back(entry.device);
@@ -30,10 +31,20 @@ void keepNamed(const std::vector<std::string>& words, Listing& listing) {
             presentWords.push_back(word);
     }
     std::set<std::size_t> wanted;
-    for (const DeviceWord& chosen : readDeviceWords(presentWords, devices)) {
-        if (chosen.devices.empty())
-            failWithoutDevice(chosen);
+    const auto want = [&](const DeviceWord& chosen) {
         wanted.insert(chosen.devices.begin(), chosen.devices.end());
+    };
+    if (machines == ListFilter::Machines::many) {
+        for (const std::string& word : presentWords) {
+            if (const auto chosen = findDeviceWord(word, devices))
+                want(*chosen);
+        }
+    } else {
+        for (const DeviceWord& chosen : readDeviceWords(presentWords, devices)) {
+            if (chosen.devices.empty())
+                failWithoutDevice(chosen);
+            want(chosen);
+        }
     }
     std::size_t position = 0;
     keepOnly(listing.devices, [&](const ListingEntry&) { return wanted.contains(position++); });
@@ -44,7 +55,8 @@ void keepNamed(const std::vector<std::string>& words, Listing& listing) {
 } // namespace
 
 void ListFilter::addTo(CommandOptions command) {
-    command.arguments(devices, ValueForm::device(), "Only these: name, address or model");
+    command.arguments(devices, ValueForm::device(),
+                      "Only these: name, address or model; or more dumps");
     command.value("--category", category,
                   ValueForm::choice("WORD", {"PCI", "Expresscard", "SwitchboxTav"}),
                   "PCI, Expresscard or SwitchboxTav");
@@ -59,12 +71,12 @@ bool ListFilter::isNarrow() const {
     return !devices.empty() || !category.empty() || absent || freePort || degraded;
 }
 
-void ListFilter::apply(Listing& listing) const {
+void ListFilter::apply(Listing& listing, Machines machines) const {
     if (present && (all || absent))
         throw FailureException({"list", "--present", "it excludes --all and --absent", {}, {}},
                                ExitStatus::wrongUsage);
     if (!devices.empty())
-        keepNamed(devices, listing);
+        keepNamed(devices, machines, listing);
     keepOnly(listing.devices, [&](const ListingEntry& entry) {
         return !absent && (category.empty() || categoryName(entry.device.category) == category) &&
                (!freePort || entry.hasFreePort()) && (!degraded || entry.isDegraded());

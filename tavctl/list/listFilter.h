@@ -27,10 +27,14 @@ struct ListFilter {
     // Whether devices that are not there are to be told to people; programs are always told.
     [[nodiscard]] bool tellsAbsent() const { return all || absent || !devices.empty(); }
 
-    // Leaves out of the listing what is not asked for. Raises FailureException, with
+    // Of many machines one need not have a DEVICE: it then has nothing that is asked for.
+    enum class Machines { one, many };
+
+    // Leaves out of the listing what is not asked for; of one machine it says what each DEVICE was
+    // taken for. Raises FailureException, with
     // ExitStatus::problemFound for a DEVICE that is neither there nor known by its name, and with
     // ExitStatus::wrongUsage for options that contradict each other.
-    void apply(Listing& listing) const;
+    void apply(Listing& listing, Machines machines = Machines::one) const;
 };
 
 } // namespace tavctl

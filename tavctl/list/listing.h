@@ -49,6 +49,9 @@ Listing makeListing(const std::vector<ListedDevice>& devices, std::vector<Absent
 // One JSON object in one line, with its line feed. Bytes that are not UTF-8 are replaced.
 std::string listingAsJson(const Listing& listing);
 
+// The members of that object but for its version: of one machine among many.
+std::string listingMembers(const Listing& listing);
+
 struct ListingForm {
     bool verbose = false;           // cut nothing, and a line for each port
     bool degradedOnly = false;      // lines only for links that run below what they can

@@ -51,11 +51,8 @@ Json deviceJson(const ListingEntry& entry) {
 
 // Put together from its parts' texts: of very many stored names all their values at once would take
 // several times the room.
-std::string listingAsJson(const Listing& listing) {
-    Json begin = newDocument();
-    begin.add("leftOut", leftOutJson(listing.leftOut));
-    std::string text = begin.text();
-    text.pop_back(); // the lists follow one by one
+std::string listingMembers(const Listing& listing) {
+    std::string text = R"("leftOut":)" + leftOutJson(listing.leftOut).text();
     text += R"(,"devices":[)";
     for (const ListingEntry& entry : listing.devices) {
         text += &entry == listing.devices.data() ? "" : ",";
@@ -70,7 +67,13 @@ std::string listingAsJson(const Listing& listing) {
                      {"place", textOrNull(absence.place)}}
                     .text();
     }
-    return text + "]}\n";
+    return text + "]";
+}
+
+std::string listingAsJson(const Listing& listing) {
+    std::string text = newDocument().text();
+    text.back() = ','; // the members follow
+    return text + listingMembers(listing) + "}\n";
 }
 
 } // namespace tavctl

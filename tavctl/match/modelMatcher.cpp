@@ -35,10 +35,27 @@ std::vector<MatchedDevice> ModelMatcher::match(const std::vector<tModelDescripti
     return recorder.takeDevices();
 }
 
+std::vector<MatchedDevice> ModelMatcher::match(iPciModelInfoDb& models,
+                                               const std::string& nameFile) {
+    DeviceRecorder recorder(*bus_.wrapper);
+    if (nameFile.empty()) {
+        observe(models, recorder);
+    } else {
+        UnsavedIniFile names(nameFile);
+        build(models, recorder, names);
+    }
+    return recorder.takeDevices();
+}
+
 void ModelMatcher::observe(iPciModelInfoDb& models, MatchObserver& observer) {
+    ScratchIniFile nameFile;
+    build(models, observer, nameFile);
+}
+
+void ModelMatcher::build(iPciModelInfoDb& models, MatchObserver& observer,
+                         nZoPxiDriverTools_1_0::cIniFile& nameFile) {
     ScratchFilesystem filesystem;
-    ScratchIniFile iniFile;
-    cTerminalNameDb names(filesystem, iniFile);
+    cTerminalNameDb names(filesystem, nameFile);
     cPciTavPluginCache cache;
     try {
         cache.Build(*bus_.finder, *bus_.wrapper, filesystem, names, models, observer);

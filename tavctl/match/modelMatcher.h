@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pciBrdWrapper/iPciBrdWrapper_ex.h"
+#include "pxidrivertools/cIniFile.h"
 #include "quil/iQUILDeviceFinder.h"
 #include "source/iPciModelInfoDb.h"
 #include "source/matchObserver.h"
@@ -10,6 +11,7 @@
 #include "tavctl/match/matchedDevice.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -36,7 +38,12 @@ public:
     // anew each time. Raises FailureException when it cannot be.
     std::vector<MatchedDevice> match(const std::vector<tModelDescription>& models);
 
-    // The same, for an observer that has an interest in more than the devices.
+    // The same for models that several matchers share, with the names of a name file; empty: none.
+    // What is given to devices that have none there is not written.
+    std::vector<MatchedDevice> match(nZoTavManagerPciPlugin_15_0::iPciModelInfoDb& models,
+                                     const std::string& nameFile);
+
+    // The same as the first, for an observer that has an interest in more than the devices.
     void observe(nZoTavManagerPciPlugin_15_0::iPciModelInfoDb& models, MatchObserver& observer);
 
     // The way to the bridges, for observers; its session is open only while models are matched.
@@ -45,6 +52,9 @@ public:
     }
 
 private:
+    void build(nZoTavManagerPciPlugin_15_0::iPciModelInfoDb& models, MatchObserver& observer,
+               nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cIniFile& nameFile);
+
     MatchBus bus_;
 };
 

@@ -9,6 +9,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tavctl {
@@ -32,6 +33,24 @@ public:
 
 private:
     std::map<std::string, std::map<std::string, std::string>> sections_;
+};
+
+// A name file that is elsewhere than where it is looked for, and stays as it is.
+class UnsavedIniFile : public nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0::cIniFile {
+public:
+    using tFixedStatus = nZOQUIL000::tFixedStatus;
+
+    explicit UnsavedIniFile(std::string path) : path_(std::move(path)) {}
+
+    void open(const char*, std::uint32_t flags, tFixedStatus& status) override {
+        cIniFile::open(path_.c_str(), flags, status);
+    }
+    void save(tFixedStatus&) override {}
+
+    using cIniFile::open;
+
+private:
+    std::string path_;
 };
 
 // A file system that has no files and locks nothing.

@@ -3,8 +3,10 @@
 #include "platform/utf8Path.h"
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/hostSession.h"
+#include "tavctl/names/collectionPreview.h"
 #include "tavctl/names/nameReport.h"
 #include "tavctl/names/namedDevices.h"
+#include "tavctl/recordings/recording.h"
 #include "tavctl/words/document.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/json.h"
@@ -91,6 +93,8 @@ ExitStatus checkStoredNames(const NamesOptions& options) {
 }
 
 ExitStatus previewNames(const NamesOptions& options) {
+    if (isCollection(options.common.dump))
+        return previewCollection(options);
     CommonOptions changed = options.common;
     if (!options.newDescriptions.empty())
         changed.descriptions = options.newDescriptions;

@@ -58,30 +58,37 @@ std::string sentence(const DeviceWord& chosen, const Devices& devices) {
 
 } // namespace
 
-DeviceWord readDeviceWord(const std::string& word, const Devices& devices) {
+std::optional<DeviceWord> findDeviceWord(const std::string& word, const Devices& devices) {
     if (const auto address = readDomainAddress(word))
-        return {word, DeviceWord::Kind::address,
-                positions(devices,
-                          [&](const ListedDevice& device) {
-                              return address->domain == 0 &&
-                                     readBusAddress(addressOf(device)) == address->handle;
-                          }),
-                address};
+        return DeviceWord{word, DeviceWord::Kind::address,
+                          positions(devices,
+                                    [&](const ListedDevice& device) {
+                                        return address->domain == 0 &&
+                                               readBusAddress(addressOf(device)) == address->handle;
+                                    }),
+                          address};
     // As lists mark a name that is not stored.
     const std::string name = word.ends_with('*') ? word.substr(0, word.size() - 1) : word;
     auto found = positions(devices, [&](const ListedDevice& device) {
         return device.terminalName == name || device.terminalName == word;
     });
     if (!found.empty())
-        return {word, DeviceWord::Kind::name, std::move(found), {}};
+        return DeviceWord{word, DeviceWord::Kind::name, std::move(found), {}};
     found = positions(devices, [&](const ListedDevice& device) { return device.model == word; });
     if (found.empty())
         found = positions(devices, [&](const ListedDevice& device) {
             return device.model.find(word) != std::string::npos;
         });
     if (found.empty())
+        return std::nullopt;
+    return DeviceWord{word, DeviceWord::Kind::model, std::move(found), {}};
+}
+
+DeviceWord readDeviceWord(const std::string& word, const Devices& devices) {
+    auto found = findDeviceWord(word, devices);
+    if (!found)
         failWithout(word, devices);
-    return {word, DeviceWord::Kind::model, std::move(found), {}};
+    return std::move(*found);
 }
 
 void failWithoutDevice(const DeviceWord& address) {

@@ -25,6 +25,10 @@ struct DeviceWord {
 // in its name. Raises FailureException with ExitStatus::problemFound for anything else.
 DeviceWord readDeviceWord(const std::string& word, const std::vector<ListedDevice>& devices);
 
+// The same; nothing for a word that stands for none of them.
+std::optional<DeviceWord> findDeviceWord(const std::string& word,
+                                         const std::vector<ListedDevice>& devices);
+
 // Raises such an exception for an address at which no device is reported.
 [[noreturn]] void failWithoutDevice(const DeviceWord& address);
 

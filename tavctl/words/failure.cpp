@@ -32,18 +32,8 @@ std::string plainText(const Failure& failure, bool debug) {
 }
 
 std::string jsonText(const Failure& failure) {
-    const auto& status = failure.status;
-    auto record = Json::parsedObject(failure.record);
     Json whole = newDocument();
-    whole.add("error",
-              Json{{"operation", failure.operation},
-                   {"object", failure.object},
-                   {"reason", failure.reason},
-                   {"status", status ? Json(*status) : Json(nullptr)},
-                   {"statusHex", status ? Json(hexadecimalStatus(*status)) : Json(nullptr)},
-                   {"statusWords", status ? Json(statusWords(*status)) : Json(nullptr)},
-                   {"see", textOrNull(failure.hint)},
-                   {"record", record ? std::move(*record) : Json(nullptr)}});
+    whole.add("error", failureJson(failure));
     return whole.line();
 }
 
@@ -66,6 +56,19 @@ std::string Failure::sentenceAndHint() const {
 
 void failBySystem(const char* operation, const std::string& object, platform::SystemCode code) {
     throw FailureException({operation, object, platform::systemMessage(code), {}, {}});
+}
+
+Json failureJson(const Failure& failure) {
+    const auto& status = failure.status;
+    auto record = Json::parsedObject(failure.record);
+    return Json{{"operation", failure.operation},
+                {"object", failure.object},
+                {"reason", failure.reason},
+                {"status", status ? Json(*status) : Json(nullptr)},
+                {"statusHex", status ? Json(hexadecimalStatus(*status)) : Json(nullptr)},
+                {"statusWords", status ? Json(statusWords(*status)) : Json(nullptr)},
+                {"see", textOrNull(failure.hint)},
+                {"record", record ? std::move(*record) : Json(nullptr)}};
 }
 
 std::string failureText(const Failure& failure, FailureForm form) {

@@ -3,6 +3,7 @@
 
 #include "platform/systemCode.h"
 #include "tavctl/words/exitStatus.h"
+#include "tavctl/words/json.h"
 
 #include <cstdint>
 #include <exception>
@@ -55,6 +56,9 @@ struct FailureForm {
 // A failure in lines: the sentence, the status in decimal, hexadecimal and words, and, for whoever
 // asks, the members of the error record, one a line; or the same as JSON.
 [[nodiscard]] std::string failureText(const Failure& failure, FailureForm form = {});
+
+// The members of that object's "error".
+[[nodiscard]] Json failureJson(const Failure& failure);
 
 // Writes that text to standard error.
 void printFailure(const Failure& failure, FailureForm form = {});

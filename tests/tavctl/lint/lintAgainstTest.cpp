@@ -82,6 +82,32 @@ TEST(LintAgainst, SeveralBusesAreLookedAt) {
     EXPECT_NE(result.output.find("\n" + empty + "\n  has none of the models\n"), std::string::npos);
 }
 
+TEST(LintAgainst, AFolderOfRecordingsIsEachOfThem) {
+    const FileFolder folder;
+    folder.write("notes.txt", "This is no bus.\n");
+    fs::copy_file(kSample, folder.file("rack1.dump"));
+    const auto result =
+        runLint("--json --descriptions " + kSampleDescriptions + " --against " + folder.file("") +
+                " " + kProject.string() + "/samples/one-switch.dump 2>/dev/null");
+    EXPECT_EQ(result.exitStatus, 3) << "one could not be read";
+    const json against = json::parse(result.output).at("against");
+    ASSERT_EQ(against.size(), 3U);
+    EXPECT_EQ(against[0].at("failure").at("object"), folder.file("notes.txt"));
+    EXPECT_TRUE(against[0].at("models").empty());
+    EXPECT_EQ(against[1].at("dump"), folder.file("rack1.dump"));
+    EXPECT_TRUE(against[1].at("failure").is_null());
+    EXPECT_EQ(against[1].at("models").size(), 4U);
+    EXPECT_EQ(against[2].at("models").size(), 1U);
+    const auto text = runLint("--descriptions " + kSampleDescriptions + " --against " +
+                              folder.file("") + " 2>&1");
+    EXPECT_NE(text.output.find("\n" + folder.file("notes.txt") + "\n  not looked at: "),
+              std::string::npos)
+        << text.output;
+    EXPECT_NE(text.output.find("tavctl: read the bus (" + folder.file("notes.txt") + "): "),
+              std::string::npos)
+        << text.output;
+}
+
 TEST(LintAgainst, FilesThatDoNotLoadAreNotMatched) {
     const FileFolder folder;
     const auto result =

@@ -1,0 +1,108 @@
+#include "tavctl/list/collectionListing.h"
+
+#include "tavctl/bus/leftOutWords.h"
+#include "tavctl/host/descriptionFiles.h"
+#include "tavctl/list/listing.h"
+#include "tavctl/recordings/machineDocument.h"
+#include "tavctl/recordings/machineLook.h"
+#include "tavctl/recordings/recordingRun.h"
+#include "tavctl/words/print.h"
+#include "tavctl/words/printable.h"
+
+#include <fmt/core.h>
+
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+namespace tavctl {
+
+namespace {
+
+class Collection {
+public:
+    Collection(const ListFilter& filter, bool json, bool verbose)
+        : filter_(filter), form_{verbose, filter.degraded, screenWidth()} {
+        if (json)
+            document_.emplace();
+    }
+
+    void add(const Recording& recording, MachineLook look) {
+        Listing listing;
+        if (look.failure) {
+            isFailed_ = true;
+            complain(look.failure->sentence());
+        } else {
+            listing = makeListing(look.devices, std::move(look.absent), &look.bus);
+            filter_.apply(listing, ListFilter::Machines::many);
+            devices_ += listing.devices.size();
+        }
+        if (document_) {
+            told_ = told_ || !listing.devices.empty() || !listing.absent.empty();
+            document_->add(recording, look.failure, listingMembers(listing));
+        } else if (!look.failure) {
+            addText(recording, std::move(listing));
+        }
+    }
+
+    ExitStatus end() {
+        if (document_)
+            document_->end();
+        else if (isUnstoredShown_)
+            complain("names with * would be given, and are not stored");
+        if (isFailed_)
+            return ExitStatus::failed;
+        const bool isProblem = filter_.degraded ? devices_ != 0 : filter_.isNarrow() && !told_;
+        if (!told_ && !document_)
+            complain("no device is as asked for");
+        return isProblem ? ExitStatus::problemFound : ExitStatus::done;
+    }
+
+private:
+    void addText(const Recording& recording, Listing listing) {
+        tellLeftOut(listing.leftOut, fmt::format(" of {}", recording.name));
+        if (!filter_.tellsAbsent())
+            listing.absent.clear();
+        const std::string present = listingAsTable(listing, form_);
+        const std::string absent = absentAsTable(listing, form_);
+        const bool isNone = present.empty() && absent.empty();
+        if (isNone && filter_.isNarrow())
+            return;
+        told_ = true;
+        print(fmt::format("{}{}\n{}{}{}", isFirst_ ? "" : "\n", printable(recording.name),
+                          isNone ? "has no described device\n" : "", present, absent));
+        isFirst_ = false;
+        for (const ListingEntry& entry : listing.devices)
+            isUnstoredShown_ = isUnstoredShown_ || !entry.device.isStored;
+    }
+
+    const ListFilter& filter_;
+    ListingForm form_;
+    std::optional<MachineDocument> document_; // for programs
+    std::size_t devices_ = 0;
+    bool isFirst_ = true;
+    bool told_ = false; // something of what was asked for
+    bool isFailed_ = false;
+    bool isUnstoredShown_ = false;
+};
+
+} // namespace
+
+ExitStatus listCollection(const std::vector<std::string>& paths, const CommonOptions& options,
+                          const ListFilter& filter, bool verbose) {
+    const HostSetup setup(optionsForMany(options, "list"));
+    const auto recordings = recordingsAt(paths);
+    const Models models = modelsInForce();
+    if (models->GetModelCount() == 0)
+        explainNoDescriptions();
+    Collection collection(filter, options.json, verbose);
+    resultsOf<MachineLook>(
+        recordings, "looking at recorded machines",
+        [&](const Recording& recording) { return lookAt(recording, models); },
+        [&](const Recording& recording, MachineLook look) {
+            collection.add(recording, std::move(look));
+        });
+    return collection.end();
+}
+
+} // namespace tavctl
