@@ -8,7 +8,7 @@ set -euo pipefail
 declare -A packages=(
     [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev"
     [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish pkg-config python3 python3-jsonschema mono-mcs mono-runtime python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy flake8 systemd"
-    [fleet]="prometheus prometheus-node-exporter python3 python3-prometheus-client systemd ansible-core"
+    [fleet]="prometheus prometheus-node-exporter python3 python3-prometheus-client systemd ansible-core sqlite3"
     [check]="valgrind"
     [coverage]="gcovr python3"
     [lint]="clang clang-format clang-tidy"

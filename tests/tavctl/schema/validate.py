@@ -10,6 +10,7 @@ each is and means, and only grows. --freeze adds the members that are new.
 
 import json
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -52,6 +53,11 @@ def members(name, schema, schemas, path="", seen=()):
         owner = file or name
         yield from members(owner, schemas[owner]["definitions"][place], schemas, path,
                            seen + (target,))
+        return
+    if "anyOf" in schema:
+        for each in schema["anyOf"]:
+            if each != {"type": "null"}:
+                yield from members(name, each, schemas, path, seen)
         return
     if path:
         kind = schema.get("type", schema.get("enum", schema.get("const")))
@@ -175,6 +181,20 @@ class Runs:
         empty.write_text("", encoding="utf-8")
         self.run("names-preview", "names", "preview", "--new-dump", empty, *options)
 
+    def of_many(self, folder):
+        lab = pathlib.Path(folder, "lab")
+        lab.mkdir()
+        for name in ("switchboxes", "conventional-bridges"):
+            shutil.copy(self.source / "samples" / f"{name}.dump", lab)
+        (lab / "notes.txt").write_text("no bus\n", encoding="utf-8")
+        (lab / "switchboxes.ini").write_text(
+            "[MR00:77]\nModel = Gone\nTerminalName = TAV1\n", encoding="utf-8")
+        options = ["--json", "--descriptions", self.source / "descriptions"]
+        self.run("list-machines", "list", *options, "--dump", lab)
+        self.run("names-preview-machines", "names", "preview", *options, "--dump", lab,
+                 "--new-descriptions", self.source / "descriptions")
+        self.run("lint", "lint", *options, "--against", lab)
+
     def of_failures(self, folder):
         broken = pathlib.Path(folder, "PCI Hardware Descriptions")
         broken.mkdir()
@@ -221,6 +241,8 @@ def main():
         runs.of_names(source / "samples" / "switchboxes.dump", source / "descriptions", folder)
     with tempfile.TemporaryDirectory(prefix="schema-") as folder:
         runs.of_failures(folder)
+    with tempfile.TemporaryDirectory(prefix="schema-") as folder:
+        runs.of_many(folder)
     faults += runs.faults
     unused = {name.removesuffix(".schema.json") for name in schemas} - runs.used - {"common"}
     faults += [f"nothing was printed by the schema {name}" for name in sorted(unused)]
