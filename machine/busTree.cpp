@@ -1,6 +1,9 @@
 #include "machine/busTree.h"
 
+#include "pcibus/address.h"
+#include "platform/entryType.h"
 #include "platform/folderReader.h"
+#include "platform/pathBelow.h"
 
 #include <algorithm>
 #include <array>
@@ -8,10 +11,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <span>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace machine {
@@ -36,7 +37,7 @@ std::string busText(std::size_t bus) {
 
 // Empty when the firmware does not describe the root bridge. Identifiers are eight characters or a
 // few more.
-std::string hardwareId(const std::filesystem::path& rootFolder) {
+std::string hardwareId(const std::string& rootFolder) {
     std::array<std::uint8_t, 64> bytes{};
     std::size_t size = 0;
     if (platform::FolderReader(rootFolder).readFirst("firmware_node/hid", bytes, size) != 0)
@@ -64,11 +65,10 @@ BusTree::BusTree(std::shared_ptr<const MachineBus> machine) : machine_(std::move
         const auto number = static_cast<std::uint8_t>(bus);
         if (machine_->bus.parentOfBus(number) != nullptr)
             continue;
-        const std::filesystem::path folder =
-            machine_->location / "devices" / ("pci0000:" + busText(bus));
-        std::error_code ignored;
+        const std::string folder = platform::pathBelow(
+            platform::pathBelow(machine_->location, "devices"), "pci0000:" + busText(bus));
         if (machine_->bus.functionsOn(number).empty() &&
-            !std::filesystem::is_directory(folder, ignored))
+            platform::typeOfEntry(folder) != std::filesystem::file_type::directory)
             continue;
         const std::string id = hardwareId(folder);
         others_[rootNode(bus)] = (id.empty() ? "BUS\\PCI" : "ACPI\\" + id) + "\\" + busText(bus);
@@ -172,14 +172,19 @@ bool BusTree::open(const char* identifier, DeviceNode& result) {
             return true;
         }
     }
-    unsigned bus = 0;
-    unsigned device = 0;
-    unsigned function = 0;
-    if (std::sscanf(identifier, "PCI\\0000:%2x:%2x.%1x", &bus, &device, &function) != 3)
+    constexpr std::string_view kEnumerator = "PCI\\";
+    const std::string_view text = identifier;
+    if (!text.starts_with(kEnumerator))
+        return false;
+    const auto address = pcibus::readAddress(text.substr(kEnumerator.size()));
+    if (!address)
         return false;
     // Only a text that is written just so names the function.
-    const DeviceNode node =
-        bus << 8 | (device & pcibus::kMaxDevice) << 3 | (function & pcibus::kMaxFunction);
+    pcibus::PciFunction named;
+    named.bus = address->bus;
+    named.device = address->device & pcibus::kMaxDevice;
+    named.function = address->function & pcibus::kMaxFunction;
+    const DeviceNode node = nodeOf(named);
     if (functionOf(node) == nullptr || identifierOf(node) != identifier)
         return false;
     result = node;

@@ -1,12 +1,11 @@
 #include "machine/machineBus.h"
 
 #include "pcibus/readBus.h"
+#include "platform/entryType.h"
 #include "platform/file.h"
-#include "platform/utf8Path.h"
 
 #include <new>
 #include <stdexcept>
-#include <system_error>
 
 namespace machine {
 
@@ -14,15 +13,14 @@ using platform::SystemCode;
 
 SystemCode readMachineBus(const std::string& location, std::shared_ptr<const MachineBus>& result) {
     try {
-        std::filesystem::path path;
         try {
-            path = platform::utf8Path(location);
-            result = std::make_shared<const MachineBus>(MachineBus{path, pcibus::readBus(path)});
+            result =
+                std::make_shared<const MachineBus>(MachineBus{location, pcibus::readBus(location)});
             return platform::kNoSystemError;
-        } catch (const std::runtime_error&) { // of the bus, or no path at all
-            std::error_code ignored;
-            const bool isThere = std::filesystem::is_directory(path, ignored) ||
-                                 platform::openStream(location.c_str(), "rb") != nullptr;
+        } catch (const std::runtime_error&) { // of the bus
+            const bool isThere =
+                platform::typeOfEntry(location) == std::filesystem::file_type::directory ||
+                platform::openStream(location.c_str(), "rb") != nullptr;
             return isThere ? platform::malformedDataCode() : platform::lastSystemCode();
         }
     } catch (const std::bad_alloc&) {

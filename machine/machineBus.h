@@ -4,14 +4,13 @@
 #include "pcibus/bus.h"
 #include "platform/systemCode.h"
 
-#include <filesystem>
 #include <memory>
 #include <string>
 
 namespace machine {
 
 struct MachineBus {
-    std::filesystem::path location; // a dump file, or a folder that stands for /sys
+    std::string location; // UTF-8: a dump file, or a folder that stands for /sys
     pcibus::Bus bus;
 };
 

@@ -1,4 +1,4 @@
-// Reads the address of a PCI function as dumps and sysfs write it. Private to this room.
+// Reads the address of a PCI function as dumps and sysfs write it.
 #pragma once
 
 #include <array>

@@ -247,9 +247,8 @@ Bus parseDump(std::string_view text, const std::string& name, const FunctionSink
     return reader->finish(leftOut);
 }
 
-Bus readDump(const std::filesystem::path& file, LeftOut* leftOut, const FunctionSink& sink) {
-    const std::string name = pathText(file);
-    const auto reader = std::make_unique<DumpReader>(name, sink);
+Bus readDump(const std::string& file, LeftOut* leftOut, const FunctionSink& sink) {
+    const auto reader = std::make_unique<DumpReader>(file, sink);
     FilePieces pieces(file);
     for (std::string_view lines = pieces.next(); !lines.empty(); lines = pieces.next())
         reader->take(lines);

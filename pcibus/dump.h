@@ -16,7 +16,6 @@
 #include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -32,7 +31,6 @@ Bus parseDump(std::string_view text, const std::string& name, const FunctionSink
 
 // The same for a file, or for a pipe that somebody writes to. One that cannot be read, or has a
 // line of more than a megabyte, raises BusError ("file: reason").
-Bus readDump(const std::filesystem::path& file, LeftOut* leftOut = nullptr,
-             const FunctionSink& sink = {});
+Bus readDump(const std::string& file, LeftOut* leftOut = nullptr, const FunctionSink& sink = {});
 
 } // namespace pcibus

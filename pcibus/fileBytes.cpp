@@ -12,18 +12,13 @@ namespace {
 
 constexpr std::size_t kPiece = 128 * std::size_t{1024};
 
-[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& reason) {
-    throw BusError(pathText(file) + ": " + reason);
+[[noreturn]] void refuse(const std::string& file, const std::string& reason) {
+    throw BusError(file + ": " + reason);
 }
 
 } // namespace
 
-std::string pathText(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
-FilePieces::FilePieces(const std::filesystem::path& file)
+FilePieces::FilePieces(const std::string& file)
     : name_(file), file_(file), capacity_(kPiece),
       buffer_(std::make_unique_for_overwrite<char[]>(kPiece)) {}
 

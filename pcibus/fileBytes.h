@@ -5,22 +5,19 @@
 #include "platform/inputFile.h"
 
 #include <cstddef>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
 
 namespace pcibus {
 
-// A path for messages, in UTF-8 on every system.
-std::string pathText(const std::filesystem::path& path);
-
 // In bytes. No line of a dump comes near it.
 inline constexpr std::size_t kLongestLine = std::size_t{1} << 20;
 
 class FilePieces {
 public:
-    explicit FilePieces(const std::filesystem::path& file);
+    // A UTF-8 path, which must outlive it.
+    explicit FilePieces(const std::string& file);
 
     // The next lines, whole and with their ends; the last ones may lack it. Empty at the end of the
     // file, whatever its size says: pipes and special files too. Good until the next call. Raises
@@ -28,7 +25,7 @@ public:
     std::string_view next();
 
 private:
-    const std::filesystem::path& name_;
+    const std::string& name_;
     platform::InputFile file_;
     std::size_t capacity_;
     std::unique_ptr<char[]> buffer_; // small files touch only its beginning

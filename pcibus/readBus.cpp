@@ -2,16 +2,15 @@
 
 #include "pcibus/dump.h"
 #include "pcibus/sysfs.h"
-
-#include <system_error>
+#include "platform/entryType.h"
 
 namespace pcibus {
 
-Bus readBus(const std::filesystem::path& path, LeftOut* leftOut, const FunctionSink& sink) {
+Bus readBus(const std::string& path, LeftOut* leftOut, const FunctionSink& sink) {
     // A path that cannot be looked at is left to the reader of dumps, which says why.
-    std::error_code ignored;
-    return std::filesystem::is_directory(path, ignored) ? readSysfs(path, leftOut, sink)
-                                                        : readDump(path, leftOut, sink);
+    return platform::typeOfEntry(path) == std::filesystem::file_type::directory
+               ? readSysfs(path, leftOut, sink)
+               : readDump(path, leftOut, sink);
 }
 
 } // namespace pcibus

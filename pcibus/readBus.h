@@ -5,14 +5,13 @@
 #include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
-#include <filesystem>
+#include <string>
 
 namespace pcibus {
 
-// A folder stands for /sys, live or copied (see sysfs.h); anything else is a dump (see dump.h).
-// `leftOut`, where somebody asks, is told what is passed over, and `sink` is given each function.
-// Raises BusError and std::bad_alloc.
-Bus readBus(const std::filesystem::path& path, LeftOut* leftOut = nullptr,
-            const FunctionSink& sink = {});
+// A UTF-8 path: a folder stands for /sys, live or copied (see sysfs.h); anything else is a dump
+// (see dump.h). `leftOut`, where somebody asks, is told what is passed over, and `sink` is given
+// each function. Raises BusError and std::bad_alloc.
+Bus readBus(const std::string& path, LeftOut* leftOut = nullptr, const FunctionSink& sink = {});
 
 } // namespace pcibus

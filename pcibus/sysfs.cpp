@@ -2,21 +2,19 @@
 
 #include "pcibus/address.h"
 #include "pcibus/configSpace.h"
-#include "pcibus/fileBytes.h"
 #include "pcibus/sysfsFiles.h"
+#include "platform/entryType.h"
+#include "platform/pathBelow.h"
 
 #include <array>
 #include <cerrno>
 #include <span>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
 namespace pcibus {
 namespace {
-
-namespace fs = std::filesystem;
 
 // The process or the system is short of something, which says nothing about the function whose file
 // was asked for.
@@ -36,10 +34,7 @@ Read readFunction(SysfsFiles& files, PciFunction& function, std::span<std::uint8
     if (failure != 0 || size < kHeaderSize) {
         // The entry itself, not what it leads to: a link of a copied tree that leads nowhere is a
         // function that cannot be read.
-        std::error_code ignored;
-        const bool isThere = fs::symlink_status(files.path() / files.function(), ignored).type() !=
-                             fs::file_type::not_found;
-        return isThere ? Read::unreadable : Read::unplugged;
+        return platform::isEntryThere(files.path()) ? Read::unreadable : Read::unplugged;
     }
     if (isDead(config))
         return Read::dead;
@@ -69,8 +64,9 @@ Link readLink(SysfsFiles& files, std::span<const std::uint8_t> config) {
 
 } // namespace
 
-Bus readSysfs(const fs::path& root, LeftOut* leftOut, const FunctionSink& sink) {
-    const fs::path devices = root / "bus" / "pci" / "devices";
+Bus readSysfs(const std::string& root, LeftOut* leftOut, const FunctionSink& sink) {
+    using platform::pathBelow;
+    const std::string devices = pathBelow(pathBelow(pathBelow(root, "bus"), "pci"), "devices");
     SysfsFiles files(devices);
     std::vector<PciFunction> functions;
     LeftOut counts;
@@ -101,7 +97,7 @@ Bus readSysfs(const fs::path& root, LeftOut* leftOut, const FunctionSink& sink) 
         counts.dead += read == Read::dead ? 1 : 0;
     }
     Bus bus(std::move(functions), [&](const PciFunction& function) {
-        return pathText(devices / ("0000:" + addressText(function)));
+        return pathBelow(devices, "0000:" + addressText(function));
     });
     if (leftOut != nullptr)
         *leftOut = counts;

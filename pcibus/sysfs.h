@@ -6,7 +6,7 @@
 #include "pcibus/functionSink.h"
 #include "pcibus/leftOut.h"
 
-#include <filesystem>
+#include <string>
 
 namespace pcibus {
 
@@ -27,7 +27,6 @@ namespace pcibus {
 // when no function's files can be opened for want of descriptors or memory, and for what no bus can
 // be (see Bus). Raises std::bad_alloc; but some C++ libraries end the program when memory runs out
 // while they list a folder.
-Bus readSysfs(const std::filesystem::path& root, LeftOut* leftOut = nullptr,
-              const FunctionSink& sink = {});
+Bus readSysfs(const std::string& root, LeftOut* leftOut = nullptr, const FunctionSink& sink = {});
 
 } // namespace pcibus

@@ -2,7 +2,7 @@
 
 #include "pcibus/address.h"
 #include "pcibus/busError.h"
-#include "pcibus/fileBytes.h"
+#include "platform/pathBelow.h"
 
 #include <array>
 #include <string_view>
@@ -40,8 +40,12 @@ std::vector<std::string> SysfsFiles::names() {
     return result;
 }
 
-std::filesystem::path SysfsFiles::pathOf(const char* file) const {
-    return path_ / function_ / file;
+std::string SysfsFiles::path() const {
+    return platform::pathBelow(path_, function_);
+}
+
+std::string SysfsFiles::pathOf(const char* file) const {
+    return platform::pathBelow(path(), file);
 }
 
 int SysfsFiles::read(const char* file, std::span<std::uint8_t> bytes, std::size_t& size) {
@@ -94,8 +98,8 @@ std::uint8_t SysfsFiles::linkSpeed(const char* file) {
     return 0;
 }
 
-void SysfsFiles::refuse(const std::filesystem::path& file, int code) {
-    throw BusError(pathText(file) + ": " +
+void SysfsFiles::refuse(const std::string& file, int code) {
+    throw BusError(file + ": " +
                    (code != 0 ? std::generic_category().message(code) : "cannot be read"));
 }
 

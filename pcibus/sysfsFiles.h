@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
@@ -17,15 +16,16 @@ namespace pcibus {
 // without a link have no link files, and some refuse to be read.
 class SysfsFiles {
 public:
-    explicit SysfsFiles(const std::filesystem::path& devices) : path_(devices), reader_(devices) {}
+    // A UTF-8 path, which must outlive it.
+    explicit SysfsFiles(const std::string& devices) : path_(devices), reader_(devices) {}
 
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
     // Of all functions. Raises BusError.
     std::vector<std::string> names();
 
     [[nodiscard]] const std::string& function() const { return function_; }
     void enter(const std::string& function) { function_ = function; }
-    [[nodiscard]] std::filesystem::path pathOf(const char* file) const;
+    [[nodiscard]] std::string path() const;
+    [[nodiscard]] std::string pathOf(const char* file) const;
 
     // 0, or the error number.
     int read(const char* file, std::span<std::uint8_t> bytes, std::size_t& size);
@@ -38,10 +38,10 @@ public:
     std::uint8_t linkSpeed(const char* file);
 
     // Raises BusError; 0: without a reason of the system's.
-    [[noreturn]] static void refuse(const std::filesystem::path& file, int code);
+    [[noreturn]] static void refuse(const std::string& file, int code);
 
 private:
-    const std::filesystem::path& path_;
+    const std::string& path_;
     platform::FolderReader reader_;
     std::string function_;
     std::string name_; // here so that its memory is used again

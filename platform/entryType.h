@@ -11,4 +11,8 @@ namespace platform {
 // file_type::none where it cannot be told. Raises std::bad_alloc.
 std::filesystem::file_type typeOfEntry(const std::string& utf8Path);
 
+// Whether there is an entry of that name; of a link whatever it leads to, and even if that is
+// nothing. True where it cannot be told. Raises std::bad_alloc.
+bool isEntryThere(const std::string& utf8Path);
+
 } // namespace platform

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <span>
 #include <string>
@@ -16,7 +15,7 @@ namespace platform {
 class FolderReader {
 public:
     // Raises std::bad_alloc. Whether the folder is there shows at the first use.
-    explicit FolderReader(const std::filesystem::path& folder);
+    explicit FolderReader(const std::string& utf8Path);
     ~FolderReader();
     FolderReader(const FolderReader&) = delete;
     FolderReader& operator=(const FolderReader&) = delete;

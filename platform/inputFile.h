@@ -3,16 +3,16 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
 #include <memory>
 #include <span>
+#include <string>
 
 namespace platform {
 
 class InputFile {
 public:
     // Raises std::bad_alloc. Whether there is such a file shows at the first read.
-    explicit InputFile(const std::filesystem::path& path);
+    explicit InputFile(const std::string& utf8Path);
     ~InputFile();
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;

@@ -40,10 +40,11 @@ LAYERS = [
 
 # What one room of a layer may include of another all the same.
 BESIDE = {("tavctl/describe", "tavctl/explain"), ("tavctl/mock", "tavctl/lint"),
-          ("tavctl/metrics", "tavctl/list")}
+          ("tavctl/metrics", "tavctl/list"), ("tavctl/report", "tavctl/list")}
 
 # The reader of buses stands alone but for these.
-PCIBUS_MAY = {"platform/folderReader.h", "platform/inputFile.h", "platform/pciIds.h"}
+PCIBUS_MAY = {"platform/entryType.h", "platform/folderReader.h", "platform/inputFile.h",
+              "platform/pathBelow.h", "platform/pciIds.h"}
 
 # Only the sides themselves may include what is one system's own.
 SIDES = ("platform/linux/", "platform/windows/")

@@ -1,13 +1,11 @@
 // The eighteen exported functions: each checks its arguments and asks the session's bus.
 #include "pcibus/readBus.h"
 #include "platform/busLocation.h"
-#include "platform/utf8Path.h"
 #include "zopcibrd/sessions.h"
 #include "zopcibrd/slotPathText.h"
 #include "zopcibrd/zopcibrd.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <new>
 #include <span>
@@ -84,7 +82,7 @@ int32_t ZOPCIBRD_CALL ZoPciBrd_OpenSession(uint32_t /*option*/, uint32_t* sessio
         const auto location = platform::busLocation();
         if (!location)
             return kPciBrdErrNoBus;
-        *session = zopcibrd::sessions().open(pcibus::readBus(platform::utf8Path(*location)));
+        *session = zopcibrd::sessions().open(pcibus::readBus(*location));
         return 0;
     });
 }

@@ -30,8 +30,8 @@ struct FolderReader::Folder {
     int error;
 };
 
-FolderReader::FolderReader(const std::filesystem::path& folder)
-    : folder_(std::make_unique<Folder>(folder.c_str())) {}
+FolderReader::FolderReader(const std::string& utf8Path)
+    : folder_(std::make_unique<Folder>(utf8Path.c_str())) {}
 
 FolderReader::~FolderReader() = default;
 

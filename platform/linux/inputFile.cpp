@@ -45,8 +45,8 @@ struct InputFile::File {
     bool isNewPipe = false; // and no sign of a writer has been seen
 };
 
-InputFile::InputFile(const std::filesystem::path& path)
-    : file_(std::make_unique<File>(path.c_str())) {}
+InputFile::InputFile(const std::string& utf8Path)
+    : file_(std::make_unique<File>(utf8Path.c_str())) {}
 
 InputFile::~InputFile() = default;
 

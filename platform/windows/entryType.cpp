@@ -1,27 +1,63 @@
 #include "platform/entryType.h"
 
-#include "platform/utf8Path.h"
 #include "platform/windows/longPath.h"
 #include "platform/windows/systemHeaders.h"
 
-#include <system_error>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cwchar>
 
 namespace platform {
 
-// The library asks the C library, which takes the longer form for a pattern.
-std::filesystem::file_type typeOfEntry(const std::string& utf8Path) {
-    using std::filesystem::file_type;
-    const std::filesystem::path path = platform::utf8Path(utf8Path);
-    std::error_code ignored;
+namespace {
+
+using std::filesystem::file_type;
+
+bool isNotFound(DWORD code) {
+    return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND;
+}
+
+file_type typeOf(unsigned mode) {
+    switch (mode & _S_IFMT) {
+    case _S_IFREG:
+        return file_type::regular;
+    case _S_IFDIR:
+        return file_type::directory;
+    case _S_IFCHR:
+        return file_type::character;
+    case _S_IFIFO:
+        return file_type::fifo;
+    default:
+        return file_type::unknown;
+    }
+}
+
+// By the C library, which knows devices, but takes the longer form for a pattern.
+file_type typeOfUsual(const wchar_t* path) {
+    struct _stat64 status = {};
+    if (_wstat64(path, &status) == 0)
+        return typeOf(status.st_mode);
+    return errno == ENOENT || errno == ENOTDIR ? file_type::not_found : file_type::none;
+}
+
+} // namespace
+
+file_type typeOfEntry(const std::string& utf8Path) {
+    const std::wstring path = wideText(utf8Path);
     if (!isLongPath(path.c_str()))
-        return std::filesystem::status(path, ignored).type();
-    const DWORD attributes = GetFileAttributesW(withLongPrefix(path.native()).c_str());
+        return typeOfUsual(path.c_str());
+    const DWORD attributes = GetFileAttributesW(withLongPrefix(path).c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES)
         return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? file_type::directory
                                                             : file_type::regular;
-    const DWORD code = GetLastError();
-    return code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND ? file_type::not_found
-                                                                        : file_type::none;
+    return isNotFound(GetLastError()) ? file_type::not_found : file_type::none;
+}
+
+bool isEntryThere(const std::string& utf8Path) {
+    return GetFileAttributesW(withLongPrefix(wideText(utf8Path)).c_str()) !=
+               INVALID_FILE_ATTRIBUTES ||
+           !isNotFound(GetLastError());
 }
 
 } // namespace platform

@@ -1,37 +1,52 @@
 #include "platform/folderReader.h"
 
+#include "platform/pathBelow.h"
 #include "platform/windows/longPath.h"
+
+#include <dirent.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <system_error>
+#include <string_view>
 
 namespace platform {
 
-struct FolderReader::Folder {
-    std::filesystem::path path;
+namespace {
+
+struct ListCloser {
+    void operator()(_WDIR* list) const noexcept { _wclosedir(list); }
 };
 
-FolderReader::FolderReader(const std::filesystem::path& folder)
-    : folder_(std::make_unique<Folder>(Folder{folder})) {}
+} // namespace
+
+struct FolderReader::Folder {
+    std::string path;
+};
+
+FolderReader::FolderReader(const std::string& utf8Path)
+    : folder_(std::make_unique<Folder>(Folder{utf8Path})) {}
 
 FolderReader::~FolderReader() = default;
 
 int FolderReader::list(std::vector<std::string>& names) {
-    std::error_code failure;
-    std::filesystem::directory_iterator entry(folder_->path, failure);
-    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
-        const std::u8string name = entry->path().filename().u8string();
-        names.emplace_back(name.begin(), name.end());
+    const std::unique_ptr<_WDIR, ListCloser> entries(_wopendir(wideText(folder_->path).c_str()));
+    if (!entries)
+        return errno;
+    for (;;) {
+        errno = 0;
+        const _wdirent* const entry = _wreaddir(entries.get());
+        if (entry == nullptr)
+            return errno;
+        const std::wstring_view name = entry->d_name;
+        if (name != L"." && name != L"..")
+            names.push_back(utf8Text(name));
     }
-    return failure.default_error_condition().value();
 }
 
 int FolderReader::readFirst(const std::string& name, std::span<std::uint8_t> result,
                             std::size_t& size) {
     size = 0;
-    const std::u8string relative(name.begin(), name.end());
-    const std::wstring path = withLongPrefix((folder_->path / relative).native());
+    const std::wstring path = withLongPrefix(wideText(pathBelow(folder_->path, name)));
     std::FILE* const file = _wfopen(path.c_str(), L"rb");
     if (file == nullptr)
         return errno;

@@ -25,8 +25,8 @@ struct InputFile::File {
     int error = 0;
 };
 
-InputFile::InputFile(const std::filesystem::path& path)
-    : file_(std::make_unique<File>(withLongPrefix(path.native()).c_str())) {}
+InputFile::InputFile(const std::string& utf8Path)
+    : file_(std::make_unique<File>(withLongPrefix(wideText(utf8Path)).c_str())) {}
 
 InputFile::~InputFile() = default;
 

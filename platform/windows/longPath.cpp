@@ -50,6 +50,30 @@ constexpr std::wstring_view kSharePrefix = L"\\\\";
 
 } // namespace
 
+std::wstring wideText(std::string_view utf8) {
+    const auto size = static_cast<int>(utf8.size());
+    if (utf8.empty())
+        return {};
+    const int needed =
+        MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), size, nullptr, 0);
+    if (needed <= 0)
+        return L"|";
+    std::wstring text(static_cast<std::size_t>(needed), L'\0');
+    MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), size, text.data(), needed);
+    return text;
+}
+
+std::string utf8Text(std::wstring_view text) {
+    const auto size = static_cast<int>(text.size());
+    if (text.empty())
+        return {};
+    const int needed =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string utf8(static_cast<std::size_t>(needed), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), size, utf8.data(), needed, nullptr, nullptr);
+    return utf8;
+}
+
 bool isLongPath(const wchar_t* path) noexcept {
     return isLong(std::wstring_view(path));
 }

@@ -5,8 +5,16 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace platform {
+
+// A path's text in the system's form; for a text that is no UTF-8 a name that no file can have.
+// Raises std::bad_alloc.
+std::wstring wideText(std::string_view utf8);
+
+// The same back; what is no UTF-16 is replaced. Raises std::bad_alloc.
+std::string utf8Text(std::wstring_view text);
 
 // The longest text that the system takes for a path in any form, its terminating zero included.
 inline constexpr std::size_t kLongestPath = 32767;

@@ -1,7 +1,6 @@
 #include "tavctl/bus/busFile.h"
 
 #include "pcibus/readBus.h"
-#include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 
 #include <utility>
@@ -11,7 +10,7 @@ namespace tavctl {
 ReadBus readBusFile(const std::string& location) {
     try {
         pcibus::LeftOut leftOut;
-        pcibus::Bus bus = pcibus::readBus(platform::utf8Path(location), &leftOut);
+        pcibus::Bus bus = pcibus::readBus(location, &leftOut);
         return {std::move(bus), leftOut};
     } catch (const pcibus::BusError& error) {
         throw FailureException({"read the bus", location, error.what(), {}, {}});

@@ -1,7 +1,6 @@
 #include "tavctl/bus/wholeBus.h"
 
 #include "pcibus/readBus.h"
-#include "platform/utf8Path.h"
 #include "tavctl/words/failure.h"
 
 #include <algorithm>
@@ -70,10 +69,9 @@ WholeBus readWholeBus(const std::string& location) {
     Domains domains;
     pcibus::LeftOut leftOut;
     try {
-        Bus searched = pcibus::readBus(
-            platform::utf8Path(location), &leftOut, [&](const pcibus::SeenFunction& seen) {
-                domains[seen.domain].push_back({seen.function, seen.link});
-            });
+        Bus searched = pcibus::readBus(location, &leftOut, [&](const pcibus::SeenFunction& seen) {
+            domains[seen.domain].push_back({seen.function, seen.link});
+        });
         WholeBus whole = wholeOf(std::move(domains), std::move(searched));
         whole.leftOut = leftOut;
         return whole;

@@ -6,7 +6,6 @@
 #include "platform/configurationValue.h"
 #include "platform/directorySearch.h"
 #include "platform/text.h"
-#include "platform/utf8Path.h"
 #include "pxidrivertools/configuration.h"
 #include "quil/cQUILDeviceFinder.h"
 #include "source/cPciModelInfoDb.h"
@@ -159,7 +158,7 @@ std::optional<Failure> tryDescriptions() {
 // What the substitute bridge library would trip over, in words that its status cannot carry.
 std::string busTrouble(const std::string& location) {
     try {
-        pcibus::readBus(platform::utf8Path(location));
+        pcibus::readBus(location);
         return {};
     } catch (const std::exception& exception) {
         return exception.what();

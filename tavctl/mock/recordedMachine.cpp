@@ -1,7 +1,6 @@
 #include "tavctl/mock/recordedMachine.h"
 
 #include "pcibus/readBus.h"
-#include "platform/utf8Path.h"
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/bus/dumpText.h"
 #include "tavctl/bus/leftOutWords.h"
@@ -53,8 +52,8 @@ RecordedMachine readRecordedMachine(const std::string& location) {
     RecordedMachine recorded;
     pcibus::LeftOut leftOut;
     try {
-        recorded.bus = std::make_shared<const Bus>(pcibus::readBus(
-            platform::utf8Path(location), &leftOut, [&](const pcibus::SeenFunction& each) {
+        recorded.bus = std::make_shared<const Bus>(
+            pcibus::readBus(location, &leftOut, [&](const pcibus::SeenFunction& each) {
                 const auto kept = each.bytes.first(std::min<std::size_t>(256, each.bytes.size()));
                 if (each.domain == 0) {
                     recorded.functions[each.function.handle()] = {

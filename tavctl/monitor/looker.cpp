@@ -32,7 +32,7 @@ std::string markText(const fs::path& path) {
 std::string markOfTree(const fs::path& root, bool isLive) {
     const fs::path folder = root / "bus" / "pci" / "devices";
     std::vector<std::string> names;
-    if (platform::FolderReader(folder).list(names) != 0)
+    if (platform::FolderReader(platform::utf8Text(folder)).list(names) != 0)
         return "none\n";
     std::sort(names.begin(), names.end());
     std::string text;

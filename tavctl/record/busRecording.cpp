@@ -2,6 +2,7 @@
 
 #include "pcibus/configSpace.h"
 #include "pcibus/readBus.h"
+#include "platform/utf8Path.h"
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/bus/dumpText.h"
 #include "tavctl/bus/leftOutWords.h"
@@ -141,7 +142,7 @@ std::size_t BusRecording::ofOtherDomains() const {
 
 BusRecording recordBus(const fs::path& location) {
     BusRecording recording;
-    pcibus::readBus(location, &recording.leftOut,
+    pcibus::readBus(platform::utf8Text(location), &recording.leftOut,
                     [&](const pcibus::SeenFunction& seen) { add(seen, recording); });
     auto& functions = recording.functions;
     std::sort(functions.begin(), functions.end(),

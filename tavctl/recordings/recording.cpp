@@ -76,7 +76,7 @@ public:
 private:
     void search(const std::string& folder) {
         std::vector<std::string> names;
-        if (const int code = platform::FolderReader(platform::utf8Path(folder)).list(names)) {
+        if (const int code = platform::FolderReader(folder).list(names)) {
             Recording unknown{folder,
                               NamedDump::titleOf(withoutSeparators(folder)),
                               NamedDump({}),
