@@ -13,7 +13,7 @@ import sys
 
 COMMANDS = [f"tavctl/{name}" for name in ("list", "where", "tree", "draw", "names", "record", "lint",
                                           "explain", "describe", "mock", "monitor", "metrics",
-                                          "completion")]
+                                          "report", "completion")]
 
 # From the bottom up. Rooms of one layer do not include each other.
 LAYERS = [

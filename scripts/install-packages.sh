@@ -9,6 +9,7 @@ declare -A packages=(
     [build]="g++ cmake ninja-build libboost-dev libcli11-dev nlohmann-json3-dev libfmt-dev"
     [test]="libgtest-dev pciutils binutils graphviz mandoc zsh fish pkg-config python3 python3-jsonschema mono-mcs mono-runtime python3-pytest python3-pip python3-venv python3-setuptools python3-wheel mypy flake8 systemd"
     [fleet]="prometheus prometheus-node-exporter python3 python3-prometheus-client systemd ansible-core sqlite3"
+    [report]="chromium chromium-driver python3-selenium"
     [check]="valgrind"
     [coverage]="gcovr python3"
     [lint]="clang clang-format clang-tidy"
@@ -19,7 +20,7 @@ declare -A packages=(
     [clean]="mmdebstrap apt-utils e2fsprogs lintian qemu-system-x86 linux-image-cloud-amd64"
     [guest]="qemu-system-x86 linux-image-cloud-amd64 busybox-static cpio pciutils python3 libudev1"
 )
-packages[test]+=" ${packages[fleet]}"
+packages[test]+=" ${packages[fleet]} ${packages[report]}"
 
 if [ $# -eq 0 ]; then
     echo "usage: $0 GROUP...   (groups: ${!packages[*]})" >&2

@@ -14,6 +14,7 @@
 #include "tavctl/options/command.h"
 #include "tavctl/options/misuse.h"
 #include "tavctl/record/recordCommand.h"
+#include "tavctl/report/reportCommand.h"
 #include "tavctl/tree/treeCommand.h"
 #include "tavctl/where/whereCommand.h"
 #include "tavctl/words/document.h"
@@ -44,6 +45,7 @@ constexpr KnownCommand kCommands[] = {
     {"tree", addTreeCommand},
     {"draw", addDrawCommand},
     {"metrics", addMetricsCommand},
+    {"report", addReportCommand},
     {"lint", addLintCommand},
     {"explain", addExplainCommand},
     {"describe", addDescribeCommand},

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tavctl/monitor/event.h"
-#include "tavctl/monitor/machineState.h"
+#include "tavctl/view/machineState.h"
 
 #include <vector>
 

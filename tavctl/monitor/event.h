@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tavctl/bus/linkState.h"
-#include "tavctl/monitor/machineState.h"
+#include "tavctl/view/machineState.h"
 
 #include <chrono>
 #include <cstddef>

@@ -5,7 +5,7 @@
 #include "tavctl/bus/pciNames.h"
 #include "tavctl/host/deviceLook.h"
 #include "tavctl/host/namedDump.h"
-#include "tavctl/monitor/machineState.h"
+#include "tavctl/view/machineState.h"
 
 #include <memory>
 #include <optional>

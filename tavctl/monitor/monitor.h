@@ -3,7 +3,7 @@
 
 #include "tavctl/monitor/changeSource.h"
 #include "tavctl/monitor/event.h"
-#include "tavctl/monitor/machineState.h"
+#include "tavctl/view/machineState.h"
 
 #include <chrono>
 #include <cstddef>

@@ -11,10 +11,10 @@ namespace tavctl {
 
 namespace {
 
-using Devices = std::vector<ListedDevice>;
+using DeviceList = std::vector<ListedDevice>;
 
 template <typename Matches>
-std::vector<std::size_t> positions(const Devices& devices, Matches matches) {
+std::vector<std::size_t> positions(const DeviceList& devices, Matches matches) {
     std::vector<std::size_t> found;
     for (std::size_t i = 0; i < devices.size(); ++i) {
         if (matches(devices[i]))
@@ -23,7 +23,7 @@ std::vector<std::size_t> positions(const Devices& devices, Matches matches) {
     return found;
 }
 
-[[noreturn]] void failWithout(const std::string& word, const Devices& devices) {
+[[noreturn]] void failWithout(const std::string& word, const DeviceList& devices) {
     std::vector<std::string> names;
     for (const ListedDevice& device : devices) {
         names.push_back(device.terminalName);
@@ -36,7 +36,7 @@ std::vector<std::size_t> positions(const Devices& devices, Matches matches) {
     throw FailureException({"find device", word, reason, {}, {}}, ExitStatus::problemFound);
 }
 
-std::string sentence(const DeviceWord& chosen, const Devices& devices) {
+std::string sentence(const DeviceWord& chosen, const DeviceList& devices) {
     std::vector<std::string> found;
     for (const std::size_t i : chosen.devices)
         found.push_back(chosen.kind == DeviceWord::Kind::name
@@ -58,7 +58,7 @@ std::string sentence(const DeviceWord& chosen, const Devices& devices) {
 
 } // namespace
 
-std::optional<DeviceWord> findDeviceWord(const std::string& word, const Devices& devices) {
+std::optional<DeviceWord> findDeviceWord(const std::string& word, const DeviceList& devices) {
     if (const auto address = readDomainAddress(word))
         return DeviceWord{word, DeviceWord::Kind::address,
                           positions(devices,
@@ -84,7 +84,7 @@ std::optional<DeviceWord> findDeviceWord(const std::string& word, const Devices&
     return DeviceWord{word, DeviceWord::Kind::model, std::move(found), {}};
 }
 
-DeviceWord readDeviceWord(const std::string& word, const Devices& devices) {
+DeviceWord readDeviceWord(const std::string& word, const DeviceList& devices) {
     auto found = findDeviceWord(word, devices);
     if (!found)
         failWithout(word, devices);
@@ -103,7 +103,7 @@ void failWithoutDevice(const DeviceWord& address) {
 }
 
 std::vector<DeviceWord> readDeviceWords(const std::vector<std::string>& words,
-                                        const Devices& devices) {
+                                        const DeviceList& devices) {
     std::vector<DeviceWord> chosen;
     for (const std::string& word : words) {
         chosen.push_back(readDeviceWord(word, devices));

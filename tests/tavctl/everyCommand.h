@@ -38,6 +38,8 @@ inline std::vector<std::string> looksAtMachine() {
             "completion devices",
             "metrics",
             "metrics --openmetrics",
+            "report",
+            "report " + kSample,
             "record",
             "record --scrub",
             "names",
@@ -77,8 +79,8 @@ inline std::vector<std::string> looksAtNothing() {
         "--help",          "--version",      "lint --rules",    "lint --rules --json",
         "completion bash", "completion zsh", "completion fish", "completion powershell"};
     for (const char* command : {"list", "where", "tree", "draw", "lint", "explain", "describe",
-                                "record", "mock", "monitor", "metrics", "names", "names rename",
-                                "names forget", "names restore", "completion"})
+                                "record", "mock", "monitor", "metrics", "report", "names",
+                                "names rename", "names forget", "names restore", "completion"})
         forms.push_back(std::string(command) + " --help");
     return forms;
 }

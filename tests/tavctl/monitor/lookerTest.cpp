@@ -23,7 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace tavctl;
 using tavctl::monitor::Looker;
-using tavctl::monitor::MachineState;
 using tavctltest::kSample;
 using tavctltest::kSampleDescriptions;
 using tavctltest::runTavctl;

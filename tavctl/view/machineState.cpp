@@ -1,4 +1,4 @@
-#include "tavctl/monitor/machineState.h"
+#include "tavctl/view/machineState.h"
 
 #include "tavctl/bus/busAddress.h"
 #include "tavctl/bus/busQueries.h"
@@ -6,14 +6,14 @@
 #include <algorithm>
 #include <unordered_map>
 
-namespace tavctl::monitor {
+namespace tavctl {
 
 namespace {
 
 using pcibus::PciFunction;
 
 // A port of a device, by positions; of a bridge that is none, no port.
-struct Part {
+struct BoxPart {
     std::size_t device = 0;
     std::optional<std::size_t> port;
 };
@@ -23,19 +23,20 @@ std::string hopsOf(const std::string& slotPath) {
     return slotPath.substr(slotPath.find(':') + 1);
 }
 
-class Reader {
+class StateReader {
 public:
-    Reader(const std::vector<PlacedDevice>& placed, const WholeBus& whole, const PciNames& names)
+    StateReader(const std::vector<PlacedDevice>& placed, const WholeBus& whole,
+                const PciNames& names)
         : placed_(placed), domain_(whole.main()), names_(names) {
         for (std::size_t i = 0; i < placed.size(); ++i) {
             for (const std::uint32_t handle : functionsOf(placed[i]))
-                parts_.try_emplace(handle, Part{i, {}});
+                parts_.try_emplace(handle, BoxPart{i, {}});
         }
         // A bridge may be a port of one device and what another is reported at.
         for (std::size_t i = 0; i < placed.size(); ++i) {
             for (std::size_t port = 0; port < placed[i].ports.size(); ++port) {
                 if (placed[i].ports[port].bridge)
-                    parts_.insert_or_assign(*placed[i].ports[port].bridge, Part{i, port});
+                    parts_.insert_or_assign(*placed[i].ports[port].bridge, BoxPart{i, port});
             }
         }
     }
@@ -64,7 +65,7 @@ private:
     [[nodiscard]] const pcibus::Bus& bus() const { return domain_.bus(); }
 
     // The nearest bridge above that is a part of a device.
-    [[nodiscard]] std::optional<std::pair<const PciFunction*, Part>>
+    [[nodiscard]] std::optional<std::pair<const PciFunction*, BoxPart>>
     nearestPart(const PciFunction& function) const {
         for (const PciFunction* at = bus().parentOfBus(function.bus); at != nullptr;
              at = bus().parentOfBus(at->bus)) {
@@ -133,7 +134,7 @@ private:
     const std::vector<PlacedDevice>& placed_;
     const DomainBus& domain_;
     const PciNames& names_;
-    std::unordered_map<std::uint32_t, Part> parts_;
+    std::unordered_map<std::uint32_t, BoxPart> parts_;
 };
 
 } // namespace
@@ -144,9 +145,9 @@ FunctionKey keyOf(const SeenFunction& function) {
 
 MachineState makeState(const std::vector<PlacedDevice>& placed, std::vector<AbsentDevice> absent,
                        const WholeBus& whole, const PciNames& names) {
-    MachineState state = Reader(placed, whole, names).state();
+    MachineState state = StateReader(placed, whole, names).state();
     state.absent = std::move(absent);
     return state;
 }
 
-} // namespace tavctl::monitor
+} // namespace tavctl

@@ -1,5 +1,5 @@
 // What a look sees behind the connectors of devices.
-#include "tavctl/monitor/machineState.h"
+#include "tavctl/view/machineState.h"
 
 #include "tests/tavctl/match/treeFixture.h"
 
@@ -8,7 +8,6 @@
 namespace {
 
 using namespace tavctl;
-using namespace tavctl::monitor;
 using tavctltest::TreeFixture;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -5,7 +5,7 @@
 #include "tavctl/bus/linkState.h"
 #include "tavctl/bus/pciNames.h"
 #include "tavctl/bus/wholeBus.h"
-#include "tavctl/host/deviceLook.h"
+#include "tavctl/host/hostSession.h"
 #include "tavctl/match/placedDevices.h"
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace tavctl::monitor {
+namespace tavctl {
 
 // A connector as people call it: "TAV1 connector 2".
 struct ConnectorName {
@@ -67,4 +67,4 @@ FunctionKey keyOf(const SeenFunction& function);
 MachineState makeState(const std::vector<PlacedDevice>& placed, std::vector<AbsentDevice> absent,
                        const WholeBus& whole, const PciNames& names);
 
-} // namespace tavctl::monitor
+} // namespace tavctl
