@@ -225,7 +225,7 @@ test-systemd: package ## boot a system with systemd that has the Debian packages
 test-packages: ## both: what ships, as it is installed
 	@scripts/install-packages.sh build windows package clean # which only one may do at a time
 	@scripts/install-wine32.sh
-	@$(MAKE) --no-print-directory -j2 --output-sync=target test-debian test-msi
+	@$(MAKE) --no-print-directory -j2 --output-sync=target test-debian test-msi test-systemd
 
 release: test-packages package-windows ## all of it in build/zotavpci-VERSION, with a bill of materials and checksums
 	@scripts/release.sh build/zotavpci-$(VERSION)

@@ -53,7 +53,7 @@ tav_install_text(cmake ${package} ${version_file})
 tav_install_text("descriptions/PCI Hardware Descriptions" ${descriptions})
 tav_install_text(samples ${PROJECT_SOURCE_DIR}/samples/switchboxes.dump)
 tav_install_text(docs ${PROJECT_SOURCE_DIR}/docs/descriptions.md ${PROJECT_SOURCE_DIR}/docs/rack.md
-                 ${PROJECT_SOURCE_DIR}/docs/hosts.md)
+                 ${PROJECT_SOURCE_DIR}/docs/hosts.md ${PROJECT_SOURCE_DIR}/docs/fleet.md)
 file(GLOB schemas CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/docs/schema/*.json")
 tav_install_text(docs/schema ${schemas})
 foreach(language IN ITEMS c cpp csharp)

@@ -100,6 +100,10 @@ ExampleRun::ExampleRun() : home_(folder_.path() / "home") {
            "    fi\n"
            "    command tavctl \"$@\"\n"
            "}\n"
+           "sqlite3() {\n" // the installed script is that of the sources
+           "    command sqlite3 \"${@//\\/usr\\/share\\/tavctl/" TAV_SOURCE_DIR
+           "/packaging/sqlite}\"\n"
+           "}\n"
            "python3() {\n" // that of the packages which the tests take
            "    /usr/bin/python3 \"$@\"\n"
            "}\n";

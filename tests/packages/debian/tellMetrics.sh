@@ -1,7 +1,8 @@
-#!/bin/sh
-# On the booted machine of systemdTest.sh: what the collector has of the metrics, and what the units
-# came to.
+#!/bin/bash
+# On the booted machine of systemdTest.sh: the guide's commands, what the collector has of the metrics,
+# and what the units came to.
 stty -F /dev/ttyS1 raw
+cd / && . /guide.sh
 file=/run/tav-metrics/tav.prom
 tries=0
 # The timer waits ten seconds after the start; what is emulated is slow.
@@ -16,6 +17,6 @@ echo "result $(systemctl show -P Result tav-metrics.service)"
 echo "mode $(stat -c %a "$file")"
 setpriv --reuid nobody --clear-groups sh -c ": >${file%/*}/other" 2>/dev/null ||
     echo "others may not write"
-journalctl -b --no-pager -u tav-metrics.service
+journalctl -b --no-pager -u tav-metrics.service -u prometheus.service
 echo end
 systemctl poweroff -f -f
