@@ -61,14 +61,20 @@ PropertyRead failure(PropertyRead::Step step, SystemCode code) {
 
 class MachineDevices : public platform::PciDevices {
 public:
+    explicit MachineDevices(ReadAlready readAlready) : readAlready_(std::move(readAlready)) {}
+
     // The bus is read by the first call; a further list is one of the same bus.
     SystemCode open() override {
         listed_ = false;
         if (!machine_) {
             const std::optional<std::string> location = platform::deviceBusLocation();
-            const SystemCode code = location ? readMachineBus(*location, machine_) : kNotFound;
-            if (code != kNoSystemError)
-                return code;
+            if (!location)
+                return kNotFound;
+            if (!takeOver(*location)) {
+                const SystemCode code = readMachineBus(*location, machine_);
+                if (code != kNoSystemError)
+                    return code;
+            }
             byIds_ = sortedByIds(machine_->bus.functions());
         }
         listed_ = true;
@@ -110,6 +116,23 @@ public:
     void close() noexcept override { listed_ = false; }
 
 private:
+    // One reading for bridges and devices sees one state of the bus.
+    bool takeOver(const std::string& location) {
+        if (!readAlready_ || platform::busLocation() != location)
+            return false;
+        auto functions = readAlready_();
+        if (!functions)
+            return false;
+        try {
+            machine_ = std::make_shared<const MachineBus>(
+                MachineBus{location, pcibus::Bus(std::move(*functions), pcibus::addressText)});
+            return true;
+        } catch (const pcibus::BusError&) {
+            return false; // of somebody else's making
+        }
+    }
+
+    ReadAlready readAlready_;
     std::shared_ptr<const MachineBus> machine_;
     std::vector<Identified> byIds_; // ascending
     std::unique_ptr<BusTree> tree_;
@@ -118,10 +141,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<platform::PciDevices> makePciDevices() {
+std::unique_ptr<platform::PciDevices> makePciDevices(ReadAlready readAlready) {
     if (auto listed = platform::makeSystemDevices())
         return listed;
-    return std::make_unique<MachineDevices>();
+    return std::make_unique<MachineDevices>(std::move(readAlready));
 }
 
 } // namespace machine

@@ -75,4 +75,7 @@ inline constexpr BridgeSymbol kBridgeSymbols[kBridgeFunctionCount] = {
     {"ZoPciBrd_EepromUpdate", kPciBrdErrUnavailable},
 };
 
+// What only the substitute library exports: all functions of the bus that a session has read.
+inline constexpr const char* kFunctionListSymbol = "ZoPciBrd_GetFunctions";
+
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0

@@ -78,6 +78,8 @@ void cPciBrdDynLib::bindAll(tErrorStatus& status) {
     if (!status.failed() &&
         std::find(functions_.begin(), functions_.end(), nullptr) != functions_.end())
         nZOQUIL000::setSiteOnlyError(status, kUnboundSite);
+    if (!status.failed())
+        functionList_ = module.symbol(kFunctionListSymbol);
 }
 
 template <typename... Arguments>
@@ -203,6 +205,14 @@ std::int32_t cPciBrdDynLib::EepromUpdate(std::uint32_t session, std::uint32_t br
                                          std::uint32_t fifth, void* data) {
     return call(BridgeFunction::EepromUpdate, session, bridge, first, second, third, fourth, fifth,
                 data);
+}
+
+std::int32_t cPciBrdDynLib::GetFunctions(std::uint32_t session, tZoPciBrdFunction* functions,
+                                         std::uint32_t* count) const {
+    if (functionList_ == nullptr)
+        return kPciBrdErrUnavailable;
+    return reinterpret_cast<decltype(&ZoPciBrd_GetFunctions)>(functionList_)(session, functions,
+                                                                             count);
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0

@@ -151,4 +151,34 @@ std::int32_t cPciBrdWrapper_ex::EepromUpdate(std::uint32_t bridge, std::uint16_t
                    463);
 }
 
+std::optional<std::vector<pcibus::PciFunction>> cPciBrdWrapper_ex::SessionFunctions() const {
+    std::uint32_t count = 0;
+    if (sessionOpen == 0 ||
+        dynLib.GetFunctions(session, nullptr, &count) != kPciBrdErrBufferTooSmall)
+        return std::nullopt;
+    std::vector<tZoPciBrdFunction> listed(count);
+    if (dynLib.GetFunctions(session, listed.data(), &count) < 0 || count != listed.size())
+        return std::nullopt;
+    std::vector<pcibus::PciFunction> functions;
+    functions.reserve(listed.size());
+    for (const tZoPciBrdFunction& each : listed) {
+        pcibus::PciFunction function;
+        function.bus = static_cast<std::uint8_t>(each.handle >> 8);
+        const auto hop = static_cast<std::uint8_t>(each.handle);
+        function.device = pcibus::deviceOfHop(hop);
+        function.function = pcibus::functionOfHop(hop);
+        function.headerType = each.headerType;
+        function.vendorId = each.vendor;
+        function.deviceId = each.device;
+        function.subsystemVendorId = each.subsystemVendor;
+        function.subsystemId = each.subsystem;
+        function.secondaryBus = each.secondaryBus;
+        function.subordinateBus = each.subordinateBus;
+        function.linkWidth = each.linkWidth;
+        function.linkSpeed = each.linkSpeed;
+        functions.push_back(function);
+    }
+    return functions;
+}
+
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0

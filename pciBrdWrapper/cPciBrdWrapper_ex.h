@@ -3,8 +3,11 @@
 
 #include "pciBrdWrapper/cPciBrdDynLib.h"
 #include "pciBrdWrapper/iPciBrdWrapper_ex.h"
+#include "pcibus/pciFunction.h"
 
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0 {
 
@@ -45,6 +48,10 @@ public:
     std::int32_t EepromUpdate(std::uint32_t bridge, std::uint16_t first, std::uint16_t second,
                               std::uint32_t third, std::uint32_t fourth, std::uint32_t fifth,
                               void* data) override;
+
+    // All functions of the bus that the open session has read; nothing without a session, and from
+    // a library that does not list them. Raises std::bad_alloc.
+    [[nodiscard]] std::optional<std::vector<pcibus::PciFunction>> SessionFunctions() const;
 
 private:
     std::uint32_t session = kNoHandle;

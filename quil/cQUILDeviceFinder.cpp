@@ -1,6 +1,5 @@
 #include "quil/cQUILDeviceFinder.h"
 
-#include "machine/machineDevices.h"
 #include "quil/systemStatus.h"
 #include "quil/zoerr.h"
 
@@ -61,6 +60,9 @@ void readAll(tEnumeratedDevice& device, const Reading<Field> (&readings)[Count])
 } // namespace
 
 cQUILDeviceFinder::cQUILDeviceFinder() : cQUILDeviceFinder(machine::makePciDevices()) {}
+
+cQUILDeviceFinder::cQUILDeviceFinder(machine::ReadAlready readAlready)
+    : cQUILDeviceFinder(machine::makePciDevices(std::move(readAlready))) {}
 
 cQUILDeviceFinder::cQUILDeviceFinder(std::unique_ptr<platform::PciDevices> devices)
     : devices_(std::move(devices)) {}

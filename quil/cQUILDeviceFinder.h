@@ -2,6 +2,7 @@
 // is not read. One thread at a time.
 #pragma once
 
+#include "machine/machineDevices.h"
 #include "platform/pciDevices.h"
 #include "quil/iQUILDeviceFinder.h"
 
@@ -14,6 +15,10 @@ class cQUILDeviceFinder : public iQUILDeviceFinder {
 public:
     // Over the devices of this system. Raises std::bad_alloc.
     cQUILDeviceFinder();
+
+    // The same, but where the bus itself tells the devices and `readAlready` has its functions, of
+    // these. It must outlive the finder.
+    explicit cQUILDeviceFinder(machine::ReadAlready readAlready);
 
     // Over other devices; not null.
     explicit cQUILDeviceFinder(std::unique_ptr<platform::PciDevices> devices);

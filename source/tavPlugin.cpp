@@ -71,9 +71,9 @@ const AtUnload atUnload;
 // the bridge library is loaded only meanwhile, and the lock is held only meanwhile.
 void buildCache() {
     nZOQUIL000::tErrorStatus status;
-    cQUILDeviceFinder deviceFinder;
     nZoPciBrdWrapper_15_0::cPciBrdWrapper_ex bridgeWrapper(status);
     zoerr::raiseIfFailed(status);
+    cQUILDeviceFinder deviceFinder([&] { return bridgeWrapper.SessionFunctions(); });
     cPciTavFilesystem filesystem;
     nZoPxiDriverTools_1_0::cIniFile iniFile;
     cTerminalNameDb terminalNames(filesystem, iniFile);

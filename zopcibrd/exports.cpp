@@ -1,4 +1,4 @@
-// The eighteen exported functions: each checks its arguments and asks the session's bus.
+// The exported functions: each checks its arguments and asks the session's bus.
 #include "pcibus/readBus.h"
 #include "platform/busLocation.h"
 #include "zopcibrd/sessions.h"
@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -225,4 +226,26 @@ int32_t ZOPCIBRD_CALL ZoPciBrd_EepromUpdate(uint32_t /*session*/, uint32_t /*bri
                                             uint32_t /*third*/, uint32_t /*fourth*/,
                                             uint32_t /*fifth*/, void* /*data*/) {
     return kPciBrdErrUnavailable;
+}
+
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetFunctions(uint32_t session, tZoPciBrdFunction* functions,
+                                            uint32_t* count) {
+    return withBus(session, [&](const Bus& bus) -> std::int32_t {
+        std::vector<tZoPciBrdFunction> list;
+        if (functions != nullptr)
+            list.reserve(bus.functions().size());
+        for (const PciFunction& each : bus.functions())
+            list.push_back({each.handle(),
+                            each.vendorId,
+                            each.deviceId,
+                            each.subsystemVendorId,
+                            each.subsystemId,
+                            each.headerType,
+                            each.secondaryBus,
+                            each.subordinateBus,
+                            each.linkWidth,
+                            each.linkSpeed,
+                            {}});
+        return answerList(std::span<const tZoPciBrdFunction>(list), functions, count);
+    });
 }

@@ -1,6 +1,7 @@
 /* The substitute PCI bridge library: finds the bridges of a machine and tells where they sit and
  * what they are. It has the eighteen functions of the original library and can stand in for it,
- * except that it changes nothing in the hardware.
+ * except that it changes nothing in the hardware. A nineteenth, which the original has not, lists
+ * what else is on the bus: who looks for bridges and devices then sees one state of it.
  *
  * The bus it answers from is the live one (Linux), or the recorded one that the environment
  * variable TAV_PCI_DUMP names: a file as lspci -xxx prints it, or a folder that stands for /sys.
@@ -135,6 +136,25 @@ int32_t ZOPCIBRD_CALL ZoPciBrd_CloseBridge(uint32_t session, uint32_t bridge);
 int32_t ZOPCIBRD_CALL ZoPciBrd_EepromUpdate(uint32_t session, uint32_t bridge, uint16_t first,
                                             uint16_t second, uint32_t third, uint32_t fourth,
                                             uint32_t fifth, void* data);
+
+/* A function of the bus, whatever it is. */
+typedef struct tZoPciBrdFunction {
+    uint32_t handle;          /* (bus << 8) | (device << 3) | function */
+    uint16_t vendor, device;  /* identifiers */
+    uint16_t subsystemVendor; /* 0 where the function has none */
+    uint16_t subsystem;
+    uint8_t headerType;     /* without the multi-function bit: 1 is a bridge */
+    uint8_t secondaryBus;   /* of a bridge or a CardBus bridge; else 0, as the next */
+    uint8_t subordinateBus; /* the last bus that it forwards; 0: not known */
+    uint8_t linkWidth;      /* maximum, of a bridge: as the attributes tell it; else 0 */
+    uint8_t linkSpeed;
+    uint8_t reserved[3]; /* 0 */
+} tZoPciBrdFunction;
+
+/* Lists all functions of domain 0, bridges and others. Not in the original library: a caller looks
+ * for the symbol and does without. kPciBrdErrOutOfMemory. */
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetFunctions(uint32_t session, tZoPciBrdFunction* functions,
+                                            uint32_t* count);
 
 #ifdef __cplusplus
 }

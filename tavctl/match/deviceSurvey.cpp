@@ -37,9 +37,9 @@ private:
 
 Survey build(SurveyFilesystem& filesystem) {
     nZOQUIL000::tErrorStatus status;
-    cQUILDeviceFinder deviceFinder;
     cPciBrdWrapper_ex bridgeWrapper(status);
     zoerr::raiseIfFailed(status);
+    cQUILDeviceFinder deviceFinder([&] { return bridgeWrapper.SessionFunctions(); });
     cIniFile nameFile;
     cTerminalNameDb terminalNames(filesystem, nameFile);
     cPciModelInfoDb models;

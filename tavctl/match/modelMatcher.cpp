@@ -25,7 +25,9 @@ MatchBus hostBus() {
                                 {},
                                 status.code,
                                 status.textOrEmpty()});
-    return {std::make_unique<cQUILDeviceFinder>(), std::move(wrapper)};
+    auto finder = std::make_unique<cQUILDeviceFinder>(
+        [of = wrapper.get()] { return of->SessionFunctions(); });
+    return {std::move(finder), std::move(wrapper)};
 }
 
 std::vector<MatchedDevice> ModelMatcher::match(const std::vector<tModelDescription>& models) {

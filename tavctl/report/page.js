@@ -102,7 +102,7 @@
         machine.degraded = links.filter(isDegraded).length;
         machine.text = [machine.n, machine.r,
             ...machine.b.flatMap((box) => [box.n, modelOf(box), box.a, box.p,
-                ...box.k.flatMap((connector) => connector.f.flatMap((each) => [each[0], data.texts[each[1]]]))]),
+                ...box.k.flatMap((connector) => connector.f.flatMap((each) => [each[0], data.texts[each[1]], data.ids[each[1]]]))]),
             ...machine.g.flat()].join("\n").toLowerCase();
     });
     for (const all of latest.values())
@@ -118,7 +118,8 @@
         changed: (machine) => machine.changes > 0,
     };
     const only = () => [...document.querySelectorAll("#only input:checked")].map((each) => each.value);
-    const wordsOf = () => search.value.toLowerCase().split(/\s+/).filter(Boolean);
+    const wordsOf = () => search.value.toLowerCase().split(/\s+/)
+        .map((word) => word.replace(/^0000:(?=..:)/, "")).filter(Boolean); // the domain of all
 
     let shown = machines, chosen = -1, compared = null, most = kMostListed;
 

@@ -28,7 +28,8 @@ void addMachine(const CommonOptions& options, ReportData& data) {
     const HostSetup setup(options, Names::copied);
     const auto marked = std::make_unique<MarkedBus>(options, setup);
     ReportedMachine machine;
-    machine.machine = options.dump.empty() ? "This machine" : NamedDump::titleOf(options.dump);
+    machine.machine =
+        options.dump.empty() ? "This machine" : recordingsAt({options.dump}).front().machine;
     machine.recording = options.dump;
     machine.absent = absentDevices(setup, marked->listed());
     machine.devices = std::move(marked->devices);

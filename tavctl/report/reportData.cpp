@@ -2,7 +2,6 @@
 
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/list/listing.h"
-#include "tavctl/view/machineState.h"
 
 #include <fmt/core.h>
 
@@ -48,6 +47,14 @@ std::size_t ReportData::Texts::positionOf(const std::string& text) {
     return found->second;
 }
 
+std::size_t ReportData::positionOf(const SeenFunction& function) {
+    const std::size_t position =
+        functions_.positionOf(fmt::format("{:04x}:{:04x}", function.vendorId, function.deviceId));
+    if (position == functionNames_.size())
+        functionNames_.push_back(names_.function(function.vendorId, function.deviceId));
+    return position;
+}
+
 Json ReportData::boxes(const ReportedMachine& machine) {
     const MachineState state = makeState(machine.devices, {}, machine.bus, names_);
     Json boxes = Json::array();
@@ -65,8 +72,7 @@ Json ReportData::boxes(const ReportedMachine& machine) {
             for (const SeenFunction& function : connector.functions) {
                 Json entry = Json::array();
                 entry.push_back(shortAddress(function.address));
-                entry.push_back(
-                    functions_.positionOf(names_.function(function.vendorId, function.deviceId)));
+                entry.push_back(positionOf(function));
                 functions.push_back(std::move(entry));
             }
             connectors.push_back(Json{{"l", connector.labels},
@@ -125,9 +131,10 @@ std::string ReportData::text(const std::string& title) const {
     std::string machines = machines_;
     if (!machines.empty())
         machines.pop_back();
-    return withoutTags(fmt::format(R"({{"title":{},"models":{},"texts":{},"machines":[{}]}})",
-                                   Json(title).text(), Json(models_.all()).text(),
-                                   Json(functions_.all()).text(), machines));
+    return withoutTags(
+        fmt::format(R"({{"title":{},"models":{},"texts":{},"ids":{},"machines":[{}]}})",
+                    Json(title).text(), Json(models_.all()).text(), Json(functionNames_).text(),
+                    Json(functions_.all()).text(), machines));
 }
 
 std::string asHtml(const std::string& text) {

@@ -3,6 +3,7 @@
 //
 //   title     of the page
 //   models    and texts: what is named by its position there
+//   ids       of the texts' functions, "8086:10d3"
 //   machines  one for each recording:
 //     n  machine   r  recording   f  why it could not be read, or null   x  what was left out, or
 //     "" g  absent boxes, each [name, model, slot path, what stands nearest to where it stood or
@@ -23,6 +24,7 @@
 #include "tavctl/bus/wholeBus.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/match/placedDevices.h"
+#include "tavctl/view/machineState.h"
 #include "tavctl/words/failure.h"
 #include "tavctl/words/json.h"
 
@@ -69,10 +71,12 @@ private:
     };
 
     Json boxes(const ReportedMachine& machine);
+    std::size_t positionOf(const SeenFunction& function);
 
     const PciNames& names_;
     Texts models_;
-    Texts functions_;
+    Texts functions_; // by their identifiers
+    std::vector<std::string> functionNames_;
     std::string machines_; // with a comma behind each
     std::string rows_;
 };

@@ -216,7 +216,7 @@ def keyboard(page, file):
     page.search("TAV3 rack2")
     page.keys(Keys.ENTER)
     check("TAV3" in page.texts("mark") and "rack2" in page.texts("mark"), page.texts("mark"))
-    for word, entries in (("41:00.0", 1), ("82574l", 4), ("switch box", 4), ("gone box", 1),
+    for word, entries in (("41:00.0", 1), ("82574l", 4), ("0000:41:00.0", 1), ("8086:10d3", 4), ("switch box", 4), ("gone box", 1),
                           ("MR00:77", 1), ("<img", 3), ("nothing like this", 0)):
         page.search(word)
         check(len(page.all("#list li")) == entries, (word, len(page.all("#list li"))))

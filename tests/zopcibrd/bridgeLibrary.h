@@ -69,6 +69,7 @@ public:
     decltype(&ZoPciBrd_OpenBridge) OpenBridge = bind("ZoPciBrd_OpenBridge");
     decltype(&ZoPciBrd_CloseBridge) CloseBridge = bind("ZoPciBrd_CloseBridge");
     decltype(&ZoPciBrd_EepromUpdate) EepromUpdate = bind("ZoPciBrd_EepromUpdate");
+    decltype(&ZoPciBrd_GetFunctions) GetFunctions = bind("ZoPciBrd_GetFunctions");
 };
 
 // The library, and a folder for what it reads.

@@ -147,6 +147,34 @@ TEST_F(Lists, OfAnEmptyBusAreEmpty) {
     EXPECT_THAT(byIds({0, 0, 0, 0}), IsEmpty());
 }
 
+TEST_F(Lists, OfFunctionsHaveWhatTheBusHas) {
+    std::uint32_t count = 0;
+    EXPECT_EQ(library.GetFunctions(session, nullptr, nullptr), kPciBrdErrInvalidArgument);
+    EXPECT_EQ(library.GetFunctions(session + 1, nullptr, &count), kPciBrdErrInvalidArgument);
+    EXPECT_EQ(library.GetFunctions(session, nullptr, &count), kPciBrdErrBufferTooSmall);
+    const auto expected = machine.bus.functions();
+    ASSERT_EQ(count, expected.size());
+    std::vector<tZoPciBrdFunction> functions(count);
+    --count;
+    EXPECT_EQ(library.GetFunctions(session, functions.data(), &count), kPciBrdErrBufferTooSmall);
+    EXPECT_EQ(functions.front().handle, 0U);
+    EXPECT_EQ(functions.front().vendor, 0U);
+    ASSERT_EQ(library.GetFunctions(session, functions.data(), &count), 0);
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        const pcibus::PciFunction& function = expected[i];
+        EXPECT_EQ(functions[i].handle, function.handle());
+        EXPECT_EQ(functions[i].headerType, function.headerType);
+        EXPECT_EQ(functions[i].vendor, function.vendorId);
+        EXPECT_EQ(functions[i].device, function.deviceId);
+        EXPECT_EQ(functions[i].subsystemVendor, function.subsystemVendorId);
+        EXPECT_EQ(functions[i].subsystem, function.subsystemId);
+        EXPECT_EQ(functions[i].secondaryBus, function.secondaryBus);
+        EXPECT_EQ(functions[i].subordinateBus, function.subordinateBus);
+        EXPECT_EQ(functions[i].linkWidth, function.linkWidth);
+        EXPECT_EQ(functions[i].linkSpeed, function.linkSpeed);
+    }
+}
+
 TEST_F(Lists, ABusHasTheLowestBridgeAsItsParentAndNoOther) {
     machine.bus.setSecondaryBus(machine.conventional, 1);
     session = open(machine.bus);

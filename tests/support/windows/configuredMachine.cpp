@@ -22,7 +22,7 @@ struct ConfiguredMachine::State {
         configuration.set("", "Path", REG_SZ, values.path + '\0');
         configuration.set("", "ConfigPath", REG_SZ, values.configPath + '\0');
         try {
-            const pcibus::Bus bus = pcibus::readBus(dump);
+            const pcibus::Bus bus = pcibus::readBus(platform::utf8Text(dump));
             for (const pcibus::PciFunction& function : bus.functions())
                 devices.push_back(makePresentDevice(function));
         } catch (const pcibus::BusError&) {

@@ -7,6 +7,8 @@
 #include "tavctl/match/visibleBus.h"
 #include "tests/support/describe.h"
 #include "tests/support/environmentValue.h"
+#include "tests/support/fileFolder.h"
+#include "tests/support/fileText.h"
 #include "tests/tavctl/sample.h"
 
 #include <gtest/gtest.h>
@@ -19,6 +21,7 @@ namespace {
 using namespace nZoTavManagerPciPlugin_15_0;
 using namespace nZoPciBrdWrapper_15_0;
 using nZoPxiDriverTools_1_0::cSlotPath;
+using tavctltest::kProject;
 using tavctltest::kSample;
 
 // Every answer of a bus, as text.
@@ -166,6 +169,44 @@ TEST(RecordedBus, ListsDevicesAsTheSystemDoes) {
         EXPECT_EQ(found, expected);
         EXPECT_FALSE(found.empty());
     }
+}
+
+// A box is plugged in between the library's look at the bridges and ours at the devices: either
+// both have it, or none.
+TEST(HostBus, DevicesAreOfTheBusThatTheBridgesAreOf) {
+    const testsupport::FileFolder folder;
+    const auto before = pcibus::readBus(kProject.string() + "/samples/renumbering-first.dump");
+    const std::string file =
+        folder.write("bus", testsupport::fileText(kProject / "samples" / "renumbering-first.dump"));
+    const testsupport::EnvironmentValue dump("TAV_PCI_DUMP", file);
+    const auto host = tavctl::hostBus();
+    host.wrapper->OpenSession(0);
+    folder.write("bus", testsupport::fileText(kProject / "samples" / "renumbering-added.dump"));
+    std::size_t differing = 0;
+    const auto now = pcibus::readBus(file);
+    for (const pcibus::PciFunction& function : now.functions()) {
+        std::vector<tBusAddress> found;
+        host.finder->FindByPciIds(function.ids(), found);
+        std::vector<tBusAddress> expected;
+        for (const pcibus::PciFunction& each : before.functions()) {
+            if (each.ids() == function.ids())
+                expected.push_back({each.bus, each.device, each.function});
+        }
+        EXPECT_EQ(found, expected);
+        differing += before.find(function.handle()) == nullptr ? 1 : 0;
+    }
+    EXPECT_GT(differing, 0U);
+    host.wrapper->CloseSession();
+}
+
+// Another library lists no functions, and nobody has read the bus before a session is open.
+TEST(HostBus, DevicesAreReadWhereNobodyHas) {
+    const testsupport::EnvironmentValue dump("TAV_PCI_DUMP", kSample);
+    const auto host = tavctl::hostBus();
+    const pcibus::Bus bus = pcibus::readBus(kSample);
+    std::vector<tBusAddress> found;
+    host.finder->FindByPciIds(bus.functions().front().ids(), found);
+    EXPECT_FALSE(found.empty());
 }
 
 TEST(MachineBus, IsTheSameThroughTheBridgeLibrary) {

@@ -52,7 +52,7 @@ TEST_F(ReportCommand, WithoutARecordingItIsTheBusAtHandWithItsNames) {
               0);
     const std::string text = outputOf("report " + kDump + kDescriptions + "--state " + state);
     EXPECT_THAT(text, HasSubstr(R"("n":"TAV9","s":1)"));
-    EXPECT_THAT(text, HasSubstr(R"("n":"switchboxes.dump")"));
+    EXPECT_THAT(text, HasSubstr(R"("n":"switchboxes")"));
     const std::string one = kProject.string() + "/samples/one-switch.dump ";
     EXPECT_THAT(outputOf("report --dump " + one + kDescriptions + "--state " + state),
                 HasSubstr(R"(["TAV9","TAV-B3 Switch Box","MR00:00,28",)"));
