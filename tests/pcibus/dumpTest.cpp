@@ -2,6 +2,7 @@
 // prints is refused with its line.
 #include "pcibus/dump.h"
 
+#include "platform/utf8Path.h"
 #include "tests/support/busBuilder.h"
 #include "tests/support/describe.h"
 #include "tests/support/machines.h"
@@ -19,12 +20,15 @@ using pcibus::Bus;
 using pcibus::BusError;
 using pcibus::LeftOut;
 using pcibus::parseDump;
-using pcibus::readDump;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testsupport::BusBuilder;
 using testsupport::describe;
+
+Bus readDumpFile(const std::filesystem::path& file) {
+    return pcibus::readDump(platform::utf8Text(file));
+}
 
 // What refusing the text says; a text that is taken says "accepted".
 std::string refusal(const std::string& text) {
@@ -436,14 +440,14 @@ TEST(Dump, ReadsFiles) {
     const testsupport::machines::Switch machine;
     const testsupport::TemporaryFolder folder;
     const auto file = folder.file("bus.txt", machine.bus.dump());
-    EXPECT_EQ(describe(readDump(file).functions()), describe(machine.bus.functions()));
+    EXPECT_EQ(describe(readDumpFile(file).functions()), describe(machine.bus.functions()));
 }
 
 TEST(Dump, NamesTheFileInItsMessages) {
     const testsupport::TemporaryFolder folder;
     const auto file = folder.file("bus.txt", "00:01.0\n");
     try {
-        readDump(file);
+        readDumpFile(file);
         FAIL() << "accepted";
     } catch (const BusError& error) {
         EXPECT_EQ(error.what(),
@@ -507,7 +511,7 @@ TEST(DumpFiles, AreReadLikeTheirText) {
     text.pop_back();
     text.pop_back();
     const auto file = folder.file("bus.dump", text);
-    const Bus fromFile = readDump(file);
+    const Bus fromFile = readDumpFile(file);
     const Bus fromText = parseDump(text, file.string());
     ASSERT_EQ(fromFile.functions().size(), 1750U);
     ASSERT_EQ(fromText.functions().size(), 1750U);
@@ -516,7 +520,7 @@ TEST(DumpFiles, AreReadLikeTheirText) {
         EXPECT_EQ(fromFile.functions()[i].handle(), fromText.functions()[i].handle());
         EXPECT_EQ(fromFile.functions()[i].subsystemId, fromText.functions()[i].subsystemId);
     }
-    EXPECT_TRUE(readDump(folder.file("empty.dump", "")).functions().empty());
+    EXPECT_TRUE(readDumpFile(folder.file("empty.dump", "")).functions().empty());
 }
 
 TEST(DumpFiles, HaveNoLineWithoutAnEnd) {
@@ -525,11 +529,11 @@ TEST(DumpFiles, HaveNoLineWithoutAnEnd) {
     constexpr std::size_t kLongest = 1048576; // with its end
     const std::string dump = machine.bus.dump();
     const auto longest = folder.file("longest.dump", std::string(kLongest - 1, 'x') + "\n" + dump);
-    EXPECT_EQ(describe(readDump(longest).functions()), describe(machine.bus.functions()));
+    EXPECT_EQ(describe(readDumpFile(longest).functions()), describe(machine.bus.functions()));
     for (const std::string& end : {std::string(), "\n" + dump}) {
         const auto longer = folder.file("longer.dump", std::string(kLongest, 'x') + end);
         try {
-            readDump(longer);
+            readDumpFile(longer);
             FAIL() << "accepted";
         } catch (const BusError& error) {
             EXPECT_EQ(error.what(), longer.string() + ": a line is longer than 1048576 bytes");
