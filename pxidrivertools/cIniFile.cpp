@@ -1,5 +1,6 @@
 #include "pxidrivertools/cIniFile.h"
 
+#include "platform/fileToLoad.h"
 #include "platform/text.h"
 #include "pxidrivertools/asciiText.h"
 #include "pxidrivertools/escapedText.h"
@@ -86,6 +87,37 @@ private:
     IniOpened opened_;
 };
 
+// Makes the content the file object's, as it was at a last-write time that was looked up before, so
+// that a change in between is seen as one.
+void finishLoad(IniFileObject& engine, const std::string& path, IniStatus loaded,
+                platform::FileTime time, tFixedStatus& status) noexcept {
+    if (loaded < 0)
+        return fail(status, kIniFileErrCannotOpen, __LINE__);
+    if (rememberFile(engine, path, time) < 0)
+        return fail(status, kIniFileErrMemoryFull, __LINE__);
+}
+
+void loadFile(IniFileObject& engine, const std::string& path, tFixedStatus& status) noexcept {
+    platform::FileToLoad file(path.c_str());
+    if (!file.isOpen())
+        return fail(status, kIniFileErrCannotOpen, __LINE__, file.code());
+    const std::optional<platform::FileTime> time = file.lastWriteTime();
+    if (!time)
+        return fail(status, kIniFileErrCannotOpen, __LINE__);
+    finishLoad(engine, path, loadIni(engine, file), *time, status);
+}
+
+void loadStream(IniFileObject& engine, const std::string& path, IniFileOperations& files,
+                tFixedStatus& status) noexcept {
+    const OpenStream stream(files, path.c_str());
+    if (stream.get() == nullptr)
+        return fail(status, kIniFileErrCannotOpen, __LINE__, stream.code());
+    platform::FileTime time = 0;
+    if (readTimestamp(path.c_str(), time, files) < 0)
+        return fail(status, kIniFileErrCannotOpen, __LINE__);
+    finishLoad(engine, path, loadIni(engine, stream.get()), time, status);
+}
+
 } // namespace
 
 cIniFile::cIniFile(const IniFileServices& services) : services_(services) {}
@@ -124,18 +156,12 @@ bool cIniFile::storePath(const char* utf8Path, tFixedStatus& status) {
     return !status.failed();
 }
 
+// What stands in for the system's files knows streams, and times by the path.
 void cIniFile::load(tFixedStatus& status) {
-    const OpenStream stream(*services_.files, path_.c_str());
-    if (stream.get() == nullptr)
-        return fail(status, kIniFileErrCannotOpen, __LINE__, stream.code());
-    // Looked up before the content is read, so that a change in between is seen as one.
-    platform::FileTime time = 0;
-    if (readTimestamp(path_.c_str(), time, *services_.files) < 0)
-        return fail(status, kIniFileErrCannotOpen, __LINE__);
-    if (loadIni(*engine_, stream.get()) < 0)
-        return fail(status, kIniFileErrCannotOpen, __LINE__);
-    if (rememberFile(*engine_, path_, time) < 0)
-        return fail(status, kIniFileErrMemoryFull, __LINE__);
+    if (services_.files == &systemFileOperations())
+        loadFile(*engine_, path_, status);
+    else
+        loadStream(*engine_, path_, *services_.files, status);
 }
 
 void cIniFile::open(const wchar_t* path, std::uint32_t flags, tFixedStatus& status) {

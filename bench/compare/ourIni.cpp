@@ -2,7 +2,7 @@
 // Duplicates are merged, values in pieces joined, quotes recorded.
 #include "bench/compare/iniContender.h"
 #include "bench/require.h"
-#include "platform/file.h"
+#include "platform/fileToLoad.h"
 #include "pxidrivertools/cIniFile.h"
 #include "pxidrivertools/ini/iniLoad.h"
 #include "pxidrivertools/ini/iniLookup.h"
@@ -51,11 +51,9 @@ public:
         file_->caseSensitive = true;
         file_->write.safeWrite = false;
         file_->write.maximumLineLength = ini::kNoMaximumLineLength;
-        const platform::Stream stream = platform::openStream(path.c_str(), "rb");
-        require(stream != nullptr, "the engine cannot open " + path);
-        std::setvbuf(stream.get(), nullptr, _IONBF, 0);
-        require(ini::loadIni(*file_, stream.get()) == ini::kIniDone,
-                "the engine cannot load " + path);
+        platform::FileToLoad from(path.c_str());
+        require(from.isOpen(), "the engine cannot open " + path);
+        require(ini::loadIni(*file_, from) == ini::kIniDone, "the engine cannot load " + path);
     }
     void unload() override { file_.reset(); }
     std::string_view find(const std::string& section, const std::string& key) override {

@@ -1,5 +1,6 @@
 #include "platform/file.h"
 
+#include "platform/linux/fileTime.h"
 #include "platform/linux/interruption.h"
 #include "platform/linux/openFile.h"
 #include "platform/linux/ownFile.h"
@@ -52,9 +53,7 @@ std::optional<FileTime> lastWriteTime(const char* path) noexcept {
     struct stat status = {};
     if (stat(path, &status) != 0)
         return std::nullopt;
-    constexpr FileTime kNanosecondsPerSecond = 1'000'000'000;
-    return static_cast<FileTime>(status.st_mtim.tv_sec) * kNanosecondsPerSecond +
-           static_cast<FileTime>(status.st_mtim.tv_nsec);
+    return lastWriteTimeOf(status);
 }
 
 int restrictToOwner(std::FILE* stream, const char* path) noexcept {

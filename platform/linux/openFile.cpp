@@ -57,14 +57,18 @@ int openAny(const char* path, int flags, mode_t permissions) noexcept {
 
 } // namespace
 
-int openFile(const char* path, int flags, BesideFiles accepted, mode_t permissions) noexcept {
+int openFile(const char* path, int flags, BesideFiles accepted, mode_t permissions,
+             struct stat* told) noexcept {
     const int descriptor = openAny(path, flags, permissions);
     if (descriptor < 0)
         return -1;
     struct stat status = {};
     const int reason = fstat(descriptor, &status) != 0 ? errno : reasonToRefuse(status, accepted);
-    if (reason == 0)
+    if (reason == 0) {
+        if (told != nullptr)
+            *told = status;
         return descriptor;
+    }
     close(descriptor);
     errno = reason;
     return -1;

@@ -1,7 +1,5 @@
 #include "pxidrivertools/ini/iniBlock.h"
 
-#include "platform/stream.h"
-
 #include <cstring>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -57,14 +55,16 @@ IniStatus readBlock(const IniMemory& memory, const IniReader& reader, IniBlock& 
     return status;
 }
 
-IniStatus IniStreamBlock::readBeginning() noexcept {
-    return makeRoom(kBeginning) ? fill() : kIniOutOfMemory;
+// A file that tells its size gets the room that it needs, and no more is asked for.
+IniStatus IniSourceBlock::readBeginning() noexcept {
+    const std::size_t all = source_.sizeOfAll();
+    return makeRoom(all != 0 && all < kBeginning ? all + 1 : kBeginning) ? fill() : kIniOutOfMemory;
 }
 
-IniStatus IniStreamBlock::readRest() noexcept {
+IniStatus IniSourceBlock::readRest() noexcept {
     IniStatus status = kIniDone;
     // One byte more than there should be shows the end in the same read.
-    if (!ended_ && !makeRoom(capacity_ + sizeOfRest() + 1))
+    if (!ended_ && !makeRoom(capacity_ + source_.sizeOfRest() + 1))
         status = kIniOutOfMemory;
     while (status == kIniDone && !ended_) {
         status = fill();
@@ -75,16 +75,16 @@ IniStatus IniStreamBlock::readRest() noexcept {
     return status;
 }
 
-IniStatus IniStreamBlock::fill() noexcept {
+IniStatus IniSourceBlock::fill() noexcept {
     const std::size_t room = capacity_ - 1 - block_.size;
-    const std::size_t got = platform::readStream(stream_, block_.data + block_.size, room);
+    const std::size_t got = source_.read(block_.data + block_.size, room);
     block_.size += got;
     block_.data[block_.size] = '\0';
-    ended_ = got < room;
-    return ended_ && std::ferror(stream_) != 0 ? kIniReadFailed : kIniDone;
+    ended_ = got < room || source_.isAtKnownEnd();
+    return ended_ && source_.hasFailed() ? kIniReadFailed : kIniDone;
 }
 
-bool IniStreamBlock::makeRoom(std::size_t capacity) noexcept {
+bool IniSourceBlock::makeRoom(std::size_t capacity) noexcept {
     // A new block instead of a grown one, so that a large one may be of large pages from the start.
     char* const wider = static_cast<char*>(memory_.allocate(capacity));
     if (wider == nullptr)
@@ -96,16 +96,6 @@ bool IniStreamBlock::makeRoom(std::size_t capacity) noexcept {
     block_.data[block_.size] = '\0';
     capacity_ = capacity;
     return true;
-}
-
-// As far as the system tells; more may come, or less.
-std::size_t IniStreamBlock::sizeOfRest() noexcept {
-    const long here = std::ftell(stream_);
-    if (here < 0 || std::fseek(stream_, 0, SEEK_END) != 0)
-        return 0;
-    const long end = std::ftell(stream_);
-    std::fseek(stream_, here, SEEK_SET);
-    return end > here ? static_cast<std::size_t>(end - here) : 0;
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

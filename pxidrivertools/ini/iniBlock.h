@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
@@ -32,25 +31,44 @@ struct IniBlock {
 // before it. The block is the caller's to release in any case.
 IniStatus readBlock(const IniMemory& memory, const IniReader& reader, IniBlock& block) noexcept;
 
-// The same from a stream, in two steps: its beginning, which is the whole of most files, and the
-// rest, which is read straight into the block. The stream stands where reading starts. A failure of
-// the first step need not be followed by the second.
-class IniStreamBlock {
+// What a block is filled from; it stands where reading starts.
+class IniSource {
 public:
-    IniStreamBlock(const IniMemory& memory, std::FILE* stream, IniBlock& block) noexcept
-        : memory_(memory), stream_(stream), block_(block) {}
+    // Reads until there are `size` bytes, or to the end or a failure.
+    virtual std::size_t read(char* to, std::size_t size) noexcept = 0;
+    virtual bool hasFailed() noexcept = 0;
+    // Whether it is known without a further read that nothing is left.
+    virtual bool isAtKnownEnd() noexcept = 0;
+    // How many bytes are left, as far as that is known before anything is read; otherwise 0.
+    virtual std::size_t sizeOfAll() noexcept = 0;
+    // The same after a read, where it may cost something to learn it.
+    virtual std::size_t sizeOfRest() noexcept = 0;
+
+protected:
+    IniSource() = default;
+    ~IniSource() = default;
+    IniSource(const IniSource&) = default;
+    IniSource& operator=(const IniSource&) = default;
+};
+
+// The same from a source, in two steps: its beginning, which is the whole of most files, and the
+// rest, which is read straight into the block. A failure of the first step need not be followed by
+// the second.
+class IniSourceBlock {
+public:
+    IniSourceBlock(const IniMemory& memory, IniSource& source, IniBlock& block) noexcept
+        : memory_(memory), source_(source), block_(block) {}
 
     IniStatus readBeginning() noexcept;
     IniStatus readRest() noexcept;
 
 private:
-    // Reads until the room that there is is full or the stream ends.
+    // Reads until the room that there is is full or the source ends.
     IniStatus fill() noexcept;
     bool makeRoom(std::size_t capacity) noexcept;
-    std::size_t sizeOfRest() noexcept;
 
     const IniMemory& memory_;
-    std::FILE* stream_;
+    IniSource& source_;
     IniBlock& block_;
     std::size_t capacity_ = 0;
     bool ended_ = false;

@@ -1,5 +1,6 @@
 #include "pxidrivertools/ini/iniLoad.h"
 
+#include "platform/stream.h"
 #include "pxidrivertools/ini/iniBlock.h"
 #include "pxidrivertools/ini/iniContinuation.h"
 #include "pxidrivertools/ini/iniFileObject.h"
@@ -7,7 +8,9 @@
 #include "pxidrivertools/ini/iniList.h"
 #include "pxidrivertools/ini/iniSearch.h"
 
+#include <algorithm>
 #include <array>
+#include <limits>
 #include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
@@ -286,22 +289,57 @@ void dropContent(IniFileObject& file) noexcept {
     file.firstOddLine = kNotFromFile;
 }
 
-} // namespace
+class StreamSource final : public IniSource {
+public:
+    explicit StreamSource(std::FILE* stream) noexcept : stream_(stream) {}
 
-IniStatus loadIni(IniFileObject& file, const IniReader& reader) noexcept {
-    dropContent(file);
-    IniBlock block;
-    const IniStatus status = readBlock(file.memory, reader, block);
-    return loadBlock(file, block, 0, status);
-}
+    std::size_t read(char* to, std::size_t size) noexcept override {
+        return platform::readStream(stream_, to, size);
+    }
+    bool hasFailed() noexcept override { return std::ferror(stream_) != 0; }
+    bool isAtKnownEnd() noexcept override { return false; }
+    std::size_t sizeOfAll() noexcept override { return 0; }
+    // As far as the system tells; more may come, or less.
+    std::size_t sizeOfRest() noexcept override {
+        const long here = std::ftell(stream_);
+        if (here < 0 || std::fseek(stream_, 0, SEEK_END) != 0)
+            return 0;
+        const long end = std::ftell(stream_);
+        std::fseek(stream_, here, SEEK_SET);
+        return end > here ? static_cast<std::size_t>(end - here) : 0;
+    }
 
-IniStatus loadIni(IniFileObject& file, std::FILE* stream) noexcept {
+private:
+    std::FILE* stream_;
+};
+
+class FileSource final : public IniSource {
+public:
+    explicit FileSource(platform::FileToLoad& file) noexcept : file_(file) {}
+
+    std::size_t read(char* to, std::size_t size) noexcept override { return file_.read(to, size); }
+    bool hasFailed() noexcept override { return file_.hasFailed(); }
+    bool isAtKnownEnd() noexcept override { return file_.isAtKnownEnd(); }
+    std::size_t sizeOfAll() noexcept override { return sizeOfRest(); }
+    std::size_t sizeOfRest() noexcept override {
+        return static_cast<std::size_t>(std::min(file_.expected(), kMost));
+    }
+
+private:
+    // More cannot be addressed; asking for as much as this fails as it should.
+    static constexpr std::uint64_t kMost = std::numeric_limits<std::size_t>::max() / 4;
+
+    platform::FileToLoad& file_;
+};
+
+// `status` is what came of getting to the start.
+IniStatus loadSource(IniFileObject& file, IniSource& source, IniStatus status) noexcept {
     using namespace std::string_view_literals;
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
     IniBlock block;
-    IniStreamBlock reader(file.memory, stream, block);
-    IniStatus status =
-        std::fseek(stream, 0, SEEK_SET) == 0 ? reader.readBeginning() : kIniReadFailed;
+    IniSourceBlock reader(file.memory, source, block);
+    if (status == kIniDone)
+        status = reader.readBeginning();
     const std::string_view beginning(block.data, block.size);
     for (const std::string_view wide :
          {"\xFF\xFE\0\0"sv, "\0\0\xFE\xFF"sv, "\xFF\xFE"sv, "\xFE\xFF"sv})
@@ -314,6 +352,26 @@ IniStatus loadIni(IniFileObject& file, std::FILE* stream) noexcept {
     if (status == kIniDone)
         status = reader.readRest();
     return loadBlock(file, block, textStart, status);
+}
+
+} // namespace
+
+IniStatus loadIni(IniFileObject& file, const IniReader& reader) noexcept {
+    dropContent(file);
+    IniBlock block;
+    const IniStatus status = readBlock(file.memory, reader, block);
+    return loadBlock(file, block, 0, status);
+}
+
+IniStatus loadIni(IniFileObject& file, std::FILE* stream) noexcept {
+    StreamSource source(stream);
+    return loadSource(file, source,
+                      std::fseek(stream, 0, SEEK_SET) == 0 ? kIniDone : kIniReadFailed);
+}
+
+IniStatus loadIni(IniFileObject& file, platform::FileToLoad& from) noexcept {
+    FileSource source(from);
+    return loadSource(file, source, kIniDone);
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -1,6 +1,7 @@
 // Reading an INI file into a file object.
 #pragma once
 
+#include "platform/fileToLoad.h"
 #include "pxidrivertools/ini/iniBlock.h"
 #include "pxidrivertools/ini/iniFileObject.h"
 #include "pxidrivertools/ini/iniStatus.h"
@@ -17,5 +18,8 @@ IniStatus loadIni(IniFileObject& file, const IniReader& reader) noexcept;
 // or UTF-32 one gives kIniWideEncoding, and the content is as it was. The stream must be seekable
 // and stays the caller's.
 IniStatus loadIni(IniFileObject& file, std::FILE* stream) noexcept;
+
+// The same from a file that is open and of which nothing has been read.
+IniStatus loadIni(IniFileObject& file, platform::FileToLoad& from) noexcept;
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0

@@ -78,6 +78,9 @@ TEST_F(IniStreamTest, FilesOfAnySizeAreReadWhole) {
             ASSERT_EQ(loadIni(*file, stream.get()), kIniDone);
             ASSERT_EQ(findKey(*file, *findSection(*file, "a"), "x")->value.view(), value) << size;
         }
+        platform::FileToLoad from(folder.file("file.ini").c_str());
+        ASSERT_EQ(loadIni(*file, from), kIniDone);
+        ASSERT_EQ(findKey(*file, *findSection(*file, "a"), "x")->value.view(), value) << size;
     }
 }
 
@@ -93,6 +96,57 @@ TEST_F(IniStreamTest, AFileThatDoesNotFitMemoryIsReadAsFarAsItDoes) {
     EXPECT_EQ(loadPath(folder.file("file.ini")), kIniOutOfMemory);
     EXPECT_EQ(listing(*file), "");
     file.reset();
+}
+
+TEST_F(IniStreamTest, AFileThatTellsItsSizeIsGivenNoMoreRoomThanItNeeds) {
+    const std::string path = folder.write("file.ini", "[a]\nx=1");
+    TestMemory memory;
+    file.reset(createIniFile(memory.memory()));
+    memory.failAbove(3000); // the records need some; a beginning of unknown size would need more
+    platform::FileToLoad from(path.c_str());
+    EXPECT_EQ(loadIni(*file, from), kIniDone);
+    EXPECT_EQ(listing(*file), "a@1{x@2=1;}");
+    EXPECT_EQ(loadPath(path), kIniOutOfMemory);
+    file.reset();
+}
+
+TEST_F(IniStreamTest, AFileIsLoadedAsAStreamIs) {
+    for (const std::string& text :
+         {std::string(), std::string("x"), std::string("\xEF\xBB\xBF[a]\nx=1\n"),
+          std::string("\xFF\xFE[\0", 4), "[a]\nx=1\n[b]\nx=" + std::string(20000, 'v') + "\ny"}) {
+        const IniStatus expected = load(text);
+        const std::string content = listing(*file);
+        const std::int32_t oddLine = file->firstOddLine;
+        file.reset(createIniFile());
+        platform::FileToLoad from(folder.file("file.ini").c_str());
+        EXPECT_EQ(loadIni(*file, from), expected);
+        EXPECT_EQ(listing(*file), expected == kIniWideEncoding ? "" : content);
+        EXPECT_EQ(file->firstOddLine, expected == kIniWideEncoding ? kNotFromFile : oddLine);
+    }
+}
+
+// Each refused request of a file's load is told.
+TEST_F(IniStreamTest, AFileThatDoesNotFitMemoryIsToldOfEveryRequest) {
+    const std::string path =
+        folder.write("file.ini", "[a]\nx=1\n[b]\nx=" + std::string(40000, 'v') + "\n");
+    for (int request = 1;; ++request) {
+        ASSERT_LT(request, 100);
+        TestMemory memory;
+        file.reset(createIniFile(memory.memory()));
+        memory.failAt(request);
+        platform::FileToLoad from(path.c_str());
+        const IniStatus status = loadIni(*file, from);
+        const bool isRefused = memory.requests() >= request;
+        const std::string content = listing(*file);
+        file.reset();
+        if (!isRefused) {
+            EXPECT_EQ(status, kIniDone);
+            EXPECT_GT(request, 4);
+            break;
+        }
+        // Not shrinking a block does no harm.
+        EXPECT_TRUE(status == kIniOutOfMemory || (status == kIniDone && !content.empty()));
+    }
 }
 
 TEST_F(IniStreamTest, StartsAtTheFirstByteWhereverTheStreamStood) {
