@@ -283,6 +283,11 @@ void cIniFile::getString(const std::string& section, const std::string& key, std
         withMemory(status, __LINE__, [&] { value = text.view(); });
 }
 
+std::string_view cIniFile::getView(const std::string& section, const std::string& key,
+                                   tFixedStatus& status) {
+    return findValue(section, key, status).value_or(std::string_view());
+}
+
 void cIniFile::getText(const std::string& section, const std::string& key, tText& value,
                        tFixedStatus& status) {
     const auto found = findValue(section, key, status);

@@ -7,6 +7,7 @@
 #include "pxidrivertools/ini/iniFileOperations.h"
 
 #include <optional>
+#include <string_view>
 
 namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
@@ -70,6 +71,10 @@ public:
                            const std::list<std::wstring>& values, tFixedStatus& status) override;
     void setStringList(const std::string& section, const std::string& key,
                        const std::list<std::string>& values, tFixedStatus& status) override;
+    // Beside iIniFile: the value as it is stored, without a copy. Good until the file's content
+    // changes or is dropped; empty with an error. NotOpen (also: no such section), NoKey.
+    std::string_view getView(const std::string& section, const std::string& key,
+                             tFixedStatus& status);
     bool fileChanged(tFixedStatus& status) override;
     std::uint8_t getConfirmSave(tFixedStatus& status) override;
     void setConfirmSave(std::uint8_t confirm, tFixedStatus& status) override;

@@ -12,6 +12,7 @@ namespace bench {
 struct IniFigures {
     double load = 0;     // seconds a load
     double find = 0;     // seconds a look-up of a random key; 0 without a shape
+    double copy = 0;     // the same with a copy of its value
     double save = 0;     // seconds a save; 0 for a contender that cannot
     double resident = 0; // bytes of the process after the first load
 };

@@ -28,8 +28,7 @@ public:
     void unload() override { file_.reset(); }
     std::string_view find(const std::string& section, const std::string& key) override {
         ini::tFixedStatus status;
-        file_->getText(section, key, text_, status);
-        return text_.view();
+        return file_->getView(section, key, status);
     }
     void save(const std::string& path) override {
         std::filesystem::resize_file(path, 0); // what is there already would not be written
@@ -40,7 +39,6 @@ public:
 
 private:
     std::optional<ini::cIniFile> file_;
-    ini::tText text_;
 };
 
 // With the settings that the class gives it.

@@ -103,6 +103,26 @@ TEST_F(IniFileValuesTest, StringsAreReadAsTheyAreStored) {
     EXPECT_EQ(get("a", "x"), "");
 }
 
+TEST_F(IniFileValuesTest, AViewIsTheStoredValueItself) {
+    load("\" a\\tb \"");
+    Status status;
+    const std::string_view first = file.getView("a", "x", status);
+    EXPECT_EQ(first, " a\\tb ");
+    EXPECT_EQ(file.getView("a", "x", status).data(), first.data());
+    EXPECT_EQ(status.code, 0);
+    EXPECT_EQ(codeOf([&](Status& s) { EXPECT_EQ(file.getView("a", "none", s), ""); }),
+              kIniFileErrNoKey);
+    EXPECT_EQ(codeOf([&](Status& s) { EXPECT_EQ(file.getView("none", "x", s), ""); }),
+              kIniFileErrNotOpen);
+    EXPECT_EQ(file.getView("a", "x", status), first);
+    status.code = -1;
+    EXPECT_EQ(file.getView("a", "x", status), "");
+    Status open;
+    file.close(open);
+    EXPECT_EQ(codeOf([&](Status& s) { EXPECT_EQ(file.getView("a", "x", s), ""); }),
+              kIniFileErrNotOpen);
+}
+
 TEST_F(IniFileValuesTest, WideStringsAreConverted) {
     load("gr\xC3\xBC\xC3\x9F \xF0\x9F\x94\x8C");
     Status status;
