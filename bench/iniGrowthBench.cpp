@@ -83,7 +83,7 @@ void IniStoreBySections(benchmark::State& state) {
 
 template <class Benchmark>
 void sweep(Benchmark* benchmark) {
-    for (const int sections : {1'000, 3'000, 10'000, 30'000, 100'000, 200'000})
+    for (const int sections : {1'000, 3'000, 10'000, 30'000, 100'000, 200'000, 500'000, 1'000'000})
         benchmark->Arg(sections);
     benchmark->Unit(benchmark::kMillisecond)->Complexity();
 }

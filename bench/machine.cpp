@@ -73,13 +73,19 @@ void Machine::describe(const std::string& description) {
 }
 
 void Machine::describe(std::size_t models) {
-    constexpr unsigned kAbsent = 0x8000; // no such subsystem identifier on the bus
+    // No such subsystem identifiers on the bus.
+    constexpr unsigned kAbsent = 0x8000;
+    constexpr unsigned kAbsentCards = 0xC000;
     for (unsigned model = 0; model < models; ++model) {
         const unsigned quarter = model / 4;
         if (model % 4 == 0) {
             const unsigned card = quarter - kSwitches; // when it is not below 0
             const bool isSwitch = quarter < kSwitches;
-            require(isSwitch || card < kSwitches * kPorts * kFunctions, "too many models");
+            require(quarter < kAbsentCards - kAbsent, "too many models");
+            if (!isSwitch && card >= kSwitches * kPorts * kFunctions) {
+                describe(cardDescription(model, 0, kAbsentCards + quarter));
+                continue;
+            }
             describe(isSwitch ? switchDescription(model, kFirstSwitchSubsystem + quarter)
                               : cardDescription(model, card % kFunctions, card / kFunctions));
             ++devices_;

@@ -26,7 +26,8 @@ public:
     explicit Machine(const std::string& dump);
 
     // `models` description files, of which every fourth is on bigBus(), once each: first its ten
-    // switches, then cards. Of the others a third have an anchor that is on the bus.
+    // switches, then cards, as far as there are any: from 5,560 models on, further ones are for
+    // cards that are not there. Of the others a third have an anchor that is on the bus.
     void describe(std::size_t models);
     // One description file more.
     void describe(const std::string& description);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,6 +18,13 @@ public:
     // been dropped by unload().
     virtual void load(const std::string& path) = 0;
     virtual void unload() = 0;
+    // The paths of the files in a folder of INI files.
+    virtual std::vector<std::string> list(const std::string& folder) {
+        std::vector<std::string> paths;
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            paths.push_back(entry.path().string());
+        return paths;
+    }
     // The value of a key, or nothing when there is none. Good until the next call.
     virtual std::string_view find(const std::string& section, const std::string& key) = 0;
     // Writes what was loaded to the file that it came from.

@@ -94,4 +94,20 @@ IniFigures runIni(const IniEntrant& entrant, const std::string& path, const IniS
     return figures;
 }
 
+double runIniFolder(const IniEntrant& entrant, const std::string& folder, std::size_t files) {
+    constexpr int kPasses = 10;
+    const IniContenderOwner contender = entrant.make();
+    Best best;
+    for (int pass = 0; pass < kPasses; ++pass)
+        best.take(secondsOf([&] {
+            const std::vector<std::string> paths = contender->list(folder);
+            require(paths.size() == files, "files are missing in " + folder);
+            for (const std::string& path : paths) {
+                contender->load(path);
+                contender->unload();
+            }
+        }));
+    return best.value();
+}
+
 } // namespace bench

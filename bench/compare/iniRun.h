@@ -21,4 +21,7 @@ struct IniFigures {
 // over the file.
 IniFigures runIni(const IniEntrant& entrant, const std::string& path, const IniShape* shape);
 
+// Seconds that it takes to list a folder of so many files and to load and drop each.
+double runIniFolder(const IniEntrant& entrant, const std::string& folder, std::size_t files);
+
 } // namespace bench

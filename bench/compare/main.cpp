@@ -20,6 +20,10 @@ int main(int argc, char** argv) {
                                std::strtoul(argv[3], nullptr, 10), argv[4]);
             return 0;
         }
+        if (first == "--folder" && argc == 4) {
+            bench::runIniFolderChild(std::strtoul(argv[2], nullptr, 10), argv[3]);
+            return 0;
+        }
         const int rounds = std::atoi(first.c_str());
         if (rounds < 1) {
             std::fprintf(stderr, "usage: tav_compare [ROUNDS [DLL...]]\n");

@@ -2,6 +2,7 @@
 // Duplicates are merged, values in pieces joined, quotes recorded.
 #include "bench/compare/iniContender.h"
 #include "bench/require.h"
+#include "platform/directorySearch.h"
 #include "platform/fileToLoad.h"
 #include "pxidrivertools/cIniFile.h"
 #include "pxidrivertools/ini/iniLoad.h"
@@ -26,6 +27,17 @@ public:
         require(!status.failed(), "the class cannot open " + path);
     }
     void unload() override { file_.reset(); }
+    // As the plug-in lists descriptions, in byte order of their names.
+    std::vector<std::string> list(const std::string& folder) override {
+        const std::string start = folder + platform::pathSeparator();
+        platform::DirectorySearch search;
+        require(search.open(start + "*.ini") == platform::SearchOutcome::entry,
+                "the class finds nothing in " + folder);
+        std::vector<std::string> paths;
+        for (std::string name; search.next(name) == platform::SearchOutcome::entry;)
+            paths.push_back(start + name);
+        return paths;
+    }
     std::string_view find(const std::string& section, const std::string& key) override {
         ini::tFixedStatus status;
         return file_->getView(section, key, status);
