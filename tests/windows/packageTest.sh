@@ -24,7 +24,7 @@ folders=(*)
 cd "${folders[0]}"
 
 {
-    printf '%s\n' README.txt cmake/zotavpciConfig{,Version}.cmake docs/{descriptions,hosts,rack}.md \
+    printf '%s\n' README.txt cmake/zotavpciConfig{,Version}.cmake docs/{descriptions,fleet,hosts,rack}.md \
         include/{tavHost.h,tavLibrary.h,tavPlugin.h,zopcibrd.h,zotavpci.def} samples/switchboxes.dump \
         "$target"/{THIRD-PARTY.txt,tavctl.exe,zopcibrd.dll,zotavpci.dll,zotavpci.lib}
     (cd "$source" && find "descriptions/PCI Hardware Descriptions" -name '*.ini' &&
