@@ -103,7 +103,8 @@ void addRows(const Input& input, const std::vector<BestFigures>& figures, const 
     rows.push_back(compare("  by the class", figures, kClass, &BestFigures::load,
                            input.shape == nullptr ? 2.5 : 3, loaded));
     rows.push_back(
-        compare("  resident memory", figures, kClass, &BestFigures::resident, 1, memory));
+        compare(input.shape == nullptr ? "  resident memory of each of 200" : "  resident memory",
+                figures, kClass, &BestFigures::resident, 1, memory));
     if (input.shape != nullptr) {
         rows.push_back(compare("  look up a random key", figures, kEngine, &BestFigures::find,
                                input.findTarget, time));

@@ -14,7 +14,7 @@ struct IniFigures {
     double find = 0;     // seconds a look-up of a random key; 0 without a shape
     double copy = 0;     // the same with a copy of its value
     double save = 0;     // seconds a save; 0 for a contender that cannot
-    double resident = 0; // bytes of the process after the first load
+    double resident = 0; // bytes of the process after the first load; of a small file, its own
 };
 
 // `shape` is that of the file, or null for a file of another make. What the contender saves goes
