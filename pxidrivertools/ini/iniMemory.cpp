@@ -10,7 +10,7 @@ namespace nZoTavManagerPciPlugin_15_0::nZoPxiDriverTools_1_0 {
 
 namespace {
 
-constexpr std::size_t kSmallestSlab = 2048;
+constexpr std::size_t kSmallestSlab = 1024;
 constexpr std::size_t kLargestSlab = std::size_t{8} << 20;
 
 } // namespace

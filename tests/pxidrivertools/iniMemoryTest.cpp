@@ -77,6 +77,15 @@ TEST(IniMemory, SettingAValueChangesNothingWhenItFails) {
         << "section name, key name, value, list of keys, list of sections";
 }
 
+// Hosts keep hundreds of descriptions of half a kilobyte.
+TEST(IniMemory, FewRecordsTakeOneKilobyte) {
+    TestMemory memory;
+    const IniFileOwner file(createIniFile(memory.memory()));
+    memory.failAbove(1024);
+    for (int key = 0; key < 20; ++key)
+        ASSERT_EQ(setValue(*file, "a", numbered("key", key), "1", kNoQuote), kIniStored) << key;
+}
+
 TEST(IniMemory, RecordsForWhichThereIsNoRoomAreReported) {
     TestMemory memory;
     const IniFileOwner file(createIniFile(memory.memory()));
