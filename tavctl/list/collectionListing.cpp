@@ -90,8 +90,8 @@ private:
 
 ExitStatus listCollection(const std::vector<std::string>& paths, const CommonOptions& options,
                           const ListFilter& filter, bool verbose) {
-    const HostSetup setup(optionsForMany(options, "list"));
     const auto recordings = recordingsAt(paths);
+    const HostSetup setup(optionsForMany(options, "list"));
     const Models models = modelsInForce();
     if (models->GetModelCount() == 0)
         explainNoDescriptions();

@@ -68,8 +68,8 @@ ExitStatus previewCollection(const NamesOptions& options) {
     if (!options.newDump.empty())
         throw FailureException({"preview names", "--new-dump", "it is one machine's", {}, {}},
                                ExitStatus::wrongUsage);
-    CommonOptions common = optionsForMany(options.common, "preview names");
     const auto recordings = recordingsAt({options.common.dump});
+    CommonOptions common = optionsForMany(options.common, "preview names");
     const Models today = options.newDescriptions.empty() ? nullptr : modelsOf(common);
     if (!options.newDescriptions.empty())
         common.descriptions = options.newDescriptions;

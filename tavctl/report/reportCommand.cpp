@@ -49,8 +49,8 @@ ReportedMachine reportOf(const Recording& recording, const Models& models) {
 
 // Whether each could be read.
 bool addRecordings(const ReportOptions& options, ReportData& data) {
-    const HostSetup setup(optionsForMany(options.common, "report"));
     const auto recordings = recordingsAt(options.recordings);
+    const HostSetup setup(optionsForMany(options.common, "report"));
     const Models models = modelsInForce();
     if (models->GetModelCount() == 0)
         explainNoDescriptions();

@@ -56,7 +56,10 @@ protected:
                    " devices";
         const auto error = nlohmann::json::parse(result.error)["error"];
         EXPECT_EQ(result.exitStatus, 3);
-        EXPECT_TRUE(testhostile::isDocumentedInitialize(error["status"])) << error["status"];
+        // The plug-in has not been asked where there is no bus to look at.
+        EXPECT_TRUE(error["status"].is_null() ||
+                    testhostile::isDocumentedInitialize(error["status"]))
+            << error["status"];
         return error["operation"].get<std::string>() + " (" + error["object"].get<std::string>() +
                "): " + error["reason"].get<std::string>();
     }
@@ -119,8 +122,9 @@ TEST_F(SpecialFiles, InPlaceOfADumpAreReadAsFarAsTheyGo) {
             return "0 devices";
         case Kind::pipe: // that nobody writes to
             return start + ": Broken pipe";
-        case Kind::folder: // that stands for /sys
-            return start + "/bus/pci/devices: No such file or directory";
+        case Kind::folder: // of recordings, as far as can be seen
+            return "search for recordings (" + dump.string() +
+                   "): no recorded bus is in this folder";
         case Kind::linkToZero:
         case Kind::linkToFull:
             return start + ": a line is longer than 1048576 bytes";

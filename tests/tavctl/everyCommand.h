@@ -39,7 +39,6 @@ inline std::vector<std::string> looksAtMachine() {
             "metrics",
             "metrics --openmetrics",
             "report",
-            "report " + kSample,
             "record",
             "record --scrub",
             "names",
