@@ -237,7 +237,8 @@ TEST_P(SystemCallFaults, EachOnceGivesADocumentedStatusAndLeavesNothingBehind) {
     EXPECT_GT(points, 60U);
     EXPECT_GT(faults, 180U);
     EXPECT_THAT(statuses, testing::SizeIs(testing::Ge(8U)));
-    EXPECT_GT(devicesLeftOut_, 0U);
+    // Bridges and devices are of one reading of the bus, and every failure of that is told.
+    EXPECT_EQ(devicesLeftOut_, 0U);
     EXPECT_GT(modelsLeftOut_, 0U);
     const std::string scene =
         GetParam() == FaultMachine::Names::none ? " (no name file yet)" : " (with a name file)";
