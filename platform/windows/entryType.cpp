@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cwchar>
+#include <string>
 
 namespace platform {
 
@@ -33,10 +33,19 @@ file_type typeOf(unsigned mode) {
     }
 }
 
-// By the C library, which knows devices, but takes the longer form for a pattern.
-file_type typeOfUsual(const wchar_t* path) {
+// "C:/lab" for "C:/lab/"; a root keeps its separator.
+std::wstring withoutSeparatorAtEnd(std::wstring path) {
+    const auto isSeparator = [](wchar_t c) { return c == L'/' || c == L'\\'; };
+    while (path.size() > 1 && isSeparator(path.back()) && path[path.size() - 2] != L':')
+        path.pop_back();
+    return path;
+}
+
+// By the C library, which knows devices, but takes the longer form for a pattern, and a separator
+// at the end for a folder that is not there.
+file_type typeOfUsual(const std::wstring& path) {
     struct _stat64 status = {};
-    if (_wstat64(path, &status) == 0)
+    if (_wstat64(withoutSeparatorAtEnd(path).c_str(), &status) == 0)
         return typeOf(status.st_mode);
     return errno == ENOENT || errno == ENOTDIR ? file_type::not_found : file_type::none;
 }
@@ -46,7 +55,7 @@ file_type typeOfUsual(const wchar_t* path) {
 file_type typeOfEntry(const std::string& utf8Path) {
     const std::wstring path = wideText(utf8Path);
     if (!isLongPath(path.c_str()))
-        return typeOfUsual(path.c_str());
+        return typeOfUsual(path);
     const DWORD attributes = GetFileAttributesW(withLongPrefix(path).c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES)
         return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? file_type::directory
