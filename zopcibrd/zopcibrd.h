@@ -138,7 +138,7 @@ int32_t ZOPCIBRD_CALL ZoPciBrd_EepromUpdate(uint32_t session, uint32_t bridge, u
                                             uint32_t fifth, void* data);
 
 /* A function of the bus, whatever it is. */
-typedef struct tZoPciBrdFunction {
+struct tZoPciBrdFunction {
     uint32_t handle;          /* (bus << 8) | (device << 3) | function */
     uint16_t vendor, device;  /* identifiers */
     uint16_t subsystemVendor; /* 0 where the function has none */
@@ -149,11 +149,11 @@ typedef struct tZoPciBrdFunction {
     uint8_t linkWidth;      /* maximum, of a bridge: as the attributes tell it; else 0 */
     uint8_t linkSpeed;
     uint8_t reserved[3]; /* 0 */
-} tZoPciBrdFunction;
+};
 
 /* Lists all functions of domain 0, bridges and others. Not in the original library: a caller looks
  * for the symbol and does without. kPciBrdErrOutOfMemory. */
-int32_t ZOPCIBRD_CALL ZoPciBrd_GetFunctions(uint32_t session, tZoPciBrdFunction* functions,
+int32_t ZOPCIBRD_CALL ZoPciBrd_GetFunctions(uint32_t session, struct tZoPciBrdFunction* functions,
                                             uint32_t* count);
 
 #ifdef __cplusplus

@@ -43,10 +43,10 @@ public:
     virtual std::size_t sizeOfAll() noexcept = 0;
     // The same after a read, where it may cost something to learn it.
     virtual std::size_t sizeOfRest() noexcept = 0;
+    virtual ~IniSource() = default;
 
 protected:
     IniSource() = default;
-    ~IniSource() = default;
     IniSource(const IniSource&) = default;
     IniSource& operator=(const IniSource&) = default;
 };
