@@ -222,7 +222,7 @@ test-systemd: package ## boot a system with systemd that has the Debian packages
 	@scripts/install-packages.sh clean
 	@tests/packages/debian/systemdTest.sh build/packages .
 
-test-packages: ## both: what ships, as it is installed
+test-packages: ## all of these: what ships, as it is installed
 	@scripts/install-packages.sh build windows package clean # which only one may do at a time
 	@scripts/install-wine32.sh
 	@$(MAKE) --no-print-directory -j2 --output-sync=target test-debian test-msi test-systemd

@@ -87,10 +87,14 @@ std::string connectorName(const std::string& device, const std::vector<std::stri
                        separated(labels, " "));
 }
 
+void explainMark() {
+    complain("names with * would be given, and are not stored");
+}
+
 void explainMarks(const std::vector<ListedDevice>& devices) {
     if (std::any_of(devices.begin(), devices.end(),
                     [](const ListedDevice& device) { return !device.isStored; }))
-        complain("names with * would be given, and are not stored");
+        explainMark();
 }
 
 } // namespace tavctl

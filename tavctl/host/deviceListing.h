@@ -49,7 +49,8 @@ std::string markedName(const ListedDevice& device);
 // connector 2", "TAV3 connectors B1 B2". There is at least one label.
 std::string connectorName(const std::string& device, const std::vector<std::string>& labels);
 
-// Says what that means when there is one.
+// Says what that means; and the same when there is one.
+void explainMark();
 void explainMarks(const std::vector<ListedDevice>& devices);
 
 } // namespace tavctl

@@ -2,6 +2,7 @@
 
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/descriptionFiles.h"
+#include "tavctl/host/deviceListing.h"
 #include "tavctl/list/listing.h"
 #include "tavctl/recordings/machineDocument.h"
 #include "tavctl/recordings/machineLook.h"
@@ -49,7 +50,7 @@ public:
         if (document_)
             document_->end();
         else if (isUnstoredShown_)
-            complain("names with * would be given, and are not stored");
+            explainMark();
         if (isFailed_)
             return ExitStatus::failed;
         const bool isProblem = filter_.degraded ? devices_ != 0 : filter_.isNarrow() && !told_;

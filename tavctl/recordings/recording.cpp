@@ -2,7 +2,7 @@
 
 #include "platform/entryType.h"
 #include "platform/folderReader.h"
-#include "platform/systemCode.h"
+#include "platform/pathBelow.h"
 #include "platform/utf8Path.h"
 
 #include <algorithm>
@@ -42,7 +42,7 @@ bool isFolder(const std::string& path) {
 }
 
 bool standsForSys(const std::string& folder) {
-    return isFolder(folder + "/bus/pci/devices");
+    return isFolder(platform::pathBelow(folder, "bus/pci/devices"));
 }
 
 Recording recordingAt(const std::string& path) {
@@ -88,7 +88,7 @@ private:
         }
         for (const std::string& name : names) {
             if (!name.starts_with('.'))
-                look(withoutSeparators(folder) + "/" + name);
+                look(platform::pathBelow(folder, name));
         }
     }
 

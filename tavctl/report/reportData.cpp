@@ -2,10 +2,13 @@
 
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/list/listing.h"
+#include "tavctl/words/printable.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace tavctl {
@@ -32,10 +35,16 @@ bool isIn(const SeenDevice& inner, const SeenDevice& outer, const SeenConnector&
 }
 
 // Within a script's element the one character that could end it.
-std::string withoutTags(std::string json) {
-    for (std::size_t at = json.find('<'); at != std::string::npos; at = json.find('<', at))
-        json.replace(at, 1, "\\u003c");
-    return json;
+std::string withoutTags(std::string_view json) {
+    std::string text;
+    text.reserve(json.size());
+    for (const char c : json) {
+        if (c == '<')
+            text += "\\u003c";
+        else
+            text += c;
+    }
+    return text;
 }
 
 } // namespace
@@ -139,7 +148,7 @@ std::string ReportData::text(const std::string& title) const {
 
 std::string asHtml(const std::string& text) {
     std::string html;
-    for (const char c : text) {
+    for (const char c : printable(text)) {
         switch (c) {
         case '<':
             html += "&lt;";

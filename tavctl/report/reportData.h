@@ -81,7 +81,7 @@ private:
     std::string rows_;
 };
 
-// A text as HTML has it between tags and within quotes.
+// A text as HTML has it between tags and within quotes, with what cannot be seen by its number.
 std::string asHtml(const std::string& text);
 
 } // namespace tavctl

@@ -112,6 +112,11 @@ TEST(ReportPage, WhatIsSaidStaysText) {
     EXPECT_EQ(read["title"], evil);
 }
 
+TEST(ReportPage, WhatCannotBeSeenStandsByItsNumber) {
+    const std::string page = reportPage(ReportData(reportNames()), "Lab\x1B[31m \xFF");
+    EXPECT_THAT(page, HasSubstr(R"(<title>Lab\x1B[31m \xFF</title>)"));
+}
+
 // A page that is sent has everything inside, and tells nobody that it was read.
 TEST(ReportPage, AsksNobodyForAnything) {
     const std::string page = reportPage(ReportData(reportNames()), "Lab");
