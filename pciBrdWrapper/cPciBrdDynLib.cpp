@@ -78,8 +78,6 @@ void cPciBrdDynLib::bindAll(tErrorStatus& status) {
     if (!status.failed() &&
         std::find(functions_.begin(), functions_.end(), nullptr) != functions_.end())
         nZOQUIL000::setSiteOnlyError(status, kUnboundSite);
-    if (!status.failed())
-        functionList_ = module.symbol(kFunctionListSymbol);
 }
 
 template <typename... Arguments>
@@ -208,11 +206,11 @@ std::int32_t cPciBrdDynLib::EepromUpdate(std::uint32_t session, std::uint32_t br
 }
 
 std::int32_t cPciBrdDynLib::GetFunctions(std::uint32_t session, tZoPciBrdFunction* functions,
-                                         std::uint32_t* count) const {
-    if (functionList_ == nullptr)
+                                         std::uint32_t* count) {
+    void* const function = module.loaded() ? module.symbol(kFunctionListSymbol) : nullptr;
+    if (function == nullptr)
         return kPciBrdErrUnavailable;
-    return reinterpret_cast<decltype(&ZoPciBrd_GetFunctions)>(functionList_)(session, functions,
-                                                                             count);
+    return reinterpret_cast<decltype(&ZoPciBrd_GetFunctions)>(function)(session, functions, count);
 }
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0

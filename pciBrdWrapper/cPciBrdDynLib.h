@@ -81,9 +81,10 @@ public:
                                       std::uint32_t third, std::uint32_t fourth,
                                       std::uint32_t fifth, void* data);
 
-    // kPciBrdErrUnavailable of a library that does not list functions, which is no failure.
+    // Looked for when it is called. kPciBrdErrUnavailable of a library that does not list
+    // functions, which is no failure.
     std::int32_t GetFunctions(std::uint32_t session, tZoPciBrdFunction* functions,
-                              std::uint32_t* count) const;
+                              std::uint32_t* count);
 
 private:
     void bindAll(tErrorStatus& status);
@@ -92,7 +93,6 @@ private:
 
     platform::DynamicLibrary module;
     std::array<void*, kBridgeFunctionCount> functions_{};
-    void* functionList_ = nullptr;
 };
 
 } // namespace nZoTavManagerPciPlugin_15_0::nZoPciBrdWrapper_15_0

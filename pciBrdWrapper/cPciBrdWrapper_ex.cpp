@@ -151,7 +151,7 @@ std::int32_t cPciBrdWrapper_ex::EepromUpdate(std::uint32_t bridge, std::uint16_t
                    463);
 }
 
-std::optional<std::vector<pcibus::PciFunction>> cPciBrdWrapper_ex::SessionFunctions() const {
+std::optional<std::vector<pcibus::PciFunction>> cPciBrdWrapper_ex::SessionFunctions() {
     std::uint32_t count = 0;
     if (sessionOpen == 0 ||
         dynLib.GetFunctions(session, nullptr, &count) != kPciBrdErrBufferTooSmall)

@@ -51,7 +51,7 @@ public:
 
     // All functions of the bus that the open session has read; nothing without a session, and from
     // a library that does not list them. Raises std::bad_alloc.
-    [[nodiscard]] std::optional<std::vector<pcibus::PciFunction>> SessionFunctions() const;
+    [[nodiscard]] std::optional<std::vector<pcibus::PciFunction>> SessionFunctions();
 
 private:
     std::uint32_t session = kNoHandle;

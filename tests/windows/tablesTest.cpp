@@ -214,7 +214,7 @@ TEST(Tables, ThePluginExportsItsFiveFunctions) {
     EXPECT_EQ(file.exportsByNumberOnly, 0U);
 }
 
-TEST(Tables, TheBridgeLibraryExportsItsEighteenFunctions) {
+TEST(Tables, TheBridgeLibraryExportsItsEighteenFunctionsAndTheList) {
     const PeFile file = readPeFile(ZOPCIBRD_FILE);
     EXPECT_TRUE(file.characteristics & IMAGE_FILE_DLL);
     EXPECT_THAT(file.exports,
@@ -226,7 +226,7 @@ TEST(Tables, TheBridgeLibraryExportsItsEighteenFunctions) {
                     "ZoPciBrd_GetRootBuses", "ZoPciBrd_GetBridgeAddress",
                     "ZoPciBrd_GetBridgeSlotPath", "ZoPciBrd_GetBridgeIds",
                     "ZoPciBrd_SetAttributeU32", "ZoPciBrd_GetAttributeU32", "ZoPciBrd_OpenBridge",
-                    "ZoPciBrd_CloseBridge", "ZoPciBrd_EepromUpdate"));
+                    "ZoPciBrd_CloseBridge", "ZoPciBrd_EepromUpdate", "ZoPciBrd_GetFunctions"));
     EXPECT_EQ(file.exportsByNumberOnly, 0U);
 }
 
