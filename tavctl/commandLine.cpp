@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -57,6 +58,10 @@ constexpr KnownCommand kCommands[] = {
      [](OptionParser& parser) { return addCompletionCommand(parser, commandLineWords); }},
 };
 
+bool asksForVersion(const std::vector<std::string>& words) {
+    return words.size() == 2 && words[1] == "--version";
+}
+
 // "--version" and "--json", either first. The latter is an option of commands otherwise.
 bool asksForVersionDocument(const std::vector<std::string>& words) {
     return words.size() == 3 && std::count(words.begin() + 1, words.end(), "--version") == 1 &&
@@ -70,10 +75,23 @@ std::string versionDocument() {
     return whole.line();
 }
 
+// The commands whose options it takes to understand this line. Those of all of them would be half
+// of what the program does on its way to an answer.
+std::span<const KnownCommand> commandsFor(const std::vector<std::string>& words) {
+    if (asksForVersion(words) || asksForVersionDocument(words))
+        return {};
+    const auto isNamed = [&](const KnownCommand& known) {
+        return words.size() > 1 && words[1] == known.name;
+    };
+    const auto* const named = std::find_if(std::begin(kCommands), std::end(kCommands), isNamed);
+    if (named == std::end(kCommands))
+        return kCommands;
+    return {named, 1};
+}
+
 class CommandLine {
 public:
-    // Every command, or the one of this name only.
-    explicit CommandLine(std::string_view only = {})
+    explicit CommandLine(std::span<const KnownCommand> commands = kCommands)
         : parser_("tavctl",
                   "Sees, checks and explains TAV hardware as a host sees it through the plug-in.",
                   "tavctl " TAVCTL_VERSION) {
@@ -84,10 +102,8 @@ public:
             std::string("Exit status: 0 done, 1 problem found in the input, 2 wrong usage,\n"
                         "3 the plug-in or the system failed.\n"
                         "Example: tavctl list -v"));
-        for (const KnownCommand& known : kCommands) {
-            if (only.empty() || known.name == only)
-                commands_.push_back(known.add(parser_));
-        }
+        for (const KnownCommand& known : commands)
+            commands_.push_back(known.add(parser_));
     }
 
     [[nodiscard]] CommandWords words() const { return parser_.words(); }
@@ -154,13 +170,7 @@ private:
 } // namespace
 
 ExitStatus runCommandLine(const std::vector<std::string>& words) {
-    const auto isNamed = [&](const KnownCommand& known) {
-        return words.size() > 1 && words[1] == known.name;
-    };
-    const auto named = std::find_if(std::begin(kCommands), std::end(kCommands), isNamed);
-    // The options of every command are a third of what it takes to start.
-    CommandLine line(named == std::end(kCommands) ? std::string_view() : named->name);
-    return line.run(words);
+    return CommandLine(commandsFor(words)).run(words);
 }
 
 CommandWords commandLineWords() {
