@@ -148,8 +148,8 @@ bool expectBus(std::string_view text, const std::vector<PciFunction>* expected) 
                 ++given;
                 headersOnly += seen.bytes.size() == 64 && (seen.bytes[6] & 0x10) != 0 ? 1 : 0;
                 expect(!seen.function.isBridge() ||
-                           (seen.link.maximumWidth == seen.function.linkWidth &&
-                            seen.link.maximumSpeed == seen.function.linkSpeed),
+                           (seen.link().maximumWidth == seen.function.linkWidth &&
+                            seen.link().maximumSpeed == seen.function.linkSpeed),
                        "a bridge's link is the one that it is told of");
             },
             &leftOut);

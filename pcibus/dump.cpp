@@ -204,7 +204,7 @@ private:
     void take(std::span<const std::uint8_t> bytes, bool isOther) {
         decodeConfigSpace(bytes, current_);
         if (sink_)
-            sink_({address_->domain, current_, bytes, decodeLink(bytes)});
+            sink_({address_->domain, current_, bytes, [said = decodeLink(bytes)] { return said; }});
         if (isOther)
             return;
         if (bytes.size() == kHeaderSize && saysCapabilities(bytes))

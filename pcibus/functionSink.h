@@ -17,11 +17,15 @@ struct SeenFunction {
     // The first ones of the configuration space: as many as there are of a dump, up to 256 of those
     // that a folder's "config" has.
     std::span<const std::uint8_t> bytes;
-    Link link; // of a function of any kind
+    // Asks for the link of a function of any kind. It may be kept and asked later, by one thread at
+    // a time: sysfs is read when it is asked, four files for each function, and most links nobody
+    // wants to know.
+    std::function<Link()> link;
 };
 
 // Is given each function that answers. The bus will have those of domain 0. What it is given is
-// good until it returns.
+// good until it returns, but for what
+// asks for a link.
 using FunctionSink = std::function<void(const SeenFunction&)>;
 
 } // namespace pcibus

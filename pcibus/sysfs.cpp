@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -48,11 +49,10 @@ Read readFunction(SysfsFiles& files, PciFunction& function, std::span<std::uint8
     return Read::done;
 }
 
-// Copied trees may lack the files and have the bytes.
-Link readLink(SysfsFiles& files, std::span<const std::uint8_t> config) {
+// Copied trees may lack the files and have the bytes, which said this.
+Link readLink(SysfsFiles& files, Link said) {
     const Link link{files.linkWidth("max_link_width"), files.linkSpeed("max_link_speed"),
                     files.linkWidth("current_link_width"), files.linkSpeed("current_link_speed")};
-    Link said = decodeLink(config);
     if (!link.isKnown())
         return said;
     said.maximumWidth = link.maximumWidth;
@@ -67,7 +67,8 @@ Link readLink(SysfsFiles& files, std::span<const std::uint8_t> config) {
 Bus readSysfs(const std::string& root, LeftOut* leftOut, const FunctionSink& sink) {
     using platform::pathBelow;
     const std::string devices = pathBelow(pathBelow(pathBelow(root, "bus"), "pci"), "devices");
-    SysfsFiles files(devices);
+    const auto kept = std::make_shared<SysfsFiles>(devices); // by what asks for links later
+    SysfsFiles& files = *kept;
     std::vector<PciFunction> functions;
     LeftOut counts;
     std::array<std::uint8_t, kStandardSize> bytes{};
@@ -88,7 +89,10 @@ Bus readSysfs(const std::string& root, LeftOut* leftOut, const FunctionSink& sin
         std::span config = std::span(bytes).first(sink ? kStandardSize : kHeaderSize);
         const Read read = readFunction(files, function, config);
         if (read == Read::done && sink)
-            sink({address->domain, function, config, readLink(files, config)});
+            sink({address->domain, function, config, [kept, name, said = decodeLink(config)] {
+                      kept->enter(name);
+                      return readLink(*kept, said);
+                  }});
         if (isOther)
             continue;
         if (read == Read::done)

@@ -12,11 +12,11 @@ namespace pcibus {
 
 // `root` stands for /sys: the functions are the entries "DDDD:BB:DD.F" of bus/pci/devices below
 // it. Domain 0 only; other entries are passed over, but for a `sink`, which is given what answers
-// of every domain, in no particular order, with the link that "max_link_width", "max_link_speed",
-// "current_link_width" and "current_link_speed" tell, or the bytes of "config". Of each function
-// the first 64 bytes of "config" are read, of a bridge also "subsystem_vendor", "subsystem_device",
-// "max_link_width" and "max_link_speed", which count as 0 where they are missing, cannot be read,
-// hold nothing of the kind or say that nothing is known.
+// of every domain, in no particular order, and with what asks for the link that "max_link_width",
+// "max_link_speed", "current_link_width" and "current_link_speed" tell, or the bytes of "config".
+// Of each function the first 64 bytes of "config" are read, of a bridge also "subsystem_vendor",
+// "subsystem_device", "max_link_width" and "max_link_speed", which count as 0 where they are
+// missing, cannot be read, hold nothing of the kind or say that nothing is known.
 //
 // One damaged function does not take the others with it: one whose vendor identifier reads FFFF is
 // passed over, and so is one whose "config" is missing, cannot be read or has fewer than 64 bytes.

@@ -16,7 +16,7 @@ class Value {
 public:
     // Empty when the file is missing or cannot be read.
     Value(SysfsFiles& files, const char* file) {
-        if (files.read(file, bytes_, size_) != 0)
+        if (files.readLine(file, bytes_, size_) != 0)
             size_ = 0;
         while (size_ != 0 && (bytes_[size_ - 1] == '\n' || bytes_[size_ - 1] == ' '))
             --size_;
@@ -49,8 +49,15 @@ std::string SysfsFiles::pathOf(const char* file) const {
 }
 
 int SysfsFiles::read(const char* file, std::span<std::uint8_t> bytes, std::size_t& size) {
-    name_.assign(function_).append(1, '/').append(file);
-    return reader_.readFirst(name_, bytes, size);
+    return reader_.readFirst(nameOf(file), bytes, size);
+}
+
+int SysfsFiles::readLine(const char* file, std::span<std::uint8_t> bytes, std::size_t& size) {
+    return reader_.readLine(nameOf(file), bytes, size);
+}
+
+const std::string& SysfsFiles::nameOf(const char* file) {
+    return name_.assign(function_).append(1, '/').append(file);
 }
 
 std::uint16_t SysfsFiles::identifier(const char* file) {

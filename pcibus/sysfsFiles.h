@@ -16,7 +16,7 @@ namespace pcibus {
 // without a link have no link files, and some refuse to be read.
 class SysfsFiles {
 public:
-    // A UTF-8 path, which must outlive it.
+    // A UTF-8 path.
     explicit SysfsFiles(const std::string& devices) : path_(devices), reader_(devices) {}
 
     // Of all functions. Raises BusError.
@@ -29,6 +29,7 @@ public:
 
     // 0, or the error number.
     int read(const char* file, std::span<std::uint8_t> bytes, std::size_t& size);
+    int readLine(const char* file, std::span<std::uint8_t> bytes, std::size_t& size);
 
     // "0x10b5".
     std::uint16_t identifier(const char* file);
@@ -41,7 +42,9 @@ public:
     [[noreturn]] static void refuse(const std::string& file, int code);
 
 private:
-    const std::string& path_;
+    const std::string& nameOf(const char* file);
+
+    std::string path_;
     platform::FolderReader reader_;
     std::string function_;
     std::string name_; // here so that its memory is used again

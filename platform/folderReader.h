@@ -28,6 +28,10 @@ public:
     // how many. `name` is relative to the folder, with "/" between folders. 0, or the error number.
     int readFirst(const std::string& name, std::span<std::uint8_t> result, std::size_t& size);
 
+    // The same of a file that holds one line: nobody asks the system whether more comes after the
+    // line's end, though what came with it is there, too.
+    int readLine(const std::string& name, std::span<std::uint8_t> result, std::size_t& size);
+
 private:
     struct Folder;
     std::unique_ptr<Folder> folder_;

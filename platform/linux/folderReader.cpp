@@ -18,6 +18,32 @@ struct ListCloser {
     void operator()(DIR* list) const noexcept { closedir(list); }
 };
 
+enum class Until { full, lineEnd };
+
+// Reads until nothing more comes at the latest. `size` is 0 before.
+int readUntil(Until until, int folder, const std::string& name, std::span<std::uint8_t> result,
+              std::size_t& size) {
+    // A pipe in the file's place gives what is in it, and nobody waits for more.
+    const Descriptor file(pastInterruptions([&] {
+        return openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    }));
+    if (file.number() < 0)
+        return errno;
+    while (size < result.size()) {
+        const ssize_t got = read(file.number(), result.data() + size, result.size() - size);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return errno;
+        if (got == 0)
+            break;
+        size += static_cast<std::size_t>(got);
+        if (until == Until::lineEnd && result[size - 1] == '\n')
+            break;
+    }
+    return 0;
+}
+
 } // namespace
 
 struct FolderReader::Folder {
@@ -62,26 +88,17 @@ int FolderReader::list(std::vector<std::string>& names) {
 int FolderReader::readFirst(const std::string& name, std::span<std::uint8_t> result,
                             std::size_t& size) {
     size = 0;
-    if (folder_->error != 0)
-        return folder_->error;
-    // A pipe in the file's place gives what is in it, and nobody waits for more.
-    const Descriptor file(pastInterruptions([&] {
-        return openat(folder_->descriptor.number(), name.c_str(),
-                      O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    }));
-    if (file.number() < 0)
-        return errno;
-    while (size < result.size()) {
-        const ssize_t got = read(file.number(), result.data() + size, result.size() - size);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return errno;
-        if (got == 0)
-            break;
-        size += static_cast<std::size_t>(got);
-    }
-    return 0;
+    return folder_->error != 0
+               ? folder_->error
+               : readUntil(Until::full, folder_->descriptor.number(), name, result, size);
+}
+
+int FolderReader::readLine(const std::string& name, std::span<std::uint8_t> result,
+                           std::size_t& size) {
+    size = 0;
+    return folder_->error != 0
+               ? folder_->error
+               : readUntil(Until::lineEnd, folder_->descriptor.number(), name, result, size);
 }
 
 } // namespace platform

@@ -56,4 +56,9 @@ int FolderReader::readFirst(const std::string& name, std::span<std::uint8_t> res
     return failure;
 }
 
+int FolderReader::readLine(const std::string& name, std::span<std::uint8_t> result,
+                           std::size_t& size) {
+    return readFirst(name, result, size);
+}
+
 } // namespace platform

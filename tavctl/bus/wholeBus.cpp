@@ -56,13 +56,17 @@ DomainBus::DomainBus(std::uint32_t number, std::vector<Entry> entries) : number_
                     [&](const Entry& a, const Entry& b) { return handleOf(a) == handleOf(b); }),
         entries.end());
     links_.reserve(entries.size());
-    for (const Entry& entry : entries)
-        links_.push_back(entry.link);
+    for (Entry& entry : entries)
+        links_.push_back({std::move(entry.link), {}});
     bus_ = makeBus(entries);
 }
 
 const pcibus::Link& DomainBus::linkOf(const PciFunction& function) const {
-    return links_.at(static_cast<std::size_t>(&function - bus_->functions().data()));
+    LinkOfFunction& known =
+        links_.at(static_cast<std::size_t>(&function - bus_->functions().data()));
+    if (known.ask)
+        known.link = std::exchange(known.ask, nullptr)();
+    return known.link;
 }
 
 WholeBus readWholeBus(const std::string& location) {
@@ -86,7 +90,7 @@ WholeBus wholeBusOf(Bus&& bus) {
         pcibus::Link link;
         link.maximumWidth = function.linkWidth;
         link.maximumSpeed = function.linkSpeed;
-        domains[0].push_back({function, link});
+        domains[0].push_back({function, [link] { return link; }});
     }
     return wholeOf(std::move(domains), std::move(bus));
 }

@@ -7,6 +7,7 @@
 #include "pcibus/link.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,7 +22,7 @@ public:
 
     struct Entry {
         pcibus::PciFunction function;
-        pcibus::Link link;
+        std::function<pcibus::Link()> link; // asked once, when somebody wants to know
     };
 
     // Takes the functions in any order; of two at one address the first. Where bridges form a
@@ -32,13 +33,17 @@ public:
     [[nodiscard]] std::uint32_t number() const { return number_; }
     [[nodiscard]] const pcibus::Bus& bus() const { return *bus_; }
 
-    // Of a function of this bus.
+    // Of a function of this bus, as it was when first asked for. Not for several threads at once.
     [[nodiscard]] const pcibus::Link& linkOf(const pcibus::PciFunction& function) const;
 
 private:
     std::uint32_t number_ = 0;
     std::unique_ptr<const pcibus::Bus> bus_;
-    std::vector<pcibus::Link> links_; // in the order of the functions
+    struct LinkOfFunction {
+        std::function<pcibus::Link()> ask; // empty when it was asked
+        pcibus::Link link;
+    };
+    mutable std::vector<LinkOfFunction> links_; // in the order of the functions
 };
 
 struct WholeBus {

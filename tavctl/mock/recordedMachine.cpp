@@ -57,7 +57,7 @@ RecordedMachine readRecordedMachine(const std::string& location) {
                 const auto kept = each.bytes.first(std::min<std::size_t>(256, each.bytes.size()));
                 if (each.domain == 0) {
                     recorded.functions[each.function.handle()] = {
-                        each.function, each.link, {kept.begin(), kept.end()}};
+                        each.function, each.link(), {kept.begin(), kept.end()}};
                 } else {
                     appendDumpFunction(
                         recorded.otherDomains.emplace_back(),

@@ -63,7 +63,7 @@ void add(const pcibus::SeenFunction& seen, BusRecording& recording) {
     RecordedFunction recorded;
     recorded.domain = seen.domain;
     recorded.function = seen.function;
-    recorded.link = seen.link;
+    recorded.link = seen.link();
     recorded.bytes.assign(kept.begin(), kept.end());
     if (recorded.bytes.size() == pcibus::kHeaderSize)
         ++recording.headersOnly;

@@ -10,7 +10,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -108,6 +110,21 @@ TEST_F(Sysfs, GivesASinkEveryDomainWithUpTo256Bytes) {
     EXPECT_THAT(given, testing::UnorderedElementsAre("0 00:01.0 64 0", "65536 00:02.0 256 17"));
     EXPECT_THAT(bus.functions(), SizeIs(1));
     EXPECT_EQ(describe(leftOut), "otherDomains 3");
+}
+
+TEST_F(Sysfs, ReadsALinkWhenItIsAskedForAndWhateverItWasReadAfter) {
+    putBridge("0000:00:01.0");
+    putBridge("0000:00:02.0");
+    std::vector<std::function<pcibus::Link()>> links;
+    readSysfs(root(), nullptr, [&](const pcibus::SeenFunction& seen) {
+        if (seen.function.device == 1)
+            links.push_back(seen.link);
+    });
+    ASSERT_THAT(links, SizeIs(1));
+    put("0000:00:01.0", "max_link_width", "8\n");
+    put("0000:00:01.0", "current_link_width", "4\n");
+    put("0000:00:01.0", "current_link_speed", "5.0 GT/s PCIe\n");
+    EXPECT_EQ(links.front()(), (pcibus::Link{8, 0, 4, 2, pcibus::PortType::other}));
 }
 
 TEST_F(Sysfs, FilesThatAreMissingCountAs0) {

@@ -271,7 +271,7 @@ TEST(BusRecording, HasTheLinksThatTheSystemTells) {
     std::vector<pcibus::Link> links;
     pcibus::parseDump(recordingText(recordBus(folder.path()), "a test"), "recording",
                       [&](const pcibus::SeenFunction& seen) {
-                          links.push_back(seen.link);
+                          links.push_back(seen.link());
                           links.back().port = pcibus::PortType::unknown;
                       });
     EXPECT_EQ(links, (std::vector<pcibus::Link>{{16, 3, 16, 3}, {8, 2, 4, 1}}));
@@ -281,7 +281,7 @@ TEST(ScrubbedRecording, KeepsWhatPortsAre) {
     const auto portsOf = [](const std::string& dump) {
         std::vector<pcibus::PortType> ports;
         pcibus::parseDump(dump, "machine", [&](const pcibus::SeenFunction& seen) {
-            ports.push_back(seen.link.port);
+            ports.push_back(seen.link().port);
         });
         return ports;
     };
