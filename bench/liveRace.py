@@ -34,7 +34,7 @@ def race(folder, options):
     with TemporaryDirectory() as work:
         initramfs = Path(work, "initramfs")
         machine.initramfs(options.initramfs, None, initramfs)
-        with Guest(initramfs, machine.path / "devices.machine", "pci=nomsi") as guest:
+        with Guest(initramfs, machine.path / "devices.machine", "pci=nomsi norandmaps") as guest:
             functions = len(guest.output("lspci -n").splitlines())
             guest.output("tavctl list")  # gives the names
             rounds = [(seconds(guest, "tavctl list"), seconds(guest, "lspci -n"),

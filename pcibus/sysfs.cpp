@@ -49,9 +49,12 @@ Read readFunction(SysfsFiles& files, PciFunction& function, std::span<std::uint8
     return Read::done;
 }
 
-// Copied trees may lack the files and have the bytes, which said this.
-Link readLink(SysfsFiles& files, Link said) {
-    const Link link{files.linkWidth("max_link_width"), files.linkSpeed("max_link_speed"),
+// Of a bridge the most that its link can be is known. Copied trees may lack the files and have the
+// bytes, which said this.
+Link readLink(SysfsFiles& files, const PciFunction& function, Link said) {
+    const bool isBridge = function.isBridge();
+    const Link link{isBridge ? function.linkWidth : files.linkWidth("max_link_width"),
+                    isBridge ? function.linkSpeed : files.linkSpeed("max_link_speed"),
                     files.linkWidth("current_link_width"), files.linkSpeed("current_link_speed")};
     if (!link.isKnown())
         return said;
@@ -89,9 +92,10 @@ Bus readSysfs(const std::string& root, LeftOut* leftOut, const FunctionSink& sin
         std::span config = std::span(bytes).first(sink ? kStandardSize : kHeaderSize);
         const Read read = readFunction(files, function, config);
         if (read == Read::done && sink)
-            sink({address->domain, function, config, [kept, name, said = decodeLink(config)] {
+            sink({address->domain, function, config,
+                  [kept, name, function, said = decodeLink(config)] {
                       kept->enter(name);
-                      return readLink(*kept, said);
+                      return readLink(*kept, function, said);
                   }});
         if (isOther)
             continue;

@@ -114,6 +114,7 @@ TEST_F(Sysfs, GivesASinkEveryDomainWithUpTo256Bytes) {
 
 TEST_F(Sysfs, ReadsALinkWhenItIsAskedForAndWhateverItWasReadAfter) {
     putBridge("0000:00:01.0");
+    put("0000:00:01.0", "max_link_width", "8\n");
     putBridge("0000:00:02.0");
     std::vector<std::function<pcibus::Link()>> links;
     readSysfs(root(), nullptr, [&](const pcibus::SeenFunction& seen) {
@@ -121,7 +122,6 @@ TEST_F(Sysfs, ReadsALinkWhenItIsAskedForAndWhateverItWasReadAfter) {
             links.push_back(seen.link);
     });
     ASSERT_THAT(links, SizeIs(1));
-    put("0000:00:01.0", "max_link_width", "8\n");
     put("0000:00:01.0", "current_link_width", "4\n");
     put("0000:00:01.0", "current_link_speed", "5.0 GT/s PCIe\n");
     EXPECT_EQ(links.front()(), (pcibus::Link{8, 0, 4, 2, pcibus::PortType::other}));
