@@ -1,6 +1,9 @@
 // How much memory this process has, as the system counts it.
 #pragma once
 
+#include <malloc.h>
+
+#include <cstddef>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
@@ -16,6 +19,12 @@ inline double residentBytes() {
             return static_cast<double>(kilobytes) * 1024;
     }
     throw std::runtime_error("the system does not say how much memory is resident");
+}
+
+// Allocated and not freed.
+inline std::size_t heapBytesInUse() {
+    const auto heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
 }
 
 } // namespace bench

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -52,7 +53,9 @@ ChildRun runChild(const std::vector<std::string>& arguments, bool keepsOutput) {
             run.output = readAll(ends[0]);
             close(ends[0]);
         }
-        waitpid(process, &status, 0);
+        rusage usage = {};
+        wait4(process, &status, 0, &usage);
+        run.pages = static_cast<std::size_t>(usage.ru_minflt);
     });
     posix_spawn_file_actions_destroy(&actions);
     require(WIFEXITED(status) && WEXITSTATUS(status) == 0, arguments[0] + " failed");

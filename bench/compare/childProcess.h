@@ -1,6 +1,7 @@
 // A whole process as a user starts one: from its start to its end.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -8,7 +9,8 @@ namespace bench {
 
 struct ChildRun {
     double seconds = 0;
-    std::string output; // of standard output
+    std::size_t pages = 0; // of memory that it touched, and the system had to find or make
+    std::string output;    // of standard output
 };
 
 // Runs a program; the first argument is its path. With `keepsOutput`, standard output is read while

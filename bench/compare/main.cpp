@@ -5,6 +5,7 @@
 #include "bench/compare/busRace.h"
 #include "bench/compare/iniRace.h"
 #include "bench/compare/pluginRows.h"
+#include "bench/compare/startRace.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -31,6 +32,8 @@ int main(int argc, char** argv) {
         }
         std::vector<bench::Row> rows = bench::raceInis("/proc/self/exe", rounds);
         for (const bench::Row& row : bench::raceBuses(rounds * 2))
+            rows.push_back(row);
+        for (const bench::Row& row : bench::raceStarts())
             rows.push_back(row);
         for (const bench::Row& row : bench::pluginRows({argv + std::min(argc, 2), argv + argc}))
             rows.push_back(row);

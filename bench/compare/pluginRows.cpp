@@ -93,8 +93,17 @@ std::vector<Row> pluginRows(const std::vector<std::string>& dlls) {
         rows.push_back(plain(dll, memoryText(strippedBytes(dll, folder.path()))));
     const std::string host = runChild({TAV_BENCH_INITIALIZE_ONCE}, true).output;
     double resident = 0;
-    require(std::sscanf(host.c_str(), "%*f %*f %*u %lf", &resident) == 1, "no figures: " + host);
+    double loaded = 0;
+    double before = 0;
+    double heap = 0;
+    require(std::sscanf(host.c_str(), "%*f %*f %*u %lf %lf %lf %lf", &resident, &loaded, &before,
+                        &heap) == 4,
+            "no figures: " + host);
     rows.push_back(plain("a host after initialize, resident memory", memoryText(resident)));
+    rows.push_back(plain("  before it loaded the plug-in", memoryText(before)));
+    rows.push_back(plain("  by loading it", memoryText(loaded - before)));
+    rows.push_back(plain("  by initialize", memoryText(resident - loaded)));
+    rows.push_back(plain("  of that in use on the heap", memoryText(heap)));
     return rows;
 }
 
