@@ -8,7 +8,7 @@
 
 namespace bench {
 
-// Runs tavctl and lspci on a bus of ten functions, as sysfs files. valgrind counts instructions,
+// Runs tavctl and lspci on a bus of 24 functions, as sysfs files. valgrind counts instructions,
 // those of the system's calls left out.
 std::vector<Row> raceStarts();
 
