@@ -22,7 +22,9 @@ Bus::Bus(std::vector<PciFunction> functions, const Place& place, Tree tree)
 
 void Bus::build(const Place& place) {
     parents_.fill(kNone);
-    std::sort(functions_.begin(), functions_.end(), comesBefore);
+    // They mostly are: a dump tells them in order.
+    if (!std::is_sorted(functions_.begin(), functions_.end(), comesBefore))
+        std::sort(functions_.begin(), functions_.end(), comesBefore);
     refuseSharedAddresses(place);
 
     std::vector<std::pair<std::uint64_t, std::uint32_t>> byIds;
