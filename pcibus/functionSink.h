@@ -24,8 +24,7 @@ struct SeenFunction {
 };
 
 // Is given each function that answers. The bus will have those of domain 0. What it is given is
-// good until it returns, but for what
-// asks for a link.
+// good until it returns; only what asks for the link may be kept.
 using FunctionSink = std::function<void(const SeenFunction&)>;
 
 } // namespace pcibus
