@@ -151,10 +151,18 @@ std::int32_t cPciBrdWrapper_ex::EepromUpdate(std::uint32_t bridge, std::uint16_t
                    463);
 }
 
+namespace {
+
+// As many as domain 0 has addresses.
+constexpr std::uint32_t kMostFunctions = 0x10000;
+
+} // namespace
+
 std::optional<std::vector<pcibus::PciFunction>> cPciBrdWrapper_ex::SessionFunctions() {
     std::uint32_t count = 0;
     if (sessionOpen == 0 ||
-        dynLib.GetFunctions(session, nullptr, &count) != kPciBrdErrBufferTooSmall)
+        dynLib.GetFunctions(session, nullptr, &count) != kPciBrdErrBufferTooSmall ||
+        count > kMostFunctions)
         return std::nullopt;
     std::vector<tZoPciBrdFunction> listed(count);
     if (dynLib.GetFunctions(session, listed.data(), &count) < 0 || count != listed.size())

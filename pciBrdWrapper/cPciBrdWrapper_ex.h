@@ -50,7 +50,8 @@ public:
                               void* data) override;
 
     // All functions of the bus that the open session has read; nothing without a session, and from
-    // a library that does not list them. Raises std::bad_alloc.
+    // a library that does not list them, announces more than a bus can have (65,536) or changes its
+    // mind about their number. Raises std::bad_alloc.
     [[nodiscard]] std::optional<std::vector<pcibus::PciFunction>> SessionFunctions();
 
 private:

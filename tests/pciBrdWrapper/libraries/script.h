@@ -14,6 +14,7 @@
 #pragma once
 
 #include "pciBrdWrapper/bridgeLibrary.h"
+#include "zopcibrd/zopcibrd.h"
 
 #include <array>
 #include <cstdint>
@@ -67,7 +68,15 @@ struct Fault {
     std::uint32_t met = 0; // calls that it was for, so far
 };
 
+// All functions of the bus, which a library need not list.
+struct FunctionList {
+    std::uint32_t announced = 0;
+    std::vector<tZoPciBrdFunction> given; // as far as there is room
+    std::uint32_t fetched = 0;            // how often the list was asked for, not its length
+};
+
 struct Script {
+    std::optional<FunctionList> functions;
     std::array<std::deque<Answer>, kBridgeFunctionCount> answers; // used up from the front
     std::vector<Fault> faults;
     std::string behind; // empty: none
