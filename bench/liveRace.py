@@ -34,6 +34,7 @@ def race(folder, options):
     with TemporaryDirectory() as work:
         initramfs = Path(work, "initramfs")
         machine.initramfs(options.initramfs, None, initramfs)
+        # An emulator translates code anew wherever it is loaded, which would be most of the time.
         with Guest(initramfs, machine.path / "devices.machine", "pci=nomsi norandmaps") as guest:
             functions = len(guest.output("lspci -n").splitlines())
             guest.output("tavctl list")  # gives the names

@@ -17,6 +17,9 @@ std::int32_t checked(std::int32_t status, int line) {
     return status;
 }
 
+// Of a bus: as many as domain 0 has addresses.
+constexpr std::uint32_t kMostFunctions = 0x10000;
+
 // "Not found" is an answer; every other negative status raises.
 std::int32_t checkedLookup(std::int32_t status, std::uint32_t& bridge, int line) {
     if (status != kPciBrdErrNotFound)
@@ -150,13 +153,6 @@ std::int32_t cPciBrdWrapper_ex::EepromUpdate(std::uint32_t bridge, std::uint16_t
     return checked(dynLib.EepromUpdate(session, bridge, first, second, third, fourth, fifth, data),
                    463);
 }
-
-namespace {
-
-// As many as domain 0 has addresses.
-constexpr std::uint32_t kMostFunctions = 0x10000;
-
-} // namespace
 
 std::optional<std::vector<pcibus::PciFunction>> cPciBrdWrapper_ex::SessionFunctions() {
     std::uint32_t count = 0;

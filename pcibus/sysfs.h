@@ -13,7 +13,8 @@ namespace pcibus {
 // `root` stands for /sys: the functions are the entries "DDDD:BB:DD.F" of bus/pci/devices below
 // it. Domain 0 only; other entries are passed over, but for a `sink`, which is given what answers
 // of every domain, in no particular order, and with what asks for the link that "max_link_width",
-// "max_link_speed", "current_link_width" and "current_link_speed" tell, or the bytes of "config".
+// "max_link_speed", "current_link_width" and "current_link_speed" tell, or the bytes of "config";
+// while one of these is kept, so is one descriptor, of the folder that was read.
 // Of each function the first 64 bytes of "config" are read, of a bridge also "subsystem_vendor",
 // "subsystem_device", "max_link_width" and "max_link_speed", which count as 0 where they are
 // missing, cannot be read, hold nothing of the kind or say that nothing is known.

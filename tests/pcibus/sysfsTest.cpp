@@ -112,7 +112,7 @@ TEST_F(Sysfs, GivesASinkEveryDomainWithUpTo256Bytes) {
     EXPECT_EQ(describe(leftOut), "otherDomains 3");
 }
 
-TEST_F(Sysfs, ReadsALinkWhenItIsAskedForAndWhateverItWasReadAfter) {
+TEST_F(Sysfs, ReadsWhatALinkRunsAtWhenItIsAskedFor) {
     putBridge("0000:00:01.0");
     put("0000:00:01.0", "max_link_width", "8\n");
     putBridge("0000:00:02.0");

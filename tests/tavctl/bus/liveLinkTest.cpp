@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 namespace {
@@ -40,6 +41,22 @@ TEST(LiveLink, IsKnownToAnOrdinaryUserOfPortsThatTellNoMost) {
     const WholeBus whole = readWholeBus(folder.path().string());
     EXPECT_EQ(machine.below(whole, machine.up), "");
     EXPECT_EQ(machine.below(whole, machine.down), "x1 2.5 GT/s");
+}
+
+// Two questions of one command are not to be answered differently.
+TEST(LiveLink, IsAsItWasWhenItWasFirstAskedFor) {
+    LinkMachine machine;
+    machine.bus.setRunningLink(machine.root, 4, 3);
+    const testsupport::TemporaryFolder folder;
+    machine.bus.writeSysfs(folder.path(), testsupport::kHeaderBytes);
+    const WholeBus whole = readWholeBus(folder.path().string());
+    EXPECT_EQ(machine.below(whole, machine.root), "x4 of x8 8 GT/s");
+    const auto file = folder.path() / "bus/pci/devices" /
+                      ("0000:" + machine.bus.address(machine.root)) / "current_link_width";
+    ASSERT_TRUE(std::filesystem::exists(file));
+    std::ofstream(file) << "2\n";
+    EXPECT_EQ(machine.below(whole, machine.root), "x4 of x8 8 GT/s");
+    EXPECT_EQ(machine.below(readWholeBus(folder.path().string()), machine.root), "x2 of x8 8 GT/s");
 }
 
 } // namespace
