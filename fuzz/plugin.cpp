@@ -26,7 +26,8 @@
 #include <vector>
 
 // Of address checking, where that is on.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
+extern "C" std::size_t allocatedBytes() __asm__("__sanitizer_get_current_allocated_bytes")
+    __attribute__((weak));
 
 namespace {
 
@@ -209,8 +210,8 @@ struct Holdings {
         Holdings holdings;
         holdings.descriptor = dup(STDERR_FILENO);
         close(holdings.descriptor);
-        if (__sanitizer_get_current_allocated_bytes != nullptr)
-            holdings.bytes = __sanitizer_get_current_allocated_bytes();
+        if (allocatedBytes != nullptr)
+            holdings.bytes = allocatedBytes();
         return holdings;
     }
 };

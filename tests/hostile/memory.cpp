@@ -7,7 +7,6 @@
 
 #if defined(TAV_SANITIZED)
 // Not every package of the compiler has the header that declares it.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the sanitizer's
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 

@@ -2,9 +2,7 @@
 // out the sanitizer's own map of gigabytes that nobody touches takes longer than the test.
 // Without the sanitizer nobody calls this.
 extern "C" {
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is the sanitizer's
 __attribute__((visibility("default"))) const char* __asan_default_options();
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
 const char* __asan_default_options() {
     return "allocator_may_return_null=1:max_allocation_size_mb=500";
 }

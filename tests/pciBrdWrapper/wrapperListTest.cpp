@@ -3,14 +3,12 @@
 #include "pciBrdWrapper/cPciBrdWrapper_ex.h"
 #include "tests/pciBrdWrapper/operations.h"
 #include "tests/pciBrdWrapper/raised.h"
-#include "tests/pciBrdWrapper/residentMemory.h"
 #include "tests/pciBrdWrapper/scriptedLibrary.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <new>
 
 namespace {
 
@@ -169,46 +167,6 @@ TEST_F(Lists, AnnouncedEmptyAreFetchedWithoutAnArray) {
         EXPECT_EQ(fetch.arguments[fetch.arguments.size() - 2], 0U);
         EXPECT_EQ(fetch.room, 0U);
     });
-}
-
-// A count that no list can have: either there is room for it, then only what the library writes
-// takes memory, or there is none.
-class AbsurdLists : public Lists {
-protected:
-    template <typename List, typename Run>
-    void expectServedOrOutOfMemory(BridgeFunction function, const Run& run) {
-        library->prepare(function, {kPciBrdErrBufferTooSmall, {}, 0xFFFFFFFF, {}});
-        library->prepare(function, {0, {11, 12}, 2, {}});
-        List list(1);
-        list[0] = 9;
-        const std::size_t before = residentBytes();
-        try {
-            EXPECT_EQ(run(list), 0);
-            EXPECT_EQ(list.size(), 0xFFFFFFFF);
-            EXPECT_EQ(list[0], 11);
-            EXPECT_EQ(list[1], 12);
-            EXPECT_EQ(list[2], 0);
-            EXPECT_EQ(list.back(), 0);
-            EXPECT_LT(residentBytes(), before + kMegabytes64);
-        } catch (const std::bad_alloc&) {
-            EXPECT_THAT(list, ElementsAre(9));
-            EXPECT_EQ(library->calls.size(), 1U);
-        }
-    }
-
-private:
-    static constexpr std::size_t kMegabytes64 = std::size_t{64} << 20;
-};
-
-TEST_F(AbsurdLists, OfBridgesCostNoMemory) {
-    expectServedOrOutOfMemory<tBridgeList>(
-        BridgeFunction::GetBridgeChildren,
-        [&](tBridgeList& list) { return wrapper.GetBridgeChildren(1, list); });
-}
-
-TEST_F(AbsurdLists, OfBusesCostNoMemory) {
-    expectServedOrOutOfMemory<tBusList>(BridgeFunction::GetRootBuses,
-                                        [&](tBusList& list) { return wrapper.GetRootBuses(list); });
 }
 
 } // namespace

@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 extern "C" {
-// NOLINTBEGIN(bugprone-reserved-identifier): the names are the system's
+// The names are the system's.
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
@@ -19,7 +19,6 @@ __attribute__((weak)) void* __interceptor_calloc(std::size_t count, std::size_t 
 __attribute__((weak)) void* __interceptor_realloc(void* block, std::size_t size);
 __attribute__((weak)) void* __interceptor_memalign(std::size_t alignment, std::size_t size);
 __attribute__((weak)) void __interceptor_free(void* block);
-// NOLINTEND(bugprone-reserved-identifier)
 }
 
 namespace {
