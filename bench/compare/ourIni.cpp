@@ -9,7 +9,6 @@
 #include "pxidrivertools/ini/iniLookup.h"
 #include "pxidrivertools/ini/iniSafeWrite.h"
 
-#include <filesystem>
 #include <optional>
 
 namespace bench {
@@ -43,7 +42,6 @@ public:
         return file_->getView(section, key, status);
     }
     void save(const std::string& path) override {
-        std::filesystem::resize_file(path, 0); // what is there already would not be written
         ini::tFixedStatus status;
         file_->save(status); // to where it came from
         require(!status.failed(), "the class cannot write " + path);
@@ -74,7 +72,6 @@ public:
         return found == nullptr ? std::string_view() : found->value.view();
     }
     void save(const std::string& path) override {
-        std::filesystem::resize_file(path, 0);
         require(ini::writeIni(*file_, path.c_str()) == ini::kIniDone,
                 "the engine cannot write " + path);
     }
