@@ -113,11 +113,11 @@ std::vector<Comparison> compareAll(const std::vector<Recording>& recordings,
         then.emplace(*before);
     std::vector<Comparison> comparisons;
     resultsOf<Comparison>(
-        recordings, "matching recorded machines",
+        recordings, "matching recordings",
         [&](const Recording& recording) {
             return compare(recording, now, then ? &*then : nullptr);
         },
-        [&](const Recording&, Comparison comparison) {
+        [&](const Recording&, Comparison comparison, Progress&) {
             comparisons.push_back(std::move(comparison));
         });
     return comparisons;

@@ -14,6 +14,8 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
+#include <string>
 #include <utility>
 
 namespace tavctl {
@@ -35,7 +37,7 @@ public:
             complain(look.failure->sentence());
         } else {
             listing = makeListing(look.devices, std::move(look.absent), &look.bus);
-            filter_.apply(listing, ListFilter::Machines::many);
+            filter_.applyToOneOfMany(listing, found_);
             devices_ += listing.devices.size();
         }
         if (document_) {
@@ -51,15 +53,34 @@ public:
             document_->end();
         else if (isUnstoredShown_)
             explainMark();
+        const bool isUnknown = tellOfUnknown();
         if (isFailed_)
             return ExitStatus::failed;
         const bool isProblem = filter_.degraded ? devices_ != 0 : filter_.isNarrow() && !told_;
-        if (!told_ && !document_)
+        if (!told_ && !document_ && !isUnknown)
             complain("no device is as asked for");
-        return isProblem ? ExitStatus::problemFound : ExitStatus::done;
+        return isProblem || isUnknown ? ExitStatus::problemFound : ExitStatus::done;
     }
 
 private:
+    // Whether there is a DEVICE that no machine has: it may have been meant as a file.
+    bool tellOfUnknown() const {
+        bool isUnknown = false;
+        for (const std::string& word : filter_.devices) {
+            if (found_.contains(word))
+                continue;
+            isUnknown = true;
+            complain(Failure{
+                "find device",
+                word,
+                "no machine has one of this name, address or model, and no file is "
+                "called so",
+                {},
+                {}}.sentence());
+        }
+        return isUnknown;
+    }
+
     void addText(const Recording& recording, Listing listing) {
         tellLeftOut(listing.leftOut, fmt::format(" of {}", recording.name));
         if (!filter_.tellsAbsent())
@@ -80,6 +101,7 @@ private:
     const ListFilter& filter_;
     ListingForm form_;
     std::optional<MachineDocument> document_; // for programs
+    std::set<std::string> found_;             // of the DEVICEs, which some machine has
     std::size_t devices_ = 0;
     bool isFirst_ = true;
     bool told_ = false; // something of what was asked for
@@ -98,9 +120,10 @@ ExitStatus listCollection(const std::vector<std::string>& paths, const CommonOpt
         explainNoDescriptions();
     Collection collection(filter, options.json, verbose);
     resultsOf<MachineLook>(
-        recordings, "looking at recorded machines",
+        recordings, "looking at recordings",
         [&](const Recording& recording) { return lookAt(recording, models); },
-        [&](const Recording& recording, MachineLook look) {
+        [&](const Recording& recording, MachineLook look, Progress& progress) {
+            const Progress::Hidden hidden(progress);
             collection.add(recording, std::move(look));
         });
     return collection.end();

@@ -36,7 +36,8 @@ void tellOfNone(const ListOptions& options, const Devices& devices) {
 }
 
 // More than one recorded bus, or a folder of them; none where there is one bus to look at. What
-// stands behind --dump and is there is a recording, too: a shell puts them all for a pattern.
+// stands behind --dump and is there is a recording, too: a shell puts them all for a pattern. So is
+// standard input, which no device is called like.
 std::vector<std::string> collectionOf(const ListOptions& options, ListFilter& filter) {
     std::vector<std::string> paths;
     if (options.common.dump.empty())
@@ -45,7 +46,7 @@ std::vector<std::string> collectionOf(const ListOptions& options, ListFilter& fi
     std::erase_if(filter.devices, [&](const std::string& word) {
         using std::filesystem::file_type;
         const file_type type = platform::typeOfEntry(word);
-        if (type == file_type::not_found || type == file_type::none)
+        if (word != "-" && (type == file_type::not_found || type == file_type::none))
             return false;
         paths.push_back(word);
         return true;

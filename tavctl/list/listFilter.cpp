@@ -15,37 +15,23 @@ void keepOnly(std::vector<Item>& items, Keep keep) {
     std::erase_if(items, [&](const Item& item) { return !keep(item); });
 }
 
-// What the words stand for. An absent device is known by its name alone.
-void keepNamed(const std::vector<std::string>& words, ListFilter::Machines machines,
-               Listing& listing) {
+// The positions of the devices that one of the words stands for.
+using Wanted = std::set<std::size_t>;
+
+std::vector<ListedDevice> presentDevices(const Listing& listing) {
     std::vector<ListedDevice> devices;
     for (const ListingEntry& entry : listing.devices)
         devices.push_back(entry.device);
-    std::vector<std::string> presentWords;
-    std::set<std::string> absentNames;
-    for (const std::string& word : words) {
-        if (std::any_of(listing.absent.begin(), listing.absent.end(),
-                        [&](const ListingAbsence& each) { return each.device.name == word; }))
-            absentNames.insert(word);
-        else
-            presentWords.push_back(word);
-    }
-    std::set<std::size_t> wanted;
-    const auto want = [&](const DeviceWord& chosen) {
-        wanted.insert(chosen.devices.begin(), chosen.devices.end());
-    };
-    if (machines == ListFilter::Machines::many) {
-        for (const std::string& word : presentWords) {
-            if (const auto chosen = findDeviceWord(word, devices))
-                want(*chosen);
-        }
-    } else {
-        for (const DeviceWord& chosen : readDeviceWords(presentWords, devices)) {
-            if (chosen.devices.empty())
-                failWithoutDevice(chosen);
-            want(chosen);
-        }
-    }
+    return devices;
+}
+
+// An absent device is known by its name alone.
+bool isAbsent(const std::string& word, const Listing& listing) {
+    return std::any_of(listing.absent.begin(), listing.absent.end(),
+                       [&](const ListingAbsence& each) { return each.device.name == word; });
+}
+
+void keepWanted(const Wanted& wanted, const std::set<std::string>& absentNames, Listing& listing) {
     std::size_t position = 0;
     keepOnly(listing.devices, [&](const ListingEntry&) { return wanted.contains(position++); });
     keepOnly(listing.absent,
@@ -71,12 +57,56 @@ bool ListFilter::isNarrow() const {
     return !devices.empty() || !category.empty() || absent || freePort || degraded;
 }
 
-void ListFilter::apply(Listing& listing, Machines machines) const {
+void ListFilter::requireNoContradiction() const {
     if (present && (all || absent))
         throw FailureException({"list", "--present", "it excludes --all and --absent", {}, {}},
                                ExitStatus::wrongUsage);
-    if (!devices.empty())
-        keepNamed(devices, machines, listing);
+}
+
+void ListFilter::apply(Listing& listing) const {
+    requireNoContradiction();
+    if (!devices.empty()) {
+        std::vector<std::string> presentWords;
+        std::set<std::string> absentNames;
+        for (const std::string& word : devices) {
+            if (isAbsent(word, listing))
+                absentNames.insert(word);
+            else
+                presentWords.push_back(word);
+        }
+        Wanted wanted;
+        for (const DeviceWord& chosen : readDeviceWords(presentWords, presentDevices(listing))) {
+            if (chosen.devices.empty())
+                failWithoutDevice(chosen);
+            wanted.insert(chosen.devices.begin(), chosen.devices.end());
+        }
+        keepWanted(wanted, absentNames, listing);
+    }
+    applyWithoutDevices(listing);
+}
+
+void ListFilter::applyToOneOfMany(Listing& listing, std::set<std::string>& found) const {
+    requireNoContradiction();
+    if (!devices.empty()) {
+        const auto ofMachine = presentDevices(listing);
+        std::set<std::string> absentNames;
+        Wanted wanted;
+        for (const std::string& word : devices) {
+            if (isAbsent(word, listing)) {
+                absentNames.insert(word);
+                found.insert(word);
+            } else if (const auto chosen = findDeviceWord(word, ofMachine);
+                       chosen && !chosen->devices.empty()) {
+                wanted.insert(chosen->devices.begin(), chosen->devices.end());
+                found.insert(word);
+            }
+        }
+        keepWanted(wanted, absentNames, listing);
+    }
+    applyWithoutDevices(listing);
+}
+
+void ListFilter::applyWithoutDevices(Listing& listing) const {
     keepOnly(listing.devices, [&](const ListingEntry& entry) {
         return !absent && (category.empty() || categoryName(entry.device.category) == category) &&
                (!freePort || entry.hasFreePort()) && (!degraded || entry.isDegraded());

@@ -4,6 +4,7 @@
 #include "tavctl/list/listing.h"
 #include "tavctl/options/options.h"
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,14 +28,19 @@ struct ListFilter {
     // Whether devices that are not there are to be told to people; programs are always told.
     [[nodiscard]] bool tellsAbsent() const { return all || absent || !devices.empty(); }
 
-    // Of many machines one need not have a DEVICE: it then has nothing that is asked for.
-    enum class Machines { one, many };
+    // Leaves out of the listing of one machine what is not asked for; says what each DEVICE was
+    // taken for. Raises FailureException, with ExitStatus::problemFound for a DEVICE that is
+    // neither there nor known by its name, and with ExitStatus::wrongUsage for options that
+    // contradict each other.
+    void apply(Listing& listing) const;
 
-    // Leaves out of the listing what is not asked for; of one machine it says what each DEVICE was
-    // taken for. Raises FailureException, with
-    // ExitStatus::problemFound for a DEVICE that is neither there nor known by its name, and with
-    // ExitStatus::wrongUsage for options that contradict each other.
-    void apply(Listing& listing, Machines machines = Machines::one) const;
+    // The same for one of many machines, which need not have a DEVICE: it then has nothing that is
+    // asked for. Adds to `found` those that it has. Raises the latter exception only.
+    void applyToOneOfMany(Listing& listing, std::set<std::string>& found) const;
+
+private:
+    void requireNoContradiction() const;
+    void applyWithoutDevices(Listing& listing) const;
 };
 
 } // namespace tavctl

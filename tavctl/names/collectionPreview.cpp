@@ -81,9 +81,10 @@ ExitStatus previewCollection(const NamesOptions& options) {
     bool isFailed = false;
     bool isProblem = false;
     resultsOf<MachinePreview>(
-        recordings, "looking at recorded machines",
+        recordings, "looking at recordings",
         [&](const Recording& recording) { return preview(recording, today, then); },
-        [&](const Recording& recording, const MachinePreview& preview) {
+        [&](const Recording& recording, const MachinePreview& preview, Progress& progress) {
+            const Progress::Hidden hidden(progress);
             if (preview.failure) {
                 isFailed = true;
                 complain(preview.failure->sentence());

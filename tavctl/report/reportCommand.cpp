@@ -56,10 +56,11 @@ bool addRecordings(const ReportOptions& options, ReportData& data) {
         explainNoDescriptions();
     bool isWhole = true;
     resultsOf<ReportedMachine>(
-        recordings, "looking at recorded machines",
+        recordings, "looking at recordings",
         [&](const Recording& recording) { return reportOf(recording, models); },
-        [&](const Recording&, ReportedMachine machine) {
+        [&](const Recording&, ReportedMachine machine, Progress& progress) {
             if (machine.failure) {
+                const Progress::Hidden hidden(progress);
                 isWhole = false;
                 complain(machine.failure->sentence());
             }

@@ -70,9 +70,12 @@ std::string progressText(const std::string& what, std::size_t done, std::size_t 
     }
     std::string text =
         fmt::format("{} [{:#<{}}{:-<{}}] {}", what, "", full, "", kBarCells - full, count);
-    if (std::char_traits<char>::length(kProgram) + text.size() > kWidest)
-        text = std::move(count);
-    return text;
+    const auto fits = [](const std::string& line) {
+        return std::char_traits<char>::length(kProgram) + line.size() <= kWidest;
+    };
+    if (!fits(text))
+        text = fmt::format("{}: {}", what, count);
+    return fits(text) ? text : count;
 }
 
 Progress::Progress(std::string what, const ProgressLine& line)
@@ -107,6 +110,12 @@ std::string Progress::text() const {
     return progressText(what_, done_.load(std::memory_order_relaxed), steps_, elapsed);
 }
 
+void Progress::show() {
+    std::fputs(fmt::format("{}{}{}", clearing(line_), kProgram, text()).c_str(), line_.stream);
+    std::fflush(line_.stream);
+    isShown_ = true;
+}
+
 void Progress::clear() {
     if (!isShown_)
         return;
@@ -122,10 +131,9 @@ void Progress::run() {
         return;
     do {
         if (hidden_)
-            continue;
-        std::fputs(fmt::format("{}{}{}", clearing(line_), kProgram, text()).c_str(), line_.stream);
-        std::fflush(line_.stream);
-        isShown_ = true;
+            isDue_ = true;
+        else
+            show();
     } while (!changed_.wait_for(lock, std::chrono::seconds(1), hasEnded));
     clear();
 }
@@ -133,12 +141,15 @@ void Progress::run() {
 Progress::Hidden::Hidden(Progress& progress) : progress_(progress) {
     const std::lock_guard lock(progress_.mutex_);
     progress_.hidden_ = true;
+    progress_.isDue_ = progress_.isShown_;
     progress_.clear();
 }
 
 Progress::Hidden::~Hidden() {
     const std::lock_guard lock(progress_.mutex_);
     progress_.hidden_ = false;
+    if (progress_.isDue_)
+        progress_.show();
 }
 
 } // namespace tavctl

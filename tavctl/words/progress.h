@@ -47,7 +47,8 @@ public:
     // One more step is done.
     void step() { done_.fetch_add(1, std::memory_order_relaxed); }
 
-    // While it is there, the line is not: for writing what a person sees on the same terminal.
+    // While it is there, the line is not: for writing what a person sees on the same terminal. A
+    // line that was there, or became due, comes back below it.
     class Hidden {
     public:
         explicit Hidden(Progress& progress);
@@ -62,6 +63,8 @@ public:
 private:
     void run();
     [[nodiscard]] std::string text() const;
+    // The lock is held.
+    void show();
     void clear();
 
     std::string what_;
@@ -73,6 +76,7 @@ private:
     std::condition_variable changed_;
     bool ended_ = false;
     bool hidden_ = false;
+    bool isDue_ = false; // where it is hidden: to be shown afterwards
     bool isShown_ = false;
     std::thread thread_;
 };

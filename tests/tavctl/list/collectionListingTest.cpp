@@ -7,12 +7,15 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace tavctltest;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -91,6 +94,73 @@ TEST_F(CollectionTest, WhatAShellPutsForAPatternAreRecordingsAndTheRestDevices) 
     EXPECT_THAT(members(named["machines"][1]["devices"], "name"), ElementsAre("TAV3"));
 }
 
+TEST_F(CollectionTest, StandardInputIsARecordingWhereverItStands) {
+    for (const std::string& dumps :
+         {"- " + lab("tuesday"), lab("tuesday/rack1.dump") + " - " + lab("tuesday/rack2.dump"),
+          lab("tuesday") + " -"}) {
+        const LabJson whole = json("--dump " + dumps + " <" + lab("monday/rack1.dump"));
+        EXPECT_EQ(whole["machines"].size(), 3U) << dumps;
+        EXPECT_THAT(members(whole["machines"], "recording"), Contains("-")) << dumps;
+    }
+}
+
+TEST_F(CollectionTest, ADeviceThatNoMachineHasIsTold) {
+    const auto result = testsupport::runCommand(TAVCTL_FILE " list " + kDescriptions + "--dump " +
+                                                lab() + " TAV3 rack3.dump 2>&1");
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_THAT(result.output, HasSubstr("\nTAV3"));
+    EXPECT_THAT(result.output,
+                HasSubstr("tavctl: find device (rack3.dump): no machine has one of this name, "
+                          "address or model, and no file is called so\n"));
+    EXPECT_THAT(result.output, Not(HasSubstr("find device (TAV3)")));
+    EXPECT_EQ(json("--dump " + lab() + " rack3.dump", 1)["machines"].size(), 3U);
+}
+
+// What a terminal shows that got this.
+std::string shown(const std::string& written) {
+    const std::string kCleared = "\033[K";
+    std::string text;
+    std::string line;
+    for (std::size_t at = 0; at < written.size(); ++at) {
+        if (written[at] == '\n') {
+            text += std::exchange(line, {}) + "\n";
+        } else if (written.compare(at, 4, "\r" + kCleared) == 0) {
+            line.clear();
+            at += kCleared.size();
+        } else if (written[at] != '\r') {
+            line += written[at];
+        }
+    }
+    return text + line;
+}
+
+// Stopped for a second in the middle of its work, so that the line of what is done is there.
+TEST_F(CollectionTest, OnATerminalTheLineOfWhatIsDoneIsInNobodysWay) {
+    put("full0.dump", "full-bus.dump");
+    for (int i = 1; i < 3'000; ++i)
+        fs::create_hard_link(lab("full0.dump"), lab("full" + std::to_string(i) + ".dump"));
+    const std::string command = TAVCTL_FILE " list " + kDescriptions + "--dump " + lab();
+    const std::string written = folder_.file("written");
+    const std::string process = folder_.file("process");
+    const std::string begin = folder_.file("begin.sh");
+    std::ofstream(begin) << command << " &\necho $! >" << process << "\nwait\n";
+    const std::string script = folder_.file("stopped.sh");
+    std::ofstream(script) << "NO_COLOR=1 script -qfec 'sh " << begin << "' " << written
+                          << " >/dev/null </dev/null &\n"
+                          << "for wait in $(seq 1000); do\n"
+                          << "    grep -qs TAV1 " << written << " && break\n"
+                          << "    sleep 0.01\n"
+                          << "done\n"
+                          << "kill -STOP $(cat " << process << ")\n"
+                          << "sleep 1.1\n"
+                          << "kill -CONT $(cat " << process << ")\n"
+                          << "wait\n";
+    ASSERT_EQ(testsupport::runCommand("sh " + script).exitStatus, 0);
+    const std::string terminal = testsupport::fileText(written);
+    EXPECT_THAT(terminal, HasSubstr("\r\033[Ktavctl: looking at recordings ["));
+    EXPECT_THAT(shown(terminal), HasSubstr(testsupport::runCommand(command + " 2>&1").output));
+}
+
 TEST_F(CollectionTest, OneDumpIsListedAsItAlwaysWas) {
     const LabJson one = json("--dump " + lab("monday/rack1.dump") + " TAV1");
     EXPECT_FALSE(one.contains("machines"));
@@ -153,7 +223,7 @@ TEST_F(CollectionTest, AFilterLeavesOutMachinesThatHaveNothingOfTheKind) {
     EXPECT_TRUE(says(card, 0, lab("monday/rack1.dump")));
     EXPECT_THAT(card.output, Not(HasSubstr("rack2")));
     EXPECT_TRUE(says(runTavctl("list TAV77 " + kDescriptions + "--dump " + lab()), 1,
-                     "tavctl: no device is as asked for\n"));
+                     "tavctl: find device (TAV77): no machine has one"));
     EXPECT_TRUE(says(runTavctl("list --category Expresscard " + kDescriptions + "--dump " + lab()),
                      1, "tavctl: no device is as asked for\n"));
 }

@@ -24,6 +24,8 @@ struct Line {
     }
 };
 
+constexpr std::chrono::milliseconds kForever = std::chrono::hours(1);
+
 // Without a delay.
 ProgressLine on(const Line& line) {
     return {line.stream, true, true, {}};
@@ -62,10 +64,7 @@ TEST(Progress, SaysNothingOffATerminal) {
 
 TEST(Progress, SaysNothingOfWorkThatIsDoneBeforeTheDelay) {
     const Line line;
-    {
-        const Progress progress("reading the bus",
-                                ProgressLine{line.stream, true, true, std::chrono::hours(1)});
-    }
+    { const Progress progress("reading the bus", ProgressLine{line.stream, true, true, kForever}); }
     EXPECT_EQ(line.folder.read("line"), "");
 }
 
@@ -123,6 +122,13 @@ TEST(Progress, LineFitsATerminal) {
                     .size() +
                 std::string("tavctl: ").size(),
             80U);
+    // Without the bar, and at last without the name.
+    const auto half = [](std::size_t total) {
+        return tavctl::progressText("checking descriptions", total / 2, total,
+                                    std::chrono::hours(1));
+    };
+    EXPECT_EQ(half(1'000'000), "checking descriptions: 500,000 of 1,000,000, about 60 min left");
+    EXPECT_EQ(half(4'000'000'000), "2,000,000,000 of 4,000,000,000, about 60 min left");
 }
 
 TEST(Progress, IsClearedWhileItIsHidden) {
@@ -133,6 +139,31 @@ TEST(Progress, IsClearedWhileItIsHidden) {
         const Progress::Hidden hidden(progress);
         EXPECT_TRUE(line.folder.read("line").ends_with("\r\033[K"));
     }
+    EXPECT_TRUE(line.folder.read("line").ends_with("\r\033[Ktavctl: reading the bus... 0 s"));
+}
+
+TEST(Progress, ComesWhenItWasDueWhileItWasHidden) {
+    const Line line;
+    {
+        Progress progress("reading the bus",
+                          ProgressLine{line.stream, true, true, std::chrono::milliseconds(20)});
+        {
+            const Progress::Hidden hidden(progress);
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            EXPECT_EQ(line.folder.read("line"), "");
+        }
+        line.waitUntilShown();
+    }
+    EXPECT_TRUE(line.folder.read("line").starts_with("\r\033[Ktavctl: reading the bus... 0 s"));
+}
+
+TEST(Progress, DoesNotComeBackWhereItWasNotYet) {
+    const Line line;
+    {
+        Progress progress("reading the bus", ProgressLine{line.stream, true, true, kForever});
+        const Progress::Hidden hidden(progress);
+    }
+    EXPECT_EQ(line.folder.read("line"), "");
 }
 
 TEST(Progress, LineIsPlainText) {
