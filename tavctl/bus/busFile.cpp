@@ -1,7 +1,7 @@
 #include "tavctl/bus/busFile.h"
 
 #include "pcibus/readBus.h"
-#include "tavctl/words/failure.h"
+#include "tavctl/bus/busFailure.h"
 
 #include <utility>
 
@@ -13,7 +13,7 @@ ReadBus readBusFile(const std::string& location) {
         pcibus::Bus bus = pcibus::readBus(location, &leftOut);
         return {std::move(bus), leftOut};
     } catch (const pcibus::BusError& error) {
-        throw FailureException({"read the bus", location, error.what(), {}, {}});
+        throw FailureException(busFailure(location, error.what()));
     }
 }
 

@@ -1,7 +1,7 @@
 #include "tavctl/bus/wholeBus.h"
 
 #include "pcibus/readBus.h"
-#include "tavctl/words/failure.h"
+#include "tavctl/bus/busFailure.h"
 
 #include <algorithm>
 #include <map>
@@ -80,7 +80,7 @@ WholeBus readWholeBus(const std::string& location) {
         whole.leftOut = leftOut;
         return whole;
     } catch (const pcibus::BusError& error) {
-        throw FailureException({"read the bus", location, error.what(), {}, {}});
+        throw FailureException(busFailure(location, error.what()));
     }
 }
 

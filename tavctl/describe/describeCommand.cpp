@@ -88,7 +88,7 @@ void tell(const DescribeOptions& options, const describe::Draft& draft,
         complainInLines(wrapped(fmt::format("tavctl: by this description the plug-in also lists {}",
                                             enumerated(proof.others)),
                                 0));
-    if (!options.output.file.empty())
+    if (!options.output.isStandardOutput())
         complain(
             fmt::format("wrote {}: {}", options.output.file, counted(draft.ports.size(), "port")));
 }

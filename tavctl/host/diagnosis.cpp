@@ -14,6 +14,7 @@
 #include "source/cTerminalNameDb.h"
 #include "source/descriptionLoader.h"
 #include "source/exceptionStatus.h"
+#include "tavctl/bus/busFailure.h"
 #include "tavctl/description/loadFailure.h"
 #include "tavctl/host/configuredFolder.h"
 #include "tavctl/host/descriptionFiles.h"
@@ -173,8 +174,10 @@ std::optional<Failure> trySession() {
         zoerr::raiseIfFailed(status);
         bridgeWrapper.OpenSession(0);
     });
-    if (failure)
+    if (failure) {
         failure->reason = busTrouble(bus);
+        failure->hint = hintForFolder(bus);
+    }
     return failure;
 }
 

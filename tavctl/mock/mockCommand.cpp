@@ -129,11 +129,11 @@ ExitStatus runMock(const MockOptions& options) {
         plans, *catalog, on.get(), options.qemu ? mock::Form::qemuOptions : mock::Form::dump);
     for (std::size_t i = 0; i < made.size(); ++i) {
         writeResult(made[i].text, targets[i]);
-        if (!targets[i].file.empty())
+        if (!targets[i].isStandardOutput())
             complain(fmt::format("wrote {}: {}", targets[i].file,
                                  counted(made[i].boxes.size(), "device")));
     }
-    if (options.steps.empty() && !options.output.file.empty())
+    if (options.steps.empty() && !options.output.isStandardOutput())
         tellOfDevices(made.front());
     return ExitStatus::done;
 }

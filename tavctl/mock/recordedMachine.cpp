@@ -1,10 +1,10 @@
 #include "tavctl/mock/recordedMachine.h"
 
 #include "pcibus/readBus.h"
+#include "tavctl/bus/busFailure.h"
 #include "tavctl/bus/busQueries.h"
 #include "tavctl/bus/dumpText.h"
 #include "tavctl/bus/leftOutWords.h"
-#include "tavctl/words/failure.h"
 
 #include <fmt/core.h>
 
@@ -66,7 +66,7 @@ RecordedMachine readRecordedMachine(const std::string& location) {
                 }
             }));
     } catch (const pcibus::BusError& error) {
-        throw FailureException({"read the bus", location, error.what(), {}, {}});
+        throw FailureException(busFailure(location, error.what()));
     }
     leftOut.otherDomains -= recorded.otherDomains.size(); // they stay in it
     tellLeftOut(leftOut);

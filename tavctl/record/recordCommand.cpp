@@ -2,12 +2,12 @@
 
 #include "pcibus/busError.h"
 #include "platform/utf8Path.h"
+#include "tavctl/bus/busFailure.h"
 #include "tavctl/bus/leftOutWords.h"
 #include "tavctl/host/hostSession.h"
 #include "tavctl/host/hostSetup.h"
 #include "tavctl/options/resultOptions.h"
 #include "tavctl/record/busRecording.h"
-#include "tavctl/words/failure.h"
 #include "tavctl/words/progress.h"
 
 namespace tavctl {
@@ -26,7 +26,7 @@ BusRecording recordChosenBus() {
     try {
         return recordBus(platform::utf8Path(location));
     } catch (const pcibus::BusError& error) {
-        throw FailureException({"read the bus", location, error.what(), {}, {}});
+        throw FailureException(busFailure(location, error.what()));
     }
 }
 

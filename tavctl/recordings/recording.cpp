@@ -4,6 +4,7 @@
 #include "platform/folderReader.h"
 #include "platform/pathBelow.h"
 #include "platform/utf8Path.h"
+#include "tavctl/bus/busFolder.h"
 
 #include <algorithm>
 #include <array>
@@ -35,14 +36,6 @@ std::string withoutSeparators(std::string path) {
            (path.ends_with('/') || path.ends_with(fs::path::preferred_separator)))
         path.pop_back();
     return path;
-}
-
-bool isFolder(const std::string& path) {
-    return platform::typeOfEntry(path) == fs::file_type::directory;
-}
-
-bool standsForSys(const std::string& folder) {
-    return isFolder(platform::pathBelow(folder, "bus/pci/devices"));
 }
 
 Recording recordingAt(const std::string& path) {

@@ -82,13 +82,13 @@ void writeBeside(std::string target, const std::string& text, bool isPublic) {
 } // namespace
 
 void requireFree(const ResultTarget& target) {
-    if (!target.file.empty() && !target.replace &&
+    if (!target.isStandardOutput() && !target.replace &&
         platform::typeOfEntry(target.file) == std::filesystem::file_type::regular)
         fail(target.file, "the file exists; --force replaces it");
 }
 
 void writeResult(const std::string& text, const ResultTarget& target) {
-    if (target.file.empty()) {
+    if (target.isStandardOutput()) {
         print(text);
         return;
     }

@@ -6,11 +6,13 @@
 namespace tavctl {
 
 struct ResultTarget {
-    std::string file;     // empty: standard output
+    std::string file;     // empty or "-": standard output
     bool replace = false; // whether a file that is there may be replaced
     // Whether everybody may read the file, whoever might read the one of before: for what services
     // of other users collect.
     bool isPublic = false;
+
+    [[nodiscard]] bool isStandardOutput() const { return file.empty() || file == "-"; }
 };
 
 // Raises FailureException when there is a file that may not be replaced: for commands that would

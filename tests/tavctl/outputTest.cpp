@@ -75,6 +75,22 @@ TEST_F(Output, GoesToADeviceAsItIs) {
     }
 }
 
+// As a dash is standard input.
+TEST_F(Output, OfADashIsStandardOutput) {
+    const testsupport::TemporaryFolder folder;
+    for (const std::string& form :
+         {"draw --format dot " + kDump + kDescriptions, "record " + kDump,
+          "describe 01:00.0 " + kDump + kDescriptions, "mock 'TAV-B3 Switch Box' " + kDescriptions,
+          std::string("completion bash")}) {
+        const std::string command = "cd " + folder.path().string() + " && " TAVCTL_FILE " " + form;
+        const auto dashed = testsupport::runCommand(command + " -o - 2>&1");
+        EXPECT_EQ(dashed.exitStatus, 0) << form;
+        EXPECT_NE(dashed.output, "") << form;
+        EXPECT_EQ(dashed.output, testsupport::runCommand(command + " 2>&1").output) << form;
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
 TEST_F(Output, OfAFailedCommandLeavesTheFileOfBefore) {
     const testsupport::TemporaryFolder folder;
     const std::string file = folder.file("mine", "edited by hand").string();
