@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace tavctl {
 
@@ -15,27 +16,56 @@ void keepOnly(std::vector<Item>& items, Keep keep) {
     std::erase_if(items, [&](const Item& item) { return !keep(item); });
 }
 
-// The positions of the devices that one of the words stands for.
-using Wanted = std::set<std::size_t>;
+// Says what each word stands for among these devices; those that stand for none may be left out.
+using Reader = std::vector<DeviceWord> (*)(const std::vector<std::string>& words,
+                                           const std::vector<ListedDevice>& devices);
 
-std::vector<ListedDevice> presentDevices(const Listing& listing) {
+std::vector<DeviceWord> readOfOneMachine(const std::vector<std::string>& words,
+                                         const std::vector<ListedDevice>& devices) {
+    std::vector<DeviceWord> chosen = readDeviceWords(words, devices);
+    for (const DeviceWord& each : chosen) {
+        if (each.devices.empty())
+            failWithoutDevice(each);
+    }
+    return chosen;
+}
+
+std::vector<DeviceWord> readOfOneOfMany(const std::vector<std::string>& words,
+                                        const std::vector<ListedDevice>& devices) {
+    std::vector<DeviceWord> chosen;
+    for (const std::string& word : words) {
+        if (auto each = findDeviceWord(word, devices); each && !each->devices.empty())
+            chosen.push_back(std::move(*each));
+    }
+    return chosen;
+}
+
+// Keeps what the words stand for; answers with those that stand for something. An absent device is
+// known by its name alone.
+std::set<std::string> keepNamed(const std::vector<std::string>& words, Reader read,
+                                Listing& listing) {
     std::vector<ListedDevice> devices;
     for (const ListingEntry& entry : listing.devices)
         devices.push_back(entry.device);
-    return devices;
-}
-
-// An absent device is known by its name alone.
-bool isAbsent(const std::string& word, const Listing& listing) {
-    return std::any_of(listing.absent.begin(), listing.absent.end(),
-                       [&](const ListingAbsence& each) { return each.device.name == word; });
-}
-
-void keepWanted(const Wanted& wanted, const std::set<std::string>& absentNames, Listing& listing) {
+    std::vector<std::string> presentWords;
+    std::set<std::string> found;
+    for (const std::string& word : words) {
+        if (std::any_of(listing.absent.begin(), listing.absent.end(),
+                        [&](const ListingAbsence& each) { return each.device.name == word; }))
+            found.insert(word);
+        else
+            presentWords.push_back(word);
+    }
+    keepOnly(listing.absent,
+             [&](const ListingAbsence& each) { return found.contains(each.device.name); });
+    std::set<std::size_t> wanted;
+    for (const DeviceWord& chosen : read(presentWords, devices)) {
+        wanted.insert(chosen.devices.begin(), chosen.devices.end());
+        found.insert(chosen.word);
+    }
     std::size_t position = 0;
     keepOnly(listing.devices, [&](const ListingEntry&) { return wanted.contains(position++); });
-    keepOnly(listing.absent,
-             [&](const ListingAbsence& each) { return absentNames.contains(each.device.name); });
+    return found;
 }
 
 } // namespace
@@ -65,44 +95,15 @@ void ListFilter::requireNoContradiction() const {
 
 void ListFilter::apply(Listing& listing) const {
     requireNoContradiction();
-    if (!devices.empty()) {
-        std::vector<std::string> presentWords;
-        std::set<std::string> absentNames;
-        for (const std::string& word : devices) {
-            if (isAbsent(word, listing))
-                absentNames.insert(word);
-            else
-                presentWords.push_back(word);
-        }
-        Wanted wanted;
-        for (const DeviceWord& chosen : readDeviceWords(presentWords, presentDevices(listing))) {
-            if (chosen.devices.empty())
-                failWithoutDevice(chosen);
-            wanted.insert(chosen.devices.begin(), chosen.devices.end());
-        }
-        keepWanted(wanted, absentNames, listing);
-    }
+    if (!devices.empty())
+        keepNamed(devices, readOfOneMachine, listing);
     applyWithoutDevices(listing);
 }
 
 void ListFilter::applyToOneOfMany(Listing& listing, std::set<std::string>& found) const {
     requireNoContradiction();
-    if (!devices.empty()) {
-        const auto ofMachine = presentDevices(listing);
-        std::set<std::string> absentNames;
-        Wanted wanted;
-        for (const std::string& word : devices) {
-            if (isAbsent(word, listing)) {
-                absentNames.insert(word);
-                found.insert(word);
-            } else if (const auto chosen = findDeviceWord(word, ofMachine);
-                       chosen && !chosen->devices.empty()) {
-                wanted.insert(chosen->devices.begin(), chosen->devices.end());
-                found.insert(word);
-            }
-        }
-        keepWanted(wanted, absentNames, listing);
-    }
+    if (!devices.empty())
+        found.merge(keepNamed(devices, readOfOneOfMany, listing));
     applyWithoutDevices(listing);
 }
 
