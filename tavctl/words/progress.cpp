@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -110,18 +111,28 @@ std::string Progress::text() const {
     return progressText(what_, done_.load(std::memory_order_relaxed), steps_, elapsed);
 }
 
-void Progress::show() {
-    std::fputs(fmt::format("{}{}{}", clearing(line_), kProgram, text()).c_str(), line_.stream);
+void Progress::write(const std::string& line) noexcept {
+    std::fputs(line.c_str(), line_.stream);
     std::fflush(line_.stream);
-    isShown_ = true;
 }
 
-void Progress::clear() {
+// Without memory the line stays as it is: the work is what counts.
+void Progress::show() noexcept {
+    try {
+        write(fmt::format("{}{}{}", clearing(line_), kProgram, text()));
+        isShown_ = true;
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
+void Progress::clear() noexcept {
     if (!isShown_)
         return;
-    std::fputs(clearing(line_).c_str(), line_.stream);
-    std::fflush(line_.stream);
-    isShown_ = false;
+    try {
+        write(clearing(line_));
+        isShown_ = false;
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch)
+    }
 }
 
 void Progress::run() {

@@ -64,8 +64,9 @@ private:
     void run();
     [[nodiscard]] std::string text() const;
     // The lock is held.
-    void show();
-    void clear();
+    void show() noexcept;
+    void clear() noexcept;
+    void write(const std::string& line) noexcept;
 
     std::string what_;
     std::size_t steps_; // 0: unknown

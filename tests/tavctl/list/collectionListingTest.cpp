@@ -135,18 +135,15 @@ std::string shown(const std::string& written) {
     return text + line;
 }
 
-// Stopped for a second in the middle of its work, so that the line of what is done is there.
-TEST_F(CollectionTest, OnATerminalTheLineOfWhatIsDoneIsInNobodysWay) {
-    const int machines = testsupport::isSanitized() ? 300 : 3'000;
-    put("full0.dump", "full-bus.dump");
-    for (int i = 1; i < machines; ++i)
-        fs::create_hard_link(lab("full0.dump"), lab("full" + std::to_string(i) + ".dump"));
-    const std::string command = TAVCTL_FILE " list " + kDescriptions + "--dump " + lab();
-    const std::string written = folder_.file("written");
-    const std::string process = folder_.file("process");
-    const std::string begin = folder_.file("begin.sh");
+// What the command writes on a terminal that stops it for a second once it has printed something,
+// so that the line of what is done is there.
+std::string writtenOnATerminal(const testsupport::FileFolder& folder, const std::string& command) {
+    const std::string written = folder.file("written");
+    const std::string process = folder.file("process");
+    const std::string begin = folder.file("begin.sh");
+    fs::remove(written);
     std::ofstream(begin) << command << " &\necho $! >" << process << "\nwait\n";
-    const std::string script = folder_.file("stopped.sh");
+    const std::string script = folder.file("stopped.sh");
     std::ofstream(script) << "NO_COLOR=1 script -qfec 'sh " << begin << "' " << written
                           << " >/dev/null </dev/null &\n"
                           << "for wait in $(seq 1000); do\n"
@@ -157,10 +154,21 @@ TEST_F(CollectionTest, OnATerminalTheLineOfWhatIsDoneIsInNobodysWay) {
                           << "sleep 1.1\n"
                           << "kill -CONT $(cat " << process << ")\n"
                           << "wait\n";
-    ASSERT_EQ(testsupport::runCommand("sh " + script).exitStatus, 0);
-    const std::string terminal = testsupport::fileText(written);
-    EXPECT_THAT(terminal, HasSubstr("\r\033[Ktavctl: looking at recordings ["));
-    EXPECT_THAT(shown(terminal), HasSubstr(testsupport::runCommand(command + " 2>&1").output));
+    EXPECT_EQ(testsupport::runCommand("sh " + script).exitStatus, 0);
+    return testsupport::fileText(written);
+}
+
+TEST_F(CollectionTest, OnATerminalTheLineOfWhatIsDoneIsInNobodysWay) {
+    const int machines = testsupport::isSanitized() ? 300 : 3'000;
+    put("full0.dump", "full-bus.dump");
+    for (int i = 1; i < machines; ++i)
+        fs::create_hard_link(lab("full0.dump"), lab("full" + std::to_string(i) + ".dump"));
+    for (const char* verb : {" list ", " names preview "}) {
+        const std::string command = TAVCTL_FILE + (verb + kDescriptions) + "--dump " + lab();
+        const std::string terminal = writtenOnATerminal(folder_, command);
+        EXPECT_THAT(terminal, HasSubstr("\r\033[Ktavctl: looking at recordings [")) << verb;
+        EXPECT_THAT(shown(terminal), HasSubstr(testsupport::runCommand(command + " 2>&1").output));
+    }
 }
 
 TEST_F(CollectionTest, OneDumpIsListedAsItAlwaysWas) {

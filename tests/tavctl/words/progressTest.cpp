@@ -1,10 +1,12 @@
 // What is told to a person who waits.
 #include "tavctl/words/progress.h"
 
+#include "tests/support/allocationFaults.h"
 #include "tests/support/fileFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <system_error>
 
 namespace {
@@ -164,6 +166,16 @@ TEST(Progress, DoesNotComeBackWhereItWasNotYet) {
         const Progress::Hidden hidden(progress);
     }
     EXPECT_EQ(line.folder.read("line"), "");
+}
+
+TEST(Progress, WorkGoesOnWithoutMemoryForTheLine) {
+    const Line line;
+    Progress progress("reading the bus", on(line));
+    line.waitUntilShown();
+    std::optional<Progress::Hidden> hidden(progress);
+    const testsupport::AllocationFault fault(1);
+    hidden.reset();
+    EXPECT_TRUE(fault.happened());
 }
 
 TEST(Progress, LineIsPlainText) {
