@@ -1,4 +1,5 @@
 // INI files through the class that the plug-in uses: opening, saving, and finding values.
+#include "bench/changedFile.h"
 #include "bench/iniTexts.h"
 #include "bench/lineEnds.h"
 #include "bench/machine.h"
@@ -52,11 +53,14 @@ void save(benchmark::State& state, const std::string& text) {
     ini::cIniFile file;
     open(file, path);
     for (auto _ : state) {
-        std::filesystem::resize_file(path, 0); // what is there already would not be written
+        state.PauseTiming();
+        bench::changeFile(path);
+        state.ResumeTiming();
         ini::tFixedStatus status;
         file.save(status);
         requireDone(status, "the file cannot be saved");
     }
+    bench::requireSaved(path);
     count(state, std::filesystem::file_size(path));
 }
 

@@ -55,7 +55,7 @@ double readSeconds(const std::string& path) {
 double writeSeconds(const std::string& path, std::size_t bytes) {
     const std::string text(bytes, 'x');
     return bestSeconds([&] {
-        const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         require(file >= 0 && write(file, text.data(), bytes) == static_cast<ssize_t>(bytes),
                 "cannot write " + path);
         close(file);

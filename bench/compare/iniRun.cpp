@@ -1,11 +1,11 @@
 #include "bench/compare/iniRun.h"
 
+#include "bench/changedFile.h"
 #include "bench/compare/stopwatch.h"
 #include "bench/require.h"
 #include "bench/residentMemory.h"
 
 #include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
@@ -64,24 +64,13 @@ double secondsOfEach(const std::vector<Question>& asked, std::size_t valueSize, 
     return seconds / static_cast<double>(asked.size());
 }
 
-// What nobody writes into the file.
-constexpr char kChanged = '\1';
-
-// Changes the file's first byte, so that all that is saved has to be written: who compares finds
-// nothing to keep. Not timed.
-void change(const std::string& path) {
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-    file.put(kChanged).flush();
-    require(file.good(), "cannot change " + path);
-}
-
 double saveSeconds(IniContender& contender, const std::string& path, int runs) {
     double seconds = 0;
     for (int run = 0; run < runs; ++run) {
-        change(path);
+        changeFile(path); // not timed
         seconds += secondsOf([&] { contender.save(path); });
     }
-    require(std::ifstream(path, std::ios::binary).get() != kChanged, path + " was not written");
+    requireSaved(path);
     return seconds / runs;
 }
 

@@ -38,8 +38,7 @@ public:
         return paths;
     }
     std::string_view find(const std::string& section, const std::string& key) override {
-        ini::tFixedStatus status;
-        return file_->getView(section, key, status);
+        return file_->getView(section, key, status_);
     }
     void save(const std::string& path) override {
         ini::tFixedStatus status;
@@ -49,6 +48,7 @@ public:
 
 private:
     std::optional<ini::cIniFile> file_;
+    ini::tFixedStatus status_; // one for many questions, as callers have it
 };
 
 // With the settings that the class gives it.
