@@ -285,14 +285,15 @@ void cIniFile::getString(const std::string& section, const std::string& key, std
 
 std::string_view cIniFile::getView(const std::string& section, const std::string& key,
                                    tFixedStatus& status) {
-    return findValue(section, key, status).value_or(std::string_view());
+    const IniText* const found = findValue(section, key, status);
+    return found == nullptr ? std::string_view() : found->view();
 }
 
 void cIniFile::getText(const std::string& section, const std::string& key, tText& value,
                        tFixedStatus& status) {
-    const auto found = findValue(section, key, status);
-    if (found)
-        withMemory(status, __LINE__, [&] { value = tText(*found); });
+    const IniText* const found = findValue(section, key, status);
+    if (found != nullptr)
+        withMemory(status, __LINE__, [&] { value = tText(found->view()); });
 }
 
 void cIniFile::getString(const std::string& section, const std::string& key, std::wstring& value,
@@ -320,10 +321,11 @@ void cIniFile::setString(const std::string& section, const std::string& key,
 
 void cIniFile::getHexadecimal(const std::string& section, const std::string& key,
                               std::uint32_t& value, tFixedStatus& status) {
-    auto text = findValue(section, key, status);
-    if (!text)
+    const IniText* const found = findValue(section, key, status);
+    if (found == nullptr)
         return;
-    const std::optional<std::uint32_t> number = scanHexadecimal(*text);
+    std::string_view text = found->view();
+    const std::optional<std::uint32_t> number = scanHexadecimal(text);
     if (!number)
         return fail(status, kIniFileErrBadForm, __LINE__);
     value = *number;
@@ -413,9 +415,9 @@ void cIniFile::getWideStringList(const std::string& section, const std::string& 
 
 void cIniFile::getStringList(const std::string& section, const std::string& key,
                              std::list<std::string>& values, tFixedStatus& status) {
-    const auto text = findValue(section, key, status);
-    if (text)
-        withMemory(status, __LINE__, [&] { values = splitList(*text); });
+    const IniText* const text = findValue(section, key, status);
+    if (text != nullptr)
+        withMemory(status, __LINE__, [&] { values = splitList(text->view()); });
 }
 
 void cIniFile::setWideStringList(const std::string& section, const std::string& key,
@@ -474,30 +476,30 @@ bool cIniFile::isModifiable(tFixedStatus& status) const {
     return !status.failed();
 }
 
-std::optional<std::string_view> cIniFile::findValue(const std::string& section,
-                                                    const std::string& key, tFixedStatus& status) {
+const IniText* cIniFile::findValue(const std::string& section, const std::string& key,
+                                   tFixedStatus& status) {
     if (!isUsable(status))
-        return std::nullopt;
+        return nullptr;
     IniSection* const found = findSection(*engine_, section);
     if (found == nullptr) {
         fail(status, kIniFileErrNotOpen, __LINE__);
-        return std::nullopt;
+        return nullptr;
     }
     const IniKey* const foundKey = findKey(*engine_, *found, key);
     if (foundKey == nullptr) {
         fail(status, kIniFileErrNoKey, __LINE__);
-        return std::nullopt;
+        return nullptr;
     }
-    return foundKey->value.view();
+    return &foundKey->value;
 }
 
 std::optional<std::string_view> cIniFile::findNumber(const std::string& section,
                                                      const std::string& key, tFixedStatus& status) {
-    auto text = findValue(section, key, status);
-    if (!text)
+    const IniText* const found = findValue(section, key, status);
+    if (found == nullptr)
         return std::nullopt;
-    *text = trimLeft(*text);
-    if (!text->empty())
+    const std::string_view text = trimLeft(found->view());
+    if (!text.empty())
         return text;
     fail(status, kIniFileErrNoKey, __LINE__);
     return std::nullopt;

@@ -86,10 +86,10 @@ private:
     bool isUsable(tFixedStatus& status) const;
     // The same, and that the file may be modified.
     bool isModifiable(tFixedStatus& status) const;
-    // The key's value as a view that is good until the next change; nothing with the status set.
-    std::optional<std::string_view> findValue(const std::string& section, const std::string& key,
-                                              tFixedStatus& status);
-    // The same without leading white space, where no value at all is a missing key.
+    // The key's value, good until the next change; null with the status set.
+    const IniText* findValue(const std::string& section, const std::string& key,
+                             tFixedStatus& status);
+    // A view of it without leading white space, where no value at all is a missing key.
     std::optional<std::string_view> findNumber(const std::string& section, const std::string& key,
                                                tFixedStatus& status);
 
