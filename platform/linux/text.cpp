@@ -2,6 +2,7 @@
 
 #include "platform/utf8.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -42,9 +43,11 @@ void encode(char32_t value, std::string& text) {
 } // namespace
 
 Conversion toWide(const std::string& utf8, std::wstring& result) {
-    std::wstring wide;
-    wide.reserve(utf8.size());
-    std::string_view rest = utf8;
+    // Most texts are ASCII to their end, and each of its characters is a code point.
+    const auto plainEnd = std::find_if(
+        utf8.begin(), utf8.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    std::wstring wide(utf8.begin(), plainEnd);
+    std::string_view rest(plainEnd, utf8.end());
     while (!rest.empty()) {
         const std::optional<char32_t> value = takeCodePoint(rest);
         if (!value)
