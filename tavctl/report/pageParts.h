@@ -8,5 +8,9 @@ namespace tavctl {
 extern const std::string_view kPageMarkup; // page.html, with "@NAME@" for what is put into it
 extern const std::string_view kPageStyle;  // page.css
 extern const std::string_view kPageScript; // page.js
+// What the page's policy calls these two: the browser takes no other style and runs no other
+// script.
+extern const std::string_view kPageStyleHash;
+extern const std::string_view kPageScriptHash;
 
 } // namespace tavctl

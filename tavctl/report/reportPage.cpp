@@ -23,6 +23,10 @@ std::string reportPage(const ReportData& data, const std::string& title) {
             page += kPageStyle;
         else if (name == "SCRIPT")
             page += kPageScript;
+        else if (name == "STYLE_HASH")
+            page += kPageStyleHash;
+        else if (name == "SCRIPT_HASH")
+            page += kPageScriptHash;
         else if (name == "ROWS")
             page += data.rows();
         else if (name == "DATA")

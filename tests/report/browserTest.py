@@ -255,6 +255,22 @@ def reading(page, file):
     page.driver.set_window_size(1200, 900)
 
 
+def strangers(page, file):
+    """Nothing runs that is not the page's own, however it got into it."""
+    taken = "document.title='taken'"
+    strange = file.with_name("strange.html")
+    strange.write_text(file.read_text(encoding="utf-8").replace(
+        "<h1>", f"<script>{taken}</script><style>h1 {{ color: #123456 }}</style>"
+                f"<img src=x onerror=\"{taken}\"><h1 style='color: #123456'>"), encoding="utf-8")
+    page.open(strange)
+    check(page.one("#found").text == "5 recordings", "the page's own script")
+    check(page.driver.title != "taken", "a strange script was run")
+    color = page.run("return getComputedStyle(document.querySelector('h1')).color")
+    check(color != "rgb(18, 52, 86)", color)
+    refused = [each for each in page.complaints() if "Content Security Policy" in each]
+    check(len(refused) >= 4, refused)
+
+
 def thousand(page, folder):
     many = folder / "many"
     many.mkdir()
@@ -301,6 +317,8 @@ def main():
                 check(page.driver.title != "taken", "a model's name was run")
                 check(not page.complaints(), (test.__name__, page.complaints()))
                 print(f"{test.__name__}: done", flush=True)
+            strangers(page, file)
+            print("strangers: done", flush=True)
             thousand(page, folder)
             asked = page.run("return performance.getEntriesByType('resource').map((each) => each.name)")
             check(not asked, asked)
