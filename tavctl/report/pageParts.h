@@ -8,8 +8,7 @@ namespace tavctl {
 extern const std::string_view kPageMarkup; // page.html, with "@NAME@" for what is put into it
 extern const std::string_view kPageStyle;  // page.css
 extern const std::string_view kPageScript; // page.js
-// What the page's policy calls these two: the browser takes no other style and runs no other
-// script.
+// What the page's policy calls the latter two, so that the browser takes no others.
 extern const std::string_view kPageStyleHash;
 extern const std::string_view kPageScriptHash;
 
